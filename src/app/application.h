@@ -1,0 +1,37 @@
+// The resident program.
+#pragma once
+
+#include <giomm/application.h>
+#include <giomm/applicationcommandline.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvanta {
+
+struct Services;
+
+inline constexpr auto kApplicationId = "fr.quellvane.orvanta";
+
+/// One instance a session: a second start hands its command line to the first. Puts the parts
+/// together at start, runs until SIGTERM, SIGINT, SIGHUP or quit(), then closes the open span.
+/// Without a session bus it runs all the same; a lock on the data keeps a second one out.
+class Application : public Gio::Application {
+ public:
+  Application();
+  ~Application() override;
+
+ protected:
+  void on_startup() override;
+  void on_shutdown() override;
+  int on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine) override;
+
+ private:
+  void answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
+              std::vector<std::string> words);
+
+  std::unique_ptr<Services> services_;  // null when the data belong to another process
+};
+
+}  // namespace orvanta

@@ -1,0 +1,74 @@
+// orvanta: records what is in front, and answers questions about it.
+#include <giomm/init.h>
+#include <glib.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "app/application.h"
+#include "app/route_call.h"
+#include "platform/desktop.h"
+#include "storage/data_location.h"
+
+namespace {
+
+using namespace orvanta;
+
+constexpr auto kUsage =
+    "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt\n"
+    "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
+    "        orvanta --version\n"
+    "        orvanta --help\n";
+
+// GLib would convert to the locale's character set; JSON is UTF-8 wherever it goes.
+void printAsIs(const char* text) {
+  std::fputs(text, stdout);
+}
+
+bool runningElsewhere() {
+  const auto bus = connectBus(Gio::DBus::BusType::SESSION);
+  if (!bus) return false;
+  try {
+    Glib::Variant<bool> owned;
+    bus->call_sync("/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
+                   Glib::VariantContainerBase::create_tuple(
+                       Glib::Variant<Glib::ustring>::create(kApplicationId)),
+                   "org.freedesktop.DBus")
+        .get_child(owned, 0);
+    return owned.get();
+  } catch (const Glib::Error&) {
+    return false;
+  }
+}
+
+// The running program answers; without one the store is read here.
+int call(int argc, char** argv, const std::vector<std::string>& words) {
+  if (runningElsewhere()) {
+    return Gio::Application::create(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
+                                                        Gio::Application::Flags::IS_LAUNCHER)
+        ->run(argc, argv);
+  }
+  Database db(DataLocation::ofUser());
+  const Analytics analytics(db, wallClock);
+  const auto result = callRoute(Router(analytics), words);
+  printAsIs(result.output.c_str());
+  return result.status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  g_set_print_handler(printAsIs);
+  Gio::init();
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  if (words.empty()) return Application().run(argc, argv);
+  if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
+  if (words.front() == "--version") {
+    std::puts("orvanta " ORVANTA_VERSION);
+    return 0;
+  }
+  const bool help = words.front() == "--help";
+  std::fputs(kUsage, help ? stdout : stderr);
+  return help ? 0 : 2;
+}

@@ -1,0 +1,73 @@
+#include "base/text.h"
+
+#include <glib.h>
+#include <unicode/brkiter.h>
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <memory>
+
+namespace orvanta {
+namespace {
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+}  // namespace
+
+std::string lowerCase(std::string_view utf8) {
+  std::string lowered;
+  if (isAscii(utf8)) {
+    lowered.resize(utf8.size());
+    std::transform(utf8.begin(), utf8.end(), lowered.begin(), g_ascii_tolower);
+    return lowered;
+  }
+  lowered.reserve(utf8.size());
+  icu::StringByteSink<std::string> sink(&lowered);
+  UErrorCode status = U_ZERO_ERROR;
+  icu::CaseMap::utf8ToLower("", 0, icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())),
+                            sink, nullptr, status);
+  return U_SUCCESS(status) ? lowered : std::string(utf8);
+}
+
+std::size_t userCharacters(std::string_view utf8) {
+  if (isAscii(utf8) && utf8.find('\r') == std::string_view::npos) return utf8.size();
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::BreakIterator> characters(
+      icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+  if (U_FAILURE(status)) return utf8.size();
+  const auto text = icu::UnicodeString::fromUTF8(
+      icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
+  characters->setText(text);
+  std::size_t count = 0;
+  while (characters->next() != icu::BreakIterator::DONE) ++count;
+  return count;
+}
+
+std::string_view trimBlanks(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t";
+  const auto first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+std::string validUtf8(std::string_view text) {
+  const std::unique_ptr<char, decltype(&g_free)> valid(
+      g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
+  return valid.get();
+}
+
+std::optional<double> parseNumber(std::string_view text) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return {};
+  return number;
+}
+
+}  // namespace orvanta

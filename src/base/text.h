@@ -1,0 +1,28 @@
+// What the program needs to know about text: UTF-8 in, UTF-8 out, Unicode rules by ICU.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvanta {
+
+/// Full Unicode lower-casing, independent of the user's language.
+std::string lowerCase(std::string_view utf8);
+
+/// Number of characters as a reader sees them (extended grapheme clusters): "é" is one however it
+/// is encoded.
+std::size_t userCharacters(std::string_view utf8);
+
+/// `text` without the spaces and tabs at both ends. Line feeds stay.
+std::string_view trimBlanks(std::string_view text);
+
+/// `text` with every byte that is not UTF-8 replaced by U+FFFD.
+std::string validUtf8(std::string_view text);
+
+/// The whole of `text` as a decimal number ("180", "12.5"), whatever the locale. Absent when it is
+/// anything else, an infinity or out of range.
+std::optional<double> parseNumber(std::string_view text);
+
+}  // namespace orvanta

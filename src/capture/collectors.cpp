@@ -1,0 +1,38 @@
+#include "capture/collectors.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "base/text.h"
+
+namespace orvanta {
+
+Collectors::Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionProbe& inhibition,
+                       TabReader tabs)
+    : foreground_(foreground), idle_(idle), inhibition_(inhibition), tabs_(std::move(tabs)) {}
+
+std::optional<std::string> Collectors::windowTitle(int32_t pid) const {
+  if (!accessibilityGranted()) return {};
+  const auto title = foreground_.windowTitle(pid);
+  if (!title) return {};
+  const auto trimmed = trimBlanks(*title);
+  if (trimmed.empty()) return {};
+  return std::string(trimmed);
+}
+
+BrowserTab Collectors::browserTab(const std::optional<std::string>& bundle) const {
+  return bundle && tabs_ ? tabs_(*bundle) : BrowserTab();
+}
+
+bool isLoginWindow(const std::optional<std::string>& bundle) {
+  constexpr std::array<std::string_view, 9> kGreetersAndLockers{
+      "gdm-greeter",       "lightdm-gtk-greeter", "slick-greeter",
+      "sddm-greeter",      "light-locker",        "gnome-screensaver",
+      "xfce4-screensaver", "xscreensaver",        "cinnamon-screensaver"};
+  return bundle && std::find(kGreetersAndLockers.begin(), kGreetersAndLockers.end(), *bundle) !=
+                       kGreetersAndLockers.end();
+}
+
+}  // namespace orvanta

@@ -1,0 +1,46 @@
+// The probes as the capture engine asks them.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/probes.h"
+
+namespace orvanta {
+
+/// The active tab of a browser, as far as it could be read.
+struct BrowserTab {
+  std::optional<std::string> url;
+  std::optional<std::string> title;
+};
+
+/// Reads the active tab of the browser with this desktop-file id; nothing for any other program.
+using TabReader = std::function<BrowserTab(const std::string& bundle)>;
+
+/// All that can be observed, from whichever desktop services were chosen at start. Holds no state
+/// of its own. Called from the tracker's queue; the probes outlive it.
+class Collectors {
+ public:
+  Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionProbe& inhibition,
+             TabReader tabs = {});
+
+  std::optional<FrontmostApp> frontmostApp() const { return foreground_.frontmostApp(); }
+  std::optional<std::string> windowTitle(int32_t pid) const;
+  bool accessibilityGranted() const { return foreground_.titlesReadable(); }
+  double idleSeconds() const { return idle_.idleSeconds(); }
+  bool mediaPlaying() const { return inhibition_.displayKeptAwake(); }
+  BrowserTab browserTab(const std::optional<std::string>& bundle) const;
+
+ private:
+  ForegroundProbe& foreground_;
+  IdleProbe& idle_;
+  InhibitionProbe& inhibition_;
+  TabReader tabs_;
+};
+
+/// Whether this desktop-file id is a greeter or a screen locker: with one of them in front, nobody
+/// is at work.
+bool isLoginWindow(const std::optional<std::string>& bundle);
+
+}  // namespace orvanta

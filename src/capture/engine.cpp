@@ -1,0 +1,226 @@
+#include "capture/engine.h"
+
+#include <algorithm>
+#include <boost/json/parse.hpp>
+#include <utility>
+
+#include "base/text.h"
+
+namespace orvanta {
+namespace {
+
+constexpr double kGap = 20.0;              // more between two ticks: the machine slept
+constexpr double kForgetProject = 3600.0;  // a gap after which the user starts something new
+constexpr double kFlushEvery = 10.0;       // at most this much is lost in a crash
+
+std::vector<std::string> stringList(const std::string& json) {
+  boost::system::error_code broken;
+  const auto parsed = boost::json::parse(json, broken);
+  std::vector<std::string> list;
+  if (broken || !parsed.is_array()) return list;
+  for (const auto& entry : parsed.get_array()) {
+    if (!entry.is_string()) return {};
+    list.emplace_back(entry.get_string());
+  }
+  return list;
+}
+
+}  // namespace
+
+Engine::Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock)
+    : db_(db),
+      collectors_(collectors),
+      live_(live),
+      clock_(std::move(clock)),
+      lastTick_(clock_()),
+      lastEnd_(0) {
+  // What an earlier run recorded stays its own: idle time is not back-dated into it.
+  db_.each("SELECT max(end) FROM events", {}, [this](const Cursor& row) { lastEnd_ = row.dbl(0); });
+  if (lastEnd_ > lastTick_) lastEnd_ = 0;
+}
+
+double Engine::steadyNow() {
+  const double now = clock_();
+  if (now >= lastTick_) return now;
+  if (lastTick_ - now <= kGap) return lastTick_;
+  closeSpan(lastTick_);
+  candidate_.reset();
+  lastEnd_ = lastPresence_ = 0;
+  lastTick_ = now;
+  return now;
+}
+
+// A process that was stopped with the machine learns late that it should close: the sleep is not
+// activity, so the span ends where it was last seen.
+double Engine::closingTime() {
+  const double now = steadyNow();
+  return now - lastTick_ > kGap ? lastTick_ : now;
+}
+
+void Engine::tick() {
+  const double now = steadyNow();
+  if (now - lastTick_ > kGap) bridgeGap(now);
+  lastTick_ = now;
+  if (live_.paused() || asleep_) return;
+  consider(observe(now), now);
+}
+
+void Engine::bridgeGap(double now) {
+  closeSpan(lastTick_);
+  openSpan(Sample::idleSample(), std::max(lastTick_, lastEnd_));
+  closeSpan(now);
+  candidate_.reset();
+  if (now - lastTick_ > kForgetProject) live_.setCurrentProjectId({});
+}
+
+Engine::Observation Engine::observe(double now) {
+  if (locked_) return {Sample::idleSample(), now};
+  const double idle = collectors_.idleSeconds();
+  if (idle < numberSetting("idle_threshold", 180.0)) return {observeForeground(), now};
+  if (collectors_.mediaPlaying()) {
+    lastPresence_ = now;
+    return {observeForeground(), now};
+  }
+  // Back-dated to the last input, but not into what is known to be watching or already recorded.
+  return {Sample::idleSample(), std::max({now - idle, lastPresence_, lastEnd_})};
+}
+
+Sample Engine::observeForeground() {
+  const auto app = collectors_.frontmostApp();
+  if (!app) return {.app = "Inconnu"};
+  if (isLoginWindow(app->bundle)) return Sample::idleSample();
+
+  auto tab = collectors_.browserTab(app->bundle);
+  Sample sample{.app = app->name, .bundle = app->bundle};
+  sample.domain = domainOf(tab.url);
+  if (sample.domain && excluded(*sample.domain)) {
+    sample.domain.reset();
+    return sample;
+  }
+  sample.url = std::move(tab.url);
+  sample.title = tab.title ? std::move(tab.title) : collectors_.windowTitle(app->pid);
+  if ((sample.title || sample.url) && db_.setting("privacy_mode") == "domain") {
+    sample.title.reset();
+    sample.url.reset();
+  }
+  return sample;
+}
+
+bool Engine::excluded(const std::string& domain) {
+  const auto entries = stringList(db_.setting("excluded_domains"));
+  return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
+    const auto lowered = lowerCase(entry);
+    return domain == lowered || domain.ends_with("." + lowered);
+  });
+}
+
+void Engine::consider(Observation seen, double now) {
+  if (open_ && open_->key == seen.sample.key()) {
+    candidate_.reset();
+    if (seen.sample.title != open_->sample.title) {
+      open_->sample = std::move(seen.sample);
+      publish();
+    }
+    heartbeat(now);
+  } else if (open_ && !seen.sample.idle) {
+    debounce(std::move(seen.sample), now);
+  } else {
+    // Going idle and coming back are facts, not glances.
+    const double at = std::min(seen.at, now);
+    closeSpan(at);
+    openSpan(seen.sample, std::max(at, std::min(lastEnd_, now)));
+    candidate_.reset();
+  }
+}
+
+void Engine::debounce(Sample sample, double now) {
+  if (!candidate_ || candidate_->sample.key() != sample.key()) {
+    candidate_ = Candidate{std::move(sample), now};
+    heartbeat(now);
+    return;
+  }
+  if (now - candidate_->since + kTickSeconds < numberSetting("min_span_seconds", 10.0)) {
+    heartbeat(now);
+    return;
+  }
+  const double since = candidate_->since;
+  closeSpan(since);
+  openSpan(sample, since);
+  candidate_.reset();
+}
+
+void Engine::setPaused(bool paused) {
+  live_.setPaused(paused);
+  db_.setSetting("paused", paused ? "1" : "0");
+  if (!paused) return;
+  closeSpan(closingTime());
+  candidate_.reset();
+}
+
+void Engine::willSleep() {
+  asleep_ = true;
+  closeSpan(closingTime());
+}
+
+void Engine::finish() {
+  closeSpan(closingTime());
+}
+
+void Engine::openSpan(const Sample& sample, double at) {
+  const auto project = sample.idle ? std::nullopt : live_.currentProjectId();
+  OpenSpan span{.key = sample.key(), .sample = sample, .start = at, .lastFlush = at};
+  span.bestTitle = span.storedTitle = sample.title;
+  span.storedUrl = sample.url;
+  if (sample.title) span.titleTime[*sample.title] = 0;
+  span.id = db_.run(
+      "INSERT INTO events(start,end,app,bundle,title,url,domain,idle,project_id) "
+      "VALUES (?,?,?,?,?,?,?,?,?)",
+      {at, at, sample.app, sample.bundle, sample.title, sample.url, sample.domain, sample.idle,
+       project});
+  open_ = std::move(span);
+  publish();
+}
+
+void Engine::closeSpan(double at) {
+  if (!open_) return;
+  writeTitle();
+  db_.run("UPDATE events SET end=max(start, ?) WHERE id=?", {at, open_->id});
+  lastEnd_ = std::max(open_->start, at);
+  open_.reset();
+  publish();
+}
+
+void Engine::heartbeat(double now) {
+  if (const auto& title = open_->sample.title) {
+    const double seen = open_->titleTime[*title] += kTickSeconds;
+    if (seen > open_->bestTime) {
+      open_->bestTime = seen;
+      open_->bestTitle = title;
+    }
+  }
+  if (now - open_->lastFlush < kFlushEvery) return;
+  db_.run("UPDATE events SET end=? WHERE id=?", {now, open_->id});
+  writeTitle();
+  open_->lastFlush = now;
+}
+
+// The stored URL must be one that was seen with the stored title, so the pair is written only while
+// the title seen longest is the one in front.
+void Engine::writeTitle() {
+  const auto& sample = open_->sample;
+  if (!sample.title || sample.title != open_->bestTitle) return;
+  if (sample.title == open_->storedTitle && sample.url == open_->storedUrl) return;
+  db_.run("UPDATE events SET title=?, url=? WHERE id=?", {sample.title, sample.url, open_->id});
+  open_->storedTitle = sample.title;
+  open_->storedUrl = sample.url;
+}
+
+void Engine::publish() {
+  live_.setActivity(open_ ? std::optional(OpenActivity{open_->id, open_->sample}) : std::nullopt);
+}
+
+double Engine::numberSetting(const char* key, double fallback) {
+  return parseNumber(db_.setting(key)).value_or(fallback);
+}
+
+}  // namespace orvanta

@@ -1,0 +1,46 @@
+// The few facts of the running capture that other threads look at or change.
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+
+#include "base/clock.h"
+#include "capture/sample.h"
+
+namespace orvanta {
+
+/// A span that is being recorded.
+struct OpenActivity {
+  int64_t id = 0;  ///< row id in `events`; below 1 when it could not be stored
+  Sample sample;   ///< the latest sample that belongs to it
+};
+
+/// Shared between the capture engine, which writes, and menu and dashboard, which read; the current
+/// project goes both ways. Every operation may be called from any thread.
+class LiveState {
+ public:
+  LiveState(Clock clock, bool paused);
+
+  std::optional<OpenActivity> activity() const;
+  void setActivity(std::optional<OpenActivity> activity);
+
+  bool paused() const;
+  void setPaused(bool paused);
+
+  /// The project that the user says to be working on; stamped on new spans.
+  std::optional<int64_t> currentProjectId() const;
+  /// When that was said, Unix seconds; absent with the project.
+  std::optional<double> currentProjectSince() const;
+  void setCurrentProjectId(std::optional<int64_t> project);
+
+ private:
+  const Clock clock_;
+  mutable std::mutex mutex_;
+  std::optional<OpenActivity> activity_;
+  bool paused_;
+  std::optional<int64_t> project_;
+  std::optional<double> projectSince_;
+};
+
+}  // namespace orvanta

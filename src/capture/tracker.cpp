@@ -1,0 +1,76 @@
+#include "capture/tracker.h"
+
+#include <charconv>
+#include <chrono>
+#include <utility>
+
+namespace orvanta {
+namespace {
+
+constexpr double kSecondsPerDay = 86400.0;
+
+std::optional<int64_t> wholeNumber(const std::string& text) {
+  int64_t number = 0;
+  const auto* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock)
+    : db_(db),
+      clock_(std::move(clock)),
+      live_(clock_, db.setting("paused") == "1"),
+      engine_(db, collectors, live_, clock_),
+      queue_("orvanta.tracker") {}
+
+void Tracker::start() {
+  using std::chrono::seconds;
+  queue_.repeat(seconds(1), seconds(2), [this] { engine_.tick(); });
+  db_.log()("Orvanta: capture démarrée (" + db_.location().file().string() + ")");
+}
+
+void Tracker::setPaused(bool paused) {
+  queue_.post([this, paused] { engine_.setPaused(paused); });
+}
+
+void Tracker::setLocked(bool locked) {
+  queue_.post([this, locked] { engine_.setLocked(locked); });
+}
+
+void Tracker::willSleep(std::function<void()> done) {
+  queue_.post([this, done = std::move(done)] {
+    engine_.willSleep();
+    done();
+  });
+}
+
+void Tracker::didWake() {
+  queue_.post([this] { engine_.didWake(); });
+}
+
+void Tracker::shutdown() {
+  queue_.sync([this] { engine_.finish(); });
+}
+
+void Tracker::applyRetention() {
+  const auto days = wholeNumber(db_.setting("retention_days"));
+  if (!days || *days < 1) return;
+  db_.run(
+      "UPDATE events SET title=NULL, url=NULL "
+      "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
+      {clock_() - static_cast<double>(*days) * kSecondsPerDay});
+}
+
+std::optional<Tracker::Current> Tracker::current() const {
+  auto activity = live_.activity();
+  if (!activity || activity->id < 1) return {};
+  const double now = clock_();
+  double start = now;
+  db_.each("SELECT start FROM events WHERE id=?", {activity->id},
+           [&](const Cursor& row) { start = row.dbl(0); });
+  return Current{std::move(activity->sample), now - start};
+}
+
+}  // namespace orvanta

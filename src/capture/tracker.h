@@ -1,0 +1,62 @@
+// The capture as the rest of the program sees it: a queue of its own around the engine.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "base/clock.h"
+#include "base/serial_queue.h"
+#include "capture/collectors.h"
+#include "capture/engine.h"
+#include "capture/live_state.h"
+#include "storage/database.h"
+
+namespace orvanta {
+
+/// Records what is in front every 2 seconds, on its own queue, from start() until it is destroyed.
+/// Every operation may be called from any thread; those that change the capture return at once
+/// unless they say otherwise.
+class Tracker {
+ public:
+  /// What is being recorded now, and for how many seconds.
+  struct Current {
+    Sample sample;
+    double elapsed = 0;
+  };
+
+  /// `db` and `collectors` outlive the tracker. Starts paused when the setting "paused" is "1".
+  Tracker(Database& db, const Collectors& collectors, Clock clock = wallClock);
+
+  /// Begins: the first tick comes after 1 s, then one every 2 s.
+  void start();
+
+  void setPaused(bool paused);
+  void setLocked(bool locked);
+  /// `done` is called on the tracker's queue once the open span is closed.
+  void willSleep(std::function<void()> done);
+  void didWake();
+
+  /// Closes the open span; returns when it is stored. For the end of the program.
+  void shutdown();
+
+  /// Removes title and URL from spans older than the setting "retention_days"; the spans, their
+  /// application and domain stay for the reports. On the caller's thread.
+  void applyRetention();
+
+  std::optional<Current> current() const;
+  bool paused() const { return live_.paused(); }
+  std::optional<int64_t> currentProjectId() const { return live_.currentProjectId(); }
+  std::optional<double> currentProjectSince() const { return live_.currentProjectSince(); }
+  /// The project that new spans are stamped with. Forgotten after an hour away.
+  void setCurrentProjectId(std::optional<int64_t> project) { live_.setCurrentProjectId(project); }
+
+ private:
+  Database& db_;
+  const Clock clock_;
+  LiveState live_;
+  Engine engine_;      // only touched on queue_
+  SerialQueue queue_;  // last: it ends before what its tasks use
+};
+
+}  // namespace orvanta

@@ -1,0 +1,31 @@
+// The rules that a fresh installation comes with.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "base/clock.h"
+#include "storage/database.h"
+
+namespace orvanta {
+
+/// Below every rule of the user and every learnt one.
+inline constexpr int kDefaultPriority = -10;
+
+/// A built-in rule; it never names a project.
+struct DefaultRule {
+  std::string_view field;
+  std::string_view pattern;
+  std::string_view category;
+};
+
+/// The 287 built-in rules. No two have the same field and pattern, whatever the case.
+std::vector<DefaultRule> defaultRules();
+
+/// Writes the built-in rules into the store, once: later starts do nothing, so that a rule the user
+/// deleted stays deleted. With `force`, those missing are added again. A rule with the same field
+/// and pattern (in any case) suppresses the built-in one; existing rules are never changed. Yields
+/// the number of rules added.
+int seedDefaults(Database& db, const Clock& clock, bool force = false);
+
+}  // namespace orvanta

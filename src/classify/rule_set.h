@@ -1,0 +1,28 @@
+// The rules and projects that a request classifies with.
+#pragma once
+
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "storage/database.h"
+#include "storage/project.h"
+#include "storage/rule.h"
+
+namespace orvanta {
+
+/// The categories in the display order of reports. Idle spans have "inactif", which is none of
+/// them.
+inline constexpr std::array<std::string_view, 4> kCategories{"travail", "loisir", "autre",
+                                                             "nonclasse"};
+inline constexpr std::string_view kUnclassified = "nonclasse";
+inline constexpr std::string_view kIdleCategory = "inactif";
+
+/// All rules in matching order: the higher priority first, then the longer pattern, then the older
+/// rule.
+std::vector<Rule> loadRules(Database& db);
+
+/// All projects, archived ones included.
+Projects loadProjects(Database& db);
+
+}  // namespace orvanta

@@ -1,0 +1,57 @@
+// What the desktop must be able to tell, one small interface a question. Each has one class per
+// desktop service behind it. No probe fails: what cannot be told is the neutral answer. A probe
+// answers from a state that events keep up to date, or within 50 ms: the tick never waits for the
+// desktop. Unless a class says otherwise, its operations may be called from any one thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace orvanta {
+
+/// The application in front.
+struct FrontmostApp {
+  std::string name;                   ///< for display, in the user's language; never empty
+  std::optional<std::string> bundle;  ///< desktop-file id without ".desktop"
+  int32_t pid = 0;                    ///< 0 when the desktop does not tell
+
+  friend bool operator==(const FrontmostApp&, const FrontmostApp&) = default;
+};
+
+/// Which window is in front.
+class ForegroundProbe {
+ public:
+  virtual ~ForegroundProbe() = default;
+  virtual std::optional<FrontmostApp> frontmostApp() = 0;
+  /// Title of the focused window of the process; absent when empty or not readable.
+  virtual std::optional<std::string> windowTitle(int32_t pid) = 0;
+  /// Whether window titles can be read on this desktop, now.
+  virtual bool titlesReadable() = 0;
+};
+
+/// How long nobody has touched keyboard or mouse.
+class IdleProbe {
+ public:
+  virtual ~IdleProbe() = default;
+  /// Seconds since the last input; 0 when it cannot be told.
+  virtual double idleSeconds() = 0;
+};
+
+/// Whether some program keeps the display awake, as players and calls do. Keeping only the machine
+/// awake (music, downloads) does not count.
+class InhibitionProbe {
+ public:
+  virtual ~InhibitionProbe() = default;
+  virtual bool displayKeptAwake() = 0;
+};
+
+/// What the session tells about itself. Called on the main thread.
+struct SessionListener {
+  std::function<void(bool locked)> lockChanged;
+  std::function<void()> willSleep;
+  std::function<void()> didWake;
+};
+
+}  // namespace orvanta

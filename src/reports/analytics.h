@@ -1,0 +1,33 @@
+// The reports that the dashboard shows.
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <optional>
+#include <string>
+
+#include "base/calendar.h"
+#include "base/clock.h"
+#include "storage/database.h"
+
+namespace orvanta {
+
+/// Builds each report from the store at the moment it is asked for. Reports never fail: missing
+/// data gives empty lists and zero totals. Holds no state; may be called from any thread.
+class Analytics {
+ public:
+  /// `db` outlives it.
+  Analytics(Database& db, Clock clock, Calendar calendar = {});
+
+  /// One local day: "date", "start", "end", "first", "last", "segments", "blocks", "totals",
+  /// "projects". `date` is "yyyy-MM-dd"; today when absent or not a date.
+  boost::json::object day(const std::optional<std::string>& date) const;
+
+ private:
+  Date parseDate(const std::optional<std::string>& text) const;
+
+  Database& db_;
+  Clock clock_;
+  Calendar calendar_;
+};
+
+}  // namespace orvanta

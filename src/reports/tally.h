@@ -1,0 +1,60 @@
+// Sums by key that remember the order in which the keys came, so that equal sums are always listed
+// in the same order.
+#pragma once
+
+#include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+#include "base/string_pool.h"
+
+namespace orvanta {
+
+/// For texts of one pool.
+struct TextHash {
+  std::size_t operator()(Text text) const { return text ? text.id() + std::size_t{1} : 0; }
+};
+
+/// An insertion-ordered map to entries that hold their `key` and `seconds`, and what else is
+/// summed.
+template <class Entry, class Hash = std::hash<decltype(Entry::key)>>
+class Tally {
+ public:
+  using Key = decltype(Entry::key);
+
+  /// The entry of `key`, made when missing. Valid until the next one is made.
+  Entry& operator[](const Key& key) {
+    const auto [at, isNew] = index_.try_emplace(key, entries_.size());
+    if (isNew) entries_.emplace_back().key = key;
+    return entries_[at->second];
+  }
+
+  const std::vector<Entry>& entries() const { return entries_; }
+
+  /// The entries, those with the most seconds first; at most `most`. Valid as long as the tally
+  /// stays as it is.
+  std::vector<const Entry*> bySeconds(std::size_t most = SIZE_MAX) const {
+    std::vector<const Entry*> sorted;
+    sorted.reserve(entries_.size());
+    for (const auto& entry : entries_) sorted.push_back(&entry);
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const Entry* a, const Entry* b) { return a->seconds > b->seconds; });
+    if (sorted.size() > most) sorted.resize(most);
+    return sorted;
+  }
+
+ private:
+  std::vector<Entry> entries_;
+  boost::unordered_flat_map<Key, std::size_t, Hash> index_;
+};
+
+/// Seconds under one text.
+struct TextSeconds {
+  Text key;
+  double seconds = 0;
+};
+using TextTally = Tally<TextSeconds, TextHash>;
+
+}  // namespace orvanta

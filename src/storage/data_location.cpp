@@ -1,0 +1,51 @@
+#include "storage/data_location.h"
+
+#include <fcntl.h>
+#include <glib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <system_error>
+
+namespace orvanta {
+namespace fs = std::filesystem;
+namespace {
+
+void moveLegacyData(const DataLocation& where, const Log& log) {
+  std::error_code ignored;
+  fs::rename(where.legacyDir, where.dir, ignored);
+  for (const std::string suffix : {"", "-wal", "-shm"}) {
+    fs::rename(where.dir / ("lumaplan.db" + suffix), where.dir / ("orvanta.db" + suffix), ignored);
+  }
+  log("Orvanta: données migrées depuis Lumaplan");
+}
+
+}  // namespace
+
+DataLocation DataLocation::under(const fs::path& base) {
+  return {base / "Orvanta", base / "Lumaplan"};
+}
+
+DataLocation DataLocation::ofUser() {
+  return under(g_get_user_data_dir());
+}
+
+void prepare(const DataLocation& where, const Log& log) {
+  std::error_code ignored;
+  if (!fs::exists(where.dir, ignored) && fs::exists(where.legacyDir, ignored)) {
+    moveLegacyData(where, log);
+  }
+  fs::create_directories(where.dir.parent_path(), ignored);
+  mkdir(where.dir.c_str(), S_IRWXU);
+  chmod(where.dir.c_str(), S_IRWXU);
+  // SQLite gives the -wal and -shm files the mode of the database file.
+  constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+  const int file = open(where.file().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly);
+  if (file >= 0) {
+    fchmod(file, kOwnerOnly);
+    close(file);
+  }
+}
+
+}  // namespace orvanta

@@ -1,0 +1,54 @@
+#include "storage/ev.h"
+
+#include "storage/json.h"
+
+namespace orvanta {
+
+boost::json::object Ev::json() const {
+  return {
+      {"id", id},
+      {"start", start},
+      {"end", end},
+      {"app", app.view()},
+      {"domain", jsonOrNull(domain)},
+      {"title", jsonOrNull(title)},
+      {"cat", cat.view()},
+      {"pid", jsonOrNull(pid)},
+      {"idle", idle},
+      {"manual", manual},
+  };
+}
+
+EvReader::EvReader(StringPool& pool)
+    : pool_(pool), unknownApp_(pool.intern("Inconnu")), unclassified_(pool.intern("nonclasse")) {}
+
+Text EvReader::text(const Cursor& row, int column) {
+  const auto value = row.str(column);
+  return value ? pool_.intern(*value) : Text();
+}
+
+Ev EvReader::read(const Cursor& row) {
+  if (!columns_) {
+    columns_ = Columns{row.column("id"),       row.column("start"),     row.column("end"),
+                       row.column("app"),      row.column("bundle"),    row.column("title"),
+                       row.column("url"),      row.column("domain"),    row.column("idle"),
+                       row.column("category"), row.column("project_id")};
+  }
+  Ev ev;
+  ev.id = row.int_(columns_->id).value_or(0);
+  ev.start = row.dbl(columns_->start);
+  ev.end = row.dbl(columns_->end);
+  ev.app = text(row, columns_->app);
+  if (!ev.app) ev.app = unknownApp_;
+  ev.bundle = text(row, columns_->bundle);
+  ev.title = text(row, columns_->title);
+  ev.url = text(row, columns_->url);
+  ev.domain = text(row, columns_->domain);
+  ev.idle = row.int_(columns_->idle) == 1;
+  ev.category = text(row, columns_->category);
+  ev.projectId = row.int_(columns_->projectId);
+  ev.cat = unclassified_;
+  return ev;
+}
+
+}  // namespace orvanta

@@ -1,0 +1,61 @@
+// One recorded span of time.
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <cstdint>
+#include <optional>
+
+#include "base/string_pool.h"
+#include "storage/statement.h"
+
+namespace orvanta {
+
+/// A row of `events` and, once classified, what it counts as. A plain value; its texts live in the
+/// pool that it was read into.
+struct Ev {
+  int64_t id = 0;
+  double start = 0;  ///< Unix seconds
+  double end = 0;    ///< Unix seconds
+  Text app;          ///< "Inconnu" when the row has none
+  Text bundle;
+  Text title;
+  Text url;
+  Text domain;
+  bool idle = false;
+  Text category;                     ///< set by hand
+  std::optional<int64_t> projectId;  ///< set by hand, or by the project chosen while recording
+
+  // Filled in by the classifier; not to be read before.
+  Text cat;  ///< effective category
+  std::optional<int64_t> pid;
+  bool manual = false;
+
+  /// Seconds; 0 for a span that ends before it starts.
+  double duration() const { return end > start ? end - start : 0; }
+
+  /// What the dashboard receives: the effective classification, not where it comes from.
+  boost::json::object json() const;
+};
+
+/// Reads spans from the rows of one statement over `events`, whatever its column order. Looks the
+/// columns up once; a row costs no map.
+class EvReader {
+ public:
+  /// `pool` outlives the spans read.
+  explicit EvReader(StringPool& pool);
+
+  Ev read(const Cursor& row);
+
+ private:
+  Text text(const Cursor& row, int column);
+
+  StringPool& pool_;
+  Text unknownApp_;
+  Text unclassified_;
+  struct Columns {
+    int id, start, end, app, bundle, title, url, domain, idle, category, projectId;
+  };
+  std::optional<Columns> columns_;
+};
+
+}  // namespace orvanta

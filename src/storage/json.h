@@ -1,0 +1,20 @@
+// Small bridges between the records and Boost.JSON.
+#pragma once
+
+#include <boost/json/value.hpp>
+#include <optional>
+
+#include "base/string_pool.h"
+
+namespace orvanta {
+
+inline boost::json::value jsonOrNull(Text text) {
+  return text ? boost::json::value(text.view()) : boost::json::value(nullptr);
+}
+
+template <class Number>
+boost::json::value jsonOrNull(const std::optional<Number>& number) {
+  return number ? boost::json::value(*number) : boost::json::value(nullptr);
+}
+
+}  // namespace orvanta

@@ -1,0 +1,36 @@
+// One project of the user.
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "storage/value.h"
+
+namespace orvanta {
+
+/// A row of `projects`.
+struct Project {
+  int64_t id = 0;
+  std::string name;
+  std::string color = "#3b82f6";     ///< CSS colour
+  std::string category = "travail";  ///< what time on this project counts as
+  bool archived = false;
+  std::vector<std::string> keywords;  ///< see parseKeywords
+
+  static Project fromRow(const Row& row);
+
+  boost::json::object json() const;
+};
+
+/// By id, archived ones included.
+using Projects = std::map<int64_t, Project>;
+
+/// The keywords of a comma-separated list: trimmed of spaces and tabs, lower-cased, in order. Those
+/// of fewer than 3 characters would catch everything and are left out.
+std::vector<std::string> parseKeywords(std::string_view list);
+
+}  // namespace orvanta

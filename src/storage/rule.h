@@ -1,0 +1,24 @@
+// One classification rule.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "storage/value.h"
+
+namespace orvanta {
+
+/// A row of `rules`: spans whose `field` contains `pattern` get the category, the project or both.
+struct Rule {
+  int64_t id = 0;
+  std::string field;  ///< "app", "domain", "title" or "url"; any other matches nothing
+  std::string pattern;
+  std::optional<std::string> category;
+  std::optional<int64_t> projectId;
+  int64_t priority = 0;  ///< the larger wins
+
+  static Rule fromRow(const Row& row);
+};
+
+}  // namespace orvanta

@@ -1,0 +1,79 @@
+#include "storage/statement.h"
+
+namespace orvanta {
+
+int Cursor::column(std::string_view wanted) const {
+  for (int i = columns() - 1; i >= 0; --i) {
+    if (name(i) == wanted) return i;
+  }
+  return -1;
+}
+
+std::optional<std::string_view> Cursor::str(int column) const {
+  if (sqlite3_column_type(statement_, column) != SQLITE_TEXT) return {};
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  return std::string_view(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+}
+
+std::optional<int64_t> Cursor::int_(int column) const {
+  switch (sqlite3_column_type(statement_, column)) {
+    case SQLITE_INTEGER:
+      return sqlite3_column_int64(statement_, column);
+    case SQLITE_FLOAT:
+      return truncated(sqlite3_column_double(statement_, column));
+    default:
+      return {};
+  }
+}
+
+double Cursor::dbl(int column) const {
+  switch (sqlite3_column_type(statement_, column)) {
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement_, column);
+    default:
+      return 0;
+  }
+}
+
+Value Cursor::value(int column) const {
+  switch (sqlite3_column_type(statement_, column)) {
+    case SQLITE_INTEGER:
+      return int64_t{sqlite3_column_int64(statement_, column)};
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement_, column);
+    case SQLITE_TEXT:
+      return *str(column);
+    default:
+      return {};
+  }
+}
+
+Statement::Statement(sqlite3* connection, std::string_view sql) {
+  sqlite3_stmt* raw = nullptr;
+  sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+  handle_.reset(raw);
+}
+
+void Statement::bind(const Args& args) {
+  int index = 0;
+  for (const auto& arg : args) {
+    ++index;
+    if (const auto* number = arg.integer()) {
+      sqlite3_bind_int64(handle_.get(), index, *number);
+    } else if (const auto* number = arg.real()) {
+      sqlite3_bind_double(handle_.get(), index, *number);
+    } else if (const auto* text = arg.text()) {
+      sqlite3_bind_text(handle_.get(), index, text->c_str(), -1, SQLITE_TRANSIENT);
+    } else {
+      sqlite3_bind_null(handle_.get(), index);
+    }
+  }
+}
+
+void Statement::reset() {
+  sqlite3_reset(handle_.get());
+  sqlite3_clear_bindings(handle_.get());
+}
+
+}  // namespace orvanta

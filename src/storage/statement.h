@@ -1,0 +1,58 @@
+// RAII around a prepared SQLite statement.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "storage/value.h"
+
+namespace orvanta {
+
+/// The row a statement stands on, read in place: nothing is copied, so text is valid only until the
+/// next step. The conversions are those of Row.
+class Cursor {
+ public:
+  explicit Cursor(sqlite3_stmt* statement) : statement_(statement) {}
+
+  int columns() const { return sqlite3_column_count(statement_); }
+  std::string_view name(int column) const { return sqlite3_column_name(statement_, column); }
+  /// Number of the last column with this name, -1 when there is none. Ask once, not for each row.
+  int column(std::string_view name) const;
+
+  std::optional<std::string_view> str(int column) const;
+  std::optional<int64_t> int_(int column) const;
+  double dbl(int column) const;
+  /// NULL for a blob: blobs are never returned.
+  Value value(int column) const;
+
+ private:
+  sqlite3_stmt* statement_;
+};
+
+/// A prepared statement. Not thread-safe; the Database that owns it serialises its use.
+class Statement {
+ public:
+  /// `ok` is false when SQL could not be compiled; the connection then holds the message.
+  Statement(sqlite3* connection, std::string_view sql);
+
+  bool ok() const { return handle_ != nullptr; }
+
+  /// Binds `args` to the parameters 1, 2, 3… Text is bound up to its first NUL.
+  void bind(const Args& args);
+  /// SQLITE_ROW, SQLITE_DONE or an error code.
+  int step() { return sqlite3_step(handle_.get()); }
+  Cursor cursor() const { return Cursor(handle_.get()); }
+  /// Ready for the next use; ends the read transaction.
+  void reset();
+
+ private:
+  struct Finalize {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+  };
+  std::unique_ptr<sqlite3_stmt, Finalize> handle_;
+};
+
+}  // namespace orvanta
