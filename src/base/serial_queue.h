@@ -31,8 +31,8 @@ class SerialQueue {
   void sync(const Task& task);
 
   /// Runs `task` first after `delay`, then every `period`. A queue has one timer; a second call
-  /// replaces it. Firings missed while a task took long are dropped, not made up for. The time base
-  /// stands still while the machine sleeps.
+  /// replaces it. Of the firings missed while a task took long one is made up for, the others are
+  /// dropped. The time base stands still while the machine sleeps.
   void repeat(Duration delay, Duration period, Task task);
 
  private:

@@ -122,7 +122,7 @@ void Engine::consider(Observation seen, double now) {
       publish();
     }
     heartbeat(now);
-  } else if (open_ && !seen.sample.idle) {
+  } else if (open_ && !open_->sample.idle && !seen.sample.idle) {
     debounce(std::move(seen.sample), now);
   } else {
     // Going idle and coming back are facts, not glances.

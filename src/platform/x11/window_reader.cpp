@@ -44,6 +44,18 @@ std::string fromLatin1(std::string_view bytes) {
   return utf8;
 }
 
+std::string fromIso2022(std::string_view bytes) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::string utf8;
+  UConverter* converter = ucnv_open("x11-compound-text", &status);
+  if (U_SUCCESS(status)) {
+    icu::UnicodeString(bytes.data(), static_cast<int32_t>(bytes.size()), converter, status)
+        .toUTF8String(utf8);
+  }
+  ucnv_close(converter);
+  return U_SUCCESS(status) ? utf8 : fromLatin1(bytes);
+}
+
 // Two strings, each ended by NUL; programs that forget the last NUL exist.
 void splitClass(std::string_view bytes, WindowFacts& facts) {
   const auto nul = bytes.find('\0');
@@ -56,15 +68,19 @@ void splitClass(std::string_view bytes, WindowFacts& facts) {
 }  // namespace
 
 std::string fromCompoundText(std::string_view bytes) {
-  UErrorCode status = U_ZERO_ERROR;
+  // ICU reads the ISO 2022 part; what programs of today put between these two it does not know.
+  constexpr std::string_view kUtf8Begins = "\x1b%G";
+  constexpr std::string_view kUtf8Ends = "\x1b%@";
   std::string utf8;
-  UConverter* converter = ucnv_open("x11-compound-text", &status);
-  if (U_SUCCESS(status)) {
-    icu::UnicodeString(bytes.data(), static_cast<int32_t>(bytes.size()), converter, status)
-        .toUTF8String(utf8);
+  while (!bytes.empty()) {
+    const auto begin = std::min(bytes.find(kUtf8Begins), bytes.size());
+    utf8 += fromIso2022(bytes.substr(0, begin));
+    bytes.remove_prefix(std::min(begin + kUtf8Begins.size(), bytes.size()));
+    const auto end = std::min(bytes.find(kUtf8Ends), bytes.size());
+    utf8 += validUtf8(bytes.substr(0, end));
+    bytes.remove_prefix(std::min(end + kUtf8Ends.size(), bytes.size()));
   }
-  ucnv_close(converter);
-  return U_SUCCESS(status) ? utf8 : fromLatin1(bytes);
+  return utf8;
 }
 
 WindowReader::WindowReader(xcb_connection_t* connection)

@@ -1,0 +1,65 @@
+#include <benchmark/benchmark.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+#include "ratios.h"
+
+namespace orvanta::bench {
+namespace {
+
+struct Expectation {
+  std::string name, floor;
+  double limit;
+};
+
+std::vector<Expectation>& expectations() {
+  static std::vector<Expectation> list;
+  return list;
+}
+
+// Keeps the fastest repetition of each benchmark: noise only ever adds.
+class Fastest : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const auto& run : runs) {
+      if (run.run_type != Run::RT_Iteration) continue;
+      auto& best = seconds_.try_emplace(run.run_name.function_name, 1e9).first->second;
+      best = std::min(best, run.real_accumulated_time / static_cast<double>(run.iterations));
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+
+  // Whether every ratio that was measured keeps its limit.
+  bool printRatios() const {
+    bool kept = true;
+    for (const auto& [name, floor, limit] : expectations()) {
+      if (!seconds_.contains(name) || !seconds_.contains(floor)) continue;
+      const double ratio = seconds_.at(name) / seconds_.at(floor);
+      fmt::print("{:5.2f} times (at most {:.1f})  {} / {}\n", ratio, limit, name, floor);
+      kept = kept && ratio <= limit;
+    }
+    return kept;
+  }
+
+ private:
+  std::map<std::string, double> seconds_;
+};
+
+}  // namespace
+
+void expectRatio(const std::string& name, const std::string& floor, double limit) {
+  expectations().push_back({name, floor, limit});
+}
+
+}  // namespace orvanta::bench
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  orvanta::bench::Fastest reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  fmt::print("\n");
+  return reporter.printRatios() ? 0 : 1;
+}

@@ -1,0 +1,88 @@
+#include "store_maker.h"
+
+#include <fmt/format.h>
+
+#include <random>
+
+#include "base/calendar.h"
+#include "base/clock.h"
+#include "classify/defaults.h"
+
+namespace orvanta::bench {
+namespace {
+
+constexpr double kSecondsPerDay = 86400;
+constexpr double kMorning = 7 * 3600;
+constexpr double kWorkingDay = 15 * 3600;
+
+class Life {
+ public:
+  explicit Life(Database& db) : db_(db) {}
+
+  void live(int day, double midnight) {
+    insert(midnight - kSecondsPerDay + kMorning + kWorkingDay, midnight + kMorning, "Inactif", {},
+           {}, {}, true);
+    const double length = kWorkingDay / (kSpansPerDay - 1);
+    double at = midnight + kMorning;
+    for (int i = 1; i < kSpansPerDay; ++i, at += length) {
+      const int app = upTo(11);
+      if (app > 4) {
+        insert(at, at + length, fmt::format("Application {}", app),
+               fmt::format("Document {} de la semaine {} — relecture", upTo(200), day / 7), {}, {},
+               upTo(39) == 0);
+        continue;
+      }
+      const auto site =
+          app == 0 ? std::string("www.youtube.com") : fmt::format("site{}.fr", upTo(150));
+      const int page = upTo(400);
+      insert(at, at + length, "Firefox",
+             fmt::format("Page {} de la semaine {} — un titre assez long", page, day / 7),
+             fmt::format("https://{}/chemin/{}/{}?parametre=valeur", site, day / 7, page), site,
+             false);
+    }
+  }
+
+ private:
+  int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
+
+  void insert(double start, double end, const std::string& app, std::optional<std::string> title,
+              std::optional<std::string> url, std::optional<std::string> domain, bool idle) {
+    db_.run(
+        "INSERT INTO events(start,end,app,bundle,title,url,domain,idle) VALUES (?,?,?,?,?,?,?,?)",
+        {start, end, app, "org.example." + app, title, url, domain, idle});
+  }
+
+  Database& db_;
+  std::mt19937 random_{7};  // NOLINT(cert-msc51-cpp): the same life every time
+};
+
+}  // namespace
+
+double today() {
+  const Calendar calendar;
+  return calendar.startOf(calendar.dateOf(wallClock()));
+}
+
+std::unique_ptr<Database> openStore(int days) {
+  const auto date = Calendar().dateOf(wallClock()).iso();
+  const auto base = std::filesystem::temp_directory_path() /
+                    fmt::format("orvanta-bench-{}-days-until-{}", days, date);
+  auto db = std::make_unique<Database>(DataLocation::under(base));
+  if (db->setting("bench_made") == "1") return db;
+  seedDefaults(*db, wallClock);
+  db->exec("BEGIN");
+  db->exec("DELETE FROM events");
+  for (int i = 1; i <= 10; ++i) {
+    db->run(
+        "INSERT OR IGNORE INTO projects(name, keywords) VALUES (?, ?)",
+        {fmt::format("Projet {}", i), fmt::format("document {}, client numéro {}", 150 + i, i)});
+  }
+  Life life(*db);
+  for (int day = 0; day < days; ++day) life.live(day, today() - (days - 1 - day) * kSecondsPerDay);
+  db->exec("COMMIT");
+  db->exec("PRAGMA wal_checkpoint(TRUNCATE)");
+  db->setSetting("bench_made", "1");
+  return db;
+}
+
+}  // namespace orvanta::bench

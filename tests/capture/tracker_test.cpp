@@ -1,0 +1,104 @@
+#include "capture/tracker.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+#include "support/fake_desktop.h"
+#include "support/temp_store.h"
+
+namespace orvanta {
+namespace {
+
+TEST(Tracker, RecordsByItsOwnTimerAndClosesAtTheEnd) {
+  test::TempStore store;
+  test::FakeDesktop desktop;
+  desktop.show("A", "titre");
+  Tracker tracker(store.db, desktop.collectors);
+  EXPECT_FALSE(tracker.current());
+  const double before = wallClock();
+  tracker.start();
+  while (!tracker.current()) std::this_thread::yield();
+  EXPECT_GE(wallClock() - before, 1.0);
+  EXPECT_EQ(tracker.current()->sample.title, "titre");
+  EXPECT_LT(tracker.current()->elapsed, 1.0);
+  tracker.shutdown();
+  EXPECT_FALSE(tracker.current());
+  EXPECT_EQ(store.log.lines().back(),
+            "Orvanta: capture démarrée (" + store.db.location().file().string() + ")");
+}
+
+TEST(Tracker, PausesAndSleepsInTheOrderAsked) {
+  test::TempStore store;
+  test::FakeDesktop desktop;
+  {
+    Tracker tracker(store.db, desktop.collectors);
+    EXPECT_FALSE(tracker.paused());
+    tracker.setPaused(true);
+    tracker.shutdown();
+    EXPECT_TRUE(tracker.paused());
+    std::promise<void> asleep;
+    tracker.willSleep([&] { asleep.set_value(); });
+    asleep.get_future().wait();
+  }
+  EXPECT_TRUE(Tracker(store.db, desktop.collectors).paused());
+}
+
+// What menu and dashboard do while the capture runs, for the thread sanitizer to look at.
+TEST(Tracker, IsReadAndSteeredFromOtherThreads) {
+  test::TempStore store;
+  test::FakeDesktop desktop;
+  desktop.show("A");
+  Tracker tracker(store.db, desktop.collectors);
+  tracker.start();
+  std::vector<std::future<void>> others;
+  for (int thread = 0; thread < 3; ++thread) {
+    others.push_back(std::async(std::launch::async, [&] {
+      const double end = wallClock() + 2;
+      for (int64_t i = 0; wallClock() < end; ++i) {
+        tracker.setCurrentProjectId(i);
+        tracker.setLocked(i % 7 == 0);
+        tracker.setPaused(i % 5 == 0);
+        (void)tracker.current();
+        (void)tracker.paused();
+        (void)tracker.currentProjectId();
+        tracker.applyRetention();
+      }
+    }));
+  }
+  others.clear();
+  tracker.setPaused(false);
+  tracker.shutdown();
+  EXPECT_FALSE(tracker.paused());
+  EXPECT_TRUE(tracker.currentProjectSince());
+}
+
+TEST(Tracker, RetentionBlanksOldTitlesAndKeepsTheTime) {
+  test::TempStore store;
+  test::FakeDesktop desktop;
+  test::FakeClock clock;
+  Tracker tracker(store.db, desktop.collectors, clock.read());
+  const auto addSpan = [&](double daysAgo) {
+    const double end = clock.now - daysAgo * 86400;
+    store.db.run("INSERT INTO events(start,end,app,title,url,domain) VALUES (?,?,'A','t','u','d')",
+                 {end - 60, end});
+  };
+  const auto titles = [&] {
+    return store.db.query("SELECT 1 FROM events WHERE title NOT NULL AND url NOT NULL").size();
+  };
+  addSpan(29.9);
+  addSpan(30.1);
+  for (const auto* off : {"0", "-3", "", "30.5", "trente", "99999999999999999999"}) {
+    store.db.setSetting("retention_days", off);
+    tracker.applyRetention();
+    EXPECT_EQ(titles(), 2U) << off;
+  }
+  store.db.setSetting("retention_days", "30");
+  tracker.applyRetention();
+  EXPECT_EQ(titles(), 1U);
+  EXPECT_EQ(store.db.query("SELECT 1 FROM events WHERE app='A' AND domain='d'").size(), 2U);
+}
+
+}  // namespace
+}  // namespace orvanta

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <boost/json/serialize.hpp>
+
+#include "storage/ev.h"
+#include "storage/project.h"
+#include "storage/rule.h"
+#include "support/temp_store.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+Ev firstEv(test::TempStore& store, StringPool& pool, const std::string& sql) {
+  EvReader reader(pool);
+  Ev ev;
+  store.db.each(sql, {}, [&](const Cursor& row) { ev = reader.read(row); });
+  return ev;
+}
+
+TEST(Ev, ReadsRowsWithNeutralValuesForWhatIsMissing) {
+  test::TempStore store;
+  StringPool pool;
+  // Another column order than the table's, integers where doubles are usual.
+  const auto ev = firstEv(store, pool,
+                          "SELECT 'm.fr' AS domain, 20 AS end, 10 AS start, NULL AS app, "
+                          "1.0 AS idle, 3 AS id, NULL AS title, '' AS url");
+  EXPECT_EQ(ev.id, 3);
+  EXPECT_EQ(ev.duration(), 10);
+  EXPECT_EQ(ev.app.view(), "Inconnu");
+  EXPECT_TRUE(ev.idle);
+  EXPECT_EQ(ev.domain.view(), "m.fr");
+  EXPECT_FALSE(ev.title);
+  EXPECT_TRUE(ev.url);  // empty, but there
+  EXPECT_EQ(ev.cat.view(), "nonclasse");
+  EXPECT_FALSE(ev.pid || ev.manual || ev.category || ev.projectId);
+
+  for (const auto* idle : {"2", "NULL", "'1'"}) {
+    EXPECT_FALSE(firstEv(store, pool, std::string("SELECT ") + idle + " AS idle").idle) << idle;
+  }
+  EXPECT_EQ(firstEv(store, pool, "SELECT 20 AS start, 10 AS end").duration(), 0);
+}
+
+TEST(Ev, ShowsTheDashboardTheEffectiveClassificationOnly) {
+  test::TempStore store;
+  StringPool pool;
+  auto ev = firstEv(store, pool,
+                    "SELECT 1 AS id, 1.5 AS start, 2 AS end, 'A' AS app, 'b' AS bundle, "
+                    "'</script>' AS title, 'http://x/' AS url, 'loisir' AS category");
+  ev.pid = 4;
+  EXPECT_EQ(json::value(ev.json()), json::value({{"id", 1},
+                                                 {"start", 1.5},
+                                                 {"end", 2.0},
+                                                 {"app", "A"},
+                                                 {"domain", nullptr},
+                                                 {"title", "</script>"},
+                                                 {"cat", "nonclasse"},
+                                                 {"pid", 4},
+                                                 {"idle", false},
+                                                 {"manual", false}}));
+}
+
+TEST(Project, FillsInDefaultsAndParsesKeywords) {
+  test::TempStore store;
+  store.db.run("INSERT INTO projects(name, color, category, archived, keywords) VALUES (?,?,?,?,?)",
+               {"Été", nullptr, nullptr, 1, "  Alpha ,, ab,\tDeux MOTS , Éo1 , \n"});
+  const auto project = Project::fromRow(store.db.query("SELECT * FROM projects").front());
+  EXPECT_EQ(project.keywords, (std::vector<std::string>{"alpha", "deux mots", "éo1"}));
+  EXPECT_EQ(json::value(project.json()), json::value({{"id", 1},
+                                                      {"name", "Été"},
+                                                      {"color", "#3b82f6"},
+                                                      {"category", "travail"},
+                                                      {"archived", true},
+                                                      {"keywords", "alpha, deux mots, éo1"}}));
+  EXPECT_EQ(Project().json().at("keywords"), "");
+}
+
+TEST(Rule, ReadsRowsWithNeutralValuesForWhatIsMissing) {
+  test::TempStore store;
+  const auto rule = Rule::fromRow(
+      store.db.query("SELECT 'app' AS field, 5 AS pattern, NULL AS category, 2.0 AS project_id")
+          .front());
+  EXPECT_EQ(rule.id, 0);
+  EXPECT_EQ(rule.field, "app");
+  EXPECT_EQ(rule.pattern, "");
+  EXPECT_FALSE(rule.category);
+  EXPECT_EQ(rule.projectId, 2);
+  EXPECT_EQ(rule.priority, 0);
+}
+
+}  // namespace
+}  // namespace orvanta

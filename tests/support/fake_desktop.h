@@ -1,0 +1,55 @@
+// A desktop that shows what a test tells it to, and a clock that a test moves.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "capture/collectors.h"
+
+namespace orvanta::test {
+
+/// All probes in one. Set the fields between ticks.
+struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
+  std::optional<FrontmostApp> app;
+  std::optional<std::string> title;
+  double idle = 0;
+  bool awake = false;  // something keeps the display awake
+  bool readable = true;
+  std::map<std::string, BrowserTab> tabs;  // by bundle
+  int inhibitionQuestions = 0;
+
+  void show(const std::string& name, std::optional<std::string> windowTitle = {}) {
+    app = FrontmostApp{name, "org.example." + name, 7};
+    title = std::move(windowTitle);
+  }
+  void browse(const std::string& url, const std::string& tabTitle) {
+    show("Firefox", "titre de fenêtre");
+    tabs[*app->bundle] = {url, tabTitle};
+  }
+
+  std::optional<FrontmostApp> frontmostApp() override { return app; }
+  std::optional<std::string> windowTitle(int32_t /*pid*/) override { return title; }
+  bool titlesReadable() override { return readable; }
+  double idleSeconds() override { return idle; }
+  bool displayKeptAwake() override {
+    ++inhibitionQuestions;
+    return awake;
+  }
+
+  Collectors collectors{*this, *this, *this, [this](const std::string& bundle) {
+                          const auto tab = tabs.find(bundle);
+                          return tab != tabs.end() ? tab->second : BrowserTab();
+                        }};
+};
+
+/// Starts on 14 November 2023, 22:13:20 UTC.
+struct FakeClock {
+  std::atomic<double> now = 1'700'000'000.0;
+  Clock read() {
+    return [this] { return now.load(); };
+  }
+};
+
+}  // namespace orvanta::test

@@ -1,0 +1,60 @@
+// A store in a temporary folder of its own, gone with the object.
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "storage/database.h"
+
+namespace orvanta::test {
+
+class TempFolder {
+ public:
+  TempFolder() {
+    auto pattern = (std::filesystem::temp_directory_path() / "orvanta-XXXXXX").string();
+    path_ = mkdtemp(pattern.data());
+  }
+  ~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  DataLocation location() const { return DataLocation::under(path_); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// Keeps the log lines instead of printing them.
+class LogLines {
+ public:
+  Log sink() {
+    return [this](const std::string& line) {
+      const std::lock_guard lock(mutex_);
+      lines_.push_back(line);
+    };
+  }
+  std::vector<std::string> lines() const {
+    const std::lock_guard lock(mutex_);
+    return lines_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+struct TempStore {
+  TempFolder folder;
+  LogLines log;
+  Database db{folder.location(), log.sink()};
+};
+
+}  // namespace orvanta::test
