@@ -130,6 +130,7 @@ void Engine::consider(Observation seen, double now) {
     closeSpan(at);
     openSpan(seen.sample, std::max(at, std::min(lastEnd_, now)));
     candidate_.reset();
+    flush(now);
   }
 }
 
@@ -198,6 +199,10 @@ void Engine::heartbeat(double now) {
       open_->bestTitle = title;
     }
   }
+  flush(now);
+}
+
+void Engine::flush(double now) {
   if (now - open_->lastFlush < kFlushEvery) return;
   db_.run("UPDATE events SET end=? WHERE id=?", {now, open_->id});
   writeTitle();

@@ -74,6 +74,7 @@ class Engine {
   void openSpan(const Sample& sample, double at);
   void closeSpan(double at);
   void heartbeat(double now);
+  void flush(double now);
   void writeTitle();
   void publish();
   double numberSetting(const char* key, double fallback);

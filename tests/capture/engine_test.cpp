@@ -80,7 +80,7 @@ TEST_F(EngineTest, IdleIsBackDatedToTheLastInputAndEndsAtOnce) {
   run(300);
   desktop.idle = 200;
   run(2);
-  EXPECT_EQ(spans(), (Spans{"A 2-102", "Inactif 102-102"}));
+  EXPECT_EQ(spans(), (Spans{"A 2-102", "Inactif 102-302"}));
   run(10);
   desktop.idle = 0;
   run(2);

@@ -18,14 +18,16 @@ int main(int argc, char** argv) {
   LiveState live(clock.read(), false);
   Engine engine(db, desktop.collectors, live, clock.read());
   std::mt19937 random{std::random_device()()};
+  int away = 0;
   for (;;) {
     if (random() % 20 == 0) {
       desktop.show("App" + std::to_string(random() % 9), "Titre " + std::to_string(random() % 99));
     }
-    desktop.idle = random() % 300 == 0 ? 200 : 0;
+    if (random() % 300 == 0) away = 150;
+    desktop.idle = away-- > 0 ? desktop.idle + Engine::kTickSeconds : 0;
     clock.now = clock.now + Engine::kTickSeconds;
     engine.tick();
-    std::printf("%.3f\n", clock.now.load());
+    std::printf("%.3f\n", clock.now - desktop.idle);
     std::fflush(stdout);
   }
 }

@@ -1,0 +1,216 @@
+"""A session of its own for a test: buses, X server, home. Nothing of it outlives the test."""
+
+import json
+import os
+import shutil
+import signal
+import sqlite3
+import subprocess
+import tempfile
+import time
+
+import dbus
+import dbus.bus
+
+ORVANTA = os.environ["ORVANTA"]
+TICK = 2.5  # seconds: the program looks every 2, and this machine may be busy
+
+# No service directories: what a program asks for is there or is not, and nothing is left running.
+BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <listen>unix:dir={folder}</listen>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+
+
+def wait_for(check, seconds, what, meanwhile=None):
+    """The first true answer of check(); an error when none comes in time."""
+    deadline = time.time() + seconds
+    while True:
+        answer = check()
+        if answer:
+            return answer
+        if time.time() > deadline:
+            raise AssertionError(f"{what}: not within {seconds} s")
+        if meanwhile:
+            meanwhile()
+        time.sleep(0.1)
+
+
+def pass_time(seconds, meanwhile=None):
+    """For what is to be seen not to happen."""
+    end = time.time() + seconds
+    wait_for(lambda: time.time() >= end, seconds + 5, "time passes", meanwhile)
+
+
+def cpu_seconds(pid):
+    with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
+        fields = file.read().rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+class Bus:
+    def __init__(self, desktop, name):
+        folder = desktop.make_folder(name)
+        config = os.path.join(folder, "bus.conf")
+        with open(config, "w", encoding="utf-8") as file:
+            file.write(BUS_CONFIG.format(folder=folder))
+        reader, writer = os.pipe()
+        self.daemon = desktop.spawn("dbus-daemon", f"--config-file={config}", "--nofork",
+                                    f"--print-address={writer}", fds=(writer,))
+        os.close(writer)
+        with os.fdopen(reader) as file:
+            self.address = file.readline().strip()
+
+    def connect(self):
+        return dbus.bus.BusConnection(self.address)
+
+
+class Desktop:
+    """Call stop() at the end. `env` is the environment of everything that runs in it."""
+
+    def __init__(self, screen=True, session_bus=True, system_bus=False):
+        self.folder = tempfile.mkdtemp(prefix="orvanta-test-")
+        self.processes = []
+        self.x_server = None
+        self.env = {key: value for key, value in os.environ.items()
+                    if key == "PATH" or key == "TZ" or key.endswith("SAN_OPTIONS")}
+        nowhere = "unix:path=" + os.path.join(self.folder, "no-bus")
+        self.env.update(
+            LANG="C.UTF-8", LANGUAGE="fr", NO_AT_BRIDGE="1", GTK_A11Y="none",
+            HOME=self.make_folder("home"), XDG_CONFIG_HOME=self.make_folder("config"),
+            XDG_RUNTIME_DIR=self.make_folder("runtime"), XDG_DATA_HOME=self.make_folder("data"),
+            DBUS_SYSTEM_BUS_ADDRESS=nowhere, DBUS_SESSION_BUS_ADDRESS=nowhere)
+        try:
+            if session_bus:
+                self.session = Bus(self, "session-bus")
+                self.env["DBUS_SESSION_BUS_ADDRESS"] = self.session.address
+            if system_bus:
+                self.system = Bus(self, "system-bus")
+                self.env["DBUS_SYSTEM_BUS_ADDRESS"] = self.system.address
+            if screen:
+                self.start_screen()
+        except BaseException:
+            self.stop()
+            raise
+
+    def stop(self):
+        for process in reversed(self.processes):
+            if process.poll() is None:
+                process.kill()
+            process.wait()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def make_folder(self, name):
+        path = os.path.join(self.folder, name)
+        os.mkdir(path, 0o700)
+        return path
+
+    def spawn(self, *command, env=None, fds=()):
+        """Starts a program that dies with us at the latest."""
+        output = os.path.join(self.folder, f"{len(self.processes)}.out")
+        with open(output, "wb") as file:
+            process = subprocess.Popen(
+                ["setpriv", "--pdeathsig", "KILL", *command], env={**self.env, **(env or {})},
+                stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, pass_fds=fds,
+                cwd=self.env["HOME"])
+        process.output = output
+        self.processes.append(process)
+        return process
+
+    def run(self, *command, env=None):
+        """Runs a program to its end."""
+        return subprocess.run(command, env={**self.env, **(env or {})}, capture_output=True,
+                              stdin=subprocess.DEVNULL, timeout=10, check=False)
+
+    # The X server and its windows
+
+    def start_screen(self):
+        reader, writer = os.pipe()
+        self.x_server = self.spawn("Xvfb", "-displayfd", str(writer), "-screen", "0",
+                                   "1024x768x24", "-nolisten", "tcp", "-noreset", fds=(writer,))
+        os.close(writer)
+        with os.fdopen(reader) as file:
+            self.env["DISPLAY"] = ":" + file.readline().strip()
+        self.spawn("openbox")
+        wait_for(lambda: self.root_windows("_NET_SUPPORTING_WM_CHECK"), 10, "openbox is up")
+
+    def root_windows(self, name):
+        text = self.run("xprop", "-root", name).stdout.decode()
+        return [int(word.strip(","), 16) for word in text.split() if word.startswith("0x")]
+
+    def open_window(self, *command):
+        """Starts a program; returns it and its window."""
+        before = self.root_windows("_NET_CLIENT_LIST")
+        program = self.spawn(*command)
+
+        def new_window():
+            return [window for window in self.root_windows("_NET_CLIENT_LIST")
+                    if window not in before]
+        return program, wait_for(new_window, 15, f"{command[0]} has a window")[-1]
+
+    def focus(self, window):
+        """Brings the window to the front; returns when it came there."""
+        self.run("timeout", "5", "xdotool", "windowactivate", str(window))
+        wait_for(lambda: self.root_windows("_NET_ACTIVE_WINDOW") == [window], 5, "focus moves")
+        return time.time()
+
+    def touch(self):
+        """Input: the mouse moves a little. Returns when."""
+        step = self.run("timeout", "5", "xdotool", "mousemove_relative", "1", "0",
+                        "mousemove_relative", "--", "-1", "0")
+        assert step.returncode == 0, step.stderr
+        return time.time()
+
+    # Orvanta
+
+    def start_orvanta(self, env=None):
+        """Starts the program and waits for its first span."""
+        known = len(self.spans())
+        program = self.spawn(ORVANTA, env=env)
+        wait_for(lambda: len(self.spans()) > known, 10, "the first span")
+        return program
+
+    def call(self, *words, env=None):
+        """`orvanta --call …`: exit status and the answer."""
+        done = self.run(ORVANTA, "--call", *words, env=env)
+        return done.returncode, json.loads(done.stdout.decode("utf-8"))
+
+    def database(self):
+        return os.path.join(self.env["XDG_DATA_HOME"], "Orvanta", "orvanta.db")
+
+    def set_setting(self, key, value):
+        self.call("day")  # makes the store
+        with sqlite3.connect(self.database()) as db:
+            changed = db.execute("UPDATE settings SET value=? WHERE key=?", (value, key)).rowcount
+        db.close()
+        assert changed == 1, key
+
+    def spans(self):
+        """The spans in the file, oldest first."""
+        try:
+            db = sqlite3.connect(f"file:{self.database()}?mode=ro", uri=True)
+        except sqlite3.OperationalError:
+            return []  # not made yet
+        try:
+            db.row_factory = sqlite3.Row
+            return db.execute("SELECT * FROM events ORDER BY id").fetchall()
+        except sqlite3.OperationalError as error:
+            if "no such table" in str(error):
+                return []
+            raise
+        finally:
+            db.close()
+
+
+def end(program, how=signal.SIGTERM):
+    """Ends the program in order; returns its exit status and when it was asked to."""
+    asked = time.time()
+    program.send_signal(how)
+    return program.wait(timeout=10), asked
