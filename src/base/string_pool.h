@@ -2,10 +2,8 @@
 // that what is asked of a string (does a rule match it?) is worked out once, not once per span.
 #pragma once
 
-#include <boost/unordered/unordered_flat_map.hpp>
+#include <boost/unordered/unordered_flat_set.hpp>
 #include <cstdint>
-#include <deque>
-#include <functional>
 #include <memory_resource>
 #include <string>
 #include <string_view>
@@ -20,22 +18,25 @@ class Text {
   explicit operator bool() const { return entry_ != nullptr; }
 
   /// The text, empty when there is none.
-  std::string_view view() const { return entry_ ? entry_->text : std::string_view(); }
+  std::string_view view() const { return entry_ ? entry_->view() : std::string_view(); }
   std::string str() const { return std::string(view()); }
 
   /// Dense number of the string in its pool, from 0. Only for a Text that holds something.
   uint32_t id() const { return entry_->id; }
 
-  /// Same text, or both nothing. Text of one pool compares without looking at the characters.
+  /// Same text, or both nothing. Equal texts of one pool are seen to be so at once.
   friend bool operator==(Text a, Text b) {
-    return a.entry_ == b.entry_ || (a.entry_ && b.entry_ && a.entry_->text == b.entry_->text);
+    return a.entry_ == b.entry_ || (a.entry_ && b.entry_ && a.view() == b.view());
   }
 
  private:
   friend class StringPool;
+  // Stands right before its characters, so that both come into the processor's cache together.
   struct Entry {
-    std::string_view text;
+    uint64_t hash;
     uint32_t id;
+    uint32_t size;
+    std::string_view view() const { return {reinterpret_cast<const char*>(this + 1), size}; }
   };
   explicit Text(const Entry* entry) : entry_(entry) {}
 
@@ -53,13 +54,31 @@ class StringPool {
   Text intern(std::string_view text);
 
   /// How many distinct strings there are; every id is below it.
-  uint32_t size() const { return static_cast<uint32_t>(entries_.size()); }
+  uint32_t size() const { return static_cast<uint32_t>(index_.size()); }
 
  private:
-  std::pmr::monotonic_buffer_resource bytes_;
-  std::deque<Text::Entry> entries_;
-  boost::unordered_flat_map<std::string_view, const Text::Entry*, std::hash<std::string_view>>
-      index_;
+  using Entry = Text::Entry;
+  struct Key {
+    std::string_view text;
+    uint64_t hash;
+  };
+  struct Hash {
+    using is_transparent = void;
+    using is_avalanching = void;
+    std::size_t operator()(const Key& key) const { return key.hash; }
+    std::size_t operator()(const Entry* entry) const { return entry->hash; }
+  };
+  struct Same {
+    using is_transparent = void;
+    bool operator()(const Entry* a, const Entry* b) const { return a == b; }
+    bool operator()(const Key& key, const Entry* entry) const {
+      return key.hash == entry->hash && key.text == entry->view();
+    }
+    bool operator()(const Entry* entry, const Key& key) const { return (*this)(key, entry); }
+  };
+
+  std::pmr::monotonic_buffer_resource memory_{16384};
+  boost::unordered_flat_set<const Entry*, Hash, Same> index_;
 };
 
 }  // namespace orvanta

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <array>
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "base/string_pool.h"
+#include "classify/pattern_search.h"
 #include "classify/rule_set.h"
 #include "storage/ev.h"
 
@@ -19,8 +19,8 @@ namespace orvanta {
 /// one, else that of the first matching rule that has one, else that of the effective project, else
 /// "nonclasse". A rule matches where its lower-cased pattern occurs in the lower-cased field.
 ///
-/// Each distinct string is lower-cased and searched once, whatever the number of spans that carry
-/// it; after that a span costs four look-ups. Not thread-safe.
+/// Each distinct string is searched once, for all patterns in one pass, whatever the number of
+/// spans that carry it; after that a span costs four look-ups. Not thread-safe.
 class Classifier {
  public:
   /// `rules` are in matching order. All three outlive the classifier; every span that it is given
@@ -32,31 +32,25 @@ class Classifier {
 
  private:
   enum Field : std::size_t { kApp, kDomain, kTitle, kUrl, kFields };
-  using RuleIndex = uint32_t;
-  static constexpr RuleIndex kNone = UINT32_MAX;
+  using Rank = PatternSearch::Rank;
+  static constexpr Rank kNone = PatternSearch::kNone;
 
   // What all rules and keywords have to say about one string in one field.
   struct Match {
-    bool rulesKnown = false;
-    bool keywordsKnown = false;
-    RuleIndex category = kNone;  // first rule that matches and has a category
-    RuleIndex project = kNone;   // first rule that matches and has a project
-    uint32_t keyword = kNone;    // first of keywordProjects_ with a keyword in the string
+    PatternSearch::Found found;  // ranks are indexes into rules_ and keywordProjects_
+    bool known = false;
+    bool opensPhrase = false;  // it ends with the beginning of a keyword of several words
   };
-  struct Pattern {
-    std::string text;  // lower-cased, not empty
-    RuleIndex rule;
-  };
-  struct KeywordProject {
-    int64_t id;
-    std::vector<std::string> keywords;
-    std::vector<std::string> phrases;  // the keywords with a space: these may span two fields
+  // A keyword with a space, which may begin in one field and end in the next.
+  struct Phrase {
+    std::string text;
+    Rank project;
   };
 
+  void addKeywords(const Project& project, Rank rank);
   Match& match(Field field, Text text);
-  void matchRules(Field field, Text text, Match& match) const;
-  uint32_t keywordProject(const Ev& ev);
-  uint32_t phraseProject(const Ev& ev);
+  bool opensPhrase(Text text) const;
+  Rank phraseAcrossFields(const Ev& ev) const;
   Text projectCategory(int64_t project);
 
   StringPool& pool_;
@@ -65,12 +59,12 @@ class Classifier {
   Text unclassified_;
   Text idle_;
   std::vector<Text> ruleCategories_;  // by rule
-  std::array<std::vector<Pattern>, kFields> patterns_;
-  std::vector<KeywordProject> keywordProjects_;  // not archived, with keywords, by ascending id
-  bool anyPhrase_ = false;
+  std::array<PatternSearch, kFields> search_;
+  std::vector<int64_t> keywordProjects_;  // not archived, with keywords, by ascending id
+  std::vector<Phrase> phrases_;
+  std::vector<std::string> phraseOpenings_;  // the phrases up to each of their spaces
 
   std::array<std::vector<Match>, kFields> matches_;  // by text id
-  boost::unordered_flat_map<std::string, uint32_t> phraseMatches_;
 };
 
 }  // namespace orvanta
