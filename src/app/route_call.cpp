@@ -3,6 +3,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
+#include "base/text.h"
 #include "bridge/app_error.h"
 
 namespace orvanta {
@@ -26,7 +27,9 @@ CallResult callRoute(const Router& router, const std::vector<std::string>& words
     const auto body = words.size() > 1 ? parseBody(words[1]) : json::object();
     return {json::serialize(router.handle(words[0], body)) + "\n", 0};
   } catch (const AppError& error) {
-    return {json::serialize(json::object{{"error", error.what()}}) + "\n", 1};
+    // The message may quote a word of the command line, which can be any bytes.
+    const auto message = validUtf8(error.what());
+    return {json::serialize(json::object{{"error", message}}) + "\n", 1};
   }
 }
 

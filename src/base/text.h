@@ -8,6 +8,8 @@
 
 namespace orvanta {
 
+bool isAscii(std::string_view text);
+
 /// Full Unicode lower-casing, independent of the user's language.
 std::string lowerCase(std::string_view utf8);
 

@@ -1,5 +1,7 @@
 #include "classify/classifier.h"
 
+#include <glib.h>
+
 #include <algorithm>
 
 #include "base/text.h"
@@ -38,6 +40,7 @@ void Classifier::addKeywords(const Project& project, Rank rank) {
     if (space != std::string::npos) phrases_.push_back({keyword, rank});
     for (; space != std::string::npos; space = keyword.find(' ', space + 1)) {
       phraseOpenings_.push_back(keyword.substr(0, space));
+      openingEnds_.push_back(keyword[space - 1]);
     }
   }
 }
@@ -89,7 +92,10 @@ Classifier::Match& Classifier::match(Field field, Text text) {
 }
 
 bool Classifier::opensPhrase(Text text) const {
-  if (phraseOpenings_.empty()) return false;
+  // Most texts are settled by their last byte; of a letter beyond ASCII it depends on the case.
+  const auto last = text.view().empty() ? '\0' : text.view().back();
+  const auto isAscii = static_cast<unsigned char>(last) < 0x80;
+  if (isAscii && openingEnds_.find(g_ascii_tolower(last)) == std::string::npos) return false;
   const auto lowered = lowerCase(text.view());
   return std::any_of(phraseOpenings_.begin(), phraseOpenings_.end(),
                      [&](const std::string& opening) { return lowered.ends_with(opening); });

@@ -63,6 +63,7 @@ class Classifier {
   std::vector<int64_t> keywordProjects_;  // not archived, with keywords, by ascending id
   std::vector<Phrase> phrases_;
   std::vector<std::string> phraseOpenings_;  // the phrases up to each of their spaces
+  std::string openingEnds_;                  // the last byte of each of these
 
   std::array<std::vector<Match>, kFields> matches_;  // by text id
 };

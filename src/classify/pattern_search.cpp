@@ -39,15 +39,15 @@ void PatternSearch::build() {
   for (const auto& [text, found] : patterns_) {
     State state = 0;
     for (const char c : text) {
-      const auto edge = state * classes_ + classOf_.at(byteOf(c));
+      const auto edge = state + classOf_.at(byteOf(c));
       if (next_[edge] == 0) {
-        next_[edge] = static_cast<State>(atState_.size());
-        atState_.emplace_back();
+        next_[edge] = static_cast<State>(next_.size());
         next_.resize(next_.size() + classes_, 0);
+        atState_.emplace_back();
       }
       state = next_[edge];
     }
-    atState_[state].merge(found);
+    foundAt(state).merge(found);
   }
   patterns_.clear();
 
@@ -58,35 +58,34 @@ void PatternSearch::build() {
   for (std::size_t i = 0; i < queue.size(); ++i) {
     const State state = queue[i];
     for (uint32_t c = 1; c < classes_; ++c) {
-      auto& child = next_[state * classes_ + c];
-      const State fallback = state == 0 ? 0 : next_[suffix[state] * classes_ + c];
+      auto& child = next_[state + c];
+      const State fallback = state == 0 ? 0 : next_[suffix[state / classes_] + c];
       if (child == 0) {
         child = fallback;
       } else {
-        suffix[child] = fallback;
-        atState_[child].merge(atState_[fallback]);
+        suffix[child / classes_] = fallback;
+        foundAt(child).merge(foundAt(fallback));
         queue.push_back(child);
       }
     }
   }
   for (auto& next : next_) {
-    if (atState_[next].any()) next |= kFinds;
+    if (foundAt(next).any()) next |= kFinds;
   }
 }
 
 PatternSearch::Found PatternSearch::search(std::string_view text) const {
   if (next_.size() <= classes_) return {};  // no pattern at all
-  const bool ascii = std::all_of(text.begin(), text.end(), [](char c) { return byteOf(c) < 0x80; });
-  return ascii ? searchBytes(text) : searchBytes(lowerCase(text));
+  return isAscii(text) ? searchBytes(text) : searchBytes(lowerCase(text));
 }
 
 PatternSearch::Found PatternSearch::searchBytes(std::string_view lowered) const {
   Found found;
   State state = 0;
   for (const char c : lowered) {
-    const State next = next_[state * classes_ + classOf_[byteOf(c)]];
+    const State next = next_[state + classOf_[byteOf(c)]];
     state = next & ~kFinds;
-    if ((next & kFinds) != 0) found.merge(atState_[state]);
+    if (next != state) found.merge(atState_[state / classes_]);
   }
   return found;
 }

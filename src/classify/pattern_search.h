@@ -36,9 +36,10 @@ class PatternSearch {
   Found search(std::string_view text) const;
 
  private:
-  using State = uint32_t;
+  using State = uint32_t;                    // where the state's row begins in next_
   static constexpr State kFinds = 1U << 31;  // in next_: the state found something
 
+  Found& foundAt(State state) { return atState_[state / classes_]; }
   Found searchBytes(std::string_view lowered) const;
 
   struct Pattern {

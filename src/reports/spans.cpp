@@ -19,21 +19,27 @@ constexpr auto kFromShortlyBefore =
 
 }  // namespace
 
-Spans loadSpans(Database& db, const TimeRange& range) {
-  Spans spans;
+void eachSpan(Database& db, const TimeRange& range, StringPool& pool, const Projects& projects,
+              const std::function<void(const Ev&)>& visit) {
   const auto rules = loadRules(db);
-  spans.projects = loadProjects(db);
-  EvReader reader(*spans.pool);
-  Classifier classifier(*spans.pool, rules, spans.projects);
+  EvReader reader(pool);
+  Classifier classifier(pool, rules, projects);
   const auto take = [&](const Cursor& row) {
-    auto& ev = spans.list.emplace_back(reader.read(row));
+    auto ev = reader.read(row);
     if (ev.start <= range.start) ev.start = range.start;
     if (ev.end > range.end) ev.end = range.end;
     classifier.classify(ev);
+    visit(ev);
   };
   const Args bounds{range.start, range.end, range.start - kLongSpan};
   db.each(kLongBefore, bounds, take);
   db.each(kFromShortlyBefore, bounds, take);
+}
+
+Spans loadSpans(Database& db, const TimeRange& range) {
+  Spans spans;
+  spans.projects = loadProjects(db);
+  eachSpan(db, range, *spans.pool, spans.projects, [&](const Ev& ev) { spans.list.push_back(ev); });
   return spans;
 }
 

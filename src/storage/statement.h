@@ -55,4 +55,37 @@ class Statement {
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
 };
 
+// Through sqlite3_value: each sqlite3_column_* call takes the connection's mutex, and a report
+// makes millions of them. Reading an unprotected value is safe here since the Database lets nobody
+// else at the connection while a row is looked at.
+inline std::optional<std::string_view> Cursor::str(int column) const {
+  auto* value = sqlite3_column_value(statement_, column);
+  if (sqlite3_value_type(value) != SQLITE_TEXT) return {};
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+}
+
+inline std::optional<int64_t> Cursor::int_(int column) const {
+  auto* value = sqlite3_column_value(statement_, column);
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return sqlite3_value_int64(value);
+    case SQLITE_FLOAT:
+      return truncated(sqlite3_value_double(value));
+    default:
+      return {};
+  }
+}
+
+inline double Cursor::dbl(int column) const {
+  auto* value = sqlite3_column_value(statement_, column);
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    default:
+      return 0;
+  }
+}
+
 }  // namespace orvanta

@@ -32,7 +32,7 @@ PropertyReply answer(xcb_connection_t* connection, xcb_get_property_cookie_t coo
 }
 
 std::string_view bytesOf(const xcb_get_property_reply_t* reply) {
-  if (!reply || reply->format != 8) return {};
+  if (!reply || reply->format != 8) return "";  // not {}: GLib takes no null pointer
   return {static_cast<const char*>(xcb_get_property_value(reply)),
           static_cast<std::size_t>(xcb_get_property_value_length(reply))};
 }
