@@ -66,6 +66,7 @@ std::string_view trimBlanks(std::string_view text) {
 }
 
 std::string validUtf8(std::string_view text) {
+  if (text.empty()) return {};  // GLib would take a null pointer amiss
   const std::unique_ptr<char, decltype(&g_free)> valid(
       g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
   return valid.get();

@@ -87,7 +87,7 @@ class Engine {
   bool locked_ = false;
   bool asleep_ = false;
   double lastTick_;
-  double lastEnd_;           // end of the last closed span: nothing is recorded before it again
+  double lastEnd_ = 0;       // end of the last closed span: nothing is recorded before it again
   double lastPresence_ = 0;  // when a playing video last told that somebody is watching
   std::optional<OpenSpan> open_;
   std::optional<Candidate> candidate_;

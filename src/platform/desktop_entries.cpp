@@ -17,7 +17,7 @@ AppInfo byId(const std::string& id) {
 
 AppInfo byStartupClass(const std::string& name) {
   for (const auto& app : Gio::AppInfo::get_all()) {
-    const auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
+    auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
     if (desktop && desktop->get_startup_wm_class() == name) return desktop;
   }
   return {};

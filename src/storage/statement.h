@@ -55,9 +55,9 @@ class Statement {
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
 };
 
-// Through sqlite3_value: each sqlite3_column_* call takes the connection's mutex, and a report
-// makes millions of them. Reading an unprotected value is safe here since the Database lets nobody
-// else at the connection while a row is looked at.
+// Type, text and length through one sqlite3_value, since each sqlite3_column_* call takes the
+// connection's mutex. Such a value may be read only while nobody else uses the connection, which the
+// Database sees to.
 inline std::optional<std::string_view> Cursor::str(int column) const {
   auto* value = sqlite3_column_value(statement_, column);
   if (sqlite3_value_type(value) != SQLITE_TEXT) return {};

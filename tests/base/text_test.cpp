@@ -14,6 +14,7 @@ TEST(Text, LowerCasesAllOfUnicode) {
 TEST(Text, MakesValidUtf8OfAnything) {
   EXPECT_EQ(validUtf8("a\xff\xc3 é"), "a\uFFFD\uFFFD é");
   EXPECT_EQ(validUtf8(""), "");
+  EXPECT_EQ(validUtf8({}), "");
 }
 
 TEST(Text, CountsCharactersAsAReaderDoes) {

@@ -214,3 +214,8 @@ def end(program, how=signal.SIGTERM):
     asked = time.time()
     program.send_signal(how)
     return program.wait(timeout=10), asked
+
+
+def output_of(program):
+    with open(program.output, encoding="utf-8") as file:
+        return file.read()

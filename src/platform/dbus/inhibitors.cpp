@@ -43,8 +43,8 @@ bool logindBlocksIdle(const Reply& reply) {
 
 }  // namespace
 
-Inhibitors::Inhibitors(Glib::RefPtr<Gio::DBus::Connection> system,
-                       Glib::RefPtr<Gio::DBus::Connection> session) {
+Inhibitors::Inhibitors(const Glib::RefPtr<Gio::DBus::Connection>& system,
+                       const Glib::RefPtr<Gio::DBus::Connection>& session) {
   if (system) {
     questions_.push_back({system, "org.freedesktop.login1", "/org/freedesktop/login1",
                           "org.freedesktop.login1.Manager", "ListInhibitors", Reply(),

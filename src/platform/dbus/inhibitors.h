@@ -18,8 +18,8 @@ namespace orvanta::dbus {
 class Inhibitors : public InhibitionProbe {
  public:
   /// On these buses; either may be null.
-  Inhibitors(Glib::RefPtr<Gio::DBus::Connection> system,
-             Glib::RefPtr<Gio::DBus::Connection> session);
+  Inhibitors(const Glib::RefPtr<Gio::DBus::Connection>& system,
+             const Glib::RefPtr<Gio::DBus::Connection>& session);
   ~Inhibitors() override;
   Inhibitors(const Inhibitors&) = delete;
   Inhibitors& operator=(const Inhibitors&) = delete;

@@ -15,7 +15,9 @@ struct Disconnect {
 using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
 struct Free {
-  void operator()(void* reply) const { std::free(reply); }  // NOLINT(cppcoreguidelines-no-malloc)
+  // xcb allocates with malloc.
+  // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
+  void operator()(void* reply) const { std::free(reply); }
 };
 /// A reply or event of xcb.
 template <class Reply>

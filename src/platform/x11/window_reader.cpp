@@ -1,6 +1,5 @@
 #include "platform/x11/window_reader.h"
 
-#include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include <string_view>
 
 #include "base/text.h"
+#include "platform/x11/compound_text.h"
 #include "platform/x11/connection.h"
 
 namespace orvanta::x11 {
@@ -44,18 +44,6 @@ std::string fromLatin1(std::string_view bytes) {
   return utf8;
 }
 
-std::string fromIso2022(std::string_view bytes) {
-  UErrorCode status = U_ZERO_ERROR;
-  std::string utf8;
-  UConverter* converter = ucnv_open("x11-compound-text", &status);
-  if (U_SUCCESS(status)) {
-    icu::UnicodeString(bytes.data(), static_cast<int32_t>(bytes.size()), converter, status)
-        .toUTF8String(utf8);
-  }
-  ucnv_close(converter);
-  return U_SUCCESS(status) ? utf8 : fromLatin1(bytes);
-}
-
 // Two strings, each ended by NUL; programs that forget the last NUL exist.
 void splitClass(std::string_view bytes, WindowFacts& facts) {
   const auto nul = bytes.find('\0');
@@ -66,22 +54,6 @@ void splitClass(std::string_view bytes, WindowFacts& facts) {
 }
 
 }  // namespace
-
-std::string fromCompoundText(std::string_view bytes) {
-  // ICU reads the ISO 2022 part; what programs of today put between these two it does not know.
-  constexpr std::string_view kUtf8Begins = "\x1b%G";
-  constexpr std::string_view kUtf8Ends = "\x1b%@";
-  std::string utf8;
-  while (!bytes.empty()) {
-    const auto begin = std::min(bytes.find(kUtf8Begins), bytes.size());
-    utf8 += fromIso2022(bytes.substr(0, begin));
-    bytes.remove_prefix(std::min(begin + kUtf8Begins.size(), bytes.size()));
-    const auto end = std::min(bytes.find(kUtf8Ends), bytes.size());
-    utf8 += validUtf8(bytes.substr(0, end));
-    bytes.remove_prefix(std::min(end + kUtf8Ends.size(), bytes.size()));
-  }
-  return utf8;
-}
 
 WindowReader::WindowReader(xcb_connection_t* connection)
     : connection_(connection), root_(rootOf(connection)), atoms_(internAtoms()) {}
@@ -132,8 +104,8 @@ std::optional<xcb_window_t> WindowReader::active() const {
 }
 
 std::string WindowReader::textOf(const xcb_get_property_reply_t* reply) const {
-  const auto bytes = bytesOf(reply);
-  if (bytes.empty()) return {};
+  auto bytes = bytesOf(reply);
+  bytes = bytes.substr(0, bytes.find('\0'));  // some programs store the end of a C string
   if (reply->type == XCB_ATOM_STRING) return fromLatin1(bytes);
   if (reply->type == atoms_.compoundText) return fromCompoundText(bytes);
   return validUtf8(bytes);

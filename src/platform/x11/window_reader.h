@@ -49,7 +49,4 @@ class WindowReader {
   Atoms atoms_;
 };
 
-/// Text of an old-style property (COMPOUND_TEXT, the X Consortium's use of ISO 2022) as UTF-8.
-std::string fromCompoundText(std::string_view bytes);
-
 }  // namespace orvanta::x11

@@ -1,0 +1,164 @@
+"""The program as its user has it: the command line, the files, and how it ends."""
+
+import datetime
+import os
+import signal
+import sqlite3
+import stat
+import time
+import unittest
+
+from desktop import ORVANTA, TICK, Desktop, end, output_of, pass_time, wait_for
+
+NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+APP = "Éditeur de thèmes"
+
+
+class ProgramTest(unittest.TestCase):
+    def setUp(self):
+        self.desktop = Desktop(screen=False)
+        self.addCleanup(self.desktop.stop)
+
+    def record(self):
+        """Puts a span of this minute into the store."""
+        self.desktop.call("day")
+        db = sqlite3.connect(self.desktop.database())
+        with db:
+            db.execute("INSERT INTO events(start, end, app, idle) VALUES (?, ?, ?, 0)",
+                       (time.time() - 1, time.time(), APP))
+        db.close()
+
+    def apps(self, answer):
+        return [app["name"] for app in answer["totals"]["apps"]]
+
+    def test_call_reads_the_store_when_nothing_runs(self):
+        for env in ({}, NO_BUS):
+            status, answer = self.desktop.call("day", env=env)
+            self.assertEqual(status, 0)
+            self.assertEqual(answer["date"], datetime.date.today().isoformat())
+        self.record()
+        self.assertEqual(self.apps(self.desktop.call("day")[1]), [APP])
+        status, answer = self.desktop.call("day", '{"date": "2020-02-29"}')
+        self.assertEqual((status, answer["date"], self.apps(answer)), (0, "2020-02-29", []))
+
+    def test_call_is_answered_by_what_runs(self):
+        self.record()
+        self.desktop.start_orvanta()
+        elsewhere = self.desktop.make_folder("elsewhere")
+        status, answer = self.desktop.call("day", env={"XDG_DATA_HOME": elsewhere})
+        self.assertEqual(status, 0)
+        self.assertIn(APP, self.apps(answer))
+        self.assertEqual(os.listdir(elsewhere), [])
+
+    def test_answers_are_utf8_in_every_locale(self):
+        self.record()
+        wrong = ["--call", b"caf\xe9"]  # words are bytes
+        for locale in ("C", "POSIX", "fr_FR.ISO-8859-1", "C.UTF-8"):
+            env = {"LANG": locale, "LC_ALL": locale}
+            for running in (False, True):
+                with self.subTest(locale=locale, running=running):
+                    program = self.desktop.start_orvanta(env) if running else None
+                    done = self.desktop.run(ORVANTA, "--call", "day", env=env)
+                    self.assertIn(APP, done.stdout.decode("utf-8"))
+                    done = self.desktop.run(ORVANTA, *wrong, env=env)
+                    self.assertIn("caf\ufffd", done.stdout.decode("utf-8"))
+                    self.assertEqual(done.returncode, 1)
+                    if program:
+                        self.assertEqual(end(program)[0], 0)
+
+    def test_wrong_calls(self):
+        calls = ([], ["nuit"], ["nuit", "{}"], ["day", "{"], ["day", "[1]"], ["day", "{}", "{}"])
+        for running in (False, True):
+            if running:
+                self.desktop.start_orvanta()
+            for words in calls:
+                with self.subTest(words=words, running=running):
+                    status, answer = self.desktop.call(*words)
+                    self.assertEqual((status, list(answer)), (1, ["error"]))
+                    self.assertTrue(answer["error"])
+
+    def test_options(self):
+        done = self.desktop.run(ORVANTA, "--version")
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stdout.decode(), r"\Aorvanta \d+\.\d+\.\d+\n\Z")
+        done = self.desktop.run(ORVANTA, "--help")
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertIn("--call ROUTE", done.stdout.decode())
+        for word in ("--oops", "oops", "-h"):
+            done = self.desktop.run(ORVANTA, word)
+            self.assertEqual((done.returncode, done.stdout), (2, b""))
+            self.assertIn("--call ROUTE", done.stderr.decode())
+        self.assertFalse(os.path.exists(self.desktop.database()))
+
+    def test_a_second_start(self):
+        first = self.desktop.start_orvanta()
+        second = self.desktop.run(ORVANTA)
+        self.assertEqual((second.returncode, second.stdout.decode()),
+                         (0, "Orvanta est déjà en marche.\n"))
+        self.assertIsNone(first.poll())
+        self.assertEqual(len(self.desktop.spans()), 1)
+
+    def test_a_second_start_that_cannot_see_the_first(self):
+        first = self.desktop.start_orvanta(NO_BUS)
+        second = self.desktop.run(ORVANTA, env=NO_BUS)
+        self.assertEqual(second.returncode, 1)
+        self.assertIn("déjà", second.stderr.decode())
+        self.assertIsNone(first.poll())
+        # Nor does the lock outlive its owner.
+        first.kill()
+        first.wait()
+        self.assertEqual(end(self.desktop.start_orvanta(NO_BUS))[0], 0)
+
+    def test_signals_close_the_span(self):
+        for how in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(signal=how.name):
+                program = self.desktop.start_orvanta()
+                opened = self.desktop.spans()[-1]
+                pass_time(TICK)
+                status, asked = end(program, how)
+                self.assertEqual(status, 0)
+                self.assertFalse(os.path.exists(self.desktop.database() + "-wal"))
+                closed = self.desktop.spans()[-1]
+                self.assertEqual(closed["id"], opened["id"])
+                self.assertAlmostEqual(closed["end"], asked, delta=1)
+
+    def test_the_session_bus_goes_away(self):
+        program = self.desktop.start_orvanta()
+        self.desktop.session.daemon.kill()
+        self.desktop.session.daemon.wait()
+        lost = time.time()
+        wait_for(lambda: self.desktop.spans()[-1]["end"] > lost + TICK, 13, "it goes on")
+        status, asked = end(program)
+        self.assertEqual(status, 0)
+        self.assertEqual(len(self.desktop.spans()), 1)
+        self.assertAlmostEqual(self.desktop.spans()[0]["end"], asked, delta=1)
+
+    def test_only_the_owner_can_read(self):
+        previous = os.umask(0)
+        self.addCleanup(os.umask, previous)
+        self.desktop.start_orvanta()
+        folder = os.path.dirname(self.desktop.database())
+        self.assertEqual(stat.S_IMODE(os.stat(folder).st_mode), 0o700)
+        names = os.listdir(folder)
+        self.assertLessEqual({"orvanta.db", "orvanta.db-wal", "orvanta.db-shm"}, set(names))
+        for name in names:
+            mode = stat.S_IMODE(os.stat(os.path.join(folder, name)).st_mode)
+            self.assertEqual(mode, 0o600, name)
+
+    def test_a_file_that_is_no_database_is_left_alone(self):
+        os.mkdir(os.path.dirname(self.desktop.database()))
+        content = "Ceci n'est pas une base.\n".encode() * 500
+        with open(self.desktop.database(), "wb") as file:
+            file.write(content)
+        program = self.desktop.spawn(ORVANTA)
+        wait_for(lambda: "impossible d'ouvrir la base" in output_of(program), 10, "it says so")
+        pass_time(2 * TICK)
+        self.assertIsNone(program.poll())
+        self.assertEqual(self.desktop.call("day")[0], 0)
+        self.assertEqual(end(program)[0], 0)
+        with open(self.desktop.database(), "rb") as file:
+            self.assertEqual(file.read(), content)
+
+
+if __name__ == "__main__":
+    unittest.main()
