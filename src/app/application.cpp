@@ -46,7 +46,8 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
   int count = 0;
   const std::unique_ptr<char*, decltype(&g_strfreev)> raw(commandLine->get_arguments(count),
                                                           g_strfreev);
-  const std::vector<std::string> words(raw.get() + 1, raw.get() + count);
+  std::vector<std::string> words(raw.get(), raw.get() + count);
+  if (!words.empty()) words.erase(words.begin());  // the program's name
   if (!services_) {
     commandLine->printerr("Orvanta enregistre déjà dans ce dossier de données.\n");
     return 1;

@@ -13,6 +13,7 @@ namespace orvanta::x11 {
 namespace {
 
 constexpr int kReconnectMilliseconds = 5000;
+constexpr int kSettleMilliseconds = 200;
 
 void selectEvents(xcb_connection_t* connection, xcb_window_t window, uint32_t mask) {
   xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &mask);
@@ -90,6 +91,8 @@ void Foreground::followConnection(xcb_connection_t* connection) {
     }
     if (changed) {
       look(reader, connection, watched);
+      // A terminal may change its title at every line; five looks a second are plenty.
+      if (!waitForServer(-1, kSettleMilliseconds)) break;
     } else if (!waitForServer(xcb_get_file_descriptor(connection), -1)) {
       break;
     }
