@@ -28,11 +28,7 @@ std::vector<std::string> stringList(const std::string& json) {
 }  // namespace
 
 Engine::Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock)
-    : db_(db),
-      collectors_(collectors),
-      live_(live),
-      clock_(std::move(clock)),
-      lastTick_(clock_()) {
+    : db_(db), collectors_(collectors), live_(live), clock_(std::move(clock)), lastTick_(clock_()) {
   // What an earlier run recorded stays its own: idle time is not back-dated into it.
   db_.each("SELECT max(end) FROM events", {}, [this](const Cursor& row) { lastEnd_ = row.dbl(0); });
   if (lastEnd_ > lastTick_) lastEnd_ = 0;

@@ -12,10 +12,10 @@
 
 namespace orvanta {
 
-/// Shows to `visit`, by stored start, the spans that overlap `range`, clipped to it and classified. One
-/// that only touches the range is not among them. Costs what the range holds, whatever the history;
-/// shows nothing when the store cannot be read. The texts of a span live in `pool`. `visit` must not
-/// call into the database.
+/// Shows to `visit`, by stored start, the spans that overlap `range`, clipped to it and classified.
+/// One that only touches the range is not among them. Costs what the range holds, whatever the
+/// history; shows nothing when the store cannot be read. The texts of a span live in `pool`.
+/// `visit` must not call into the database.
 void eachSpan(Database& db, const TimeRange& range, StringPool& pool, const Projects& projects,
               const std::function<void(const Ev&)>& visit);
 

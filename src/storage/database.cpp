@@ -18,8 +18,8 @@ bool expected(std::string_view message) {
          message.find("UNIQUE constraint") != std::string_view::npos;
 }
 
-// Holds SQLite's own mutex on the connection. Every step and column call takes it; taking it again is
-// much cheaper than taking it, and a report makes millions of these calls.
+// Holds SQLite's own mutex on the connection. Every step and column call takes it; taking it again
+// is much cheaper than taking it, and a report makes millions of these calls.
 class ConnectionMutex {
  public:
   explicit ConnectionMutex(sqlite3* connection) : mutex_(sqlite3_db_mutex(connection)) {

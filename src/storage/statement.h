@@ -56,8 +56,8 @@ class Statement {
 };
 
 // Type, text and length through one sqlite3_value, since each sqlite3_column_* call takes the
-// connection's mutex. Such a value may be read only while nobody else uses the connection, which the
-// Database sees to.
+// connection's mutex. Such a value may be read only while nobody else uses the connection, which
+// the Database sees to.
 inline std::optional<std::string_view> Cursor::str(int column) const {
   auto* value = sqlite3_column_value(statement_, column);
   if (sqlite3_value_type(value) != SQLITE_TEXT) return {};
