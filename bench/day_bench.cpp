@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
-#include "classify/rule_set.h"
 #include "ratios.h"
 #include "reports/analytics.h"
 #include "reports/spans.h"
@@ -44,11 +43,10 @@ TimeRange lastYear() {
 void readYear(benchmark::State& state) {
   std::size_t count = 0;
   for (auto _ : state) {
-    StringPool pool;
-    const auto projects = loadProjects(tenYears());
+    SpanReader reader(tenYears());
     double seconds = 0;
     count = 0;
-    eachSpan(tenYears(), lastYear(), pool, projects, [&](const Ev& ev) {
+    reader.each(lastYear(), [&](const Ev& ev) {
       ++count;
       seconds += ev.duration();
     });

@@ -48,6 +48,11 @@ Date Date::plusDays(int count) const {
   return dateOfDayNumber(dayNumber(*this) + count);
 }
 
+Date Date::monday() const {
+  const std::chrono::weekday weekday{sys_days(days(dayNumber(*this)))};
+  return plusDays(1 - static_cast<int>(weekday.iso_encoding()));
+}
+
 std::string Date::iso() const {
   return fmt::format("{:04}-{:02}-{:02}", year, month, day);
 }

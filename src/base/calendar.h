@@ -19,6 +19,9 @@ struct Date {
   /// The date `days` later (earlier when negative).
   Date plusDays(int days) const;
 
+  /// The Monday of its week; weeks run from Monday to Sunday.
+  Date monday() const;
+
   /// "yyyy-MM-dd".
   std::string iso() const;
 

@@ -24,6 +24,8 @@ std::optional<std::string> s(const json::object& body, std::string_view key) {
 
 json::value Router::handle(std::string_view route, const json::object& body) const {
   if (route == "day") return analytics_.day(s(body, "date"));
+  if (route == "week") return analytics_.week(s(body, "date"));
+  if (route == "recap") return analytics_.recap(s(body, "date"));
   throw AppError("route inconnue : " + std::string(route));
 }
 

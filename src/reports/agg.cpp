@@ -1,7 +1,5 @@
 #include "reports/agg.h"
 
-#include <boost/json/array.hpp>
-
 namespace orvanta {
 namespace {
 
@@ -16,9 +14,41 @@ json::array topCategories(const TextTally& cats) {
   return list;
 }
 
-json::array projectList(const Tally<Agg::ProjectTotal>& totals, const Projects& projects) {
+}  // namespace
+
+void Agg::add(const Ev& ev) {
+  const double seconds = ev.duration();
+  byCat[ev.cat].seconds += seconds;
+  if (ev.pid) byProj[*ev.pid].seconds += seconds;
+  if (ev.idle) return;
+
+  auto& app = apps[ev.app];
+  app.seconds += seconds;
+  app.cats[ev.cat].seconds += seconds;
+  if (ev.domain) {
+    auto& domain = domains[ev.domain];
+    if (!domain.app) domain.app = ev.app;
+    domain.seconds += seconds;
+    domain.cats[ev.cat].seconds += seconds;
+  }
+  active += seconds;
+}
+
+Agg aggregate(const std::vector<Ev>& events) {
+  Agg agg;
+  for (const auto& ev : events) agg.add(ev);
+  return agg;
+}
+
+json::object byCategoryJson(const TextTally& byCat) {
+  json::object object;
+  for (const auto& cat : byCat.entries()) object[cat.key.view()] = cat.seconds;
+  return object;
+}
+
+json::array byProjectJson(const Tally<Agg::ProjectTotal>& byProj, const Projects& projects) {
   json::array list;
-  for (const auto* total : totals.bySeconds()) {
+  for (const auto* total : byProj.bySeconds()) {
     const auto project = projects.find(total->key);
     if (project == projects.end()) continue;
     list.push_back({{"id", total->key},
@@ -29,33 +59,7 @@ json::array projectList(const Tally<Agg::ProjectTotal>& totals, const Projects& 
   return list;
 }
 
-}  // namespace
-
-Agg aggregate(const std::vector<Ev>& events) {
-  Agg agg;
-  for (const auto& ev : events) {
-    const double seconds = ev.duration();
-    agg.byCat[ev.cat].seconds += seconds;
-    if (ev.pid) agg.byProj[*ev.pid].seconds += seconds;
-    if (ev.idle) continue;
-
-    auto& app = agg.apps[ev.app];
-    app.seconds += seconds;
-    app.cats[ev.cat].seconds += seconds;
-    if (ev.domain) {
-      auto& domain = agg.domains[ev.domain];
-      if (!domain.app) domain.app = ev.app;
-      domain.seconds += seconds;
-      domain.cats[ev.cat].seconds += seconds;
-    }
-    agg.active += seconds;
-  }
-  return agg;
-}
-
 json::object aggJson(const Agg& agg, const Projects& projects) {
-  json::object byCategory;
-  for (const auto& cat : agg.byCat.entries()) byCategory[cat.key.view()] = cat.seconds;
   json::array apps;
   for (const auto* app : agg.apps.bySeconds()) {
     apps.push_back({{"name", app->key.view()},
@@ -70,8 +74,8 @@ json::object aggJson(const Agg& agg, const Projects& projects) {
                        {"cats", topCategories(domain->cats)}});
   }
   return {{"active", agg.active},
-          {"by_category", std::move(byCategory)},
-          {"by_project", projectList(agg.byProj, projects)},
+          {"by_category", byCategoryJson(agg.byCat)},
+          {"by_project", byProjectJson(agg.byProj, projects)},
           {"apps", std::move(apps)},
           {"domains", std::move(domains)}};
 }

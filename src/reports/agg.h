@@ -1,6 +1,7 @@
 // Totals of a list of spans.
 #pragma once
 
+#include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 #include <cstdint>
 #include <vector>
@@ -30,6 +31,10 @@ struct Agg {
     Text app;  ///< of the first span of the domain
   };
 
+  /// Counts a classified span in. All spans have their texts in one pool. A span without duration
+  /// still makes its entries.
+  void add(const Ev& ev);
+
   double active = 0;
   TextTally byCat;
   Tally<ProjectTotal> byProj;
@@ -37,11 +42,16 @@ struct Agg {
   Tally<DomainTotal, TextHash> domains;
 };
 
-/// One pass over classified spans of one pool. A span without duration still makes its entries.
+/// The totals of a list.
 Agg aggregate(const std::vector<Ev>& events);
 
+/// Category to seconds, and the projects by falling seconds: "id", "name", "color", "duration". A
+/// project that no longer exists is left out.
+boost::json::object byCategoryJson(const TextTally& byCat);
+boost::json::array byProjectJson(const Tally<Agg::ProjectTotal>& byProj, const Projects& projects);
+
 /// What the dashboard calls totals: "active", "by_category", "by_project", "apps", "domains", the
-/// lists by falling seconds. A project that no longer exists is left out.
+/// lists by falling seconds.
 boost::json::object aggJson(const Agg& agg, const Projects& projects);
 
 }  // namespace orvanta

@@ -15,21 +15,59 @@ namespace {
 
 namespace json = boost::json;
 
-/// When the activity of a list of spans began and ended; nothing without activity.
+constexpr int kDaysPerWeek = 7;
+
+// When activity began and ended; nothing without activity.
 struct Extent {
   std::optional<double> first;
   std::optional<double> last;
+
+  void add(const Ev& ev) {
+    if (ev.idle) return;
+    first = std::min(first.value_or(ev.start), ev.start);
+    last = std::max(last.value_or(ev.end), ev.end);
+  }
 };
 
-Extent extentOf(const std::vector<Ev>& events) {
-  Extent extent;
-  for (const auto& ev : events) {
-    if (ev.idle) continue;
-    extent.first = std::min(extent.first.value_or(ev.start), ev.start);
-    extent.last = std::max(extent.last.value_or(ev.end), ev.end);
+// The longest run of activity without an idle span in between; time of which nothing is known does
+// not end a run. Spans come by start.
+class LongestSession {
+ public:
+  void add(const Ev& ev) {
+    if (ev.idle) {
+      start_.reset();
+      return;
+    }
+    if (!start_) start_ = ev.start;
+    longest_ = std::max(longest_, ev.end - *start_);
   }
-  return extent;
-}
+
+  double seconds() const { return longest_; }
+
+ private:
+  std::optional<double> start_;
+  double longest_ = 0;
+};
+
+// Local dates of instants that come mostly in order: asks the calendar once a day.
+class DayCursor {
+ public:
+  explicit DayCursor(const Calendar& calendar) : calendar_(calendar) {}
+
+  const std::string& isoOf(double instant) {
+    if (!(instant >= bounds_.start && instant < bounds_.end)) {
+      const auto date = calendar_.dateOf(instant);
+      bounds_ = calendar_.dayBounds(date);
+      iso_ = date.iso();
+    }
+    return iso_;
+  }
+
+ private:
+  const Calendar& calendar_;
+  TimeRange bounds_;
+  std::string iso_;
+};
 
 json::array byName(const Projects& projects) {
   std::vector<const Project*> sorted;
@@ -55,18 +93,85 @@ json::object Analytics::day(const std::optional<std::string>& text) const {
   constexpr double kShortestBlock = 60;
   const auto date = parseDate(text);
   const auto bounds = calendar_.dayBounds(date);
-  const auto spans = loadSpans(db_, bounds);
+  SpanReader reader(db_);
+  const auto spans = reader.all(bounds);
   const double minSeconds = parseNumber(db_.setting("min_block_seconds")).value_or(kShortestBlock);
-  const auto extent = extentOf(spans.list);
+  Extent extent;
+  for (const auto& ev : spans) extent.add(ev);
   return {{"date", date.iso()},
           {"start", bounds.start},
           {"end", bounds.end},
           {"first", jsonOrNull(extent.first)},
           {"last", jsonOrNull(extent.last)},
-          {"segments", segments(spans.list)},
-          {"blocks", blocks(spans.list, minSeconds)},
-          {"totals", aggJson(aggregate(spans.list), spans.projects)},
-          {"projects", byName(spans.projects)}};
+          {"segments", segments(spans)},
+          {"blocks", blocks(spans, minSeconds)},
+          {"totals", aggJson(aggregate(spans), reader.projects())},
+          {"projects", byName(reader.projects())}};
+}
+
+json::object Analytics::week(const std::optional<std::string>& text) const {
+  const auto monday = parseDate(text).monday();
+  SpanReader reader(db_);
+  TextTally byCat;
+  Tally<Agg::ProjectTotal> byProj;
+  json::array days;
+  for (int i = 0; i < kDaysPerWeek; ++i) {
+    const auto date = monday.plusDays(i);
+    Agg agg;
+    Extent extent;
+    reader.each(calendar_.dayBounds(date), [&](const Ev& ev) {
+      agg.add(ev);
+      extent.add(ev);
+    });
+    for (const auto& cat : agg.byCat.entries()) byCat[cat.key].seconds += cat.seconds;
+    for (const auto& project : agg.byProj.entries()) byProj[project.key].seconds += project.seconds;
+    days.push_back({{"date", date.iso()},
+                    {"active", agg.active},
+                    {"by_category", byCategoryJson(agg.byCat)},
+                    {"first", jsonOrNull(extent.first)},
+                    {"last", jsonOrNull(extent.last)}});
+  }
+  return {{"monday", monday.iso()},
+          {"days", std::move(days)},
+          {"by_category", byCategoryJson(byCat)},
+          {"by_project", byProjectJson(byProj, reader.projects())}};
+}
+
+json::object Analytics::recap(const std::optional<std::string>& text) const {
+  const auto monday = parseDate(text).monday();
+  return {{"monday", monday.iso()},
+          {"current", summary(monday)},
+          {"previous", summary(monday.plusDays(-kDaysPerWeek))}};
+}
+
+json::object Analytics::summary(const Date& monday) const {
+  struct DayTotal {
+    std::string key;  // date
+    double seconds = 0;
+  };
+  SpanReader reader(db_);
+  Agg agg;
+  Tally<DayTotal> days;
+  LongestSession session;
+  // A span belongs wholly to the day on which it starts.
+  DayCursor day(calendar_);
+  const TimeRange range{calendar_.startOf(monday),
+                        calendar_.startOf(monday.plusDays(kDaysPerWeek))};
+  reader.each(range, [&](const Ev& ev) {
+    agg.add(ev);
+    session.add(ev);
+    if (!ev.idle) days[day.isoOf(ev.start)].seconds += ev.duration();
+  });
+  auto result = aggJson(agg, reader.projects());
+  const auto active = days.entries().size();
+  const auto best = days.bySeconds(1);
+  result["days_active"] = active;
+  result["avg_per_day"] = active > 0 ? json::value(agg.active / static_cast<double>(active)) : 0;
+  result["longest_session"] = session.seconds();
+  result["best_day"] =
+      best.empty() ? json::value(nullptr)
+                   : json::value({{"date", best.front()->key}, {"active", best.front()->seconds}});
+  return result;
 }
 
 }  // namespace orvanta

@@ -22,8 +22,17 @@ class Analytics {
   /// "projects". `date` is "yyyy-MM-dd"; today when absent or not a date.
   boost::json::object day(const std::optional<std::string>& date) const;
 
+  /// The week, Monday to Sunday, that holds the date: "monday", "days" with "date", "active",
+  /// "by_category", "first" and "last" each, "by_category", "by_project".
+  boost::json::object week(const std::optional<std::string>& date) const;
+
+  /// The week that holds the date beside the one before: "monday", "current", "previous". Each of
+  /// the two has the week's totals and "days_active", "avg_per_day", "longest_session", "best_day".
+  boost::json::object recap(const std::optional<std::string>& date) const;
+
  private:
   Date parseDate(const std::optional<std::string>& text) const;
+  boost::json::object summary(const Date& monday) const;
 
   Database& db_;
   Clock clock_;

@@ -1,6 +1,5 @@
 #include "reports/spans.h"
 
-#include "classify/classifier.h"
 #include "storage/schema.h"
 
 namespace orvanta {
@@ -19,27 +18,29 @@ constexpr auto kFromShortlyBefore =
 
 }  // namespace
 
-void eachSpan(Database& db, const TimeRange& range, StringPool& pool, const Projects& projects,
-              const std::function<void(const Ev&)>& visit) {
-  const auto rules = loadRules(db);
-  EvReader reader(pool);
-  Classifier classifier(pool, rules, projects);
+SpanReader::SpanReader(Database& db)
+    : db_(db),
+      rules_(loadRules(db)),
+      projects_(loadProjects(db)),
+      reader_(pool_),
+      classifier_(pool_, rules_, projects_) {}
+
+void SpanReader::each(const TimeRange& range, const std::function<void(const Ev&)>& visit) {
   const auto take = [&](const Cursor& row) {
-    auto ev = reader.read(row);
+    auto ev = reader_.read(row);
     if (ev.start <= range.start) ev.start = range.start;
     if (ev.end > range.end) ev.end = range.end;
-    classifier.classify(ev);
+    classifier_.classify(ev);
     visit(ev);
   };
   const Args bounds{range.start, range.end, range.start - kLongSpan};
-  db.each(kLongBefore, bounds, take);
-  db.each(kFromShortlyBefore, bounds, take);
+  db_.each(kLongBefore, bounds, take);
+  db_.each(kFromShortlyBefore, bounds, take);
 }
 
-Spans loadSpans(Database& db, const TimeRange& range) {
-  Spans spans;
-  spans.projects = loadProjects(db);
-  eachSpan(db, range, *spans.pool, spans.projects, [&](const Ev& ev) { spans.list.push_back(ev); });
+std::vector<Ev> SpanReader::all(const TimeRange& range) {
+  std::vector<Ev> spans;
+  each(range, [&](const Ev& ev) { spans.push_back(ev); });
   return spans;
 }
 

@@ -110,7 +110,7 @@ TEST_F(ReportsTest, BlocksJoinTheSameActivityAndDropShortOnes) {
      "pid":null,"idle":true,"ids":[6],"manual":false,"title":null}])"));
 }
 
-class DayTest : public testing::Test {
+class AnalyticsTest : public testing::Test {
  protected:
   void add(double start, double end, const char* app, bool idle = false) {
     store.db.run("INSERT INTO events(start,end,app,idle) VALUES (?,?,?,?)",
@@ -124,7 +124,7 @@ class DayTest : public testing::Test {
   const double midnight = paris.startOf({2023, 11, 15});  // the test clock shows 14 Nov, 23:13
 };
 
-TEST_F(DayTest, ClipsToTheLocalDay) {
+TEST_F(AnalyticsTest, DayClipsToTheLocalDay) {
   add(midnight - 3600, midnight + 3600, "Nuit");
   add(midnight - 50000, midnight + 10000, "Inactif", true);
   add(midnight + 3600, midnight + 3700, "Matin");
@@ -145,7 +145,7 @@ TEST_F(DayTest, ClipsToTheLocalDay) {
   EXPECT_EQ(analytics.day("2023-11-14").at("totals").at("active"), 3600.0);
 }
 
-TEST_F(DayTest, MeansTodayWhereNoDateIsGiven) {
+TEST_F(AnalyticsTest, DayMeansTodayWhereNoDateIsGiven) {
   for (const auto& text :
        {std::optional<std::string>(), std::optional<std::string>("2023-13-01")}) {
     EXPECT_EQ(analytics.day(text).at("date"), "2023-11-14");
@@ -153,7 +153,7 @@ TEST_F(DayTest, MeansTodayWhereNoDateIsGiven) {
   EXPECT_TRUE(analytics.day({}).at("first").is_null());
 }
 
-TEST_F(DayTest, BlocksFollowTheSetting) {
+TEST_F(AnalyticsTest, DayBlocksFollowTheSetting) {
   add(midnight, midnight + 50, "A");
   const auto count = [&] { return analytics.day("2023-11-15").at("blocks").as_array().size(); };
   EXPECT_EQ(count(), 0U);
@@ -163,7 +163,44 @@ TEST_F(DayTest, BlocksFollowTheSetting) {
   EXPECT_EQ(count(), 0U);
 }
 
-TEST_F(DayTest, IsAskedByName) {
+TEST_F(AnalyticsTest, WeekSplitsAtMidnightAndRecapBooksOnTheStartDay) {
+  // The night from Tuesday to Wednesday, and Sunday; a span of the week before; an idle one.
+  add(midnight - 1800, midnight + 1800, "A");
+  add(midnight + 2000, midnight + 2600, "Inactif", true);
+  const double sunday = paris.startOf({2023, 11, 19});
+  add(sunday + 9 * 3600, sunday + 9 * 3600 + 600, "A");
+  add(sunday + 14 * 3600, sunday + 14 * 3600 + 600, "A");
+  add(midnight - 7 * 86400, midnight - 7 * 86400 + 60, "A");
+
+  for (const auto* date : {"2023-11-13", "2023-11-15", "2023-11-19"}) {
+    const auto week = analytics.week(date);
+    EXPECT_EQ(week.at("monday"), "2023-11-13");
+    const auto& days = week.at("days").as_array();
+    ASSERT_EQ(days.size(), 7U);
+    EXPECT_EQ(days[1].at("active"), 1800.0);
+    EXPECT_EQ(days[1].at("last"), midnight);
+    EXPECT_EQ(days[2].at("active"), 1800.0);
+    EXPECT_EQ(days[2].at("by_category").at("inactif"), 600.0);
+    EXPECT_TRUE(days[0].at("first").is_null());
+    EXPECT_EQ(days[6].at("first"), sunday + 9 * 3600);
+    EXPECT_EQ(week.at("by_category").at("nonclasse"), 4800.0);
+  }
+  const auto recap = analytics.recap("2023-11-19");
+  const auto& current = recap.at("current").as_object();
+  EXPECT_EQ(current.at("active"), 4800.0);
+  EXPECT_EQ(current.at("days_active"), 2);
+  EXPECT_EQ(current.at("avg_per_day"), 2400.0);
+  EXPECT_EQ(current.at("longest_session"), 5 * 3600 + 600.0);  // nothing known is not idle
+  EXPECT_EQ(current.at("best_day"), json::value({{"date", "2023-11-14"}, {"active", 3600.0}}));
+  EXPECT_EQ(recap.at("previous").at("active"), 60.0);
+  const auto quiet = analytics.recap("2024-06-01");
+  const auto& empty = quiet.at("current").as_object();
+  EXPECT_EQ(json::serialize(empty.at("avg_per_day")), "0");
+  EXPECT_EQ(empty.at("days_active"), 0);
+  EXPECT_TRUE(empty.at("best_day").is_null());
+}
+
+TEST_F(AnalyticsTest, ReportsAreAskedByName) {
   const Router router(analytics);
   const auto call = [&](std::vector<std::string> words) {
     const auto result = callRoute(router, words);
@@ -172,6 +209,8 @@ TEST_F(DayTest, IsAskedByName) {
   EXPECT_EQ(call({"day"}).second.at("date"), "2023-11-14");
   EXPECT_EQ(call({"day", R"({"date": "2023-11-15"})"}).second.at("date"), "2023-11-15");
   EXPECT_EQ(call({"day", R"({"date": ""})"}).first, 0);
+  EXPECT_EQ(call({"week"}).second.at("monday"), "2023-11-13");
+  EXPECT_EQ(call({"recap"}).second.at("monday"), "2023-11-13");
   EXPECT_EQ(call({"day", R"({"date": 20231115})"}).second.at("date"), "2023-11-14");
   EXPECT_EQ(call({"Day"}), std::pair(1, json::value({{"error", "route inconnue : Day"}})));
   const auto broken = json::value({{"error", "arguments illisibles : ce n'est pas du JSON"}});

@@ -14,7 +14,7 @@ int64_t add(Database& db, double start, double end) {
   return db.run("INSERT INTO events(start,end,app) VALUES (?,?,'A')", {start, end});
 }
 
-TEST(LoadSpans, ClipsWhatOverlapsAndLeavesWhatTouches) {
+TEST(SpanReader, ClipsWhatOverlapsAndLeavesWhatTouches) {
   test::TempStore store;
   add(store.db, 0, 100);    // ends where the range starts
   add(store.db, 50, 150);   // reaches in
@@ -22,18 +22,19 @@ TEST(LoadSpans, ClipsWhatOverlapsAndLeavesWhatTouches) {
   add(store.db, 140, 125);  // ends before it starts
   add(store.db, 190, 300);  // reaches out
   add(store.db, 200, 210);  // starts where the range ends
-  const auto spans = loadSpans(store.db, {100, 200});
-  ASSERT_EQ(spans.list.size(), 4U);
-  EXPECT_EQ(spans.list[0].start, 100);
-  EXPECT_EQ(spans.list[0].end, 150);
-  EXPECT_EQ(spans.list[1].duration(), 10);
-  EXPECT_EQ(spans.list[2].duration(), 0);
-  EXPECT_EQ(spans.list[3].end, 200);
-  EXPECT_EQ(spans.list[3].cat.view(), "nonclasse");
+  SpanReader reader(store.db);
+  const auto spans = reader.all({100, 200});
+  ASSERT_EQ(spans.size(), 4U);
+  EXPECT_EQ(spans[0].start, 100);
+  EXPECT_EQ(spans[0].end, 150);
+  EXPECT_EQ(spans[1].duration(), 10);
+  EXPECT_EQ(spans[2].duration(), 0);
+  EXPECT_EQ(spans[3].end, 200);
+  EXPECT_EQ(spans[3].cat.view(), "nonclasse");
 }
 
 // Spans of all lengths, from negative to a year, around the length from which they count as long.
-TEST(LoadSpans, FindsWhatTheWholeTableHolds) {
+TEST(SpanReader, FindsWhatTheWholeTableHolds) {
   test::TempStore store;
   std::mt19937 random(5);  // NOLINT(cert-msc51-cpp): the same store every time
   const auto upTo = [&](int most) { return std::uniform_int_distribution<int>(0, most)(random); };
@@ -55,7 +56,8 @@ TEST(LoadSpans, FindsWhatTheWholeTableHolds) {
       expected.emplace_back(std::max(row.dbl("start"), from), *row.int_("id"));
     }
     std::vector<std::pair<double, int64_t>> found;
-    for (const auto& ev : loadSpans(store.db, {from, to}).list) found.emplace_back(ev.start, ev.id);
+    SpanReader(store.db).each({from, to},
+                              [&](const Ev& ev) { found.emplace_back(ev.start, ev.id); });
     ASSERT_EQ(found, expected) << from << " " << to;
   }
 }
