@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/application.h"
+#include "app/csv_export.h"
 #include "app/route_call.h"
 #include "platform/desktop.h"
 #include "storage/data_location.h"
@@ -18,6 +19,8 @@ using namespace orvanta;
 constexpr auto kUsage =
     "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt\n"
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
+    "        orvanta --export DU AU [FICHIER]\n"
+    "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
     "        orvanta --version\n"
     "        orvanta --help\n";
 
@@ -56,6 +59,13 @@ int call(int argc, char** argv, const std::vector<std::string>& words) {
   return result.status;
 }
 
+// The store is read here even when the program runs: reading disturbs nobody, and a year of lines
+// need not pass through the bus.
+int exportCsv(const std::vector<std::string>& words) {
+  Database db(DataLocation::ofUser());
+  return exportCsvFile(Analytics(db, wallClock), words);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -64,6 +74,7 @@ int main(int argc, char** argv) {
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (words.empty()) return Application().run(argc, argv);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
+  if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--version") {
     std::puts("orvanta " ORVANTA_VERSION);
     return 0;

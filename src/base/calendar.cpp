@@ -32,6 +32,10 @@ Date dateOfDayNumber(int64_t number) {
           static_cast<int>(static_cast<unsigned>(civil.day()))};
 }
 
+int64_t floorDivide(int64_t number, int64_t divisor) {
+  return number / divisor - (number % divisor < 0 ? 1 : 0);
+}
+
 // The instant at which the zone's wall clock, under one reading of ambiguous times, shows
 // `localSeconds` (seconds of a clock without zone); the end of the gap when it never does.
 int64_t instantOf(const Glib::TimeZone& zone, int64_t localSeconds, GTimeType reading) {
@@ -73,15 +77,28 @@ Glib::TimeZone Calendar::zone() const {
   return fixed_ ? *fixed_ : Glib::TimeZone::create_local();
 }
 
-Date Calendar::dateOf(double instant) const {
+// What the wall clock shows, as seconds of a clock without zone.
+int64_t Calendar::wallSeconds(double instant) const {
   const auto seconds = static_cast<int64_t>(std::floor(instant));
   const auto local = zone();
   auto* raw =
       const_cast<GTimeZone*>(local.gobj());  // NOLINT(cppcoreguidelines-pro-type-const-cast)
   const int interval = g_time_zone_find_interval(raw, G_TIME_TYPE_UNIVERSAL, seconds);
-  const int64_t onTheWall = seconds + g_time_zone_get_offset(raw, interval);
-  const int64_t sinceMidnight = ((onTheWall % kSecondsPerDay) + kSecondsPerDay) % kSecondsPerDay;
-  return dateOfDayNumber((onTheWall - sinceMidnight) / kSecondsPerDay);
+  return seconds + g_time_zone_get_offset(raw, interval);
+}
+
+Date Calendar::dateOf(double instant) const {
+  return dateOfDayNumber(floorDivide(wallSeconds(instant), kSecondsPerDay));
+}
+
+std::string Calendar::dateTimeOf(double instant) const {
+  const int64_t wall = wallSeconds(instant);
+  const int64_t day = floorDivide(wall, kSecondsPerDay);
+  const int64_t second = wall - day * kSecondsPerDay;
+  constexpr int kMinute = 60;
+  constexpr int kHour = 3600;
+  return fmt::format("{} {:02}:{:02}:{:02}", dateOfDayNumber(day).iso(), second / kHour,
+                     second % kHour / kMinute, second % kMinute);
 }
 
 double Calendar::startOf(const Date& date) const {

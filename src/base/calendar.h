@@ -3,6 +3,7 @@
 
 #include <glibmm/timezone.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -50,6 +51,9 @@ class Calendar {
   /// The local date of an instant.
   Date dateOf(double instant) const;
 
+  /// Local date and time of an instant, "yyyy-MM-dd HH:mm:ss".
+  std::string dateTimeOf(double instant) const;
+
   /// The first instant of a local date: midnight, or, where the clock skips midnight, the instant
   /// of the skip; of a midnight that comes twice, the first.
   double startOf(const Date& date) const;
@@ -60,6 +64,7 @@ class Calendar {
 
  private:
   Glib::TimeZone zone() const;
+  int64_t wallSeconds(double instant) const;
 
   std::optional<Glib::TimeZone> fixed_;
 };

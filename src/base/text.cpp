@@ -4,6 +4,8 @@
 #include <unicode/brkiter.h>
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -14,6 +16,14 @@
 #include <memory>
 
 namespace orvanta {
+namespace {
+
+icu::UnicodeString fromUtf8(std::string_view utf8) {
+  return icu::UnicodeString::fromUTF8(
+      icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
+}
+
+}  // namespace
 
 // Eight bytes at a time: reports ask it of every distinct string.
 bool isAscii(std::string_view text) {
@@ -44,14 +54,50 @@ std::string lowerCase(std::string_view utf8) {
   return U_SUCCESS(status) ? lowered : std::string(utf8);
 }
 
+std::string withoutAccents(std::string_view utf8) {
+  if (isAscii(utf8)) return std::string(utf8);
+  UErrorCode status = U_ZERO_ERROR;
+  const auto* decomposer = icu::Normalizer2::getNFDInstance(status);
+  if (U_FAILURE(status)) return std::string(utf8);
+  const auto decomposed = decomposer->normalize(fromUtf8(utf8), status);
+  icu::UnicodeString bare;
+  for (int32_t i = 0; i < decomposed.length(); i = decomposed.moveIndex32(i, 1)) {
+    const auto c = decomposed.char32At(i);
+    if (u_charType(c) != U_NON_SPACING_MARK) bare.append(c);
+  }
+  std::string folded;
+  bare.toUTF8String(folded);
+  return folded;
+}
+
+std::vector<std::string> words(std::string_view utf8) {
+  const auto text = fromUtf8(utf8);
+  std::vector<std::string> found;
+  icu::UnicodeString word;
+  const auto finish = [&] {
+    if (!word.isEmpty()) word.toUTF8String(found.emplace_back());
+    word.remove();
+  };
+  for (int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
+    const auto c = text.char32At(i);
+    // Marks belong to the letter before them.
+    if (u_isalnum(c) != 0 || (U_GET_GC_MASK(c) & U_GC_M_MASK) != 0) {
+      word.append(c);
+    } else {
+      finish();
+    }
+  }
+  finish();
+  return found;
+}
+
 std::size_t userCharacters(std::string_view utf8) {
   if (isAscii(utf8) && utf8.find('\r') == std::string_view::npos) return utf8.size();
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::BreakIterator> characters(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
   if (U_FAILURE(status)) return utf8.size();
-  const auto text = icu::UnicodeString::fromUTF8(
-      icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
+  const auto text = fromUtf8(utf8);
   characters->setText(text);
   std::size_t count = 0;
   while (characters->next() != icu::BreakIterator::DONE) ++count;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanta {
 
@@ -12,6 +13,12 @@ bool isAscii(std::string_view text);
 
 /// Full Unicode lower-casing, independent of the user's language.
 std::string lowerCase(std::string_view utf8);
+
+/// `utf8` without the marks on its letters: "été" becomes "ete".
+std::string withoutAccents(std::string_view utf8);
+
+/// The runs of letters and digits in `utf8`.
+std::vector<std::string> words(std::string_view utf8);
 
 /// Number of characters as a reader sees them (extended grapheme clusters): "é" is one however it
 /// is encoded.

@@ -26,6 +26,7 @@ json::value Router::handle(std::string_view route, const json::object& body) con
   if (route == "day") return analytics_.day(s(body, "date"));
   if (route == "week") return analytics_.week(s(body, "date"));
   if (route == "recap") return analytics_.recap(s(body, "date"));
+  if (route == "suggestions") return analytics_.suggestions();
   throw AppError("route inconnue : " + std::string(route));
 }
 

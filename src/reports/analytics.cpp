@@ -6,7 +6,9 @@
 
 #include "base/text.h"
 #include "reports/agg.h"
+#include "reports/csv.h"
 #include "reports/spans.h"
+#include "reports/suggestions.h"
 #include "reports/timeline.h"
 #include "storage/json.h"
 
@@ -172,6 +174,26 @@ json::object Analytics::summary(const Date& monday) const {
       best.empty() ? json::value(nullptr)
                    : json::value({{"date", best.front()->key}, {"active", best.front()->seconds}});
   return result;
+}
+
+json::array Analytics::suggestions() const {
+  constexpr double kTwoWeeks = 1209600;
+  const double now = clock_();
+  SpanReader reader(db_);
+  SuggestionFinder finder(reader.rules(), reader.projects());
+  reader.each({now - kTwoWeeks, now}, [&](const Ev& ev) { finder.add(ev); });
+  return finder.suggestions();
+}
+
+void Analytics::exportCsv(const std::optional<std::string>& from,
+                          const std::optional<std::string>& to,
+                          const std::function<void(std::string_view)>& write) const {
+  const TimeRange range{calendar_.startOf(parseDate(from)),
+                        calendar_.startOf(parseDate(to).plusDays(1))};
+  write(csvHeader());
+  if (range.end <= range.start) return;
+  SpanReader reader(db_);
+  reader.each(range, [&](const Ev& ev) { write(csvLine(ev, reader.projects(), calendar_)); });
 }
 
 }  // namespace orvanta

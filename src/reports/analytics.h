@@ -1,9 +1,12 @@
 // The reports that the dashboard shows.
 #pragma once
 
+#include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "base/calendar.h"
 #include "base/clock.h"
@@ -29,6 +32,16 @@ class Analytics {
   /// The week that holds the date beside the one before: "monday", "current", "previous". Each of
   /// the two has the week's totals and "days_active", "avg_per_day", "longest_session", "best_day".
   boost::json::object recap(const std::optional<std::string>& date) const;
+
+  /// What of the last 14 days might belong to a project; see SuggestionFinder.
+  boost::json::array suggestions() const;
+
+  /// The spans of the days `from` to `to`, both included, as CSV; `write` gets it piece by piece,
+  /// so that a long range takes no more memory than a short one. Only the header when `to` is
+  /// before `from`. A date that is absent or none means today. `write` must not call into the
+  /// database.
+  void exportCsv(const std::optional<std::string>& from, const std::optional<std::string>& to,
+                 const std::function<void(std::string_view)>& write) const;
 
  private:
   Date parseDate(const std::optional<std::string>& text) const;

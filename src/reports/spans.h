@@ -32,6 +32,7 @@ class SpanReader {
   std::vector<Ev> all(const TimeRange& range);
 
   const Projects& projects() const { return projects_; }
+  const std::vector<Rule>& rules() const { return rules_; }
 
  private:
   Database& db_;

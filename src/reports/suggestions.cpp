@@ -1,0 +1,101 @@
+#include "reports/suggestions.h"
+
+#include <boost/json/object.hpp>
+
+#include <algorithm>
+#include <array>
+
+#include "base/text.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+constexpr double kLeastSeconds = 1200;
+constexpr std::size_t kShortestToken = 4;
+
+bool saysNothing(const std::string& token) {
+  constexpr std::array<std::string_view, 8> kStopWords{"https", "http",   "www",     "com",
+                                                       "site",  "projet", "refonte", "client"};
+  return std::find(kStopWords.begin(), kStopWords.end(), token) != kStopWords.end();
+}
+
+std::string keyOf(std::string_view field, std::string_view value) {
+  return std::string(field) + "|" + lowerCase(value);
+}
+
+}  // namespace
+
+std::set<std::string> tokens(std::string_view text) {
+  std::set<std::string> found;
+  for (auto& word : words(withoutAccents(lowerCase(text)))) {
+    if (userCharacters(word) >= kShortestToken && !saysNothing(word)) found.insert(std::move(word));
+  }
+  return found;
+}
+
+SuggestionFinder::SuggestionFinder(const std::vector<Rule>& rules, const Projects& projects)
+    : projects_(projects) {
+  for (const auto& rule : rules) {
+    if (rule.projectId) known_.insert(keyOf(rule.field, rule.pattern));
+  }
+}
+
+void SuggestionFinder::add(const Ev& ev) {
+  if (ev.idle || ev.pid) return;
+  if (ev.domain) {
+    domains_[ev.domain].seconds += ev.duration();
+  } else {
+    apps_[ev.app].seconds += ev.duration();
+  }
+}
+
+json::array SuggestionFinder::suggestions() const {
+  // Distinct texts first, then by their lower-cased key: few strings are left to be lower-cased.
+  Tally<Group> groups;
+  const auto gather = [&](const TextTally& tally, bool isDomain) {
+    for (const auto& [text, seconds] : tally.entries()) {
+      auto key = keyOf(isDomain ? "domain" : "app", text.view());
+      if (known_.contains(key)) continue;
+      auto& group = groups[key];
+      if (group.value.empty()) group.value = text.str();
+      group.isDomain = isDomain;
+      group.seconds += seconds;
+    }
+  };
+  gather(domains_, true);
+  gather(apps_, false);
+
+  json::array list;
+  for (const auto* group : groups.bySeconds()) {
+    if (group->seconds < kLeastSeconds) break;
+    const auto* project = resembling(group->value);
+    if (!project) continue;
+    list.push_back({{"name", group->value},
+                    {"field", group->isDomain ? "domain" : "app"},
+                    {"duration", group->seconds},
+                    {"project_id", project->id},
+                    {"project", project->name},
+                    {"color", project->color}});
+  }
+  return list;
+}
+
+const Project* SuggestionFinder::resembling(const std::string& value) const {
+  const auto valueTokens = tokens(value);
+  const auto lowered = lowerCase(value);
+  for (const auto& [id, project] : projects_) {
+    if (project.archived) continue;
+    auto marks = tokens(project.name);
+    marks.insert(project.keywords.begin(), project.keywords.end());
+    if (std::any_of(marks.begin(), marks.end(), [&](const std::string& mark) {
+          return valueTokens.contains(mark) || lowered.find(mark) != std::string::npos;
+        })) {
+      return &project;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace orvanta

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "app/csv_export.h"
+#include "reports/analytics.h"
+#include "support/fake_desktop.h"
+#include "support/temp_store.h"
+
+namespace orvanta {
+namespace {
+
+const std::string kHeader =
+    "\xEF\xBB\xBF"
+    "debut;fin;duree_s;categorie;projet;app;domaine;titre;url";
+
+class CsvTest : public testing::Test {
+ protected:
+  std::string csv(const char* from, const char* to) {
+    std::string text;
+    analytics.exportCsv(from, to, [&](std::string_view piece) { text += piece; });
+    return text;
+  }
+
+  test::TempStore store;
+  test::FakeClock clock;
+  Calendar paris{Glib::TimeZone::create("Europe/Paris")};
+  Analytics analytics{store.db, clock.read(), paris};
+  const double midnight = paris.startOf({2024, 3, 31});  // the clock skips from 2 to 3
+};
+
+TEST_F(CsvTest, ClipsQuotesAndTruncates) {
+  store.db.run("INSERT INTO projects(id, name) VALUES (1, 'L''\"Été\"; suite')");
+  store.db.run("INSERT INTO events(start,end,app,project_id) VALUES (?,?,'A',99)",
+               {midnight - 100, midnight + 59.9});
+  store.db.run(
+      "INSERT INTO events(start,end,app,domain,title,url,category,project_id) VALUES "
+      "(?,?,?,?,?,?,?,?)",
+      {midnight + 7199, midnight + 7201, "B;b", "x.fr", "dit \"oui\"\nligne", "https://x.fr/;",
+       "loisir", 1});
+  store.db.run("INSERT INTO events(start,end,idle) VALUES (?,?,1)",
+               {midnight + 9000, midnight + 8000});
+  EXPECT_EQ(
+      csv("2024-03-31", "2024-03-31"),
+      kHeader +
+          "\n2024-03-31 00:00:00;2024-03-31 00:00:59;59;nonclasse;\"\";\"A\";\"\";\"\";\"\""
+          "\n2024-03-31 01:59:59;2024-03-31 03:00:01;2;loisir;\"L'\"\"Été\"\"; suite\";\"B;b\";"
+          "\"x.fr\";\"dit \"\"oui\"\"\nligne\";\"https://x.fr/;\""
+          "\n2024-03-31 03:30:00;2024-03-31 03:13:20;0;inactif;\"\";\"Inconnu\";\"\";\"\";\"\"");
+  EXPECT_EQ(csv("2024-04-01", "2024-03-30"), kHeader);
+  EXPECT_EQ(csv("2025-01-01", "2025-12-31"), kHeader);
+}
+
+TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {
+  const auto path = store.folder.path() / "export.csv";
+  EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-04-02", path}), 0);
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  EXPECT_EQ(text.str(), kHeader);
+  struct stat info {};
+  EXPECT_EQ(stat(path.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600U);
+  EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31"}), 2);
+  EXPECT_EQ(exportCsvFile(analytics, {"hier", "2024-03-31"}), 2);
+  EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/nulle/part.csv"}), 1);
+  EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/dev/full"}), 1);
+}
+
+}  // namespace
+}  // namespace orvanta
