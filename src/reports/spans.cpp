@@ -34,8 +34,8 @@ void SpanReader::each(const TimeRange& range, const std::function<void(const Ev&
     visit(ev);
   };
   const Args bounds{range.start, range.end, range.start - kLongSpan};
-  db_.each(kLongBefore, bounds, take);
-  db_.each(kFromShortlyBefore, bounds, take);
+  db_.scan(kLongBefore, bounds, take);
+  db_.scan(kFromShortlyBefore, bounds, take);
 }
 
 std::vector<Ev> SpanReader::all(const TimeRange& range) {

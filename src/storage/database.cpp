@@ -10,54 +10,22 @@
 namespace orvanta {
 namespace {
 
-// The program speaks some dozens of statements; beyond this the cache holds text built on the fly.
-constexpr std::size_t kMostStatements = 64;
-
 bool expected(std::string_view message) {
   return message.find("duplicate column") != std::string_view::npos ||
          message.find("UNIQUE constraint") != std::string_view::npos;
 }
 
-// Holds SQLite's own mutex on the connection. Every step and column call takes it; taking it again
-// is much cheaper than taking it, and a report makes millions of these calls.
-class ConnectionMutex {
- public:
-  explicit ConnectionMutex(sqlite3* connection) : mutex_(sqlite3_db_mutex(connection)) {
-    sqlite3_mutex_enter(mutex_);
-  }
-  ~ConnectionMutex() { sqlite3_mutex_leave(mutex_); }
-  ConnectionMutex(const ConnectionMutex&) = delete;
-  ConnectionMutex& operator=(const ConnectionMutex&) = delete;
-
- private:
-  sqlite3_mutex* mutex_;
-};
-
 }  // namespace
 
 Database::Database(DataLocation where, Log log) : where_(std::move(where)), log_(std::move(log)) {
   prepare(where_, log_);
-  open();
+  connection_ =
+      Connection(where_.file(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX);
+  if (!connection_) log_("Orvanta: impossible d'ouvrir la base " + where_.file().string());
   exec("PRAGMA journal_mode=WAL");
   exec("PRAGMA synchronous=NORMAL");
   exec("PRAGMA busy_timeout=5000");
   migrate(*this);
-}
-
-void Database::open() {
-  sqlite3* raw = nullptr;
-  int code =
-      sqlite3_open_v2(where_.file().c_str(), &raw,
-                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
-  connection_.reset(raw);
-  if (code == SQLITE_OK) {
-    // Opening reads nothing; only the first read shows whether this is a database at all.
-    sqlite3_busy_timeout(raw, 5000);
-    code = sqlite3_exec(raw, "PRAGMA schema_version", nullptr, nullptr, nullptr);
-  }
-  if (code == SQLITE_OK || code == SQLITE_BUSY) return;
-  connection_.reset();
-  log_("Orvanta: impossible d'ouvrir la base " + where_.file().string());
 }
 
 void Database::setErrorReport(ErrorReport report) {
@@ -89,14 +57,6 @@ bool Database::worthTelling(int code) {
   }
 }
 
-Statement* Database::prepared(std::string_view sql) {
-  if (const auto found = statements_.find(sql); found != statements_.end()) return &found->second;
-  Statement statement(connection_.get(), sql);
-  if (!statement.ok()) return nullptr;
-  if (statements_.size() >= kMostStatements) statements_.clear();
-  return &statements_.emplace(sql, std::move(statement)).first->second;
-}
-
 bool Database::exec(const std::string& sql) {
   std::string message;
   bool tell = false;
@@ -121,7 +81,7 @@ int64_t Database::run(std::string_view sql, const Args& args) {
   std::string message;
   {
     const std::lock_guard lock(mutex_);
-    auto* statement = connection_ ? prepared(sql) : nullptr;
+    auto* statement = connection_ ? connection_.prepared(sql) : nullptr;
     if (!statement) return -1;
     statement->bind(args);
     const int code = statement->step();
@@ -145,18 +105,28 @@ void Database::each(std::string_view sql, const Args& args,
   {
     const std::lock_guard lock(mutex_);
     if (!connection_) return;
-    if (auto* statement = prepared(sql)) {
-      statement->bind(args);
-      const auto cursor = statement->cursor();
-      const ConnectionMutex held(connection_.get());
-      while (statement->step() == SQLITE_ROW) visit(cursor);
-      statement->reset();
+    if (auto* statement = connection_.prepared(sql)) {
+      statement->visitRows(args, visit);
       return;
     }
     message = sqlite3_errmsg(connection_.get());
     if (!worthTelling(sqlite3_errcode(connection_.get()))) return;
   }
   log_(fmt::format("Orvanta SQL: {} — {}", message, sql));
+}
+
+void Database::scan(std::string_view sql, const Args& args,
+                    const std::function<void(const Cursor&)>& visit) {
+  {
+    const std::lock_guard lock(scanMutex_);
+    // Our own lock is lock enough; SQLite would take its mutex for every column of every row.
+    if (!scanner_) scanner_ = Connection(where_.file(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
+    if (auto* statement = scanner_ ? scanner_.prepared(sql) : nullptr) {
+      statement->visitRows(args, visit);
+      return;
+    }
+  }
+  each(sql, args, visit);
 }
 
 std::vector<Row> Database::query(std::string_view sql, const Args& args) {

@@ -1,19 +1,16 @@
 // The one SQLite file in which everything is kept.
 #pragma once
 
-#include <sqlite3.h>
-
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "base/log.h"
+#include "storage/connection.h"
 #include "storage/data_location.h"
 #include "storage/statement.h"
 #include "storage/value.h"
@@ -21,9 +18,9 @@
 namespace orvanta {
 
 /// The single owner of the database file. Every operation may be called from any thread and blocks
-/// until it is done; one statement runs at a time. None throws: a failure yields false, -1 or an
-/// empty list, is logged, and is told to the error-report hook. The program runs on without a
-/// usable file, with nothing in it; a file that is not a database is left as it is.
+/// until it is done; one statement runs at a time, but for scan(). None throws: a failure yields
+/// false, -1 or an empty list, is logged, and is told to the error-report hook. The program runs on
+/// without a usable file, with nothing in it; a file that is not a database is left as it is.
 ///
 /// What is wrong with the file itself (read-only, disk full, damaged) would fail every statement of
 /// every tick: it is told once, and again only after a write has succeeded in between.
@@ -58,6 +55,11 @@ class Database {
   void each(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
+  /// Like each, for the long reads of reports: on a connection of its own, which only reads and
+  /// sees all that has been written. A scan keeps another scan waiting, but nothing else.
+  void scan(std::string_view sql, const Args& args,
+            const std::function<void(const Cursor&)>& visit);
+
   /// The stored value, else the default, else "".
   std::string setting(const std::string& key);
   void setSetting(const std::string& key, const std::string& value);
@@ -65,18 +67,6 @@ class Database {
   std::map<std::string, std::string> allSettings();
 
  private:
-  struct Close {
-    void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
-  };
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-      return std::hash<std::string_view>()(text);
-    }
-  };
-
-  void open();
-  Statement* prepared(std::string_view sql);
   bool worthTelling(int code);
   void report(const std::string& message);
 
@@ -85,10 +75,12 @@ class Database {
   std::mutex reportMutex_;
   ErrorReport report_;
 
-  std::mutex mutex_;  // guards everything below: one statement at a time
-  std::unique_ptr<sqlite3, Close> connection_;
-  std::unordered_map<std::string, Statement, Hash, std::equal_to<>> statements_;
+  std::mutex mutex_;  // guards the next two: one statement at a time
+  Connection connection_;
   std::set<int> told_;  // conditions of the file, by SQLite's code, told since the last good write
+
+  std::mutex scanMutex_;  // guards the next
+  Connection scanner_;    // opened by the first scan
 };
 
 }  // namespace orvanta

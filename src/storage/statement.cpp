@@ -44,6 +44,13 @@ void Statement::bind(const Args& args) {
   }
 }
 
+void Statement::visitRows(const Args& args, const std::function<void(const Cursor&)>& visit) {
+  bind(args);
+  const Cursor cursor(handle_.get());
+  while (step() == SQLITE_ROW) visit(cursor);
+  reset();
+}
+
 void Statement::reset() {
   sqlite3_reset(handle_.get());
   sqlite3_clear_bindings(handle_.get());

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -44,7 +45,8 @@ class Statement {
   void bind(const Args& args);
   /// SQLITE_ROW, SQLITE_DONE or an error code.
   int step() { return sqlite3_step(handle_.get()); }
-  Cursor cursor() const { return Cursor(handle_.get()); }
+  /// Binds, shows every row to `visit`, resets; an error ends the rows.
+  void visitRows(const Args& args, const std::function<void(const Cursor&)>& visit);
   /// Ready for the next use; ends the read transaction.
   void reset();
 

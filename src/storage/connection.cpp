@@ -1,0 +1,33 @@
+#include "storage/connection.h"
+
+#include <utility>
+
+namespace orvanta {
+namespace {
+
+// The program speaks some dozens of statements; beyond this the cache holds text built on the fly.
+constexpr std::size_t kMostStatements = 64;
+constexpr int kBusyMilliseconds = 5000;
+
+}  // namespace
+
+Connection::Connection(const std::filesystem::path& file, int flags) {
+  sqlite3* raw = nullptr;
+  int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
+  handle_.reset(raw);
+  if (code == SQLITE_OK) {
+    sqlite3_busy_timeout(raw, kBusyMilliseconds);
+    code = sqlite3_exec(raw, "PRAGMA schema_version", nullptr, nullptr, nullptr);
+  }
+  if (code != SQLITE_OK && code != SQLITE_BUSY) handle_.reset();
+}
+
+Statement* Connection::prepared(std::string_view sql) {
+  if (const auto found = statements_.find(sql); found != statements_.end()) return &found->second;
+  Statement statement(handle_.get(), sql);
+  if (!statement.ok()) return nullptr;
+  if (statements_.size() >= kMostStatements) statements_.clear();
+  return &statements_.emplace(sql, std::move(statement)).first->second;
+}
+
+}  // namespace orvanta

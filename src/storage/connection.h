@@ -1,0 +1,46 @@
+// RAII around an SQLite connection and its prepared statements.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "storage/statement.h"
+
+namespace orvanta {
+
+/// An open database file, or nothing. Not thread-safe.
+class Connection {
+ public:
+  Connection() = default;
+
+  /// Opens `file` with the flags of sqlite3_open_v2 and reads from it, since only the first read
+  /// shows whether it is a database at all. Nothing is held when that fails.
+  Connection(const std::filesystem::path& file, int flags);
+
+  explicit operator bool() const { return handle_ != nullptr; }
+  sqlite3* get() const { return handle_.get(); }
+
+  /// The statement of this text, compiled at its first use and kept; null when it does not compile.
+  Statement* prepared(std::string_view sql);
+
+ private:
+  struct Close {
+    void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
+  };
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+      return std::hash<std::string_view>()(text);
+    }
+  };
+
+  std::unique_ptr<sqlite3, Close> handle_;
+  std::unordered_map<std::string, Statement, Hash, std::equal_to<>> statements_;
+};
+
+}  // namespace orvanta
