@@ -32,10 +32,6 @@ Date dateOfDayNumber(int64_t number) {
           static_cast<int>(static_cast<unsigned>(civil.day()))};
 }
 
-int64_t floorDivide(int64_t number, int64_t divisor) {
-  return number / divisor - (number % divisor < 0 ? 1 : 0);
-}
-
 // The instant at which the zone's wall clock, under one reading of ambiguous times, shows
 // `localSeconds` (seconds of a clock without zone); the end of the gap when it never does.
 int64_t instantOf(const Glib::TimeZone& zone, int64_t localSeconds, GTimeType reading) {
@@ -77,7 +73,6 @@ Glib::TimeZone Calendar::zone() const {
   return fixed_ ? *fixed_ : Glib::TimeZone::create_local();
 }
 
-// What the wall clock shows, as seconds of a clock without zone.
 int64_t Calendar::wallSeconds(double instant) const {
   const auto seconds = static_cast<int64_t>(std::floor(instant));
   const auto local = zone();
@@ -89,16 +84,6 @@ int64_t Calendar::wallSeconds(double instant) const {
 
 Date Calendar::dateOf(double instant) const {
   return dateOfDayNumber(floorDivide(wallSeconds(instant), kSecondsPerDay));
-}
-
-std::string Calendar::dateTimeOf(double instant) const {
-  const int64_t wall = wallSeconds(instant);
-  const int64_t day = floorDivide(wall, kSecondsPerDay);
-  const int64_t second = wall - day * kSecondsPerDay;
-  constexpr int kMinute = 60;
-  constexpr int kHour = 3600;
-  return fmt::format("{} {:02}:{:02}:{:02}", dateOfDayNumber(day).iso(), second / kHour,
-                     second % kHour / kMinute, second % kMinute);
 }
 
 double Calendar::startOf(const Date& date) const {

@@ -31,6 +31,11 @@ struct Date {
   static std::optional<Date> parse(const std::string& text);
 };
 
+/// Rounds down, also below zero.
+constexpr int64_t floorDivide(int64_t number, int64_t divisor) {
+  return number / divisor - (number % divisor < 0 ? 1 : 0);
+}
+
 /// A half-open range of time, Unix seconds.
 struct TimeRange {
   double start = 0;
@@ -51,8 +56,8 @@ class Calendar {
   /// The local date of an instant.
   Date dateOf(double instant) const;
 
-  /// Local date and time of an instant, "yyyy-MM-dd HH:mm:ss".
-  std::string dateTimeOf(double instant) const;
+  /// What the wall clock shows at an instant, as whole seconds since it showed the start of 1970.
+  int64_t wallSeconds(double instant) const;
 
   /// The first instant of a local date: midnight, or, where the clock skips midnight, the instant
   /// of the skip; of a midnight that comes twice, the first.
@@ -64,7 +69,6 @@ class Calendar {
 
  private:
   Glib::TimeZone zone() const;
-  int64_t wallSeconds(double instant) const;
 
   std::optional<Glib::TimeZone> fixed_;
 };

@@ -190,10 +190,10 @@ void Analytics::exportCsv(const std::optional<std::string>& from,
                           const std::function<void(std::string_view)>& write) const {
   const TimeRange range{calendar_.startOf(parseDate(from)),
                         calendar_.startOf(parseDate(to).plusDays(1))};
-  write(csvHeader());
-  if (range.end <= range.start) return;
   SpanReader reader(db_);
-  reader.each(range, [&](const Ev& ev) { write(csvLine(ev, reader.projects(), calendar_)); });
+  CsvWriter csv(calendar_, reader.projects(), write);
+  if (range.start < range.end) reader.each(range, [&](const Ev& ev) { csv.add(ev); });
+  csv.finish();
 }
 
 }  // namespace orvanta

@@ -2,41 +2,82 @@
 
 #include <fmt/format.h>
 
-#include <string_view>
+#include <cmath>
+#include <iterator>
+#include <utility>
 
 #include "storage/value.h"
 
 namespace orvanta {
 namespace {
 
-void appendQuoted(std::string& line, std::string_view value) {
-  line += ";\"";
-  for (const char c : value) {
-    if (c == '"') line += '"';
-    line += c;
-  }
-  line += '"';
-}
-
-std::string_view projectName(const Ev& ev, const Projects& projects) {
-  const auto project = ev.pid ? projects.find(*ev.pid) : projects.end();
-  return project != projects.end() ? std::string_view(project->second.name) : std::string_view();
-}
+constexpr std::size_t kHeldBytes = 65536;
+constexpr int64_t kQuarter = 900;
+constexpr int64_t kDay = 86400;
 
 }  // namespace
 
-std::string csvHeader() {
-  return "\xEF\xBB\xBF"
-         "debut;fin;duree_s;categorie;projet;app;domaine;titre;url";
+CsvWriter::CsvWriter(const Calendar& calendar, const Projects& projects, Write write)
+    : calendar_(calendar), projects_(projects), write_(std::move(write)) {
+  held_ =
+      "\xEF\xBB\xBF"
+      "debut;fin;duree_s;categorie;projet;app;domaine;titre;url";
 }
 
-std::string csvLine(const Ev& ev, const Projects& projects, const Calendar& calendar) {
-  auto line =
-      fmt::format("\n{};{};{};{}", calendar.dateTimeOf(ev.start), calendar.dateTimeOf(ev.end),
-                  truncated(ev.duration()).value_or(0), ev.cat.view());
-  appendQuoted(line, projectName(ev, projects));
-  for (const auto text : {ev.app, ev.domain, ev.title, ev.url}) appendQuoted(line, text.view());
-  return line;
+void CsvWriter::add(const Ev& ev) {
+  held_ += '\n';
+  appendTime(ev.start);
+  held_ += ';';
+  appendTime(ev.end);
+  fmt::format_to(std::back_inserter(held_), ";{};", truncated(ev.duration()).value_or(0));
+  held_ += ev.cat.view();
+  const auto project = ev.pid ? projects_.find(*ev.pid) : projects_.end();
+  appendQuoted(project != projects_.end() ? project->second.name : std::string_view());
+  for (const auto text : {ev.app, ev.domain, ev.title, ev.url}) appendQuoted(text.view());
+  if (held_.size() >= kHeldBytes) finish();
+}
+
+void CsvWriter::finish() {
+  write_(held_);
+  held_.clear();
+}
+
+void CsvWriter::appendTime(double instant) {
+  const auto second = static_cast<int64_t>(std::floor(instant));
+  const auto quarter = floorDivide(second, kQuarter);
+  if (quarter != quarter_) {
+    quarter_ = quarter;
+    quarterWall_ = calendar_.wallSeconds(static_cast<double>(quarter * kQuarter));
+  }
+  const auto wall = quarterWall_ + (second - quarter * kQuarter);
+  const auto day = floorDivide(wall, kDay);
+  if (day != day_) {
+    day_ = day;
+    dayText_ = calendar_.dateOf(instant).iso();
+  }
+  const auto clock = wall - day * kDay;
+  constexpr int kMinute = 60;
+  constexpr int kHour = 3600;
+  const auto digits = [this](int64_t number) {
+    held_ += static_cast<char>('0' + number / 10);
+    held_ += static_cast<char>('0' + number % 10);
+  };
+  held_ += dayText_;
+  held_ += ' ';
+  digits(clock / kHour);
+  held_ += ':';
+  digits(clock % kHour / kMinute);
+  held_ += ':';
+  digits(clock % kMinute);
+}
+
+void CsvWriter::appendQuoted(std::string_view value) {
+  held_ += ";\"";
+  for (auto quote = value.find('"'); quote != std::string_view::npos; quote = value.find('"')) {
+    held_.append(value.substr(0, quote + 1)).push_back('"');
+    value.remove_prefix(quote + 1);
+  }
+  held_.append(value).push_back('"');
 }
 
 }  // namespace orvanta

@@ -1,7 +1,10 @@
 // Spans as a table for spreadsheet programs.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "base/calendar.h"
 #include "storage/ev.h"
@@ -9,12 +12,35 @@
 
 namespace orvanta {
 
-/// Byte order mark, so that spreadsheet programs see UTF-8, and the names of the columns. No line
-/// feed.
-std::string csvHeader();
+/// Writes classified spans as CSV: a byte order mark, so that spreadsheet programs see UTF-8, the
+/// names of the columns, and a line for each span with local start and end, whole seconds,
+/// category, and in double quotes project, app, domain, title and URL. Holds no more than some
+/// lines at a time.
+class CsvWriter {
+ public:
+  using Write = std::function<void(std::string_view)>;
 
-/// The line of one classified span, beginning with the line feed that ends the line before: local
-/// start and end, whole seconds, category, and in double quotes project, app, domain, title, URL.
-std::string csvLine(const Ev& ev, const Projects& projects, const Calendar& calendar);
+  /// `calendar` and `projects` outlive the writer.
+  CsvWriter(const Calendar& calendar, const Projects& projects, Write write);
+
+  void add(const Ev& ev);
+  /// Writes what is still held. To be called once, last.
+  void finish();
+
+ private:
+  void appendTime(double instant);
+  void appendQuoted(std::string_view value);
+
+  const Calendar& calendar_;
+  const Projects& projects_;
+  Write write_;
+  std::string held_;
+
+  // Spans come by time, and the wall clock's distance from UTC changes on quarters of an hour only.
+  int64_t quarter_ = INT64_MIN;
+  int64_t quarterWall_ = 0;  // what the wall clock shows at its beginning
+  int64_t day_ = INT64_MIN;
+  std::string dayText_;
+};
 
 }  // namespace orvanta

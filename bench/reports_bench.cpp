@@ -1,5 +1,5 @@
-// What a report of one day costs on ten years of history, and what reading and classifying a year
-// costs beside merely stepping over its rows.
+// What a report of one day costs on ten years of history, and what longer ones cost beside merely
+// stepping over the rows that they read.
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
@@ -36,8 +36,15 @@ void day(benchmark::State& state, Database& db, int ago) {
   for (auto _ : state) benchmark::DoNotOptimize(analytics.day(date));
 }
 
-TimeRange lastYear() {
-  return {today() - kDaysPerYear * kSecondsPerDay, today()};
+TimeRange lastDays(int days) {
+  return {today() - days * kSecondsPerDay, today()};
+}
+
+// The two weeks that the recap of a week ago compares.
+TimeRange twoWeeks() {
+  const Calendar calendar;
+  const auto monday = calendar.dateOf(today()).plusDays(-7).monday();
+  return {calendar.startOf(monday.plusDays(-7)), calendar.startOf(monday.plusDays(7))};
 }
 
 void readYear(benchmark::State& state) {
@@ -46,7 +53,7 @@ void readYear(benchmark::State& state) {
     SpanReader reader(tenYears());
     double seconds = 0;
     count = 0;
-    reader.each(lastYear(), [&](const Ev& ev) {
+    reader.each(lastDays(kDaysPerYear), [&](const Ev& ev) {
       ++count;
       seconds += ev.duration();
     });
@@ -56,14 +63,13 @@ void readYear(benchmark::State& state) {
 }
 
 // The floor: every column of the same rows, by a loop without anything around it.
-void stepYear(benchmark::State& state) {
+void step(benchmark::State& state, const TimeRange& range) {
   sqlite3* db = nullptr;
   sqlite3_open(tenYears().location().file().c_str(), &db);
   sqlite3_stmt* statement = nullptr;
   sqlite3_prepare_v2(
       db, "SELECT * FROM events WHERE +end > ?1 AND start < ?2 AND start >= ?3 ORDER BY start", -1,
       &statement, nullptr);
-  const auto range = lastYear();
   int64_t count = 0;
   for (auto _ : state) {
     count = 0;
@@ -90,22 +96,54 @@ void stepYear(benchmark::State& state) {
   sqlite3_close(db);
 }
 
+void exportYear(benchmark::State& state) {
+  const Analytics analytics(tenYears(), wallClock);
+  const auto from = daysAgo(kDaysPerYear);
+  const auto to = daysAgo(1);
+  std::size_t bytes = 0;
+  for (auto _ : state) {
+    bytes = 0;
+    analytics.exportCsv(from, to, [&](std::string_view text) { bytes += text.size(); });
+  }
+  state.counters["bytes"] = static_cast<double>(bytes);
+}
+
 const bool kRegistered = [] {
   const auto add = [](const char* name, auto function) {
-    benchmark::RegisterBenchmark(name, function)
-        ->Unit(benchmark::kMillisecond)
-        ->Repetitions(5)
-        ->ReportAggregatesOnly(false);
+    benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->Repetitions(5);
   };
+  const auto weekAgo = daysAgo(7);
+  const auto monday = Calendar().startOf(Date::parse(weekAgo)->monday());
+  const TimeRange week{monday, monday + 7 * kSecondsPerDay};
   add("day/one_day_store", [](benchmark::State& state) { day(state, oneDay(), 0); });
   add("day/today", [](benchmark::State& state) { day(state, tenYears(), 0); });
   add("day/five_years_ago", [](benchmark::State& state) { day(state, tenYears(), kTenYears / 2); });
-  add("year/step", stepYear);
+  add("week/step", [week](benchmark::State& state) { step(state, week); });
+  add("week/report", [weekAgo](benchmark::State& state) {
+    const Analytics analytics(tenYears(), wallClock);
+    for (auto _ : state) benchmark::DoNotOptimize(analytics.week(weekAgo));
+  });
+  add("recap/step", [](benchmark::State& state) { step(state, twoWeeks()); });
+  add("recap/report", [weekAgo](benchmark::State& state) {
+    const Analytics analytics(tenYears(), wallClock);
+    for (auto _ : state) benchmark::DoNotOptimize(analytics.recap(weekAgo));
+  });
+  add("suggestions/step", [](benchmark::State& state) { step(state, lastDays(14)); });
+  add("suggestions/report", [](benchmark::State& state) {
+    const Analytics analytics(tenYears(), today);
+    for (auto _ : state) benchmark::DoNotOptimize(analytics.suggestions());
+  });
+  add("year/step", [](benchmark::State& state) { step(state, lastDays(kDaysPerYear)); });
   add("year/read_and_classify", readYear);
+  add("year/export", exportYear);
   expectRatio("day/today", "day/one_day_store", 1.3);
   expectRatio("day/five_years_ago", "day/one_day_store", 1.3);
   expectRatio("day/five_years_ago", "day/today", 1.3);
+  expectRatio("week/report", "week/step", 1.5);
+  expectRatio("recap/report", "recap/step", 1.5);
+  expectRatio("suggestions/report", "suggestions/step", 1.5);
   expectRatio("year/read_and_classify", "year/step", 1.5);
+  expectRatio("year/export", "year/step", 2.5);
   return true;
 }();
 
