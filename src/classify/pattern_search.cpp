@@ -33,44 +33,49 @@ void PatternSearch::build() {
   // lower-casing.
   for (char c = 'A'; c <= 'Z'; ++c) classOf_.at(byteOf(c)) = classOf_.at(byteOf(c) | 0x20);
 
-  // The trie; 0 is the root and stands for "no such child" too, since no edge leads to it.
-  next_.assign(classes_, 0);
+  // The trie of the patterns. 0 is the root and, since nothing leads back to it, also "none".
+  struct Node {
+    uint32_t firstChild = 0;
+    uint32_t nextSibling = 0;
+    uint8_t edge = 0;     // class of the byte that leads here
+    uint32_t suffix = 0;  // node of the longest proper suffix that is in the trie
+  };
+  std::vector<Node> trie(1);
   atState_.assign(1, {});
   for (const auto& [text, found] : patterns_) {
-    State state = 0;
+    uint32_t node = 0;
     for (const char c : text) {
-      const auto edge = state + classOf_.at(byteOf(c));
-      if (next_[edge] == 0) {
-        next_[edge] = static_cast<State>(next_.size());
-        next_.resize(next_.size() + classes_, 0);
+      const auto edge = classOf_.at(byteOf(c));
+      auto child = trie[node].firstChild;
+      while (child != 0 && trie[child].edge != edge) child = trie[child].nextSibling;
+      if (child == 0) {
+        child = static_cast<uint32_t>(trie.size());
+        trie.push_back({.nextSibling = trie[node].firstChild, .edge = edge});
+        trie[node].firstChild = child;
         atState_.emplace_back();
       }
-      state = next_[edge];
+      node = child;
     }
-    foundAt(state).merge(found);
+    atState_[node].merge(found);
   }
   patterns_.clear();
 
-  // Breadth first: where a state has no child of its own it goes where its longest proper suffix
-  // goes, and it finds what that suffix finds.
-  std::vector<State> suffix(atState_.size(), 0);
-  std::vector<State> queue{0};
+  // Breadth first: where a node has no child of its own it goes where its suffix goes, and it finds
+  // what its suffix finds.
+  next_.assign(trie.size() * classes_, 0);
+  std::vector<uint32_t> queue{0};
+  queue.reserve(trie.size());
   for (std::size_t i = 0; i < queue.size(); ++i) {
-    const State state = queue[i];
-    for (uint32_t c = 1; c < classes_; ++c) {
-      auto& child = next_[state + c];
-      const State fallback = state == 0 ? 0 : next_[suffix[state / classes_] + c];
-      if (child == 0) {
-        child = fallback;
-      } else {
-        suffix[child / classes_] = fallback;
-        foundAt(child).merge(foundAt(fallback));
-        queue.push_back(child);
-      }
+    const auto node = queue[i];
+    auto* row = &next_[std::size_t{node} * classes_];
+    if (node != 0) std::copy_n(&next_[std::size_t{trie[node].suffix} * classes_], classes_, row);
+    for (auto child = trie[node].firstChild; child != 0; child = trie[child].nextSibling) {
+      auto& next = row[trie[child].edge];
+      trie[child].suffix = (next & ~kFinds) / classes_;
+      atState_[child].merge(atState_[trie[child].suffix]);
+      next = child * classes_ | (atState_[child].any() ? kFinds : 0);
+      queue.push_back(child);
     }
-  }
-  for (auto& next : next_) {
-    if (foundAt(next).any()) next |= kFinds;
   }
 }
 

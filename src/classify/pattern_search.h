@@ -39,7 +39,6 @@ class PatternSearch {
   using State = uint32_t;                    // where the state's row begins in next_
   static constexpr State kFinds = 1U << 31;  // in next_: the state found something
 
-  Found& foundAt(State state) { return atState_[state / classes_]; }
   Found searchBytes(std::string_view lowered) const;
 
   struct Pattern {
