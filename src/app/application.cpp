@@ -63,8 +63,9 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
 // The caller's process waits as long as somebody holds its command line.
 void Application::answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
                          std::vector<std::string> words) {
-  services_->bridge.post([this, commandLine, words = std::move(words)] {
-    auto result = callRoute(services_->router, words);
+  // The router outlives the queue; services_ does not name it any more while the queue ends.
+  services_->bridge.post([&router = services_->router, commandLine, words = std::move(words)] {
+    auto result = callRoute(router, words);
     Glib::MainContext::get_default()->invoke([commandLine, result = std::move(result)] {
       commandLine->set_exit_status(result.status);
       commandLine->print(result.output);

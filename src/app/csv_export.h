@@ -9,8 +9,8 @@
 namespace orvanta {
 
 /// Writes the CSV of the days `words[0]` to `words[1]` ("yyyy-MM-dd", both included) to the file
-/// `words[2]`, readable by its owner only, or to standard output. Yields the exit status: 0, 1 when
-/// it could not be written, 2 when the words are wrong; both with a French message on standard
+/// `words[2]`, made readable by its owner only, or to standard output. Yields the exit status: 0, 1
+/// when it could not be written, 2 when the words are wrong; both with a French message on standard
 /// error.
 int exportCsvFile(const Analytics& analytics, const std::vector<std::string>& words);
 

@@ -3,7 +3,9 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
+#include <new>
 #include "base/text.h"
+
 #include "bridge/app_error.h"
 
 namespace orvanta {
@@ -26,6 +28,8 @@ CallResult callRoute(const Router& router, const std::vector<std::string>& words
     if (words.empty() || words.size() > 2) throw AppError("usage : orvanta --call ROUTE [JSON]");
     const auto body = words.size() > 1 ? parseBody(words[1]) : json::object();
     return {json::serialize(router.handle(words[0], body)) + "\n", 0};
+  } catch (const std::bad_alloc&) {  // the capture goes on
+    return {"{\"error\":\"mémoire insuffisante pour cette réponse\"}\n", 1};
   } catch (const AppError& error) {
     // The message may quote a word of the command line, which can be any bytes.
     const auto message = validUtf8(error.what());

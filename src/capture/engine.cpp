@@ -49,7 +49,8 @@ double Engine::steadyNow() {
 // activity, so the span ends where it was last seen.
 double Engine::closingTime() {
   const double now = steadyNow();
-  return now - lastTick_ > kGap ? lastTick_ : now;
+  if (now - lastTick_ <= kGap) lastTick_ = now;
+  return lastTick_;
 }
 
 void Engine::tick() {

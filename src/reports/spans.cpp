@@ -14,7 +14,7 @@ constexpr auto kLongBefore =
     "SELECT * FROM events INDEXED BY idx_events_long "
     "WHERE end - start > 14000 AND end > ?1 AND +start < ?2 AND +start < ?3 ORDER BY start, id";
 constexpr auto kFromShortlyBefore =
-    "SELECT * FROM events WHERE +end > ?1 AND start < ?2 AND start >= ?3 ORDER BY start";
+    "SELECT * FROM events WHERE +end > ?1 AND start < ?2 AND start >= ?3 ORDER BY start, id";
 
 }  // namespace
 

@@ -13,7 +13,7 @@ class Database;
 const std::map<std::string, std::string>& defaultSettings();
 
 /// Spans longer than this many seconds are found through an index of their own, see
-/// Analytics::events. A night away from the machine is one; a working day has none.
+/// SpanReader. A night away from the machine is one; a working day has none.
 inline constexpr double kLongSpan = 14400;
 
 /// Creates what is missing, adds columns of later versions, fills missing settings and drops what

@@ -71,6 +71,9 @@ Inhibitors::~Inhibitors() {
 }
 
 bool Inhibitors::displayKeptAwake() {
+  // What came after an earlier question was given up on is old by now: let it in, and ask again.
+  while (context_->iteration(false)) {
+  }
   context_->push_thread_default();
   for (auto& question : questions_) {
     if (!question.waiting) ask(question);
