@@ -46,7 +46,7 @@ class Text {
 /// Owns the strings. Not thread-safe: one request, one pool.
 class StringPool {
  public:
-  StringPool() = default;
+  StringPool();
   StringPool(const StringPool&) = delete;
   StringPool& operator=(const StringPool&) = delete;
 

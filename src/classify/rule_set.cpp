@@ -1,13 +1,14 @@
 #include "classify/rule_set.h"
 
+#include <fmt/format.h>
+
 namespace orvanta {
 
 std::vector<Rule> loadRules(Database& db) {
+  static const auto kSelect = fmt::format(
+      "SELECT {} FROM rules ORDER BY priority DESC, length(pattern) DESC, id", Rule::kColumns);
   std::vector<Rule> rules;
-  for (const auto& row :
-       db.query("SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id")) {
-    rules.push_back(Rule::fromRow(row));
-  }
+  db.scan(kSelect, {}, [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
   return rules;
 }
 

@@ -16,12 +16,18 @@ json::array topCategories(const TextTally& cats) {
 
 }  // namespace
 
-void Agg::add(const Ev& ev) {
+void Totals::add(const Ev& ev) {
   const double seconds = ev.duration();
   byCat[ev.cat].seconds += seconds;
   if (ev.pid) byProj[*ev.pid].seconds += seconds;
+  if (!ev.idle) active += seconds;
+}
+
+void Agg::add(const Ev& ev) {
+  Totals::add(ev);
   if (ev.idle) return;
 
+  const double seconds = ev.duration();
   auto& app = apps[ev.app];
   app.seconds += seconds;
   app.cats[ev.cat].seconds += seconds;
@@ -31,7 +37,6 @@ void Agg::add(const Ev& ev) {
     domain.seconds += seconds;
     domain.cats[ev.cat].seconds += seconds;
   }
-  active += seconds;
 }
 
 Agg aggregate(const std::vector<Ev>& events) {
@@ -46,7 +51,7 @@ json::object byCategoryJson(const TextTally& byCat) {
   return object;
 }
 
-json::array byProjectJson(const Tally<Agg::ProjectTotal>& byProj, const Projects& projects) {
+json::array byProjectJson(const Tally<Totals::ProjectTotal>& byProj, const Projects& projects) {
   json::array list;
   for (const auto* total : byProj.bySeconds()) {
     const auto project = projects.find(total->key);

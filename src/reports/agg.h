@@ -12,13 +12,25 @@
 
 namespace orvanta {
 
-/// Seconds, not rounded, by whatever a report asks for. Idle time counts in `byCat` and `byProj`
-/// but is no activity: it is not in `active`, `apps` or `domains`.
-struct Agg {
+/// Seconds, not rounded, by category and project. Idle time counts in both but is no activity: it
+/// is not in `active`.
+struct Totals {
   struct ProjectTotal {
     int64_t key = 0;
     double seconds = 0;
   };
+
+  /// Counts a classified span in. All spans have their texts in one pool. A span without duration
+  /// still makes its entries.
+  void add(const Ev& ev);
+
+  double active = 0;
+  TextTally byCat;
+  Tally<ProjectTotal> byProj;
+};
+
+/// The totals together with the seconds of activity by application and by domain.
+struct Agg : Totals {
   struct AppTotal {
     Text key;
     double seconds = 0;
@@ -31,13 +43,8 @@ struct Agg {
     Text app;  ///< of the first span of the domain
   };
 
-  /// Counts a classified span in. All spans have their texts in one pool. A span without duration
-  /// still makes its entries.
   void add(const Ev& ev);
 
-  double active = 0;
-  TextTally byCat;
-  Tally<ProjectTotal> byProj;
   Tally<AppTotal, TextHash> apps;
   Tally<DomainTotal, TextHash> domains;
 };
@@ -48,7 +55,8 @@ Agg aggregate(const std::vector<Ev>& events);
 /// Category to seconds, and the projects by falling seconds: "id", "name", "color", "duration". A
 /// project that no longer exists is left out.
 boost::json::object byCategoryJson(const TextTally& byCat);
-boost::json::array byProjectJson(const Tally<Agg::ProjectTotal>& byProj, const Projects& projects);
+boost::json::array byProjectJson(const Tally<Totals::ProjectTotal>& byProj,
+                                 const Projects& projects);
 
 /// What the dashboard calls totals: "active", "by_category", "by_project", "apps", "domains", the
 /// lists by falling seconds.

@@ -51,24 +51,32 @@ class LongestSession {
   double longest_ = 0;
 };
 
-// Local dates of instants that come mostly in order: asks the calendar once a day.
-class DayCursor {
+// Seconds by local date, of instants that come mostly in order: asks the calendar once a day.
+class DayTotals {
  public:
-  explicit DayCursor(const Calendar& calendar) : calendar_(calendar) {}
+  struct Total {
+    std::string key;  // date
+    double seconds = 0;
+  };
 
-  const std::string& isoOf(double instant) {
+  explicit DayTotals(const Calendar& calendar) : calendar_(calendar) {}
+
+  void add(double instant, double seconds) {
     if (!(instant >= bounds_.start && instant < bounds_.end)) {
       const auto date = calendar_.dateOf(instant);
       bounds_ = calendar_.dayBounds(date);
-      iso_ = date.iso();
+      day_ = &days_[date.iso()];
     }
-    return iso_;
+    day_->seconds += seconds;
   }
+
+  const Tally<Total>& days() const { return days_; }
 
  private:
   const Calendar& calendar_;
   TimeRange bounds_;
-  std::string iso_;
+  Tally<Total> days_;
+  Total* day_ = nullptr;  // that of bounds_
 };
 
 json::array byName(const Projects& projects) {
@@ -115,21 +123,22 @@ json::object Analytics::week(const std::optional<std::string>& text) const {
   const auto monday = parseDate(text).monday();
   SpanReader reader(db_);
   TextTally byCat;
-  Tally<Agg::ProjectTotal> byProj;
+  Tally<Totals::ProjectTotal> byProj;
   json::array days;
   for (int i = 0; i < kDaysPerWeek; ++i) {
     const auto date = monday.plusDays(i);
-    Agg agg;
+    Totals totals;
     Extent extent;
     reader.each(calendar_.dayBounds(date), [&](const Ev& ev) {
-      agg.add(ev);
+      totals.add(ev);
       extent.add(ev);
     });
-    for (const auto& cat : agg.byCat.entries()) byCat[cat.key].seconds += cat.seconds;
-    for (const auto& project : agg.byProj.entries()) byProj[project.key].seconds += project.seconds;
+    for (const auto& cat : totals.byCat.entries()) byCat[cat.key].seconds += cat.seconds;
+    for (const auto& project : totals.byProj.entries())
+      byProj[project.key].seconds += project.seconds;
     days.push_back({{"date", date.iso()},
-                    {"active", agg.active},
-                    {"by_category", byCategoryJson(agg.byCat)},
+                    {"active", totals.active},
+                    {"by_category", byCategoryJson(totals.byCat)},
                     {"first", jsonOrNull(extent.first)},
                     {"last", jsonOrNull(extent.last)}});
   }
@@ -141,32 +150,27 @@ json::object Analytics::week(const std::optional<std::string>& text) const {
 
 json::object Analytics::recap(const std::optional<std::string>& text) const {
   const auto monday = parseDate(text).monday();
+  SpanReader reader(db_);
   return {{"monday", monday.iso()},
-          {"current", summary(monday)},
-          {"previous", summary(monday.plusDays(-kDaysPerWeek))}};
+          {"current", summary(reader, monday)},
+          {"previous", summary(reader, monday.plusDays(-kDaysPerWeek))}};
 }
 
-json::object Analytics::summary(const Date& monday) const {
-  struct DayTotal {
-    std::string key;  // date
-    double seconds = 0;
-  };
-  SpanReader reader(db_);
+json::object Analytics::summary(SpanReader& reader, const Date& monday) const {
   Agg agg;
-  Tally<DayTotal> days;
   LongestSession session;
   // A span belongs wholly to the day on which it starts.
-  DayCursor day(calendar_);
+  DayTotals byDay(calendar_);
   const TimeRange range{calendar_.startOf(monday),
                         calendar_.startOf(monday.plusDays(kDaysPerWeek))};
   reader.each(range, [&](const Ev& ev) {
     agg.add(ev);
     session.add(ev);
-    if (!ev.idle) days[day.isoOf(ev.start)].seconds += ev.duration();
+    if (!ev.idle) byDay.add(ev.start, ev.duration());
   });
   auto result = aggJson(agg, reader.projects());
-  const auto active = days.entries().size();
-  const auto best = days.bySeconds(1);
+  const auto active = byDay.days().entries().size();
+  const auto best = byDay.days().bySeconds(1);
   result["days_active"] = active;
   result["avg_per_day"] = active > 0 ? json::value(agg.active / static_cast<double>(active)) : 0;
   result["longest_session"] = session.seconds();

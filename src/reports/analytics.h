@@ -14,6 +14,8 @@
 
 namespace orvanta {
 
+class SpanReader;
+
 /// Builds each report from the store at the moment it is asked for. Reports never fail: missing
 /// data gives empty lists and zero totals. Holds no state; may be called from any thread.
 class Analytics {
@@ -45,7 +47,7 @@ class Analytics {
 
  private:
   Date parseDate(const std::optional<std::string>& text) const;
-  boost::json::object summary(const Date& monday) const;
+  boost::json::object summary(SpanReader& reader, const Date& monday) const;
 
   Database& db_;
   Clock clock_;

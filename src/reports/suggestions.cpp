@@ -35,10 +35,15 @@ std::set<std::string> tokens(std::string_view text) {
   return found;
 }
 
-SuggestionFinder::SuggestionFinder(const std::vector<Rule>& rules, const Projects& projects)
-    : projects_(projects) {
+SuggestionFinder::SuggestionFinder(const std::vector<Rule>& rules, const Projects& projects) {
   for (const auto& rule : rules) {
     if (rule.projectId) known_.insert(keyOf(rule.field, rule.pattern));
+  }
+  for (const auto& [id, project] : projects) {
+    if (project.archived) continue;
+    auto marks = tokens(project.name);
+    marks.insert(project.keywords.begin(), project.keywords.end());
+    candidates_.push_back({&project, std::move(marks)});
   }
 }
 
@@ -85,17 +90,14 @@ json::array SuggestionFinder::suggestions() const {
 const Project* SuggestionFinder::resembling(const std::string& value) const {
   const auto valueTokens = tokens(value);
   const auto lowered = lowerCase(value);
-  for (const auto& [id, project] : projects_) {
-    if (project.archived) continue;
-    auto marks = tokens(project.name);
-    marks.insert(project.keywords.begin(), project.keywords.end());
-    if (std::any_of(marks.begin(), marks.end(), [&](const std::string& mark) {
-          return valueTokens.contains(mark) || lowered.find(mark) != std::string::npos;
-        })) {
-      return &project;
-    }
-  }
-  return nullptr;
+  const auto found =
+      std::find_if(candidates_.begin(), candidates_.end(), [&](const Candidate& candidate) {
+        return std::any_of(
+            candidate.marks.begin(), candidate.marks.end(), [&](const std::string& mark) {
+              return valueTokens.contains(mark) || lowered.find(mark) != std::string::npos;
+            });
+      });
+  return found != candidates_.end() ? found->project : nullptr;
 }
 
 }  // namespace orvanta

@@ -42,9 +42,15 @@ class SuggestionFinder {
     std::string value;  // as first seen
   };
 
+  // A project and what in a value would point to it.
+  struct Candidate {
+    const Project* project;
+    std::set<std::string> marks;
+  };
+
   const Project* resembling(const std::string& value) const;
 
-  const Projects& projects_;
+  std::vector<Candidate> candidates_;
   std::set<std::string> known_;  // keys that rules send to a project
   TextTally domains_;
   TextTally apps_;

@@ -26,9 +26,15 @@ class Tally {
 
   /// The entry of `key`, made when missing. Valid until the next one is made.
   Entry& operator[](const Key& key) {
+    if (index_.empty()) {
+      for (auto& entry : entries_) {
+        if (entry.key == key) return entry;
+      }
+      if (entries_.size() < kFew) return add(key);
+      for (std::size_t i = 0; i < entries_.size(); ++i) index_.try_emplace(entries_[i].key, i);
+    }
     const auto [at, isNew] = index_.try_emplace(key, entries_.size());
-    if (isNew) entries_.emplace_back().key = key;
-    return entries_[at->second];
+    return isNew ? add(key) : entries_[at->second];
   }
 
   const std::vector<Entry>& entries() const { return entries_; }
@@ -46,8 +52,17 @@ class Tally {
   }
 
  private:
+  // Most tallies are of a handful of categories: looking through them is quicker than hashing.
+  static constexpr std::size_t kFew = 8;
+
+  Entry& add(const Key& key) {
+    auto& entry = entries_.emplace_back();
+    entry.key = key;
+    return entry;
+  }
+
   std::vector<Entry> entries_;
-  boost::unordered_flat_map<Key, std::size_t, Hash> index_;
+  boost::unordered_flat_map<Key, std::size_t, Hash> index_;  // empty while there are few
 };
 
 /// Seconds under one text.

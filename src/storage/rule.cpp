@@ -2,15 +2,16 @@
 
 namespace orvanta {
 
-Rule Rule::fromRow(const Row& row) {
-  return {
-      .id = row.int_("id").value_or(0),
-      .field = row.str("field").value_or(""),
-      .pattern = row.str("pattern").value_or(""),
-      .category = row.str("category"),
-      .projectId = row.int_("project_id"),
-      .priority = row.int_("priority").value_or(0),
-  };
+Rule Rule::read(const Cursor& row) {
+  enum { kId, kField, kPattern, kCategory, kProjectId, kPriority };
+  Rule rule;
+  rule.id = row.int_(kId).value_or(0);
+  rule.field = row.str(kField).value_or("");
+  rule.pattern = row.str(kPattern).value_or("");
+  rule.category = row.str(kCategory);
+  rule.projectId = row.int_(kProjectId);
+  rule.priority = row.int_(kPriority).value_or(0);
+  return rule;
 }
 
 }  // namespace orvanta

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "storage/value.h"
+#include "storage/statement.h"
 
 namespace orvanta {
 
@@ -18,7 +18,9 @@ struct Rule {
   std::optional<int64_t> projectId;
   int64_t priority = 0;  ///< the larger wins
 
-  static Rule fromRow(const Row& row);
+  /// The columns that read() expects, in its order.
+  static constexpr auto kColumns = "id, field, pattern, category, project_id, priority";
+  static Rule read(const Cursor& row);
 };
 
 }  // namespace orvanta

@@ -23,6 +23,7 @@ class Cursor {
   /// Number of the last column with this name, -1 when there is none. Ask once, not for each row.
   int column(std::string_view name) const;
 
+  /// Nothing, or 0, for the column -1.
   std::optional<std::string_view> str(int column) const;
   std::optional<int64_t> int_(int column) const;
   double dbl(int column) const;
@@ -61,6 +62,7 @@ class Statement {
 // connection's mutex. Such a value may be read only while nobody else uses the connection, which
 // the Database sees to.
 inline std::optional<std::string_view> Cursor::str(int column) const {
+  if (column < 0) return {};
   auto* value = sqlite3_column_value(statement_, column);
   if (sqlite3_value_type(value) != SQLITE_TEXT) return {};
   const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));

@@ -2,6 +2,7 @@
 
 #include <boost/json/serialize.hpp>
 
+#include "classify/rule_set.h"
 #include "storage/ev.h"
 #include "storage/project.h"
 #include "storage/rule.h"
@@ -78,10 +79,14 @@ TEST(Project, FillsInDefaultsAndParsesKeywords) {
 
 TEST(Rule, ReadsRowsWithNeutralValuesForWhatIsMissing) {
   test::TempStore store;
-  const auto rule = Rule::fromRow(
-      store.db.query("SELECT 'app' AS field, 5 AS pattern, NULL AS category, 2.0 AS project_id")
-          .front());
-  EXPECT_EQ(rule.id, 0);
+  store.db.run("DELETE FROM rules");
+  store.db.run(
+      "INSERT INTO rules(id, field, pattern, project_id, priority) VALUES "
+      "(7,'app',x'61',2.5,NULL)");
+  const auto rules = loadRules(store.db);
+  ASSERT_EQ(rules.size(), 1U);
+  const auto& rule = rules.front();
+  EXPECT_EQ(rule.id, 7);
   EXPECT_EQ(rule.field, "app");
   EXPECT_EQ(rule.pattern, "");
   EXPECT_FALSE(rule.category);
