@@ -1,12 +1,16 @@
 #include "classify/defaults.h"
 
 #include <array>
+#include <boost/json/array.hpp>
+#include <boost/json/serialize.hpp>
 #include <unordered_set>
 
 #include "base/text.h"
 
 namespace orvanta {
 namespace {
+
+namespace json = boost::json;
 
 // A domain is looked for inside the visited host, so an entry also catches its sub-domains, and
 // should be long enough not to catch strangers ("x.com" would be dropbox.com). Of two that match,
@@ -374,16 +378,20 @@ int seedDefaults(Database& db, const Clock& clock, bool force) {
   for (const auto& row : db.query("SELECT field, pattern FROM rules")) {
     present.insert(keyOf(row.str("field").value_or(""), row.str("pattern").value_or("")));
   }
-  const double now = clock();
-  int inserted = 0;
+  json::array missing;
   for (const auto& rule : defaultRules()) {
     if (present.contains(keyOf(rule.field, rule.pattern))) continue;
-    db.run("INSERT INTO rules(field, pattern, category, priority, created) VALUES (?,?,?,?,?)",
-           {rule.field, rule.pattern, rule.category, kDefaultPriority, now});
-    ++inserted;
+    missing.push_back(json::array{rule.field, rule.pattern, rule.category});
+  }
+  // One statement for all of them: they are added together or, when that fails, at the next start.
+  if (!missing.empty() &&
+      db.run("INSERT INTO rules(field, pattern, category, priority, created) "
+             "SELECT value->>0, value->>1, value->>2, ?2, ?3 FROM json_each(?1)",
+             {json::serialize(missing), kDefaultPriority, clock()}) < 0) {
+    return 0;
   }
   db.setSetting("rules_seeded", "1");
-  return inserted;
+  return static_cast<int>(missing.size());
 }
 
 }  // namespace orvanta

@@ -12,9 +12,9 @@ inline boost::json::value jsonOrNull(Text text) {
   return text ? boost::json::value(text.view()) : boost::json::value(nullptr);
 }
 
-template <class Number>
-boost::json::value jsonOrNull(const std::optional<Number>& number) {
-  return number ? boost::json::value(*number) : boost::json::value(nullptr);
+template <class T>
+boost::json::value jsonOrNull(const std::optional<T>& value) {
+  return value ? boost::json::value(*value) : boost::json::value(nullptr);
 }
 
 }  // namespace orvanta

@@ -1,0 +1,38 @@
+// Rules learnt from what the user assigns by hand.
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/calendar.h"
+#include "base/clock.h"
+#include "storage/database.h"
+
+namespace orvanta {
+
+/// A rule that was learnt.
+struct LearnedRule {
+  std::string field;  ///< "domain" or "app"
+  std::string pattern;
+  std::optional<std::string> category;
+  std::optional<std::string> project;  ///< its name; absent without one, and for a missing project
+
+  /// What the dashboard receives: "field", "pattern", "category", "project".
+  boost::json::object json() const;
+};
+
+/// Turns a repeated habit into rules: call it after `category` and `projectId` were stored on the
+/// spans `ids`. For each of their domains (their applications where there is no domain) that has no
+/// rule of the user and carries exactly this assignment on spans of at least two local days, adds a
+/// rule and yields it. Learns nothing when both are absent, and nothing for a category with a
+/// single quote in it: no category of ours has one. What cannot be read teaches nothing.
+std::vector<LearnedRule> afterManualAssign(Database& db, const Clock& clock,
+                                           const Calendar& calendar,
+                                           const std::vector<int64_t>& ids,
+                                           const std::optional<std::string>& category,
+                                           std::optional<int64_t> projectId);
+
+}  // namespace orvanta
