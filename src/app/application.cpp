@@ -31,7 +31,7 @@ void Application::on_startup() {
   const auto where = DataLocation::ofUser();
   prepare(where, systemLog);
   if (auto lock = DataLock::take(where)) {
-    services_ = std::make_unique<Services>(std::move(*lock));
+    services_ = std::make_unique<Services>(std::move(*lock), [this] { quit(); });
     hold();
   }
 }
@@ -54,8 +54,8 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
   }
   if (!words.empty() && words.front() == "--call") {
     answer(commandLine, {words.begin() + 1, words.end()});
-  } else if (commandLine->is_remote()) {
-    commandLine->print("Orvanta est déjà en marche.\n");
+  } else if (commandLine->is_remote() || (!words.empty() && words.front() == "--show")) {
+    services_->dashboard.show();
   }
   return 0;
 }
@@ -64,7 +64,7 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
 void Application::answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
                          std::vector<std::string> words) {
   // The router outlives the queue; services_ does not name it any more while the queue ends.
-  services_->bridge.post([&router = services_->router, commandLine, words = std::move(words)] {
+  services_->dashboard.post([&router = services_->router, commandLine, words = std::move(words)] {
     auto result = callRoute(router, words);
     Glib::MainContext::get_default()->invoke([commandLine, result = std::move(result)] {
       commandLine->set_exit_status(result.status);

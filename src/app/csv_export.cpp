@@ -1,30 +1,21 @@
 #include "app/csv_export.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <cstdio>
-#include <memory>
-#include <optional>
 
 #include "base/calendar.h"
+#include "reports/csv_file.h"
 
 namespace orvanta {
 namespace {
 
-struct Close {
-  void operator()(std::FILE* file) const {
-    if (file && file != stdout) std::fclose(file);  // NOLINT(cppcoreguidelines-owning-memory)
-  }
-};
-using File = std::unique_ptr<std::FILE, Close>;
-
-File openFile(const std::vector<std::string>& words) {
-  if (words.size() < 3) return File(stdout);
-  const int file =
-      open(words[2].c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  return File(file >= 0 ? fdopen(file, "w") : nullptr);
+bool print(const Analytics& analytics, const std::string& from, const std::string& to) {
+  bool written = true;
+  analytics.exportCsv(from, to, [&](std::string_view text) {
+    written = written && std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  });
+  return std::fflush(stdout) == 0 && written;
 }
 
 }  // namespace
@@ -39,17 +30,13 @@ int exportCsvFile(const Analytics& analytics, const std::vector<std::string>& wo
     fmt::print(stderr, "Orvanta : « {} » n'est pas une date de la forme AAAA-MM-JJ\n", word);
     return 2;
   }
-  const auto file = openFile(words);
-  bool written = file != nullptr;
-  if (written) {
-    analytics.exportCsv(words[0], words[1], [&](std::string_view text) {
-      written = written && std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
-    });
-    written = written && std::fflush(file.get()) == 0;
+  const bool toFile = words.size() > 2;
+  if (toFile ? writeCsv(analytics, words[0], words[1], words[2])
+             : print(analytics, words[0], words[1])) {
+    return 0;
   }
-  if (written) return 0;
   fmt::print(stderr, "Orvanta : impossible d'écrire {}\n",
-             words.size() > 2 ? words[2] : "la sortie standard");
+             toFile ? words[2] : "la sortie standard");
   return 1;
 }
 

@@ -18,6 +18,7 @@ using namespace orvanta;
 
 constexpr auto kUsage =
     "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt\n"
+    "        orvanta --show                ouvre aussi le tableau de bord\n"
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
@@ -53,8 +54,18 @@ int call(int argc, char** argv, const std::vector<std::string>& words) {
         ->run(argc, argv);
   }
   Database db(DataLocation::ofUser());
+  auto desktop = blindDesktop();
+  const Collectors collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition);
+  Tracker tracker(db, collectors);
   const Analytics analytics(db, wallClock);
-  const auto result = callRoute(Router(analytics), words);
+  Telemetry telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl());
+  Router router({.db = db,
+                 .tracker = tracker,
+                 .analytics = analytics,
+                 .telemetry = telemetry,
+                 .loginItem = LoginItem::ofUser(),
+                 .platform = {}});
+  const auto result = callRoute(router, words);
   printAsIs(result.output.c_str());
   return result.status;
 }
@@ -72,7 +83,7 @@ int main(int argc, char** argv) {
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (words.empty()) return Application().run(argc, argv);
+  if (words.empty() || words.front() == "--show") return Application().run(argc, argv);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--version") {

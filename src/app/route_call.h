@@ -15,6 +15,6 @@ struct CallResult {
 };
 
 /// Answers the call; `words` are the route and, where given, its arguments as a JSON object.
-CallResult callRoute(const Router& router, const std::vector<std::string>& words);
+CallResult callRoute(Router& router, const std::vector<std::string>& words);
 
 }  // namespace orvanta

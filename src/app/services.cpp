@@ -3,11 +3,13 @@
 #include <glibmm/datetime.h>
 #include <glibmm/main.h>
 
+#include "app/program_files.h"
 #include "classify/defaults.h"
+#include "platform/desktop_actions.h"
 
 namespace orvanta {
 
-Services::Services(DataLock held)
+Services::Services(DataLock held, std::function<void()> quit)
     : lock(std::move(held)),
       db(DataLocation::ofUser()),
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
@@ -16,7 +18,14 @@ Services::Services(DataLock held)
       collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition),
       tracker(db, collectors),
       analytics(db, wallClock),
-      router(analytics),
+      telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl()),
+      router({.db = db,
+              .tracker = tracker,
+              .analytics = analytics,
+              .telemetry = telemetry,
+              .loginItem = LoginItem::ofUser(),
+              .platform = platformActions(std::move(quit))}),
+      dashboard(besideProgram("orvanta-dashboard"), router, systemLog),
       logind(systemBus, {.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
                          .willSleep =
                              [this] {
@@ -27,8 +36,8 @@ Services::Services(DataLock held)
                                  });
                                });
                              },
-                         .didWake = [this] { tracker.didWake(); }}),
-      bridge("orvanta.bridge") {
+                         .didWake = [this] { tracker.didWake(); }}) {
+  db.setErrorReport([this](const std::string& message) { telemetry.reportError(message); });
   seedDefaults(db, wallClock);
   tracker.applyRetention();
   tracker.start();
@@ -39,9 +48,29 @@ Services::Services(DataLock held)
       [this] {
         if (Glib::DateTime::create_now_local().get_hour() == kRetentionHour)
           tracker.applyRetention();
+        telemetry.daily();
         return true;
       },
       kHour);
+  telemetry.daily();
+}
+
+Services::~Services() {
+  db.setErrorReport({});  // telemetry ends before the last statement
+}
+
+PlatformActions Services::platformActions(std::function<void()> quit) {
+  PlatformActions actions;
+  actions.accessibilityGranted = [this] { return collectors.accessibilityGranted(); };
+  actions.openUrl = [this](const std::string& url) {
+    mainThread.post([url] { openUrl(url, systemLog); });
+  };
+  actions.revealData = [this] {
+    mainThread.post([this] { revealFile(sessionBus, db.location().file(), systemLog); });
+  };
+  actions.saveAs = [this](const std::string& name) { return dashboard.saveAs(name); };
+  actions.quit = [this, quit = std::move(quit)] { mainThread.post(quit); };
+  return actions;
 }
 
 }  // namespace orvanta

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "app/application.h"
-#include "base/serial_queue.h"
+#include "base/main_thread.h"
+#include "bridge/dashboard_window.h"
 #include "bridge/router.h"
 #include "capture/collectors.h"
 #include "capture/tracker.h"
@@ -11,13 +12,17 @@
 #include "reports/analytics.h"
 #include "storage/data_lock.h"
 #include "storage/database.h"
+#include "telemetry/telemetry.h"
 
 namespace orvanta {
 
 /// Made on the main thread at start. What stands below uses what stands above, so destruction runs
 /// in a safe order.
 struct Services {
-  explicit Services(DataLock lock);
+  /// `quit` ends the program.
+  Services(DataLock lock, std::function<void()> quit);
+
+  ~Services();
 
   /// Closes the open span; the rest ends with the object.
   void shutdown() { tracker.shutdown(); }
@@ -30,9 +35,14 @@ struct Services {
   Collectors collectors;
   Tracker tracker;
   Analytics analytics;
+  Telemetry telemetry;
+  MainThread mainThread;
   Router router;
+  DashboardWindow dashboard;
   dbus::Logind logind;
-  SerialQueue bridge;  ///< where requests are answered, off the main thread
+
+ private:
+  PlatformActions platformActions(std::function<void()> quit);
 };
 
 }  // namespace orvanta

@@ -104,6 +104,20 @@ std::size_t userCharacters(std::string_view utf8) {
   return count;
 }
 
+std::string firstCharacters(std::string_view utf8, std::size_t most) {
+  if (utf8.size() <= most) return std::string(utf8);  // no character is shorter than a byte
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::BreakIterator> characters(
+      icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+  if (U_FAILURE(status)) return {};
+  const auto text = fromUtf8(utf8);
+  characters->setText(text);
+  const auto end = characters->next(static_cast<int32_t>(most));
+  std::string first;
+  (end == icu::BreakIterator::DONE ? text : text.tempSubString(0, end)).toUTF8String(first);
+  return first;
+}
+
 std::string_view trimBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t";
   const auto first = text.find_first_not_of(kBlanks);

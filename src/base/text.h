@@ -24,6 +24,9 @@ std::vector<std::string> words(std::string_view utf8);
 /// is encoded.
 std::size_t userCharacters(std::string_view utf8);
 
+/// The first `most` such characters of `utf8`, or all of it.
+std::string firstCharacters(std::string_view utf8, std::size_t most);
+
 /// `text` without the spaces and tabs at both ends. Line feeds stay.
 std::string_view trimBlanks(std::string_view text);
 

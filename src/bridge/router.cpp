@@ -1,33 +1,171 @@
 #include "bridge/router.h"
 
-#include <boost/json/serialize.hpp>
-#include <optional>
+#include <boost/json/array.hpp>
+#include <boost/json/parse.hpp>
 #include <string>
+#include <utility>
 
 #include "bridge/app_error.h"
+#include "storage/json.h"
 
 namespace orvanta {
 namespace {
 
 namespace json = boost::json;
 
-// Text of an argument; absent when missing, null or empty. What is no text counts as its writing.
-std::optional<std::string> s(const json::object& body, std::string_view key) {
-  const auto* value = body.if_contains(key);
-  if (!value || value->is_null()) return {};
-  if (!value->is_string()) return json::serialize(*value);
-  if (value->get_string().empty()) return {};
-  return std::string(value->get_string());
+json::value toJson(const Value& value) {
+  if (const auto* number = value.integer()) return *number;
+  if (const auto* number = value.real()) return *number;
+  if (const auto* text = value.text()) return json::value(*text);
+  return nullptr;
+}
+
+// Rows as the store has them, column by column.
+json::array rows(Database& db, std::string_view sql) {
+  json::array list;
+  for (const auto& row : db.query(sql)) {
+    json::object object;
+    for (std::size_t i = 0; i < row.columns().size(); ++i) {
+      object[row.columns()[i]] = toJson(row.values()[i]);
+    }
+    list.push_back(std::move(object));
+  }
+  return list;
 }
 
 }  // namespace
 
-json::value Router::handle(std::string_view route, const json::object& body) const {
-  if (route == "day") return analytics_.day(s(body, "date"));
-  if (route == "week") return analytics_.week(s(body, "date"));
-  if (route == "recap") return analytics_.recap(s(body, "date"));
-  if (route == "suggestions") return analytics_.suggestions();
-  throw AppError("route inconnue : " + std::string(route));
+struct Router::Route {
+  std::string_view name;
+  Json (Router::*answer)(const Body&);
+};
+
+const Router::Route Router::kRoutes[31] = {
+    {"status", &Router::status},
+    {"day", &Router::day},
+    {"week", &Router::week},
+    {"recap", &Router::recap},
+    {"suggestions", &Router::suggestions},
+    {"projects.list", &Router::projectsList},
+    {"projects.save", &Router::projectsSave},
+    {"projects.delete", &Router::projectsDelete},
+    {"rules.list", &Router::rulesList},
+    {"rules.save", &Router::rulesSave},
+    {"rules.delete", &Router::rulesDelete},
+    {"rules.defaults", &Router::rulesDefaults},
+    {"events.assign", &Router::eventsAssign},
+    {"events.assignRange", &Router::eventsAssignRange},
+    {"settings.get", &Router::settingsGet},
+    {"settings.set", &Router::settingsSet},
+    {"tracker.pause", &Router::trackerPause},
+    {"tracker.resume", &Router::trackerResume},
+    {"tracker.project", &Router::trackerProject},
+    {"permissions.status", &Router::permissionsStatus},
+    {"permissions.requestAccessibility", &Router::requestAccessibility},
+    {"permissions.testBrowser", &Router::testBrowser},
+    {"permissions.openAutomation", &Router::openAutomation},
+    {"launchAtLogin", &Router::launchAtLogin},
+    {"telemetry.set", &Router::telemetrySet},
+    {"update.check", &Router::updateCheck},
+    {"onboarding.done", &Router::onboardingDone},
+    {"export", &Router::exportCsv},
+    {"openURL", &Router::openUrl},
+    {"revealData", &Router::revealData},
+    {"quit", &Router::quit},
+};
+
+Router::Router(Parts parts, Clock clock, Calendar calendar)
+    : parts_(std::move(parts)), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
+
+json::value Router::handle(std::string_view name, const json::object& body) {
+  for (const auto& route : kRoutes) {
+    if (route.name == name) return (this->*route.answer)(Body(body));
+  }
+  throw AppError("route inconnue : " + std::string(name));
+}
+
+json::value Router::status(const Body& /*body*/) {
+  auto& [db, tracker, analytics, telemetry, loginItem, platform] = parts_;
+  json::value current(nullptr);
+  if (const auto now = tracker.current()) {
+    current = {{"app", now->sample.app},
+               {"domain", jsonOrNull(now->sample.domain)},
+               {"title", jsonOrNull(now->sample.title)},
+               {"idle", now->sample.idle},
+               {"duration", now->elapsed}};
+  }
+  const auto project = tracker.currentProjectId();
+  json::value projectName(nullptr);
+  if (project) {
+    db.each("SELECT name FROM projects WHERE id=?", {*project}, [&](const Cursor& row) {
+      if (const auto name = row.str(0)) projectName = json::value(*name);
+    });
+  }
+  json::value update(nullptr);
+  if (const auto newer = telemetry.updateAvailable()) {
+    update = {{"version", newer->version}, {"url", newer->url}};
+  }
+  return {{"paused", tracker.paused()},
+          {"current", std::move(current)},
+          {"now", clock_()},
+          {"accessibility", platform.accessibilityGranted()},
+          {"current_project", jsonOrNull(project)},
+          {"current_project_name", std::move(projectName)},
+          {"current_project_since", jsonOrNull(tracker.currentProjectSince())},
+          {"db", db.location().file().string()},
+          {"onboarded", db.setting("onboarded") == "1"},
+          {"telemetry", telemetry.enabled()},
+          {"install_id", db.setting("install_id")},
+          {"version", telemetry.appVersion()},
+          {"update", std::move(update)}};
+}
+
+json::value Router::day(const Body& body) {
+  return parts_.analytics.day(body.s("date"));
+}
+
+json::value Router::week(const Body& body) {
+  return parts_.analytics.week(body.s("date"));
+}
+
+json::value Router::recap(const Body& body) {
+  return parts_.analytics.recap(body.s("date"));
+}
+
+json::value Router::suggestions(const Body& /*body*/) {
+  return parts_.analytics.suggestions();
+}
+
+json::value Router::projectsList(const Body& /*body*/) {
+  return rows(parts_.db, "SELECT * FROM projects ORDER BY archived, name");
+}
+
+json::value Router::rulesList(const Body& /*body*/) {
+  return rows(parts_.db, "SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id");
+}
+
+json::value Router::settingsGet(const Body& /*body*/) {
+  json::object settings;
+  for (const auto& [key, value] : parts_.db.allSettings()) settings[key] = value;
+  return settings;
+}
+
+json::value Router::permissionsStatus(const Body& /*body*/) {
+  json::array running;
+  for (const auto& browser : parts_.platform.runningBrowsers()) {
+    running.push_back({{"bundle", browser.bundle}, {"name", browser.name}});
+  }
+  return {{"accessibility", parts_.platform.accessibilityGranted()},
+          {"browsers_running", std::move(running)},
+          {"browsers", browserPermissions()},
+          {"launch_at_login", parts_.loginItem.enabled()},
+          {"probes", parts_.platform.probes()}};
+}
+
+json::object Router::browserPermissions() const {
+  boost::system::error_code broken;
+  auto stored = json::parse(parts_.db.setting("browser_perms"), broken);
+  return !broken && stored.is_object() ? std::move(stored.get_object()) : json::object();
 }
 
 }  // namespace orvanta

@@ -163,28 +163,50 @@ void Engine::finish() {
   closeSpan(closingTime());
 }
 
+void Engine::split(const TimeRange& range) {
+  const double now = closingTime();
+  if (!open_ || open_->start >= range.end || now <= range.start) return;
+  const auto sample = open_->sample;
+  closeSpan(now);
+  openSpan(sample, now);
+}
+
 void Engine::openSpan(const Sample& sample, double at) {
-  const auto project = sample.idle ? std::nullopt : live_.currentProjectId();
   OpenSpan span{.key = sample.key(), .sample = sample, .start = at, .lastFlush = at};
   span.bestTitle = span.storedTitle = sample.title;
   span.storedUrl = sample.url;
   if (sample.title) span.titleTime[*sample.title] = 0;
-  span.id = db_.run(
+  if (!sample.idle) span.project = live_.currentProjectId();
+  open_ = std::move(span);
+  insertSpan(at);
+}
+
+void Engine::insertSpan(double end) {
+  const auto& sample = open_->sample;
+  open_->id = db_.run(
       "INSERT INTO events(start,end,app,bundle,title,url,domain,idle,project_id) "
       "VALUES (?,?,?,?,?,?,?,?,?)",
-      {at, at, sample.app, sample.bundle, sample.title, sample.url, sample.domain, sample.idle,
-       project});
-  open_ = std::move(span);
+      {open_->start, end, sample.app, sample.bundle, open_->storedTitle, open_->storedUrl,
+       sample.domain, sample.idle, open_->project});
   publish();
 }
 
 void Engine::closeSpan(double at) {
   if (!open_) return;
-  writeTitle();
-  db_.run("UPDATE events SET end=max(start, ?) WHERE id=?", {at, open_->id});
+  storeEnd(std::max(open_->start, at));
   lastEnd_ = std::max(open_->start, at);
   open_.reset();
   publish();
+}
+
+// A span that could not be stored when it began (the disk was full) is stored as soon as it can be.
+void Engine::storeEnd(double end) {
+  writeTitle();
+  if (open_->id < 1) {
+    insertSpan(end);
+  } else {
+    db_.run("UPDATE events SET end=max(start, ?) WHERE id=?", {end, open_->id});
+  }
 }
 
 void Engine::heartbeat(double now) {
@@ -200,8 +222,7 @@ void Engine::heartbeat(double now) {
 
 void Engine::flush(double now) {
   if (now - open_->lastFlush < kFlushEvery) return;
-  db_.run("UPDATE events SET end=? WHERE id=?", {now, open_->id});
-  writeTitle();
+  storeEnd(now);
   open_->lastFlush = now;
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "base/calendar.h"
 #include "base/clock.h"
 #include "capture/collectors.h"
 #include "capture/live_state.h"
@@ -40,11 +41,15 @@ class Engine {
   /// Closes the open span. The next tick opens a new one.
   void finish();
 
+  /// Ends the open span, if it overlaps `range`, and goes on with the same activity in a new one.
+  void split(const TimeRange& range);
+
  private:
   struct OpenSpan {
-    int64_t id = 0;
+    int64_t id = -1;  // -1 until it could be stored
     std::string key;
     Sample sample;  // the latest sample that belongs to the span
+    std::optional<int64_t> project;
     double start = 0;
     double lastFlush = 0;
     std::map<std::string, double> titleTime;  // seconds seen per title
@@ -72,6 +77,8 @@ class Engine {
   void debounce(Sample sample, double now);
 
   void openSpan(const Sample& sample, double at);
+  void insertSpan(double end);
+  void storeEnd(double end);
   void closeSpan(double at);
   void heartbeat(double now);
   void flush(double now);

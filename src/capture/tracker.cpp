@@ -50,6 +50,10 @@ void Tracker::didWake() {
   queue_.post([this] { engine_.didWake(); });
 }
 
+void Tracker::splitOpenSpan(const TimeRange& range) {
+  queue_.sync([this, &range] { engine_.split(range); });
+}
+
 void Tracker::shutdown() {
   queue_.sync([this] { engine_.finish(); });
 }

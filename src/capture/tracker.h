@@ -37,6 +37,10 @@ class Tracker {
   void willSleep(std::function<void()> done);
   void didWake();
 
+  /// Sees to it that the span that is being recorded does not overlap `range` any more, so that
+  /// spans in it may be changed; returns when that is stored.
+  void splitOpenSpan(const TimeRange& range);
+
   /// Closes the open span; returns when it is stored. For the end of the program.
   void shutdown();
 

@@ -27,6 +27,11 @@ std::string_view environment(const char* name) {
   return value ? value : "";
 }
 
+class NoInhibition : public InhibitionProbe {
+ public:
+  bool displayKeptAwake() override { return false; }
+};
+
 // XWayland sets DISPLAY in Wayland sessions, where it does not know what is in front.
 bool isX11Session() {
   return !environment("DISPLAY").empty() && environment("WAYLAND_DISPLAY").empty() &&
@@ -34,6 +39,11 @@ bool isX11Session() {
 }
 
 }  // namespace
+
+Desktop blindDesktop() {
+  return {std::make_unique<NoForeground>(), std::make_unique<NoIdle>(),
+          std::make_unique<NoInhibition>()};
+}
 
 Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type) {
   try {

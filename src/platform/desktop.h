@@ -17,6 +17,9 @@ struct Desktop {
   std::unique_ptr<InhibitionProbe> inhibition;
 };
 
+/// Probes that see nothing, for when nothing is recorded.
+Desktop blindDesktop();
+
 /// A message bus of the machine or of the session; null when there is none. Losing it does not end
 /// the program.
 Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type);

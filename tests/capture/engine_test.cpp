@@ -280,12 +280,30 @@ TEST_F(EngineTest, SettingsThatAreNoNumbersFallBack) {
   EXPECT_EQ(spans().size(), 2U);
 }
 
-TEST_F(EngineTest, AStoreThatRefusesDoesNotStopTheTicks) {
-  store.db.exec("DROP TABLE events");
-  desktop.show("A");
+TEST_F(EngineTest, ASpanThatCouldNotBeStoredIsStoredLater) {
+  store.db.exec("ALTER TABLE events RENAME TO away");
+  desktop.show("A", "titre");
   run(20);
   EXPECT_EQ(live.activity()->id, -1);
+  store.db.exec("ALTER TABLE away RENAME TO events");
+  run(20);
+  EXPECT_EQ(live.activity()->id, 1);
+  EXPECT_EQ(lastSpan().str("title"), "titre");
+  store.db.exec("DROP TABLE events");
   engine.finish();
+}
+
+TEST_F(EngineTest, ASpanIsSplitWhereARangeOverlapsIt) {
+  desktop.show("A");
+  run(30);
+  engine.split({begin - 10, begin + 2});
+  engine.split({begin + 30, begin + 40});
+  EXPECT_EQ(spans().size(), 1U);
+  engine.split({begin, begin + 10});
+  store.db.run("UPDATE events SET end=? WHERE id=1", {begin + 10});  // what the range then does
+  run(20);
+  engine.finish();
+  EXPECT_EQ(spans(), (Spans{"A 2-10", "A 30-50"}));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
-#include "app/route_call.h"
 #include "classify/rule_set.h"
 #include "reports/agg.h"
 #include "reports/analytics.h"
@@ -198,28 +197,6 @@ TEST_F(AnalyticsTest, WeekSplitsAtMidnightAndRecapBooksOnTheStartDay) {
   EXPECT_EQ(json::serialize(empty.at("avg_per_day")), "0");
   EXPECT_EQ(empty.at("days_active"), 0);
   EXPECT_TRUE(empty.at("best_day").is_null());
-}
-
-TEST_F(AnalyticsTest, ReportsAreAskedByName) {
-  const Router router(analytics);
-  const auto call = [&](std::vector<std::string> words) {
-    const auto result = callRoute(router, words);
-    return std::pair(result.status, json::parse(result.output));
-  };
-  EXPECT_EQ(call({"day"}).second.at("date"), "2023-11-14");
-  EXPECT_EQ(call({"day", R"({"date": "2023-11-15"})"}).second.at("date"), "2023-11-15");
-  EXPECT_EQ(call({"day", R"({"date": ""})"}).first, 0);
-  EXPECT_EQ(call({"week"}).second.at("monday"), "2023-11-13");
-  EXPECT_EQ(call({"recap"}).second.at("monday"), "2023-11-13");
-  EXPECT_EQ(call({"day", R"({"date": 20231115})"}).second.at("date"), "2023-11-14");
-  EXPECT_EQ(call({"Day"}), std::pair(1, json::value({{"error", "route inconnue : Day"}})));
-  const auto broken = json::value({{"error", "arguments illisibles : ce n'est pas du JSON"}});
-  for (const auto* text : {"", "{", "{\"date\": \"\xff\"}", "{} {}"}) {
-    EXPECT_EQ(call({"day", text}), std::pair(1, broken)) << text;
-  }
-  EXPECT_EQ(call({"day", std::string(100000, '[')}).first, 1);
-  EXPECT_EQ(call({"day", "[]"}).first, 1);
-  EXPECT_EQ(call({}).first, 1);
 }
 
 }  // namespace

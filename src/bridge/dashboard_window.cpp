@@ -1,0 +1,166 @@
+#include "bridge/dashboard_window.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <gio/gio.h>
+#include <glibmm/main.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <utility>
+
+#include "bridge/request.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+constexpr unsigned kStartPatience = 20000;  // ms; a cold start on a slow disk
+constexpr unsigned kPatience = 3000;        // ms
+
+struct Unref {
+  void operator()(gpointer object) const { g_object_unref(object); }
+};
+
+}  // namespace
+
+struct DashboardWindow::Process {
+  std::unique_ptr<GSubprocess, Unref> child;
+  std::unique_ptr<LineChannel> channel;
+  bool reacted = false;
+};
+
+DashboardWindow::DashboardWindow(std::filesystem::path program, Router& router, Log log)
+    : program_(std::move(program)),
+      router_(router),
+      log_(std::move(log)),
+      work_(std::make_unique<SerialQueue>("orvanta.bridge")) {}
+
+DashboardWindow::~DashboardWindow() {
+  {
+    const std::lock_guard lock(savedMutex_);
+    ending_ = true;
+  }
+  fileChosen({});  // nobody waits for a user who cannot answer any more
+  work_.reset();
+  patience_.disconnect();
+}
+
+void DashboardWindow::show() {
+  if (!process_) start();
+  if (!process_) return;
+  process_->channel->send("show");
+  if (patience_.connected()) return;
+  patience_ = Glib::signal_timeout().connect(
+      [this] {
+        log_("Orvanta: le tableau de bord ne répond pas");
+        g_subprocess_force_exit(process_->child.get());
+        lost();
+        return false;
+      },
+      process_->reacted ? kPatience : kStartPatience);
+}
+
+void DashboardWindow::reload() {
+  mainThread_.post([this] {
+    if (process_) process_->channel->send("reload");
+  });
+}
+
+void DashboardWindow::start() {
+  std::array<int, 2> ends{};
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+    log_(fmt::format("Orvanta: tableau de bord : {}", std::strerror(errno)));
+    return;
+  }
+  // Takes the number 3 in the child.
+  constexpr int kChildsEnd = 3;
+  const std::unique_ptr<GSubprocessLauncher, Unref> launcher(
+      g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
+  g_subprocess_launcher_take_fd(launcher.get(), ends[1], kChildsEnd);
+  GError* raw = nullptr;
+  auto process = std::make_unique<Process>();
+  process->child.reset(
+      g_subprocess_launcher_spawn(launcher.get(), &raw, program_.c_str(), "--socket=3", nullptr));
+  const std::unique_ptr<GError, decltype(&g_error_free)> error(raw, g_error_free);
+  process->channel = std::make_unique<LineChannel>(
+      ends[0], LineChannel::Listener{.received = [this](const auto& line) { received(line); },
+                                     .closed = [this] { lost(); }});
+  if (!process->child) {
+    log_(fmt::format("Orvanta: tableau de bord : {}", error->message));
+    return;
+  }
+  ++generation_;
+  process_ = std::move(process);
+}
+
+// The process is gone. If its window was wanted, another takes its place, but for one that has
+// never shown any: the next would not either.
+void DashboardWindow::lost() {
+  const bool wanted = patience_.connected() && process_->reacted;
+  patience_.disconnect();
+  process_.reset();
+  fileChosen({});
+  if (wanted) show();
+}
+
+void DashboardWindow::received(const std::string& line) {
+  const auto space = line.find(' ');
+  const auto verb = line.substr(0, space);
+  const auto rest = space != std::string::npos ? line.substr(space + 1) : std::string();
+  if (verb == "post") {
+    answerLater(rest);
+  } else if (verb == "shown") {
+    process_->reacted = true;
+    patience_.disconnect();
+  } else if (verb == "saved") {
+    boost::system::error_code broken;
+    const auto path = json::parse(rest, broken);
+    const bool chosen = !broken && path.is_string();
+    fileChosen(chosen ? std::optional(std::filesystem::path(std::string(path.get_string())))
+                      : std::nullopt);
+  }
+}
+
+void DashboardWindow::answerLater(const std::string& envelope) {
+  auto request = parseRequest(envelope);
+  if (!request) return;
+  work_->post([this, asker = generation_, request = std::move(*request)] {
+    auto text = answer(router_, request.path, request.body).json;
+    mainThread_.post([this, asker, id = request.id, text = std::move(text)] {
+      if (!process_ || asker != generation_) return;
+      process_->channel->send(fmt::format("resolve {} {}", id, text));
+    });
+  });
+}
+
+std::optional<std::filesystem::path> DashboardWindow::saveAs(const std::string& suggestedName) {
+  Saved saved;
+  auto file = saved.get_future();
+  {
+    const std::lock_guard lock(savedMutex_);
+    if (ending_) return {};
+    saved_ = std::move(saved);
+  }
+  mainThread_.post([this, suggestedName] {
+    if (process_) {
+      process_->channel->send("save " + json::serialize(json::value(suggestedName)));
+    } else {
+      fileChosen({});
+    }
+  });
+  return file.get();
+}
+
+void DashboardWindow::fileChosen(std::optional<std::filesystem::path> file) {
+  const std::lock_guard lock(savedMutex_);
+  if (auto saved = std::exchange(saved_, std::nullopt)) saved->set_value(std::move(file));
+}
+
+}  // namespace orvanta

@@ -1,0 +1,75 @@
+// The dashboard, as the resident program knows it: another process.
+#pragma once
+
+#include <sigc++/connection.h>
+
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "base/line_channel.h"
+#include "base/log.h"
+#include "base/main_thread.h"
+#include "base/serial_queue.h"
+#include "bridge/router.h"
+
+namespace orvanta {
+
+/// Starts `orvanta-dashboard` (the window, the web engine, the page) when it is wanted, and answers
+/// what its page asks: one request at a time, in the order of asking, on a queue of its own. The
+/// two talk in lines over a socket pair, which has no name and so nobody else can connect to:
+///
+///     to the dashboard:   show | reload | resolve ID JSON | save "NAME"
+///     from the dashboard: shown | post JSON | saved "PATH" | saved null
+///
+/// A dashboard that crashed, was killed or does not react is started afresh by the next show(); the
+/// rest of the program does not notice. It ends by itself after ten minutes without a window, and
+/// when this end of the socket goes away. Main thread only, unless said otherwise.
+class DashboardWindow {
+ public:
+  /// `program` is the dashboard's file; `router` outlives the window.
+  DashboardWindow(std::filesystem::path program, Router& router, Log log);
+  ~DashboardWindow();
+  DashboardWindow(const DashboardWindow&) = delete;
+  DashboardWindow& operator=(const DashboardWindow&) = delete;
+
+  /// Opens the window or brings it to the front.
+  void show();
+  /// Loads the page again, if there is one.
+  void reload();
+
+  /// Asks where to save, over the dashboard's window, and blocks until the user has chosen. Absent
+  /// when cancelled or without a dashboard. From any thread but the main thread.
+  std::optional<std::filesystem::path> saveAs(const std::string& suggestedName);
+
+  /// Runs `task` between the page's requests, on their queue. From any thread.
+  void post(SerialQueue::Task task) { work_->post(std::move(task)); }
+
+ private:
+  struct Process;
+  using Saved = std::promise<std::optional<std::filesystem::path>>;
+
+  void start();
+  void lost();
+  void received(const std::string& line);
+  void answerLater(const std::string& envelope);
+  void fileChosen(std::optional<std::filesystem::path> file);
+
+  const std::filesystem::path program_;
+  Router& router_;
+  const Log log_;
+  std::unique_ptr<Process> process_;  // null while no dashboard runs
+  int generation_ = 0;                // counts the starts: an answer goes to the page that asked
+  sigc::connection patience_;         // until the dashboard must have reacted
+  std::mutex savedMutex_;             // guards the next two
+  bool ending_ = false;
+  std::optional<Saved> saved_;  // who waits for the user's choice
+  MainThread mainThread_;
+  std::unique_ptr<SerialQueue> work_;  // ends first
+};
+
+}  // namespace orvanta

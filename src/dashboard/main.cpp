@@ -1,0 +1,136 @@
+// orvanta-dashboard: the window of the resident program, which starts it and talks to it in lines
+// over the socket that --socket=N names.
+#include <fcntl.h>
+#include <glibmm/main.h>
+#include <gtkmm/application.h>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <charconv>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/line_channel.h"
+#include "base/log.h"
+#include "dashboard/color_scheme.h"
+#include "dashboard/sandbox.h"
+#include "dashboard/window.h"
+
+namespace {
+
+using namespace orvanta;
+namespace json = boost::json;
+
+// Hidden for so long, the window gives back the memory of its web engine.
+constexpr unsigned kLingerSeconds = 600;
+
+unsigned lingerSeconds() {
+  const char* chosen = std::getenv("ORVANTA_LINGER_SECONDS");
+  return chosen ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : kLingerSeconds;
+}
+
+class Dashboard {
+ public:
+  Dashboard(Gtk::Application& application, int socket)
+      : application_(application),
+        channel_(socket, {.received = [this](const auto& line) { obey(line); },
+                          .closed = [this] { application_.quit(); }}),
+        window_({.posted = [this](const auto& text) { channel_.send("post " + text); },
+                 .fileChosen =
+                     [this](const auto& path) {
+                       channel_.send("saved " + json::serialize(path ? json::value(*path)
+                                                                     : json::value(nullptr)));
+                     },
+                 .hidden = [this] { linger(); },
+                 .failed =
+                     [this] {
+                       systemLog("Orvanta: la page ne tient pas, le tableau de bord se ferme");
+                       application_.quit();
+                     }}) {
+    application_.add_window(window_);
+    linger();
+  }
+
+ private:
+  void obey(const std::string& line) {
+    const auto space = line.find(' ');
+    const auto verb = std::string_view(line).substr(0, space);
+    const auto rest = space != std::string::npos ? line.substr(space + 1) : std::string();
+    if (verb == "show") {
+      ending_.disconnect();
+      window_.present();
+      channel_.send("shown");
+    } else if (verb == "reload") {
+      window_.page().reload();
+    } else if (verb == "resolve") {
+      resolve(rest);
+    } else if (verb == "save") {
+      boost::system::error_code broken;
+      const auto name = json::parse(rest, broken);
+      if (!broken && name.is_string()) window_.askWhereToSave(std::string(name.get_string()));
+    }
+  }
+
+  void resolve(const std::string& rest) {
+    int64_t id = 0;
+    const auto [stop, error] = std::from_chars(rest.data(), rest.data() + rest.size(), id);
+    if (error == std::errc() && *stop == ' ') window_.page().resolve(id, stop + 1);
+  }
+
+  void linger() {
+    ending_.disconnect();
+    ending_ = Glib::signal_timeout().connect_seconds(
+        [this] {
+          application_.quit();
+          return false;
+        },
+        lingerSeconds());
+  }
+
+  Gtk::Application& application_;
+  LineChannel channel_;
+  Window window_;
+  ColorScheme colorScheme_;
+  sigc::connection ending_;
+};
+
+int socketOf(int argc, char** argv) {
+  constexpr std::string_view kOption = "--socket=";
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    int socket = -1;
+    if (word.starts_with(kOption) &&
+        std::from_chars(word.data() + kOption.size(), word.data() + word.size(), socket).ec ==
+            std::errc()) {
+      return socket;
+    }
+  }
+  return -1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int socket = socketOf(argc, argv);
+  if (socket < 0 || fcntl(socket, F_SETFD, FD_CLOEXEC) != 0) {
+    systemLog("Orvanta: orvanta-dashboard est ouvert par orvanta, pas à la main");
+    return 2;
+  }
+  prepareSandbox();
+  // The page is flat and still: drawing it without the graphics card costs less than the card's
+  // driver takes in memory.
+  setenv("GSK_RENDERER", "cairo", 0);
+  g_set_prgname("fr.quellvane.orvanta");  // what desktops match with the desktop file
+  const auto application =
+      Gtk::Application::create("fr.quellvane.orvanta", Gio::Application::Flags::NON_UNIQUE);
+  std::unique_ptr<Dashboard> dashboard;
+  application->signal_startup().connect([&] {
+    dashboard = std::make_unique<Dashboard>(*application.get(), socket);
+    application->hold();
+  });
+  application->signal_activate().connect([] {});
+  application->signal_shutdown().connect([&] { dashboard.reset(); });
+  return application->run();
+}

@@ -1,0 +1,38 @@
+// The page in its web view.
+#pragma once
+
+#include <gtkmm/widget.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace orvanta {
+
+/// Shows the page at orvanta://app/index.html, which is read from its folder and can load nothing
+/// else: a strict content-security policy, no other address to go to, no new windows, no downloads.
+/// A page whose process crashed is loaded again.
+class PageView {
+ public:
+  /// `posted` gets what the page posts to the handler "api", as JSON text on one line. `failed` is
+  /// called when the page cannot be kept alive.
+  PageView(std::function<void(const std::string& json)> posted, std::function<void()> failed);
+  ~PageView();
+  PageView(const PageView&) = delete;
+  PageView& operator=(const PageView&) = delete;
+
+  Gtk::Widget& widget() { return *widget_; }
+
+  void reload();
+
+  /// Calls the page's window.__resolve(id, answer). `json` is the answer's JSON text; it reaches
+  /// the page as data.
+  void resolve(int64_t id, const std::string& json);
+
+ private:
+  struct View;
+  std::unique_ptr<View> view_;
+  Gtk::Widget* widget_;
+};
+
+}  // namespace orvanta

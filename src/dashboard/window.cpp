@@ -1,0 +1,71 @@
+#include "dashboard/window.h"
+
+#include <glibmm/miscutils.h>
+#include <gtkmm/dialog.h>
+#include <gtkmm/filefilter.h>
+#include <gtkmm/shortcutcontroller.h>
+
+#include <utility>
+
+#include "dashboard/window_size.h"
+
+namespace orvanta {
+
+Window::Window(Listener listener)
+    : listener_(std::move(listener)), page_(listener_.posted, listener_.failed) {
+  set_title("Orvanta");
+  set_icon_name("fr.quellvane.orvanta");
+  const auto size = loadWindowSize();
+  set_default_size(size.width, size.height);
+  if (size.maximized) maximize();
+  page_.widget().set_size_request(kLeastWidth, kLeastHeight);
+  set_child(page_.widget());
+
+  const auto keys = Gtk::ShortcutController::create();
+  keys->add_shortcut(Gtk::Shortcut::create(Gtk::ShortcutTrigger::parse_string("<Control>w"),
+                                           Gtk::NamedAction::create("window.close")));
+  keys->add_shortcut(Gtk::Shortcut::create(Gtk::ShortcutTrigger::parse_string("<Control>q"),
+                                           Gtk::NamedAction::create("window.close")));
+  add_controller(keys);
+}
+
+bool Window::on_close_request() {
+  rememberSize();
+  set_visible(false);
+  listener_.hidden();
+  return true;
+}
+
+void Window::rememberSize() {
+  int width = 0;
+  int height = 0;
+  get_default_size(width, height);  // the toolkit keeps it at what the user made of it
+  saveWindowSize({.width = width, .height = height, .maximized = is_maximized()});
+}
+
+void Window::askWhereToSave(const std::string& suggestedName) {
+  chooser_ = Gtk::FileChooserNative::create(
+      "Exporter les activités", *this, Gtk::FileChooser::Action::SAVE, "Enregistrer", "Annuler");
+  chooser_->set_modal(true);
+  chooser_->set_current_name(suggestedName);
+  const auto filter = Gtk::FileFilter::create();
+  filter->set_name("Tableau CSV");
+  filter->add_pattern("*.csv");
+  chooser_->add_filter(filter);
+  const auto documents = Glib::get_user_special_dir(Glib::UserDirectory::DOCUMENTS);
+  if (!documents.empty()) {
+    try {
+      chooser_->set_current_folder(Gio::File::create_for_path(documents));
+    } catch (const Glib::Error&) {  // it has been removed
+    }
+  }
+  chooser_->signal_response().connect([this](int response) {
+    const auto file = chooser_->get_file();
+    const auto chooser = std::exchange(chooser_, {});
+    const bool chosen = response == Gtk::ResponseType::ACCEPT && file;
+    listener_.fileChosen(chosen ? std::optional(file->get_path()) : std::nullopt);
+  });
+  chooser_->show();
+}
+
+}  // namespace orvanta

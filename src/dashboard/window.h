@@ -1,0 +1,44 @@
+// The dashboard's window.
+#pragma once
+
+#include <gtkmm/applicationwindow.h>
+#include <gtkmm/filechoosernative.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "dashboard/page_view.h"
+
+namespace orvanta {
+
+/// 1180×780 at first, then as the user left it, never below 860×560. Closing hides it and keeps the
+/// page as it is.
+class Window : public Gtk::ApplicationWindow {
+ public:
+  struct Listener {
+    std::function<void(const std::string& json)> posted;  ///< by the page
+    std::function<void(const std::optional<std::string>& path)> fileChosen;
+    std::function<void()> hidden;
+    std::function<void()> failed;  ///< the page is lost
+  };
+
+  explicit Window(Listener listener);
+
+  PageView& page() { return page_; }
+
+  /// Asks where to save; fileChosen tells the answer, absent when the user cancelled.
+  void askWhereToSave(const std::string& suggestedName);
+
+ protected:
+  bool on_close_request() override;
+
+ private:
+  void rememberSize();
+
+  const Listener listener_;
+  PageView page_;
+  Glib::RefPtr<Gtk::FileChooserNative> chooser_;  // while it is open
+};
+
+}  // namespace orvanta

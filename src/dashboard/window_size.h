@@ -1,0 +1,26 @@
+// The size that the user gave the window.
+#pragma once
+
+#include <filesystem>
+
+namespace orvanta {
+
+/// In pixels of the desktop.
+struct WindowSize {
+  int width = 1180;
+  int height = 780;
+  bool maximized = false;
+};
+
+inline constexpr int kLeastWidth = 860;
+inline constexpr int kLeastHeight = 560;
+
+/// Remembered in a small file under `$XDG_STATE_HOME`; what cannot be read is the standard size,
+/// what cannot be written is forgotten.
+WindowSize loadWindowSize();
+void saveWindowSize(const WindowSize& size);
+
+/// `$XDG_STATE_HOME/orvanta`, also home to what the page keeps for itself.
+std::filesystem::path stateFolder();
+
+}  // namespace orvanta

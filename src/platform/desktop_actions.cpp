@@ -1,0 +1,61 @@
+#include "platform/desktop_actions.h"
+
+#include <giomm/appinfo.h>
+#include <giomm/file.h>
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace orvanta {
+namespace {
+
+void launch(const std::string& uri, const Log& log) {
+  Gio::AppInfo::launch_default_for_uri_async(uri, [log](Glib::RefPtr<Gio::AsyncResult>& result) {
+    try {
+      Gio::AppInfo::launch_default_for_uri_finish(result);
+    } catch (const Glib::Error& error) {
+      log(std::string("Orvanta: ouverture impossible : ") + error.what());
+    }
+  });
+}
+
+bool mayBeOpened(const std::string& url) {
+  constexpr std::array<std::string_view, 3> kSchemes{"http", "https", "mailto"};
+  const std::unique_ptr<char, decltype(&g_free)> scheme(g_uri_parse_scheme(url.c_str()), g_free);
+  return scheme && std::find(kSchemes.begin(), kSchemes.end(), scheme.get()) != kSchemes.end();
+}
+
+}  // namespace
+
+void openUrl(const std::string& url, const Log& log) {
+  if (mayBeOpened(url)) launch(url, log);
+}
+
+void revealFile(const Glib::RefPtr<Gio::DBus::Connection>& session,
+                const std::filesystem::path& file, const Log& log) {
+  const auto folder = Gio::File::create_for_path(file.parent_path().string())->get_uri();
+  if (!session) {
+    launch(folder, log);
+    return;
+  }
+  const std::vector<Glib::ustring> files{Gio::File::create_for_path(file.string())->get_uri()};
+  const auto arguments = Glib::VariantContainerBase::create_tuple(
+      {Glib::Variant<std::vector<Glib::ustring>>::create(files),
+       Glib::Variant<Glib::ustring>::create("")});
+  session->call(
+      "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1", "ShowItems", arguments,
+      [session, folder, log](Glib::RefPtr<Gio::AsyncResult>& result) {
+        try {
+          session->call_finish(result);
+        } catch (const Glib::Error&) {
+          launch(folder, log);
+        }
+      },
+      "org.freedesktop.FileManager1");
+}
+
+}  // namespace orvanta

@@ -1,0 +1,22 @@
+// What the desktop does for the program at the user's wish.
+#pragma once
+
+#include <giomm/dbusconnection.h>
+
+#include <filesystem>
+#include <string>
+
+#include "base/log.h"
+
+namespace orvanta {
+
+/// Opens a web or mail address in the user's program for it. Any other address could start anything
+/// and is refused. Main thread; returns at once, a failure is logged.
+void openUrl(const std::string& url, const Log& log);
+
+/// Shows the file in the file manager (org.freedesktop.FileManager1), or where none answers on
+/// `session` opens its folder. Main thread; returns at once.
+void revealFile(const Glib::RefPtr<Gio::DBus::Connection>& session,
+                const std::filesystem::path& file, const Log& log);
+
+}  // namespace orvanta

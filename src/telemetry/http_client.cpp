@@ -1,0 +1,108 @@
+#include "telemetry/http_client.h"
+
+#include <libsoup/soup.h>
+
+#include <utility>
+
+namespace orvanta {
+namespace {
+
+constexpr gsize kMostBytes = 1 << 20;  // our own feed is some hundred
+
+struct Unref {
+  void operator()(gpointer object) const { g_object_unref(object); }
+};
+template <class T>
+using Ref = std::unique_ptr<T, Unref>;
+
+struct Request {
+  Ref<SoupSession> session;
+  Ref<SoupMessage> message;
+  HttpClient::Done done;
+  Ref<GCancellable> cancel;
+  guint deadline = 0;
+};
+
+// The session's own time-out only watches for silence; this one is for the whole request.
+gboolean giveUp(gpointer data) {
+  auto* request = static_cast<Request*>(data);
+  request->deadline = 0;
+  g_cancellable_cancel(request->cancel.get());
+  return G_SOURCE_REMOVE;
+}
+
+void finished(GObject* /*session*/, GAsyncResult* result, gpointer data) {
+  const std::unique_ptr<Request> request(static_cast<Request*>(data));
+  if (request->deadline != 0) g_source_remove(request->deadline);
+  GError* raw = nullptr;
+  GBytes* bytes = soup_session_send_and_read_finish(request->session.get(), result, &raw);
+  const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> body(bytes, g_bytes_unref);
+  const std::unique_ptr<GError, decltype(&g_error_free)> error(raw, g_error_free);
+  if (!body) {
+    request->done({});
+    return;
+  }
+  gsize size = 0;
+  const auto* data_ = static_cast<const char*>(g_bytes_get_data(body.get(), &size));
+  request->done(HttpClient::Answer{
+      .status = static_cast<int>(soup_message_get_status(request->message.get())),
+      .body = size <= kMostBytes && data_ ? std::string(data_, size) : std::string()});
+}
+
+}  // namespace
+
+struct HttpClient::Session {
+  unsigned timeoutSeconds;
+  Ref<SoupSession> soup;
+  std::shared_ptr<bool> alive = std::make_shared<bool>(true);
+
+  void send(SoupMessage* raw, Done done) {
+    if (!raw) return;
+    // Made by the first request: most users never send any.
+    if (!soup) {
+      soup.reset(
+          soup_session_new_with_options("timeout", timeoutSeconds, "idle-timeout", 1U, nullptr));
+    }
+    auto request = std::make_unique<Request>();
+    request->session.reset(SOUP_SESSION(g_object_ref(soup.get())));
+    request->message.reset(raw);
+    request->cancel.reset(g_cancellable_new());
+    request->done = [alive = std::weak_ptr(alive), done = std::move(done)](const auto& answer) {
+      if (!alive.expired()) done(answer);
+    };
+    request->deadline = g_timeout_add_seconds(timeoutSeconds, giveUp, request.get());
+    auto* const message = request->message.get();
+    auto* const cancel = request->cancel.get();
+    soup_session_send_and_read_async(soup.get(), message, G_PRIORITY_DEFAULT, cancel, finished,
+                                     request.release());
+  }
+};
+
+HttpClient::HttpClient(unsigned timeoutSeconds)
+    : session_(std::make_unique<Session>(Session{.timeoutSeconds = timeoutSeconds})) {}
+
+HttpClient::~HttpClient() {
+  session_->alive.reset();
+  if (session_->soup) soup_session_abort(session_->soup.get());
+}
+
+void HttpClient::get(const std::string& url, Done done) {
+  auto* const message = soup_message_new(SOUP_METHOD_GET, url.c_str());
+  if (message) {
+    soup_message_headers_append(soup_message_get_request_headers(message), "Cache-Control",
+                                "no-cache");
+  }
+  session_->send(message, std::move(done));
+}
+
+void HttpClient::post(const std::string& url, const std::string& json, Done done) {
+  auto* const message = soup_message_new(SOUP_METHOD_POST, url.c_str());
+  if (message) {
+    const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> body(
+        g_bytes_new(json.data(), json.size()), g_bytes_unref);
+    soup_message_set_request_body_from_bytes(message, "application/json", body.get());
+  }
+  session_->send(message, std::move(done));
+}
+
+}  // namespace orvanta

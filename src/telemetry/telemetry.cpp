@@ -1,0 +1,150 @@
+#include "telemetry/telemetry.h"
+
+#include <glib.h>
+
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+#include "base/text.h"
+#include "telemetry/version.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+std::string newInstallId() {
+  const std::unique_ptr<char, decltype(&g_free)> id(g_uuid_string_random(), g_free);
+  return id.get();
+}
+
+// "major.minor" of VERSION_ID in os-release, which may have more numbers or fewer; rolling
+// distributions have none.
+std::string osVersion() {
+  const std::unique_ptr<char, decltype(&g_free)> raw(g_get_os_info(G_OS_INFO_KEY_VERSION_ID),
+                                                     g_free);
+  std::string version = raw ? raw.get() : "0";
+  const auto first = version.find('.');
+  if (first == std::string::npos) return version + ".0";
+  return version.substr(0, version.find('.', first + 1));
+}
+
+}  // namespace
+
+AppFacts appFacts(std::string version) {
+#if defined(__x86_64__)
+  constexpr auto kArch = "x86_64";
+#elif defined(__aarch64__)
+  constexpr auto kArch = "arm64";
+#else
+  constexpr auto kArch = "other";
+#endif
+  return {.version = std::move(version), .osVersion = osVersion(), .arch = kArch};
+}
+
+std::string serviceUrl() {
+  const char* chosen = std::getenv("ORVANTA_SERVICE_URL");
+  return chosen && *chosen ? chosen : ORVANTA_SERVICE_URL;
+}
+
+Telemetry::Telemetry(Database& db, AppFacts facts, std::string service,
+                     std::function<void()> updateChanged, Clock clock, Calendar calendar)
+    : db_(db),
+      facts_(std::move(facts)),
+      service_(std::move(service)),
+      updateChanged_(std::move(updateChanged)),
+      clock_(std::move(clock)),
+      calendar_(std::move(calendar)) {}
+
+bool Telemetry::enabled() const {
+  return db_.setting("telemetry") == "1";
+}
+
+void Telemetry::setEnabled(bool on) {
+  db_.setSetting("telemetry", on ? "1" : "0");
+  if (on) {
+    if (db_.setting("install_id").empty()) db_.setSetting("install_id", newInstallId());
+    daily();
+  } else {
+    db_.setSetting("install_id", "");
+  }
+}
+
+void Telemetry::daily() {
+  if (!enabled()) return;
+  const auto today = todayIso();
+  if (db_.setting("telemetry_first_sent").empty()) {
+    send("first_launch", {}, [this, today] { db_.setSetting("telemetry_first_sent", today); });
+  }
+  if (db_.setting("telemetry_last_heartbeat") != today) {
+    send("heartbeat", {}, [this, today] { db_.setSetting("telemetry_last_heartbeat", today); });
+  }
+  checkUpdate();
+}
+
+void Telemetry::reportError(const std::string& message) {
+  constexpr std::size_t kMostCharacters = 500;
+  if (!enabled()) return;
+  const auto today = todayIso();
+  {
+    const std::lock_guard lock(mutex_);
+    if (lastErrorDay_ == today) return;
+    lastErrorDay_ = today;
+  }
+  send("error", {{"error", firstCharacters(validUtf8(message), kMostCharacters)}}, {});
+}
+
+void Telemetry::send(const std::string& event, const Extra& extra, std::function<void()> accepted) {
+  json::object payload{{"install_id", db_.setting("install_id")},
+                       {"version", facts_.version},
+                       {"macos", facts_.osVersion},
+                       {"arch", facts_.arch},
+                       {"event", event}};
+  for (const auto& [key, value] : extra) payload[key] = value;
+  mainThread_.post([this, text = json::serialize(payload), accepted = std::move(accepted)] {
+    http_.post(service_ + "/api/telemetry", text, [accepted](const auto& answer) {
+      constexpr int kOk = 200;
+      if (accepted && answer && answer->status == kOk) accepted();
+    });
+  });
+}
+
+void Telemetry::checkUpdate() {
+  mainThread_.post([this] {
+    http_.get(service_ + "/appcast.json", [this](const auto& answer) {
+      if (answer) readFeed(answer->body);
+    });
+  });
+}
+
+void Telemetry::readFeed(const std::string& body) {
+  boost::system::error_code broken;
+  const auto feed = json::parse(body, broken);
+  if (broken || !feed.is_object()) return;
+  const auto* version = feed.get_object().if_contains("version");
+  const auto* url = feed.get_object().if_contains("url");
+  if (!version || !url || !version->is_string() || !url->is_string()) return;
+  {
+    const std::lock_guard lock(mutex_);
+    update_.reset();
+    if (isNewer(version->get_string(), facts_.version)) {
+      update_ = {std::string(version->get_string()), std::string(url->get_string())};
+    }
+  }
+  if (updateChanged_) updateChanged_();
+}
+
+std::optional<Update> Telemetry::updateAvailable() const {
+  const std::lock_guard lock(mutex_);
+  return update_;
+}
+
+std::string Telemetry::todayIso() const {
+  return calendar_.dateOf(clock_()).iso();
+}
+
+}  // namespace orvanta

@@ -1,0 +1,252 @@
+#include "bridge/router.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/json/serialize.hpp>
+#include <fstream>
+#include <sstream>
+
+#include "app/route_call.h"
+#include "support/program.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+using Asked = std::vector<std::string>;
+
+class RouterTest : public testing::Test, protected test::Program {
+ protected:
+  static constexpr double kNow = 1'700'000'000;
+
+  json::value error(const std::string& message) { return json::object{{"error", message}}; }
+
+  int64_t span(double start, double end, const char* app = "A", const Value& category = {},
+               const Value& project = {}, bool idle = false) {
+    return store.db.run(
+        "INSERT INTO events(start,end,app,bundle,title,url,domain,idle,category,project_id) "
+        "VALUES (?,?,?,'b','t','u','d.fr',?,?,?)",
+        {start, end, app, idle, category, project});
+  }
+  // The spans by start, as "start-end category project".
+  std::string spans() {
+    std::string text;
+    store.db.each("SELECT start, end, category, project_id, title FROM events ORDER BY start, id",
+                  {}, [&](const Cursor& row) {
+                    text += std::to_string(*row.int_(0)) + "-" + std::to_string(*row.int_(1)) +
+                            " " + std::string(row.str(2).value_or("-")) + " " +
+                            (row.int_(3) ? std::to_string(*row.int_(3)) : "-") +
+                            (row.str(4) == "t" ? "" : " title lost") + "\n";
+                  });
+    return text;
+  }
+  std::string setting(const char* key) { return store.db.setting(key); }
+};
+
+TEST_F(RouterTest, StatusTellsAllItHasBeforeAndWhileRecording) {
+  EXPECT_EQ(call("status"), json::value({{"paused", false},
+                                         {"current", nullptr},
+                                         {"now", kNow},
+                                         {"accessibility", true},
+                                         {"current_project", nullptr},
+                                         {"current_project_name", nullptr},
+                                         {"current_project_since", nullptr},
+                                         {"db", store.db.location().file().string()},
+                                         {"onboarded", false},
+                                         {"telemetry", false},
+                                         {"install_id", ""},
+                                         {"version", "0.1"},
+                                         {"update", nullptr}}));
+  call("onboarding.done");
+  EXPECT_EQ(call("tracker.project", R"({"project_id": "12"})"), done());
+  EXPECT_EQ(asked, Asked{"menu"});
+  auto status = call("status");
+  EXPECT_EQ(status.at("onboarded"), true);
+  EXPECT_EQ(status.at("current_project"), 12);
+  EXPECT_TRUE(status.at("current_project_name").is_null()) << "there is no such project";
+  EXPECT_EQ(status.at("current_project_since"), kNow);
+  store.db.run("INSERT INTO projects(id, name) VALUES (12, 'Thèse')");
+  EXPECT_EQ(call("status").at("current_project_name"), "Thèse");
+  call("tracker.pause");
+  tracker.shutdown();
+  EXPECT_EQ(call("status").at("paused"), true);
+}
+
+TEST_F(RouterTest, ReportsAndCommandLineCallsAreAskedByName) {
+  const auto call = [&](std::vector<std::string> words) {
+    const auto result = callRoute(router, words);
+    return std::pair(result.status, json::parse(result.output));
+  };
+  EXPECT_EQ(call({"day"}).second.at("date"), "2023-11-14");
+  EXPECT_EQ(call({"day", R"({"date": ""})"}).second.at("date"), "2023-11-14");
+  EXPECT_EQ(call({"day", R"({"date": 20231115})"}).second.at("date"), "2023-11-14");
+  EXPECT_EQ(call({"day", R"({"date": "2023-11-15"})"}).second.at("date"), "2023-11-15");
+  EXPECT_EQ(call({"week"}).second.at("monday"), "2023-11-13");
+  EXPECT_EQ(call({"recap"}).second.at("monday"), "2023-11-13");
+  EXPECT_EQ(call({"suggestions"}), std::pair(0, json::value(json::array())));
+  EXPECT_EQ(call({"Day"}), std::pair(1, error("route inconnue : Day")));
+  const auto broken = error("arguments illisibles : ce n'est pas du JSON");
+  for (const auto* text : {"", "{", "{\"date\": \"\xff\"}", "{} {}"}) {
+    EXPECT_EQ(call({"day", text}), std::pair(1, broken)) << text;
+  }
+  EXPECT_EQ(call({"day", "[]"}).first, 1);
+  EXPECT_EQ(call({}).first, 1);
+}
+
+TEST_F(RouterTest, ProjectsAreSavedListedAndDeletedEverywhere) {
+  EXPECT_EQ(call("projects.save", R"({"name": "  "})"), error("nom manquant"));
+  EXPECT_EQ(call("projects.save", R"({"name": " Thèse\t", "keywords": "  "})").at("id"), 1);
+  EXPECT_EQ(call("projects.save", R"({"name": "Thèse"})"), error("un projet porte déjà ce nom"));
+  EXPECT_EQ(call("projects.save", R"({"name": "Âge", "archived": 1})").at("id"), 2);
+  EXPECT_EQ(call("projects.save", R"({"id": 1, "name": "Z", "archived": 1.0, "color": "#fff"})"),
+            json::value({{"ok", true}, {"id", 1}}));
+  EXPECT_EQ(call("projects.list"),
+            json::parse(R"([{"id": 2, "name": "Âge", "color": "#3b82f6", "category": "travail",
+                             "archived": 0, "created": 1.7E9, "external_id": null, "client": null,
+                             "keywords": null},
+                            {"id": 1, "name": "Z", "color": "#fff", "category": "travail",
+                             "archived": 1, "created": 1.7E9, "external_id": null, "client": null,
+                             "keywords": null}])"));
+  EXPECT_EQ(call("projects.delete"), error("id manquant"));
+  EXPECT_EQ(call("projects.delete", R"({"id": 1e300})"), error("nombre hors limites : id"));
+  call("rules.save", R"({"field": "app", "pattern": "A", "project_id": 1})");
+  span(0, 1, "A", {}, 1);
+  span(1, 2, "A", "travail", 2);
+  tracker.setCurrentProjectId(1);
+  EXPECT_EQ(call("projects.delete", R"({"id": 1})"), done());
+  EXPECT_EQ(spans(), "0-1 - -\n1-2 travail 2\n");
+  EXPECT_TRUE(call("rules.list").at(0).at("project_id").is_null());
+  EXPECT_FALSE(tracker.currentProjectId());
+}
+
+TEST_F(RouterTest, ARuleReplacesThoseThatDifferInCaseOnly) {
+  for (const auto* invalid : {R"({"field": "bundle", "pattern": "x"})",
+                              R"({"field": "app", "pattern": " \t"})", R"({"pattern": "x"})"}) {
+    EXPECT_EQ(call("rules.save", invalid), error("règle invalide")) << invalid;
+  }
+  EXPECT_EQ(call("rules.defaults").at("added"), 287);
+  call("rules.save", R"({"field": "domain", "pattern": " GitHub.COM ", "category": "loisir"})");
+  const auto rules = call("rules.list");
+  EXPECT_EQ(rules.as_array().size(), 287U);
+  EXPECT_EQ(rules.at(0).at("pattern"), "GitHub.COM");
+  EXPECT_EQ(rules.at(0).at("priority"), 0);
+  EXPECT_EQ(call("rules.delete"), done());
+  EXPECT_EQ(call("rules.list").as_array().size(), 287U);
+  EXPECT_EQ(call("rules.delete", json::serialize(json::object{{"id", rules.at(0).at("id")}})),
+            done());
+  EXPECT_EQ(call("rules.defaults").at("added"), 1);
+}
+
+TEST_F(RouterTest, AssigningStoresAndLearns) {
+  for (const auto* nothing : {"{}", R"({"ids": []})", R"({"ids": [1, "2"]})", R"({"ids": 3})"}) {
+    EXPECT_EQ(call("events.assign", nothing), error("aucun bloc")) << nothing;
+  }
+  span(0, 10);
+  span(100000, 100010);
+  span(200000, 200010);
+  EXPECT_EQ(call("events.assign", R"({"ids": [1, 2], "category": "loisir", "project_id": 3})"),
+            json::parse(R"({"ok": true, "learned": [{"field": "domain", "pattern": "d.fr",
+                            "category": "loisir", "project": null}]})"));
+  EXPECT_EQ(spans(), "0-10 loisir 3\n100000-100010 loisir 3\n200000-200010 - -\n");
+  EXPECT_EQ(call("events.assign", R"({"ids": [2, 3], "category": "x", "clear": true})"), done());
+  EXPECT_EQ(spans(), "0-10 loisir 3\n100000-100010 - -\n200000-200010 - -\n");
+}
+
+TEST_F(RouterTest, ARangeIsCutOutOfTheSpansThatCrossIt) {
+  for (const auto* missing : {"{}", R"({"start": 1})", R"({"start": "1", "end": 2})"}) {
+    EXPECT_EQ(call("events.assignRange", missing), error("plage invalide")) << missing;
+  }
+  span(100, 900, "A", "travail", 1);  // covers it
+  span(0, 250, "A");                  // reaches into it
+  span(250, 260, "A", "loisir", 2);   // lies in it
+  span(350, 90000, "A");              // long, reaches out
+  span(210, 390, "Inactif", {}, {}, true);
+  span(400, 500, "A");  // only touches it
+  EXPECT_EQ(call("events.assignRange", R"({"start": 200, "end": 400.0, "category": "autre"})"),
+            done());
+  EXPECT_EQ(spans(),
+            "0-200 - -\n100-200 travail 1\n200-400 autre -\n200-250 autre -\n210-390 - -\n"
+            "250-260 autre -\n350-400 autre -\n400-500 - -\n400-900 travail 1\n400-90000 - -\n");
+  EXPECT_EQ(store.db.query("SELECT 1 FROM events WHERE id=1 AND start=200").size(), 1U);
+  const auto before = spans();
+  call("events.assignRange", R"({"start": 300, "end": 100, "category": "x"})");
+  EXPECT_EQ(spans(), before) << "an empty range";
+}
+
+TEST_F(RouterTest, SettingsTakeKnownKeysAsText) {
+  span(kNow - 3 * 86400, kNow - 2 * 86400);
+  EXPECT_EQ(call("settings.set", R"({"idle_threshold": 240, "min_span_seconds": 2.5,
+              "paused": true, "excluded_domains": ["a.fr", "l'été"], "privacy_mode": null,
+              "rules_seeded": "0", "unknown": 1, "retention_days": 1})"),
+            done());
+  const auto settings = call("settings.get");
+  EXPECT_EQ(settings.at("idle_threshold"), "240");
+  EXPECT_EQ(settings.at("min_span_seconds"), "2.5");
+  EXPECT_EQ(settings.at("paused"), "1");
+  EXPECT_EQ(settings.at("excluded_domains"), R"(["a.fr","l'été"])");
+  EXPECT_EQ(settings.at("privacy_mode"), "full");
+  EXPECT_FALSE(settings.as_object().contains("unknown"));
+  EXPECT_NE(spans().find("title lost"), std::string::npos) << "retention acts at once";
+}
+
+TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {
+  store.db.setSetting("browser_perms", "[oops");
+  EXPECT_EQ(call("permissions.status"),
+            json::parse(R"({"accessibility": true, "launch_at_login": false, "browsers": {},
+                            "probes": {"idle": "x11"},
+                            "browsers_running": [{"bundle": "org.mozilla.firefox",
+                                                  "name": "Firefox"}]})"));
+  EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "vi"})"), error("navigateur inconnu"));
+  EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})"),
+            json::value({{"ok", true}, {"error", nullptr}}));
+  EXPECT_EQ(setting("browser_perms"), R"({"org.mozilla.firefox":"ok"})");
+  browserTest = {false, "timeout"};
+  EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})"),
+            json::value({{"ok", false}, {"error", "timeout"}}));
+  EXPECT_EQ(call("permissions.status").at("browsers").at("org.mozilla.firefox"), "denied");
+}
+
+TEST_F(RouterTest, ActionsAskTheDesktop) {
+  for (const auto* route : {"permissions.requestAccessibility", "permissions.openAutomation",
+                            "revealData", "quit", "openURL"}) {
+    EXPECT_EQ(call(route), done()) << route;
+  }
+  call("openURL", R"({"url": "pas une adresse"})");
+  call("openURL", R"({"url": "https://exemple.fr/é?a=b"})");
+  EXPECT_EQ(asked, (Asked{"requestAccessibility", "openAutomation", "reveal", "quit",
+                          "open https://exemple.fr/é?a=b"}));
+}
+
+TEST_F(RouterTest, TheLoginItemIsAnAutostartEntry) {
+  const auto on = json::value({{"ok", true}, {"error", nullptr}, {"enabled", true}});
+  EXPECT_EQ(call("launchAtLogin"), on);
+  EXPECT_EQ(call("launchAtLogin", R"({"enabled": true})"), on);
+  std::ifstream file(store.db.location().dir / "autostart/fr.quellvane.orvanta.desktop");
+  std::stringstream text;
+  text << file.rdbuf();
+  EXPECT_NE(text.str().find(R"(Exec="/opt/Mes \\"outils\\"/orv\\$")"), std::string::npos)
+      << text.str();
+  EXPECT_EQ(call("permissions.status").at("launch_at_login"), true);
+  EXPECT_EQ(call("launchAtLogin", R"({"enabled": false})").at("enabled"), false);
+  EXPECT_EQ(call("launchAtLogin", R"({"enabled": false})").at("ok"), true);
+}
+
+TEST_F(RouterTest, ExportWritesWhereTheUserWants) {
+  span(kNow - 600, kNow);
+  EXPECT_EQ(call("export"), json::value({{"ok", false}}));
+  EXPECT_EQ(asked.back(), "save lumaplan_2023-11-14_2023-11-14.csv");
+  saveTo = store.db.location().dir / "été.csv";
+  EXPECT_EQ(call("export", R"({"from": "2023-11-13"})"), done());
+  EXPECT_EQ(asked.back(), "save lumaplan_2023-11-13_2023-11-13.csv");
+  call("export", R"({"from": "2023-11-13", "to": "2023-11-14"})");
+  std::ifstream file(*saveTo);
+  std::string line;
+  int lines = 0;
+  while (std::getline(file, line)) ++lines;
+  EXPECT_GE(lines, 2);
+  saveTo = "/proc/nulle/part.csv";
+  EXPECT_EQ(call("export"), done()) << "the user did choose";
+}
+
+}  // namespace
+}  // namespace orvanta
