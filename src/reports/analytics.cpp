@@ -32,22 +32,26 @@ struct Extent {
 };
 
 // The longest run of activity without an idle span in between; time of which nothing is known does
-// not end a run. Spans come by start.
+// not end a run. It lasts from the start of its first span to the end of its last, which need not
+// be the latest end. Spans come by start.
 class LongestSession {
  public:
   void add(const Ev& ev) {
     if (ev.idle) {
-      start_.reset();
+      longest_ = seconds();
+      open_.reset();
       return;
     }
-    if (!start_) start_ = ev.start;
-    longest_ = std::max(longest_, ev.end - *start_);
+    if (!open_) open_ = {ev.start, ev.end};
+    open_->end = ev.end;
   }
 
-  double seconds() const { return longest_; }
+  double seconds() const {
+    return open_ ? std::max(longest_, open_->end - open_->start) : longest_;
+  }
 
  private:
-  std::optional<double> start_;
+  std::optional<TimeRange> open_;
   double longest_ = 0;
 };
 

@@ -199,5 +199,14 @@ TEST_F(AnalyticsTest, WeekSplitsAtMidnightAndRecapBooksOnTheStartDay) {
   EXPECT_TRUE(empty.at("best_day").is_null());
 }
 
+TEST_F(AnalyticsTest, ASessionLastsToTheEndOfItsLastSpan) {
+  add(midnight, midnight + 5000, "A");
+  add(midnight + 1000, midnight + 1100, "B");
+  add(midnight + 6000, midnight + 6100, "Inactif", true);
+  add(midnight + 6100, midnight + 6700, "A");
+  const auto recap = analytics.recap("2023-11-15");
+  EXPECT_EQ(recap.at("current").at("longest_session"), 1100.0);
+}
+
 }  // namespace
 }  // namespace orvanta
