@@ -14,25 +14,6 @@ int64_t add(Database& db, double start, double end) {
   return db.run("INSERT INTO events(start,end,app) VALUES (?,?,'A')", {start, end});
 }
 
-TEST(SpanReader, ClipsWhatOverlapsAndLeavesWhatTouches) {
-  test::TempStore store;
-  add(store.db, 0, 100);    // ends where the range starts
-  add(store.db, 50, 150);   // reaches in
-  add(store.db, 120, 130);  // inside
-  add(store.db, 140, 125);  // ends before it starts
-  add(store.db, 190, 300);  // reaches out
-  add(store.db, 200, 210);  // starts where the range ends
-  SpanReader reader(store.db);
-  const auto spans = reader.all({100, 200});
-  ASSERT_EQ(spans.size(), 4U);
-  EXPECT_EQ(spans[0].start, 100);
-  EXPECT_EQ(spans[0].end, 150);
-  EXPECT_EQ(spans[1].duration(), 10);
-  EXPECT_EQ(spans[2].duration(), 0);
-  EXPECT_EQ(spans[3].end, 200);
-  EXPECT_EQ(spans[3].cat.view(), "nonclasse");
-}
-
 // Spans of all lengths, from negative to a year, around the length from which they count as long.
 TEST(SpanReader, FindsWhatTheWholeTableHolds) {
   test::TempStore store;

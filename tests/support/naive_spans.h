@@ -1,0 +1,87 @@
+// The spans of a range of time, read and clipped one by one.
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "classify/rule_set.h"
+#include "support/naive.h"
+
+namespace orvanta::test {
+
+struct NaiveSpan {
+  int64_t id = 0;
+  double start = 0;
+  double end = 0;
+  std::string app;
+  std::optional<std::string> title;
+  std::optional<std::string> domain;
+  bool idle = false;
+  std::string cat;
+  std::optional<int64_t> pid;
+  bool manual = false;
+
+  double duration() const { return std::max(end - start, 0.0); }
+};
+using NaiveSpans = std::vector<NaiveSpan>;
+
+inline NaiveSpans naiveSpans(Database& db, double from, double to) {
+  const auto rules = loadRules(db);
+  const auto projects = loadProjects(db);
+  NaiveSpans spans;
+  for (const auto& row : db.query(
+           "SELECT * FROM events WHERE end > ? AND start < ? ORDER BY start, id", {from, to})) {
+    StringPool pool;
+    const auto text = [&](const char* column) {
+      const auto value = row.str(column);
+      return value ? pool.intern(*value) : Text();
+    };
+    const Ev raw{.app = pool.intern(row.str("app").value_or("Inconnu")),
+                 .title = text("title"),
+                 .url = text("url"),
+                 .domain = text("domain"),
+                 .idle = row.int_("idle") == 1,
+                 .category = text("category"),
+                 .projectId = row.int_("project_id")};
+    const auto classified = naiveClassification(raw, rules, projects);
+    spans.push_back({.id = *row.int_("id"),
+                     .start = std::max(row.dbl("start"), from),
+                     .end = std::min(row.dbl("end"), to),
+                     .app = raw.app.str(),
+                     .title = row.str("title"),
+                     .domain = row.str("domain"),
+                     .idle = raw.idle,
+                     .cat = classified.cat,
+                     .pid = classified.pid,
+                     .manual = classified.manual});
+  }
+  return spans;
+}
+
+template <class Condition>
+NaiveSpans naiveFilter(const NaiveSpans& spans, const Condition& condition) {
+  NaiveSpans kept;
+  for (const auto& span : spans) {
+    if (condition(span)) kept.push_back(span);
+  }
+  return kept;
+}
+
+inline NaiveSpans naiveActive(const NaiveSpans& spans) {
+  return naiveFilter(spans, [](const NaiveSpan& span) { return !span.idle; });
+}
+
+/// Cuts the list where a span does not continue the run before it.
+template <class Continues>
+std::vector<NaiveSpans> naiveRuns(const NaiveSpans& spans, const Continues& continues) {
+  std::vector<NaiveSpans> runs;
+  for (const auto& span : spans) {
+    if (runs.empty() || !continues(runs.back(), span)) runs.emplace_back();
+    runs.back().push_back(span);
+  }
+  return runs;
+}
+
+}  // namespace orvanta::test
