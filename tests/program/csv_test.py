@@ -1,0 +1,134 @@
+"""The exported CSV holds what was stored, cell by cell, for Python's reader and for LibreOffice."""
+
+import csv
+import datetime
+import os
+import sqlite3
+import subprocess
+import tempfile
+import unittest
+import xml.etree.ElementTree
+import zoneinfo
+
+HEADER = ["debut", "fin", "duree_s", "categorie", "projet", "app", "domaine", "titre", "url"]
+FROM, TO = "2024-03-31", "2024-04-02"
+PARIS = zoneinfo.ZoneInfo("Europe/Paris")
+START = datetime.datetime(2024, 3, 31, tzinfo=PARIS).timestamp()  # the clock skips from 2 to 3
+END = datetime.datetime(2024, 4, 3, tzinfo=PARIS).timestamp()
+
+TEXTS = [
+    "Réunion d'été — cœur, naïveté, ŒUVRE", "dit \"oui\"", "\"", "\"\"\"", "a;b;;c", ";", "a,b",
+    "première ligne\nseconde ligne\n\nquatrième", "\n", "a\";\"b\n\";", "=1+1", "=HYPERLINK(\"x\")",
+    "+33 1 23", "-5", "@somme", "'apostrophe", "007", "1,5", "3.10", "2024-03-31", "1e5", "TRUE",
+    " espaces ", "tab\tulation", "日本語 العربية", "👩🏽‍💻 🇫🇷 e\u0301", "&amp; <b>", "%s\\n",
+    "\ufeffmarque", "x" * 5000, "", None]
+NAMES = dict(enumerate((text for text in TEXTS if text), 1))  # of projects
+
+FILTER = "Text - txt - csv (StarCalc)"
+# Separator, quote, UTF-8, first line, formats of columns, language. "Quoted field as text" keeps a
+# title from becoming a number or a formula.
+ALL_TEXT = "59,34,76,1," + "/".join(f"{column}/2" for column in range(1, 10)) + ",0,true"
+QUOTED_TEXT = "59,34,76,1,,0,true,true"
+COMMAS = f"csv:{FILTER}:44,34,76,1,,0,true,false"
+
+OFFICE = "{urn:oasis:names:tc:opendocument:xmlns:office:1.0}"
+TABLE = "{urn:oasis:names:tc:opendocument:xmlns:table:1.0}"
+
+
+def clock(instant):
+    return datetime.datetime.fromtimestamp(int(instant), PARIS).strftime("%Y-%m-%d %H:%M:%S")
+
+
+def table(path, delimiter):
+    """The header, and the rows in an order that does not depend on equal starts."""
+    with open(path, encoding="utf-8-sig", newline="") as file:
+        header, *rows = csv.reader(file, delimiter=delimiter, strict=True)
+    return header, sorted(rows)
+
+
+class CsvTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="orvanta-test-")
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.file = os.path.join(self.folder, "export.csv")
+        self.env = {**os.environ, "HOME": self.folder, "XDG_DATA_HOME": self.folder,
+                    "TZ": "Europe/Paris", "LANG": "C.UTF-8"}
+        self.export()  # makes the store
+        self.expected = []
+        self.db = sqlite3.connect(os.path.join(self.folder, "Orvanta", "orvanta.db"))
+        self.addCleanup(self.db.close)
+        with self.db:
+            self.fill()
+        self.export()
+
+    def export(self):
+        subprocess.run([os.environ["ORVANTA"], "--export", FROM, TO, self.file],
+                       env=self.env, check=True, timeout=60, stdin=subprocess.DEVNULL)
+
+    def fill(self):
+        self.db.executemany("INSERT INTO projects(id,name) VALUES (?,?)", NAMES.items())
+        for number in range(len(TEXTS)):  # every text in every column, never the same beside it
+            fields = [TEXTS[(number + shift) % len(TEXTS)] for shift in (0, 5, 11, 17)]
+            self.add(START + number * 7000.25, 59.9 + 13 * number, number + 1, *fields)
+        self.add(START - 86400, 86400 + 12, 1, "la veille", None, None, None)
+        self.add(END - 12, 86400, 1, "le lendemain", None, None, None)
+        self.add(START - 20, 20, 1, "avant", None, None, None)
+
+    def add(self, start, seconds, project, *fields):
+        end = start + seconds
+        self.db.execute(
+            "INSERT INTO events(start,end,category,project_id,app,domain,title,url) "
+            "VALUES (?,?,'étrange',?,?,?,?,?)", (start, end, project, *fields))
+        start, end = max(start, START), min(end, END)
+        if start < end:
+            app, *others = fields
+            self.expected.append(
+                [clock(start), clock(end), str(int(end - start)), "étrange",
+                 NAMES.get(project, ""), "Inconnu" if app is None else app,
+                 *(field or "" for field in others)])
+
+    def converted(self, output_filter, input_filter):
+        """What LibreOffice makes of the export."""
+        profile = "file://" + os.path.join(self.folder, "profile")
+        folder = os.path.join(self.folder, "converted")
+        run = subprocess.run(
+            ["timeout", "--kill-after=5", "60", "soffice", f"-env:UserInstallation={profile}",
+             "--headless", "--norestore", f"--infilter={FILTER}:{input_filter}",
+             "--convert-to", output_filter, "--outdir", folder, self.file],
+            env=self.env, stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        path = os.path.join(folder, "export." + output_filter.partition(":")[0])
+        self.assertTrue(os.path.exists(path), run.stdout + run.stderr)
+        return path
+
+    def compare(self, path, delimiter):
+        header, rows = table(path, delimiter)
+        self.assertEqual(header, HEADER)
+        self.assertEqual(len(rows), len(TEXTS) + 2)
+        for row, expected in zip(rows, sorted(self.expected)):
+            self.assertEqual(row, expected)
+
+    def test_python_reads_what_was_stored(self):
+        self.compare(self.file, ";")
+
+    def test_libreoffice_reads_what_was_stored(self):
+        self.compare(self.converted(COMMAS, ALL_TEXT), ",")
+
+    def test_libreoffice_sees_times_numbers_and_text(self):
+        """What the program quotes stays text, whatever it looks like; the rest can be summed."""
+        sheet = xml.etree.ElementTree.parse(self.converted("fods", QUOTED_TEXT))
+        rows = []
+        for row in sheet.iter(TABLE + "table-row"):
+            kinds = []
+            for cell in row:
+                self.assertNotIn(TABLE + "formula", cell.attrib)
+                kinds += [cell.get(OFFICE + "value-type", "string")] * int(
+                    cell.get(TABLE + "number-columns-repeated", 1))
+            rows.append(kinds)
+        spans = len(self.expected)
+        self.assertEqual(rows[:spans + 1], [["string"] * 9] +
+                         [["date", "date", "float"] + ["string"] * 6] * spans)
+
+
+if __name__ == "__main__":
+    unittest.main()
