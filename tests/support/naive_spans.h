@@ -27,8 +27,22 @@ struct NaiveSpan {
 };
 using NaiveSpans = std::vector<NaiveSpan>;
 
+inline std::vector<Rule> naiveRules(Database& db) {
+  std::vector<Rule> rules;
+  for (const auto& row :
+       db.query("SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id")) {
+    rules.push_back({.id = *row.int_("id"),
+                     .field = *row.str("field"),
+                     .pattern = *row.str("pattern"),
+                     .category = row.str("category"),
+                     .projectId = row.int_("project_id"),
+                     .priority = *row.int_("priority")});
+  }
+  return rules;
+}
+
 inline NaiveSpans naiveSpans(Database& db, double from, double to) {
-  const auto rules = loadRules(db);
+  const auto rules = naiveRules(db);
   const auto projects = loadProjects(db);
   NaiveSpans spans;
   for (const auto& row : db.query(
