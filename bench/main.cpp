@@ -5,6 +5,7 @@
 #include <map>
 #include <vector>
 
+#include "export_memory.h"
 #include "ratios.h"
 
 namespace orvanta::bench {
@@ -61,5 +62,6 @@ int main(int argc, char** argv) {
   orvanta::bench::Fastest reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   fmt::print("\n");
+  orvanta::bench::printExportMemory();
   return reporter.printRatios() ? 0 : 1;
 }

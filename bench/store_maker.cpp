@@ -63,11 +63,29 @@ double today() {
   return calendar.startOf(calendar.dateOf(wallClock()));
 }
 
-std::unique_ptr<Database> openStore(int days) {
+DataLocation storeLocation(int days) {
   const auto date = Calendar().dateOf(wallClock()).iso();
-  const auto base = std::filesystem::temp_directory_path() /
-                    fmt::format("orvanta-bench-{}-days-until-{}", days, date);
-  auto db = std::make_unique<Database>(DataLocation::under(base));
+  return DataLocation::under(std::filesystem::temp_directory_path() /
+                             fmt::format("orvanta-bench-{}-days-until-{}", days, date));
+}
+
+std::unique_ptr<Database> openStoreToChange(int days) {
+  namespace fs = std::filesystem;
+  const auto from = storeLocation(days);
+  const auto base = from.dir.parent_path().string() + "-to-change";
+  const auto to = DataLocation::under(base);
+  if (!fs::exists(to.file())) {
+    openStore(days);
+    fs::create_directories(to.dir);
+    fs::copy_file(from.file(), to.file());
+  }
+  auto db = std::make_unique<Database>(to);
+  db->setSetting("retention_days", "30");
+  return db;
+}
+
+std::unique_ptr<Database> openStore(int days) {
+  auto db = std::make_unique<Database>(storeLocation(days));
   if (db->setting("bench_made") == "1") return db;
   seedDefaults(*db, wallClock);
   db->exec("BEGIN");

@@ -16,6 +16,13 @@ inline constexpr int kDaysPerYear = 365;
 /// week, with the built-in rules, ten projects with keywords, and one idle span a night.
 std::unique_ptr<Database> openStore(int days);
 
+/// A copy of that store for changing it, with titles and addresses stripped but for the last 30
+/// days, as a retention of 30 days leaves it.
+std::unique_ptr<Database> openStoreToChange(int days);
+
+/// Where openStore() keeps its store.
+DataLocation storeLocation(int days);
+
 /// Local midnight of today, Unix seconds.
 double today();
 

@@ -200,7 +200,7 @@ void Analytics::exportCsv(const std::optional<std::string>& from,
                         calendar_.startOf(parseDate(to).plusDays(1))};
   SpanReader reader(db_);
   CsvWriter csv(calendar_, reader.projects(), write);
-  if (range.start < range.end) reader.each(range, [&](const Ev& ev) { csv.add(ev); });
+  if (range.start < range.end) reader.stream(range, [&](const Ev& ev) { csv.add(ev); });
   csv.finish();
 }
 

@@ -14,24 +14,34 @@ const OverlapQuery& query() {
 
 }  // namespace
 
-SpanReader::SpanReader(Database& db)
-    : db_(db),
-      rules_(loadRules(db)),
-      projects_(loadProjects(db)),
-      reader_(pool_),
-      classifier_(pool_, rules_, projects_) {}
+SpanReader::SpanReader(Database& db) : db_(db), rules_(loadRules(db)), projects_(loadProjects(db)) {
+  texts_.emplace(rules_, projects_);
+}
+
+Ev SpanReader::read(const Cursor& row, const TimeRange& range) {
+  auto ev = texts_->reader.read(row);
+  if (ev.start <= range.start) ev.start = range.start;
+  if (ev.end > range.end) ev.end = range.end;
+  texts_->classifier.classify(ev);
+  return ev;
+}
+
+void SpanReader::walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit) {
+  const auto args = OverlapQuery::args(range);
+  db_.scan(query().longBefore, args, visit);
+  db_.scan(query().fromShortlyBefore, args, visit);
+}
 
 void SpanReader::each(const TimeRange& range, const std::function<void(const Ev&)>& visit) {
-  const auto take = [&](const Cursor& row) {
-    auto ev = reader_.read(row);
-    if (ev.start <= range.start) ev.start = range.start;
-    if (ev.end > range.end) ev.end = range.end;
-    classifier_.classify(ev);
-    visit(ev);
-  };
-  const auto args = OverlapQuery::args(range);
-  db_.scan(query().longBefore, args, take);
-  db_.scan(query().fromShortlyBefore, args, take);
+  walk(range, [&](const Cursor& row) { visit(read(row, range)); });
+}
+
+void SpanReader::stream(const TimeRange& range, const std::function<void(const Ev&)>& visit) {
+  constexpr uint32_t kMostTexts = 50000;
+  walk(range, [&](const Cursor& row) {
+    if (texts_->pool.size() > kMostTexts) texts_.emplace(rules_, projects_);
+    visit(read(row, range));
+  });
 }
 
 std::vector<Ev> SpanReader::all(const TimeRange& range) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "base/calendar.h"
@@ -28,6 +29,10 @@ class SpanReader {
   /// the database.
   void each(const TimeRange& range, const std::function<void(const Ev&)>& visit);
 
+  /// Like each, for ranges of any length: a span and its texts are valid during its visit only, so
+  /// that the memory taken does not grow with the range.
+  void stream(const TimeRange& range, const std::function<void(const Ev&)>& visit);
+
   /// All of them, for reports that go over them more than once.
   std::vector<Ev> all(const TimeRange& range);
 
@@ -35,12 +40,22 @@ class SpanReader {
   const std::vector<Rule>& rules() const { return rules_; }
 
  private:
+  Ev read(const Cursor& row, const TimeRange& range);
+  void walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit);
+
   Database& db_;
   const std::vector<Rule> rules_;
   const Projects projects_;
-  StringPool pool_;
-  EvReader reader_;
-  Classifier classifier_;
+
+  // What grows with the number of distinct texts.
+  struct Texts {
+    Texts(const std::vector<Rule>& rules, const Projects& projects)
+        : reader(pool), classifier(pool, rules, projects) {}
+    StringPool pool;
+    EvReader reader;
+    Classifier classifier;
+  };
+  std::optional<Texts> texts_;
 };
 
 }  // namespace orvanta
