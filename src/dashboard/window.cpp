@@ -22,6 +22,7 @@ Window::Window(Listener listener)
   set_child(page_.widget());
 
   const auto keys = Gtk::ShortcutController::create();
+  keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);  // the web view takes all that comes
   keys->add_shortcut(Gtk::Shortcut::create(Gtk::ShortcutTrigger::parse_string("<Control>w"),
                                            Gtk::NamedAction::create("window.close")));
   keys->add_shortcut(Gtk::Shortcut::create(Gtk::ShortcutTrigger::parse_string("<Control>q"),

@@ -1,0 +1,209 @@
+"""The dashboard's window and the bridge between its page and the program, for real."""
+
+import os
+import signal
+import unittest
+
+from desktop import ORVANTA, Desktop, output_of, pass_time, wait_for
+from webdriver import Page
+
+WEB = os.path.join(os.path.dirname(os.path.abspath(__file__)), "page")
+
+
+def children(pid, name):
+    """The processes under this one whose program has that name."""
+    found = []
+    try:
+        if os.path.basename(os.readlink(f"/proc/{pid}/exe")).startswith(name):
+            found.append(pid)
+        with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as file:
+            grandchildren = file.read().split()
+    except FileNotFoundError:  # it ends just now
+        return found
+    for child in map(int, grandchildren):
+        found += children(child, name)
+    return found
+
+
+def proportional_kib(pid):
+    with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
+        return int(next(line for line in file if line.startswith("Pss:")).split()[1])
+
+
+class WindowTest(unittest.TestCase):
+    def setUp(self):
+        self.desktop = Desktop()
+        self.addCleanup(self.desktop.stop)
+        self.desktop.env.update(ORVANTA_WEB=WEB, XDG_STATE_HOME=self.desktop.make_folder("state"),
+                                XDG_CACHE_HOME=self.desktop.make_folder("cache"))
+        self.desktop.set_setting("onboarded", "1")
+
+    def windows(self):
+        found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Orvanta$")
+        return found.stdout.split()
+
+    def wait_for_window(self):
+        wait_for(self.windows, 20, "the window is there")
+
+    def dashboards(self):
+        return children(self.program.pid, "orvanta-dashboard")
+
+    def show(self):
+        return self.desktop.run(ORVANTA)  # a second start
+
+    def close_window(self):
+        self.desktop.focus(int(self.windows()[0]))
+        self.desktop.run("timeout", "5", "xdotool", "key", "ctrl+w")
+        wait_for(lambda: not self.windows(), 10, "the window is closed")
+
+    def test_envelopes_and_answers(self):
+        page = Page(self.desktop)
+        self.assertEqual(page.script("return getComputedStyle(document.body).padding"), "32px")
+        page.script("""
+            post({id: "7", path: "status"}); post({id: 1.5, path: "status"});
+            post({path: "status"}); post({id: 2}); post({id: 3, path: 4});
+            post("{}"); post(JSON.stringify({id: 4, path: "status"})); post(null); post([5]);
+            post({id: 10, path: "projects.list", body: null});
+            post({id: 11, path: "projects.list", body: [1]});
+            post({id: 12.0, path: "nulle.part"});
+            post({id: -13, path: "projects.save", body: {name: "Thèse “1” 🦊 </script>"}});
+            post({id: 14, path: "projects.save", body: {name: "B", archived: 1e300, id: 1}});
+            post({id: 9007199254740991, path: "projects.list"});""")
+        answers = wait_for(lambda: (lambda all: len(all) > 5 and all)(
+            page.script("return window.answers")), 10, "answers")
+        self.assertEqual(answers[:5], [
+            [10, []], [11, []], [12, {"error": "route inconnue : nulle.part"}],
+            [-13, {"ok": True, "id": 1}], [14, {"error": "nombre hors limites : archived"}]])
+        self.assertEqual([answers[5][0], answers[5][1][0]["name"]],
+                         [9007199254740991, "Thèse “1” 🦊 </script>"])
+        self.assertEqual(len(page.script("return window.answers")), 6)
+
+        # A long day, and many questions at once.
+        numbers = page.script("""
+            const asked = [...Array(200).keys()];
+            return Promise.all(asked.map(i => ask("day", {date: "2026-01-0" + (i % 9 + 1)})))
+                .then(days => days.map(day => day.date.slice(-1)));""")
+        self.assertEqual(numbers, [str(i % 9 + 1) for i in range(200)])
+        text = "x" * 10_000_000
+        self.assertEqual(page.script("return ask('rules.save', {field: 'app', "
+                                     "pattern: 'x'.repeat(10000000)})")["ok"], True)
+        self.assertEqual(page.script("return ask('rules.list').then(r => r[0].pattern.length)"),
+                         len(text))
+
+    def test_the_page_reaches_nothing_else(self):
+        page = Page(self.desktop)
+        self.assertIsNone(page.script("return window.inlineRan"))
+        for attempt in ("fetch('https://example.com/')", "fetch('page.css')",
+                        "new Promise((done, fail) => { const image = new Image();"
+                        "image.onload = done; image.onerror = fail; image.src = "
+                        "'http://127.0.0.1:%d/x.png'; })" % page.port,
+                        "new Promise((done, fail) => { const frame = document.createElement("
+                        "'script'); frame.onload = done; frame.onerror = fail; frame.src = "
+                        "'orvanta://app/../webdriver.py'; document.head.append(frame); })",
+                        "import('data:text/javascript,export default 1')",
+                        "new Promise(done => done(new Function('return 1')()))"):
+            with self.subTest(attempt), self.assertRaises(AssertionError):
+                page.script("return " + attempt)
+        self.assertIsNone(page.script("return window.open('https://example.com/')"))
+        page.script("document.getElementById('away').click(); location = 'https://example.com/';"
+                    "location = 'file:///etc/passwd'; location = 'orvanta://other/index.html'")
+        pass_time(1)
+        self.assertEqual(page.script("return location.href"), "orvanta://app/index.html")
+        self.assertEqual(len(page.request("GET", page.session + "/window/handles")), 1)
+
+    def test_routes_that_act_on_the_desktop(self):
+        page = Page(self.desktop)
+        self.assertEqual(page.ask("status")["accessibility"], True)
+        for route in ("tracker.pause", "tracker.resume", "revealData", "openURL",
+                      "permissions.openAutomation", "permissions.requestAccessibility"):
+            self.assertEqual(page.ask(route), {"ok": True}, route)
+        entry = os.path.join(self.desktop.env["XDG_CONFIG_HOME"],
+                             "autostart/fr.quellvane.orvanta.desktop")
+        self.assertEqual(page.ask("launchAtLogin")["enabled"], True)
+        self.assertTrue(os.path.exists(entry))
+
+        # The save panel: cancelled, then confirmed with the suggested name.
+        folder = self.desktop.env["HOME"]
+        for key, saved in (("Escape", False), ("Return", True)):
+            page.script("window.exported = undefined; ask('export', {from: '2026-01-01'})"
+                        ".then(answer => { window.exported = answer; })")
+            panel = wait_for(lambda: self.desktop.run(
+                "xdotool", "search", "--onlyvisible", "--name", "Exporter").stdout.split(), 15,
+                "the save panel")
+            pass_time(1)  # GTK takes no key before its first frame
+            self.desktop.focus(int(panel[-1]))
+            self.desktop.run("timeout", "5", "xdotool", "key", key)
+            answer = wait_for(lambda: page.script("return window.exported"), 15, "an answer")
+            self.assertEqual(answer, {"ok": saved})
+        self.assertIn("lumaplan_2026-01-01_2026-01-01.csv", os.listdir(folder))
+        page.script("ask('quit')")
+        wait_for(lambda: not self.windows(), 10, "the program has ended")
+
+    def test_a_dashboard_that_is_gone_is_started_afresh(self):
+        self.desktop.env["ORVANTA_LINGER_SECONDS"] = "2"
+        self.program = self.desktop.start_orvanta()
+        before = proportional_kib(self.program.pid)
+        self.assertEqual(self.dashboards(), [])
+        self.assertEqual(self.show().returncode, 0)
+        self.wait_for_window()
+        first, = self.dashboards()
+
+        os.kill(first, signal.SIGKILL)
+        wait_for(lambda: not self.windows(), 10, "the window is gone")
+        self.show()
+        self.wait_for_window()
+        second, = self.dashboards()
+        self.assertNotEqual(first, second)
+
+        os.kill(second, signal.SIGSTOP)  # it hangs
+        self.show()
+        wait_for(lambda: self.dashboards() not in ([], [second]), 20, "another takes its place")
+        self.wait_for_window()
+
+        engine = wait_for(lambda: children(self.program.pid, "WebKitWebProcess"), 10, "an engine")
+        pass_time(2)  # it is up, not on its way
+        os.kill(engine[0], signal.SIGKILL)
+        wait_for(lambda: children(self.program.pid, "WebKitWebProcess") not in ([], engine), 10,
+                 "the page is loaded again")
+
+        # Hidden, it keeps the page for a while, then gives its memory back.
+        third, = self.dashboards()
+        self.close_window()
+        self.show()
+        self.wait_for_window()
+        self.assertEqual(self.dashboards(), [third])
+        self.close_window()
+        wait_for(lambda: not self.dashboards(), 15, "the dashboard has ended")
+        after = proportional_kib(self.program.pid)
+        print(f"\nproportional memory: {before} KiB before the dashboard, {after} KiB after it")
+        if "asan" not in ORVANTA:  # its bookkeeping grows
+            self.assertLess(after, before * 1.5)
+        spans = self.desktop.spans()
+        self.assertTrue(spans, output_of(self.program))
+        self.program.send_signal(signal.SIGTERM)
+        self.assertEqual(self.program.wait(10), 0)
+
+    def test_the_size_is_remembered(self):
+        def geometry():
+            text = self.desktop.run("xdotool", "getwindowgeometry", "--shell", self.windows()[0])
+            values = dict(line.split("=") for line in text.stdout.decode().split())
+            return int(values["WIDTH"]), int(values["HEIGHT"])
+
+        self.program = self.desktop.start_orvanta()
+        self.show()
+        self.wait_for_window()
+        self.desktop.run("timeout", "5", "xdotool", "windowsize", self.windows()[0], "900", "600")
+        wait_for(lambda: geometry() == (900, 600), 10, "the new size")
+        self.close_window()
+        os.kill(self.dashboards()[0], signal.SIGKILL)
+        wait_for(lambda: not self.dashboards(), 10, "the dashboard has ended")
+        self.show()
+        self.wait_for_window()
+        self.assertEqual(geometry(), (900, 600))
+        self.desktop.run("timeout", "5", "xdotool", "windowsize", self.windows()[0], "300", "200")
+        pass_time(1)
+        self.assertGreaterEqual(geometry(), (860, 560))
+
+
+if __name__ == "__main__":
+    unittest.main()
