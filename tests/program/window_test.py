@@ -136,7 +136,7 @@ class WindowTest(unittest.TestCase):
             answer = wait_for(lambda: page.script("return window.exported"), 15, "an answer")
             self.assertEqual(answer, {"ok": saved})
         self.assertIn("lumaplan_2026-01-01_2026-01-01.csv", os.listdir(folder))
-        page.script("ask('quit')")
+        page.script("setTimeout(() => ask('quit'), 300)")
         wait_for(lambda: not self.windows(), 10, "the program has ended")
 
     def test_a_dashboard_that_is_gone_is_started_afresh(self):
