@@ -40,7 +40,7 @@ struct Router::Route {
   Json (Router::*answer)(const Body&);
 };
 
-const Router::Route Router::kRoutes[31] = {
+const std::array<Router::Route, 31> Router::kRoutes{{
     {"status", &Router::status},
     {"day", &Router::day},
     {"week", &Router::week},
@@ -72,7 +72,7 @@ const Router::Route Router::kRoutes[31] = {
     {"openURL", &Router::openUrl},
     {"revealData", &Router::revealData},
     {"quit", &Router::quit},
-};
+}};
 
 Router::Router(Parts parts, Clock clock, Calendar calendar)
     : parts_(std::move(parts)), clock_(std::move(clock)), calendar_(std::move(calendar)) {}

@@ -1,6 +1,7 @@
 // Answers requests by name.
 #pragma once
 
+#include <array>
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 #include <string_view>
@@ -41,7 +42,7 @@ class Router {
  private:
   using Json = boost::json::value;
   struct Route;
-  static const Route kRoutes[31];
+  static const std::array<Route, 31> kRoutes;
 
   // Routes that only read.
   Json status(const Body& body);

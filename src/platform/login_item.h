@@ -12,8 +12,8 @@ namespace orvanta {
 class LoginItem {
  public:
   /// `folder` is the autostart folder, `program` what is started.
-  LoginItem(std::filesystem::path folder, std::filesystem::path program)
-      : file_(std::move(folder) / "fr.quellvane.orvanta.desktop"), program_(std::move(program)) {}
+  LoginItem(const std::filesystem::path& folder, std::filesystem::path program)
+      : file_(folder / "fr.quellvane.orvanta.desktop"), program_(std::move(program)) {}
 
   /// That of this user and of the running program.
   static LoginItem ofUser();
