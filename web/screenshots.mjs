@@ -2,7 +2,7 @@
 //   node screenshots.mjs [--out DIR] [--all]
 // Without --all only those that docs/screenshots keeps. Needs Chromium; ImageMagick makes them small.
 import { execFileSync } from "node:child_process";
-import { mkdir, mkdtemp, rm } from "node:fs/promises";
+import { mkdir, mkdtemp, rm, writeFile } from "node:fs/promises";
 import { tmpdir } from "node:os";
 import { dirname, join, resolve } from "node:path";
 import { fileURLToPath } from "node:url";
@@ -33,8 +33,8 @@ const views = {
     key: "r",
     act: async (page) => {
       await page.keyboard.press("n");
-      await page.getByLabel("contient").fill("lemonde");
-      await page.getByLabel("Catégorie", { exact: true }).last().selectOption("autre");
+      await page.locator("dialog input").fill("lemonde");
+      await page.locator("dialog select").nth(1).selectOption("autre");
       await page.waitForSelector(".preview li");
     },
   },
@@ -51,6 +51,13 @@ const kept = (view, theme, size) =>
 const folder = await mkdtemp(join(tmpdir(), "orvanta-demo-"));
 await build({ out: folder, demo: true });
 await mkdir(out, { recursive: true });
+// The font that GNOME gives as "system-ui", where it is installed (Debian: fonts-inter).
+await writeFile(
+  join(folder, "fonts.conf"),
+  `<fontconfig><include>/etc/fonts/fonts.conf</include><match target="pattern">
+   <edit name="family" mode="prepend" binding="strong"><string>Inter</string></edit></match></fontconfig>`,
+);
+process.env.FONTCONFIG_FILE = join(folder, "fonts.conf");
 const server = await serve(folder);
 const { browser, open } = await openDemo(server.address);
 for (const [theme, colorScheme] of [["clair", "light"], ["sombre", "dark"]]) {
@@ -64,7 +71,7 @@ for (const [theme, colorScheme] of [["clair", "light"], ["sombre", "dark"]]) {
       await page.waitForTimeout(250);
       const file = join(out, `${name}-${theme}-${viewport.width}x${viewport.height}.png`);
       await page.screenshot({ path: file });
-      execFileSync("convert", [file, "-strip", "-colors", "128", `PNG8:${file}`]);
+      execFileSync("convert", [file, "-strip", "+dither", "-colors", "160", `PNG8:${file}`]);
       await page.context().close();
       console.log(file);
     }

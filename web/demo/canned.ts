@@ -11,6 +11,7 @@ export interface Canned {
   /** Unix seconds when the page is opened; the clock goes on from there. */
   now: number;
   spans: Span[];
+  minBlockSeconds?: number;
   onboarded?: boolean;
   accessibility?: boolean;
   projects?: ProjectRow[];
@@ -66,7 +67,7 @@ export function cannedBridge(canned: Canned): Bridge {
   const settings: Settings = {
     idle_threshold: "180",
     min_span_seconds: "10",
-    min_block_seconds: "60",
+    min_block_seconds: String(canned.minBlockSeconds ?? 60),
     privacy_mode: "full",
     excluded_domains: '["banque.example"]',
     retention_days: "0",

@@ -107,7 +107,8 @@ export function month(now: number, days = 31): Span[] {
     const lunch = session(at(8.6 + next() * 0.6), at(12.2 + next() * 0.4), work, 0.09);
     const back = at(13.3 + next() * 0.5);
     add(lunch, back, { app: "Inactif", idle: true });
-    session(back, at(17.6 + next() * 1.3), work, 0.12);
+    const done = session(back, at(17.6 + next() * 1.3), work, 0.12);
+    add(done, done + 600, { app: "Inactif", idle: true });
     if (next() < 0.55) session(at(20.4 + next() * 0.4), at(21.4 + next() * 1.4), evening, 0.15);
   }
   // What Camille assigned by hand.

@@ -37,6 +37,7 @@ export async function openDemo(address) {
   const open = async ({ query = "", ...options } = {}) => {
     const context = await browser.newContext({ locale: "fr-FR", timezoneId: "Europe/Paris", ...options });
     const page = await context.newPage();
+    page.setDefaultTimeout(10_000);
     page.on("pageerror", (error) => errors.push(String(error)));
     page.on("console", (message) => message.type() === "error" && errors.push(message.text()));
     await page.goto(`${address}${query}`);

@@ -63,19 +63,21 @@ const thin = 2;
 export function bars(segments: readonly Segment[], lane: Category, view: View, width: number): Bar[] {
   const scale = width / (view.to - view.from);
   const result: Bar[] = [];
+  let lastThin = false;
   for (const segment of segments) {
     if (segment.end <= view.from || segment.start >= view.to) continue;
-    if ((laneOf(segment)) !== lane) continue;
+    if (laneOf(segment) !== lane) continue;
     const x = Math.max(0, (segment.start - view.from) * scale);
     const end = Math.min(width, (segment.end - view.from) * scale);
     const last = result[result.length - 1];
-    const touches = last && x - (last.x + last.width) < 1;
-    if (last && touches && (end - x < thin || last.width < thin)) {
+    const isThin = end - x < thin;
+    if (last && isThin && lastThin && x - (last.x + last.width) < 1) {
       last.width = Math.max(end - last.x, last.width);
       last.segments.push(segment);
     } else {
       result.push({ x, width: end - x, segments: [segment] });
     }
+    lastThin = isThin;
   }
   for (const bar of result) bar.width = Math.max(bar.width, 1);
   return result;

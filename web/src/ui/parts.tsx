@@ -68,6 +68,7 @@ export function CategoryLegend({ byCategory, chosen, onChoose }: LegendProps) {
     <ul class="legend">
       {categories.map((cat) => {
         const seconds = byCategory[cat] ?? 0;
+        if (seconds === 0 && chosen !== cat) return null;
         const content = (
           <>
             <CategoryMark cat={cat} />
@@ -114,8 +115,15 @@ interface ShareListProps {
   onChoose?: (key: string) => void;
 }
 
+const narrow = matchMedia("(max-width: 1020px)");
+
+/** How many entries a list shows before it is opened: fewer where three lists stand side by side. */
+export function shownEntries(): number {
+  return narrow.matches ? 3 : 6;
+}
+
 /** Who had how much of the time, longest first, each with a bar as long as its share of the longest. */
-export function ShareList({ title, rows, total, empty, shown = 6, chosen, onChoose }: ShareListProps) {
+export function ShareList({ title, rows, total, empty, shown = shownEntries(), chosen, onChoose }: ShareListProps) {
   const [all, setAll] = useState(false);
   const longest = rows[0]?.duration ?? 0;
   const visible = all ? rows.slice(0, 500) : rows.slice(0, shown);

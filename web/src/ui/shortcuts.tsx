@@ -1,4 +1,4 @@
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { load, save } from "../model/stored";
 import { Dialog } from "./dialog";
 
@@ -28,6 +28,14 @@ const groups: Group[] = [
     ],
   },
   {
+    title: "Partout",
+    keys: [
+      ["/", "Rechercher"],
+      ["Maj + P", "Mettre en pause, reprendre"],
+      ["?", "Cette aide"],
+    ],
+  },
+  {
     title: "Blocs du jour",
     keys: [
       ["↑ ↓", "Aller d’un bloc à l’autre"],
@@ -49,14 +57,6 @@ const groups: Group[] = [
       ["+ −", "Agrandir, réduire"],
       ["Z", "Voir toute l’activité"],
       ["Ctrl + molette", "Agrandir autour du pointeur"],
-    ],
-  },
-  {
-    title: "Partout",
-    keys: [
-      ["/", "Rechercher"],
-      ["Maj + P", "Mettre en pause, reprendre"],
-      ["?", "Cette aide"],
     ],
   },
 ];
@@ -128,7 +128,7 @@ function takesKeys(target: EventTarget | null, key: string): boolean {
 export function useShortcuts(handlers: Record<string, () => boolean | void>): void {
   const latest = useRef(handlers);
   latest.current = handlers;
-  useEffect(() => {
+  useLayoutEffect(() => {
     const onKey = (event: KeyboardEvent) => {
       if (event.defaultPrevented || event.ctrlKey || event.metaKey || event.altKey) return;
       const name = keyName(event);

@@ -41,9 +41,9 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
       )}
       {recap && !nothing && (
         <>
-          <Tiles recap={recap} onOpenDay={onOpenDay} isCurrent={isCurrent} />
+          <Tiles recap={recap} onOpenDay={onOpenDay} />
           <section class="versus" aria-label="Catégories des deux semaines">
-            <WeekBar name={isCurrent ? "Cette semaine" : "Cette semaine-là"} week={recap.current} longest={Math.max(recap.current.active, recap.previous.active)} />
+            <WeekBar name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"} week={recap.current} longest={Math.max(recap.current.active, recap.previous.active)} />
             <WeekBar name="La précédente" week={recap.previous} longest={Math.max(recap.current.active, recap.previous.active)} />
             <CategoryLegend byCategory={recap.current.by_category} />
           </section>
@@ -61,15 +61,14 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
 
 interface TilesProps {
   recap: RecapReport;
-  isCurrent: boolean;
   onOpenDay: (day: string) => void;
 }
 
-function Tiles({ recap: { current, previous }, isCurrent, onOpenDay }: TilesProps) {
+function Tiles({ recap: { current, previous }, onOpenDay }: TilesProps) {
   const best = current.best_day;
   return (
     <dl class="tiles">
-      <Tile name="Temps actif" value={duration(current.active)} change={current.active - previous.active} before={duration(previous.active)} note={isCurrent ? "semaine en cours" : undefined} />
+      <Tile name="Temps actif" value={duration(current.active)} change={current.active - previous.active} before={duration(previous.active)} />
       <Tile name="Moyenne par jour actif" value={duration(current.avg_per_day)} change={current.avg_per_day - previous.avg_per_day} before={duration(previous.avg_per_day)} note={`${current.days_active} j, contre ${previous.days_active} j`} />
       <Tile name="Plus longue session" value={duration(current.longest_session)} change={current.longest_session - previous.longest_session} before={duration(previous.longest_session)} note="sans inactivité" />
       <div class="tile">

@@ -2,7 +2,7 @@ import type { PeriodProps } from "../app";
 import type { WeekReport } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
-import { addDays, capitalize, clock, duration, mondayOf, plainDay, shortDay, weekName, weekdayShort } from "../model/time";
+import { addDays, capitalize, clock, duration, mondayOf, plainDay, weekName, weekdayShort } from "../model/time";
 import { CategoryBar, CategoryLegend, Empty, Failure, projectRows, ShareList } from "../ui/parts";
 import { openCalendar, PeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
@@ -98,19 +98,13 @@ function Chart({ week, today, onOpenDay }: { week: WeekReport; today: string; on
       <ol>
         {week.days.map((day) => {
           const parts = categories.filter((cat) => (day.by_category[cat] ?? 0) > 0);
-          const spoken = [
-            plainDay(day.date),
-            day.active > 0 ? `${duration(day.active)} actif` : "rien",
-            ...parts.map((cat) => `${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`),
-            day.first !== null && day.last !== null ? `de ${clock(day.first)} à ${clock(day.last)}` : null,
-          ];
           return (
             <li key={day.date}>
               <button
                 type="button"
                 class={day.date === today ? "week-day today" : "week-day"}
                 disabled={day.date > today}
-                aria-label={spoken.filter(Boolean).join(", ")}
+                title={capitalize(plainDay(day.date))}
                 onClick={() => onOpenDay(day.date)}
               >
                 <span class="week-column">
@@ -124,10 +118,13 @@ function Chart({ week, today, onOpenDay }: { week: WeekReport; today: string; on
                   ))}
                 </span>
                 <span class="week-name">
-                  <b>{capitalize(weekdayShort(day.date))}</b> {shortDay(day.date)}
+                  <b>{capitalize(weekdayShort(day.date))}</b> {Number(day.date.slice(8))}
                 </span>
                 <b class="week-active">{day.active > 0 ? duration(day.active) : "–"}</b>
                 <span class="quiet">{day.first !== null && day.last !== null ? `${clock(day.first)} – ${clock(day.last)}` : "\u00a0"}</span>
+                <span class="sr-only">
+                  {parts.map((cat) => `, ${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`).join("")}
+                </span>
               </button>
             </li>
           );

@@ -36,6 +36,8 @@ export function AssignBar({ day, blocks, range, projects, why, onAssign, onRange
 
   const total = range ? range.end - range.start : blocks.reduce((sum, block) => sum + block.duration, 0);
   const one = !range && blocks.length === 1 ? blocks[0] : undefined;
+  const toAutomatic = category === null && projectId === null;
+  const isAutomatic = !range && blocks.every((block) => !block.manual);
   const open = projects.filter((project) => !project.archived || project.id === projectId);
 
   const chooseProject = (id: number | null) => {
@@ -96,8 +98,8 @@ export function AssignBar({ day, blocks, range, projects, why, onAssign, onRange
             </option>
           ))}
         </select>
-        <button type="submit" class="button primary">
-          {category === null && projectId === null ? "Rendre automatique" : "Assigner"}
+        <button type="submit" class="button primary" disabled={toAutomatic && isAutomatic}>
+          {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
         </button>
         {one && (
           <button type="button" class="button" onClick={() => onRule(patternOf(one))}>

@@ -130,15 +130,6 @@ interface RowProps {
 
 function Row({ id, block, project, index, count, selected, active, onClick, onOpen }: RowProps) {
   const { domain, app, title, idle } = block;
-  const label = [
-    `${clock(block.start)} à ${clock(block.end)}`,
-    duration(block.duration),
-    idle ? "Inactif" : domain ?? app,
-    idle ? null : categoryLabel(block.cat),
-    project?.name,
-    block.manual ? "assigné à la main" : null,
-    title ? clip(title, 120) : null,
-  ];
   return (
     <div
       id={id}
@@ -147,7 +138,6 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
       aria-selected={selected}
       aria-posinset={index + 1}
       aria-setsize={count}
-      aria-label={label.filter(Boolean).join(", ")}
       style={{ transform: `translateY(${index * rowHeight}px)` }}
       onClick={onClick}
       onDblClick={onOpen}
@@ -157,7 +147,10 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
         <span class="quiet"> – {clock(block.end)}</span>
       </span>
       <span class="block-duration">{duration(block.duration)}</span>
-      <CategoryMark cat={block.cat} />
+      <span class="block-mark">
+        <CategoryMark cat={block.cat} />
+        {!idle && <span class="sr-only">{categoryLabel(block.cat)}</span>}
+      </span>
       {idle ? (
         <span class="block-what quiet">Inactif</span>
       ) : (
@@ -166,7 +159,7 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
             <Foreign text={domain ?? app} length={80} />
           </b>
           {domain && (
-            <span class="quiet">
+            <span class="quiet block-app">
               <Foreign text={app} length={40} />
             </span>
           )}
@@ -184,7 +177,12 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
         </span>
       )}
       <span class="block-manual" title={block.manual ? "Assigné à la main" : undefined}>
-        {block.manual && <Icon name="hand" />}
+        {block.manual && (
+          <>
+            <Icon name="hand" />
+            <span class="sr-only">Assigné à la main</span>
+          </>
+        )}
       </span>
     </div>
   );

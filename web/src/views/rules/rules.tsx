@@ -72,7 +72,6 @@ export function RulesView({ today }: { today: Day }) {
       <div class="view-head">
         <h1>Règles</h1>
         <p class="quiet">Une règle classe tout ce qui la contient, le passé compris. La plus longue l’emporte.</p>
-        <span class="spacer" />
         <button type="button" class="button" onClick={() => setRestoring(true)}>
           Rétablir les règles intégrées
         </button>

@@ -70,6 +70,14 @@ export function NumberField({ label, help, unit, setting, value, onSave }: Numbe
   return (
     <Row label={label} help={help} htmlFor={id}>
       <span class="with-unit">
+        <span class="saved" role="status">
+          {saved && (
+            <>
+              <Icon name="check" />
+              <span class="sr-only">Enregistré</span>
+            </>
+          )}
+        </span>
         <input
           id={id}
           class="input number"
@@ -92,14 +100,6 @@ export function NumberField({ label, help, unit, setting, value, onSave }: Numbe
           }}
         />
         <span class="unit">{unit}</span>
-        <span class="saved" role="status">
-          {saved && (
-            <>
-              <Icon name="check" />
-              <span class="sr-only">Enregistré</span>
-            </>
-          )}
-        </span>
       </span>
       <span class="field-error" id={`${id}-error`} role="alert">
         {error}
