@@ -28,6 +28,8 @@ const work: Activity[] = [
   [1, "Firefox", "docs.google.com", ["Compte rendu — comité du 12 novembre - Google Docs"], 120, 1200],
   [1, "LibreOffice Writer", null, ["Devis 2026-041 Mairie de Saint-Herblain.odt — LibreOffice Writer"], 300, 2400],
   [1, "Firefox", "mairie-saint-herblain.fr", ["Ville de Saint-Herblain – Démarches en ligne"], 60, 800],
+  [2, "Fichiers", null, ["Factures 2026", "Photos de l’atelier"], 40, 500],
+  [1, "Visionneur de documents", null, ["cahier-des-charges-v4-définitif.pdf"], 60, 900],
   [1, "Firefox", "intranet.atelier-cmd.fr", ["Planning de production – Atelier CMD"], 60, 700],
 ];
 const pause: Activity[] = [

@@ -84,7 +84,7 @@ function Page() {
       <div class="body">
         <Header status={status.answer} onToggle={togglePause} />
         <main class="main" data-scroller tabIndex={-1} key={place.view}>
-          {status.error && !status.answer && <Failure text={status.error} retry={status.reload} />}
+          {status.error && <Failure text={status.error} retry={status.reload} />}
           {status.answer && <Banners status={status.answer} />}
           {place.view === "day" && <DayView {...period} status={status.answer} />}
           {place.view === "week" && <WeekView {...period} />}

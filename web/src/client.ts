@@ -63,7 +63,7 @@ export function useClient(): Client {
 }
 
 export interface Loaded<T> {
-  /** The last answer; while another day loads, still the one before. */
+  /** The last answer; while the one to other arguments is awaited, still the one before. */
   answer: T | undefined;
   error: string | undefined;
   reload: () => void;
@@ -81,8 +81,10 @@ export function useAnswer<R extends Route>(route: R, body: Body<R>, seconds = 0)
 
   useEffect(() => {
     let latest = 0;
+    let pending = 0;
     const load = async () => {
       const turn = ++latest;
+      pending += 1;
       try {
         const answer = await client.call(route, body);
         if (turn === latest) setState({ answer });
@@ -90,9 +92,11 @@ export function useAnswer<R extends Route>(route: R, body: Body<R>, seconds = 0)
         const text = errorText(error);
         if (turn === latest) setState((old) => ({ ...old, error: text }));
       }
+      pending -= 1;
     };
     const whenVisible = () => {
-      if (document.visibilityState === "visible") void load();
+      // A program that is slow to answer is not asked twice.
+      if (document.visibilityState === "visible" && pending === 0) void load();
     };
     reload.current = () => void load();
     void load();

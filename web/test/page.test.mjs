@@ -40,7 +40,16 @@ for (const colorScheme of ["light", "dark"]) {
   test(`nothing for axe to complain about, ${colorScheme}`, async () => {
     const page = await open("&blind", { colorScheme, reducedMotion: "reduce" });
     const found = [];
-    const check = async (what) => found.push(...(await violations(page)).map((text) => `${what}: ${text}`));
+    const check = async (what) => {
+      found.push(...(await violations(page)).map((text) => `${what}: ${text}`));
+      // French sets no-break spaces inside its quotes and before its tall punctuation.
+      const breaks = await page.evaluate(() => {
+        const copy = document.body.cloneNode(true);
+        for (const foreign of copy.querySelectorAll("bdi, option")) foreign.remove();
+        return copy.textContent.match(/.{0,20}(?: [:;!?»]|« ).{0,10}/g) ?? [];
+      });
+      found.push(...breaks.map((text) => `${what}: a breaking space in ${text}`));
+    };
     for (const key of "jsbprg") {
       await page.keyboard.press(key);
       await page.waitForTimeout(120);
@@ -216,20 +225,24 @@ test("a day of 2,000 blocks appears in under 100 ms of script and draws only wha
   await session.send("Performance.enable");
   const scripted = async () => {
     const { metrics } = await session.send("Performance.getMetrics");
-    return 1000 * metrics.filter(({ name }) => /^(ScriptDuration|LayoutDuration|RecalcStyleDuration)$/.test(name)).reduce((sum, { value }) => sum + value, 0);
+    return 1000 * metrics.find(({ name }) => name === "ScriptDuration").value;
   };
   const away = async (key, day) => {
     await page.keyboard.press(key);
     await page.waitForFunction((name) => document.querySelector("h1").textContent.startsWith(name), day);
     await page.waitForTimeout(300);
   };
-  await away("ArrowLeft", "Mercredi");
-  const before = await scripted();
-  await away("ArrowRight", "Jeudi");
-  const spent = (await scripted()) - before;
-  console.log(`day of 2,000 blocks: ${spent.toFixed(0)} ms of script, style and layout`);
+  // The best of three: other programs run on this machine too.
+  const spent = [];
+  for (let turn = 0; turn < 3; turn++) {
+    await away("ArrowLeft", "Mercredi");
+    const before = await scripted();
+    await away("ArrowRight", "Jeudi");
+    spent.push((await scripted()) - before);
+  }
+  console.log(`day of 2,000 blocks: ${spent.map((ms) => ms.toFixed(0)).join(", ")} ms of script`);
   assert.match(plain(await page.locator(".list-tools h2").innerText()), /2 000 blocs/);
-  assert.ok(spent < 250, "made-up answers included, on a busy machine");
+  assert.ok(Math.min(...spent) < 100);
   assert.ok((await page.locator(".block").count()) < 60);
   await page.getByRole("listbox").focus();
   await page.keyboard.press("End");

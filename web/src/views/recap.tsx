@@ -12,7 +12,8 @@ import { useShortcuts } from "../ui/shortcuts";
 export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
   const monday = mondayOf(day);
   const isCurrent = monday === mondayOf(today);
-  const { answer: recap, error, reload } = useAnswer("recap", { date: monday }, isCurrent ? 60 : 0);
+  const { answer, error, reload } = useAnswer("recap", { date: monday }, isCurrent ? 60 : 0);
+  const recap = error && answer?.monday !== monday ? undefined : answer;
   useShortcuts({ c: openCalendar });
   const nothing = recap && recap.current.active === 0 && recap.previous.active === 0;
   return (
@@ -40,7 +41,7 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
         </Empty>
       )}
       {recap && !nothing && (
-        <>
+        <div class={recap.monday === monday ? "" : "stale"}>
           <Tiles recap={recap} onOpenDay={onOpenDay} />
           <section class="versus" aria-label="Catégories des deux semaines">
             <WeekBar name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"} week={recap.current} longest={Math.max(recap.current.active, recap.previous.active)} />
@@ -53,7 +54,7 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
             <Changes title="Projets" recap={recap} dimension="project" />
             <Changes title="Applications" recap={recap} dimension="app" />
           </div>
-        </>
+        </div>
       )}
     </div>
   );

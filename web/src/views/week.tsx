@@ -10,7 +10,8 @@ import { useShortcuts } from "../ui/shortcuts";
 export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
   const monday = mondayOf(day);
   const isCurrent = monday === mondayOf(today);
-  const { answer: week, error, reload } = useAnswer("week", { date: monday }, isCurrent ? 60 : 0);
+  const { answer, error, reload } = useAnswer("week", { date: monday }, isCurrent ? 60 : 0);
+  const week = error && answer?.monday !== monday ? undefined : answer;
   useShortcuts({ c: openCalendar });
   const active = week ? week.days.reduce((sum, one) => sum + one.active, 0) : 0;
   const daysActive = week ? week.days.filter((one) => one.active > 0).length : 0;
@@ -38,7 +39,7 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
         </Empty>
       )}
       {week && active > 0 && (
-        <>
+        <div class={week.monday === monday ? "" : "stale"}>
           <section class="summary" aria-label="Résumé de la semaine">
             <p class="hero">
               <b>{duration(active)}</b>
@@ -69,7 +70,7 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
               shown={12}
             />
           </div>
-        </>
+        </div>
       )}
     </div>
   );

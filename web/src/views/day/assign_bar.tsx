@@ -1,4 +1,4 @@
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useEffect, useState } from "preact/hooks";
 import type { Block, Day, Project, RuleRow } from "../../bridge/routes";
 import { assignable, categoryLabel, isAssignable } from "../../model/categories";
 import type { Target } from "../../model/changes";
@@ -135,11 +135,9 @@ interface RangeFieldsProps {
 function RangeFields({ day, range, onRange }: RangeFieldsProps) {
   const [texts, setTexts] = useState({ start: clock(range.start), end: clock(range.end) });
   const [wrong, setWrong] = useState("");
-  const form = useRef<HTMLSpanElement>(null);
-  useEffect(() => {
-    setTexts({ start: clock(range.start), end: clock(range.end) });
-    setWrong("");
-  }, [range.start, range.end]);
+  // Each on its own: leaving one field must not take back what is being typed in the other.
+  useEffect(() => setTexts((old) => ({ ...old, start: clock(range.start) })), [range.start]);
+  useEffect(() => setTexts((old) => ({ ...old, end: clock(range.end) })), [range.end]);
 
   // An end that was not typed over keeps its seconds.
   const read = (text: string, was: number) => {
@@ -174,7 +172,7 @@ function RangeFields({ day, range, onRange }: RangeFieldsProps) {
     />
   );
   return (
-    <span class="range-fields" ref={form}>
+    <span class="range-fields">
       <span>De</span>
       {field("start", "Début de la plage")}
       <span>à</span>

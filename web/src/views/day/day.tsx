@@ -26,7 +26,9 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const client = useClient();
   const attempt = useAttempt();
   const notify = useNotice();
-  const { answer: report, error, reload } = useAnswer("day", { date: day }, day === today ? 10 : 0);
+  const { answer, error, reload } = useAnswer("day", { date: day }, day === today ? 10 : 0);
+  // Another day's report stands in for the moment that its successor takes, not for one that fails.
+  const report = error && answer?.date !== day ? undefined : answer;
   const rules = useAnswer("rules.list", {});
   const [selection, setSelection] = useState<Selection>(nothing);
   const [range, setRange] = useState<Range | null>(null);
@@ -77,6 +79,9 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
         details: change.learned.map(learnedText),
         undo: change.undo,
       });
+      if (document.activeElement?.closest(".assign")) {
+        list.current?.querySelector<HTMLElement>(".blocks")?.focus({ preventScroll: true });
+      }
       clear();
     });
   // One key gives a category and leaves the project that was given by hand.
@@ -124,7 +129,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
         <EmptyDay isToday={isToday} paused={status?.paused ?? false} onToday={() => onDay(today)} />
       )}
       {report && totals && (blocks.length > 0 || totals.active > 0) && (
-        <>
+        <div class={report.date === day ? "" : "stale"}>
           <Summary report={report} chosen={filter.cat} onChoose={(cat) => flip("cat", cat)} />
           <Timeline
             report={report}
@@ -176,7 +181,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               )}
             </section>
           </div>
-        </>
+        </div>
       )}
       {(range || selected.length > 0) && (
         <AssignBar

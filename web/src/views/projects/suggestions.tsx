@@ -28,12 +28,17 @@ export function Suggestions() {
   const accept = (suggestion: Suggestion) =>
     attempt(async () => {
       const { field, name: pattern, project_id, project } = suggestion;
-      const rule = await client.call("rules.save", { field, pattern, category: null, project_id });
+      // Saving replaces a rule on the same text; its category stays.
+      const rules = await client.call("rules.list", {});
+      const old = rules.find((rule) => rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase());
+      const category = old?.category ?? null;
+      const rule = await client.call("rules.save", { field, pattern, category, project_id });
       notify({
         text: `${clip(pattern, 60)} va désormais à ${clip(project, 60)}.`,
         details: [`Règle créée : ${fieldLabel(field).toLowerCase()} contient « ${clip(pattern, 60)} ».`],
         undo: async () => {
-          await client.call("rules.delete", { id: rule.id });
+          if (old) await client.call("rules.save", { field, pattern, category, project_id: old.project_id });
+          else await client.call("rules.delete", { id: rule.id });
         },
       });
     });
