@@ -60,7 +60,10 @@ await writeFile(
 process.env.FONTCONFIG_FILE = join(folder, "fonts.conf");
 const server = await serve(folder);
 const { browser, open } = await openDemo(server.address);
-for (const [theme, colorScheme] of [["clair", "light"], ["sombre", "dark"]]) {
+for (const [theme, colorScheme] of [
+  ["clair", "light"],
+  ["sombre", "dark"],
+]) {
   for (const [size, viewport] of Object.entries(sizes)) {
     for (const [name, { key, query, act }] of Object.entries(views)) {
       if (!values.all && !kept(name, theme, size)) continue;

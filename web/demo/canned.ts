@@ -1,11 +1,24 @@
 // Answers the page from made-up data, and remembers what it is told until the page is closed.
 import { type Bridge, unwrap } from "../src/bridge/bridge";
 import type {
-  Body, DayReport, LearnedRule, Project, ProjectRow, RecapReport, Route, Routes, RuleField, RuleRow, Settings, WeekReport, WeekSummary,
+  Body,
+  DayReport,
+  LearnedRule,
+  Project,
+  ProjectRow,
+  RecapReport,
+  Route,
+  Routes,
+  RuleField,
+  RuleRow,
+  Settings,
+  WeekReport,
+  WeekSummary,
 } from "../src/bridge/routes";
 import { addDays, dayOf, instant, isDay, mondayOf } from "../src/model/time";
 import { month, type Span } from "./person";
 import { blocks, classify, type Classified, ordered, segments, totals } from "./reports";
+import { people, seededRules } from "./seeds";
 
 export interface Canned {
   /** Unix seconds when the page is opened; the clock goes on from there. */
@@ -20,49 +33,21 @@ export interface Canned {
 
 type Handlers = { [R in Route]: (body: Body<R>) => Routes[R][1] | { error: string } };
 
-export const people: ProjectRow[] = [
-  [1, "Boutique Lumière", "#3b82f6", "travail", 0, "lumiere, lumière"],
-  [2, "Mairie de Saint-Herblain", "#d9622b", "travail", 0, "saint-herblain, mairie"],
-  [3, "Atelier CMD", "#0e9aa7", "travail", 0, "atelier-cmd"],
-  [4, "Mémoire de typographie", "#8b5fd6", "autre", 0, "mémoire, typographi"],
-  [5, "Portfolio 2025", "#64748b", "travail", 1, ""],
-].map(([id, name, color, category, archived, keywords]) => ({ id, name, color, category, archived, keywords }) as ProjectRow);
-
-const seeds: Record<string, Partial<Record<RuleField, string>>> = {
-  travail: {
-    domain: "github.com stackoverflow.com developer.mozilla.org figma.com docs.google.com localhost slack.com notion.so gitlab.com npmjs.com",
-    app: "Slack Code Terminal Thunderbird Figma Obsidian Zotero LibreOffice",
-    url: "wp-admin elementor",
-  },
-  loisir: {
-    domain: "youtube.com arte.tv leboncoin.fr netflix.com twitch.tv lemonde.fr france.tv deezer.com",
-    app: "Spotify Steam Netflix Podcasts",
-  },
-  autre: {
-    domain: "sncf-connect.com meteofrance.com web.whatsapp.com impots.gouv.fr doctolib.fr laposte.fr ameli.fr",
-    app: "Messages WhatsApp Calculatrice Finder",
-  },
-};
-
-function seededRules(): RuleRow[] {
-  const rules: RuleRow[] = [];
-  for (const [category, byField] of Object.entries(seeds)) {
-    for (const [field, patterns] of Object.entries(byField)) {
-      for (const pattern of patterns.split(" ")) {
-        rules.push({ id: rules.length + 1, field: field as RuleField, pattern, category, project_id: null, priority: -10, created: 0 });
-      }
-    }
-  }
-  return rules;
-}
-
 export function cannedBridge(canned: Canned): Bridge {
   const opened = Date.now();
   const now = () => canned.now + (Date.now() - opened) / 1000;
   const spans = [...canned.spans];
   let projects = (canned.projects ?? people).map((project) => ({ ...project }));
   let rules = seededRules();
-  rules.push({ id: 200, field: "domain", pattern: "intranet.atelier-cmd.fr", category: "travail", project_id: 3, priority: 0, created: 0 });
+  rules.push({
+    id: 200,
+    field: "domain",
+    pattern: "intranet.atelier-cmd.fr",
+    category: "travail",
+    project_id: 3,
+    priority: 0,
+    created: 0,
+  });
   let lastId = 1000;
   const settings: Settings = {
     idle_threshold: "180",
@@ -72,29 +57,51 @@ export function cannedBridge(canned: Canned): Bridge {
     excluded_domains: '["banque.example"]',
     retention_days: "0",
   };
-  const state = { paused: false, onboarded: canned.onboarded ?? true, telemetry: false, login: true, project: null as number | null, since: null as number | null };
+  const state = {
+    paused: false,
+    onboarded: canned.onboarded ?? true,
+    telemetry: false,
+    login: true,
+    project: null as number | null,
+    since: null as number | null,
+  };
   const browsers: Record<string, "ok" | "denied"> = { "org.mozilla.firefox": "ok" };
 
   const asProjects = (): Project[] =>
-    projects.map((p) => ({ id: p.id, name: p.name, color: p.color ?? "#3b82f6", category: p.category ?? "travail", archived: p.archived === 1, keywords: p.keywords ?? "" }));
+    projects.map((p) => ({
+      id: p.id,
+      name: p.name,
+      color: p.color ?? "#3b82f6",
+      category: p.category ?? "travail",
+      archived: p.archived === 1,
+      keywords: p.keywords ?? "",
+    }));
   const between = (from: number, to: number): Classified[] => {
     const [inOrder, all] = [ordered(rules), asProjects()];
     return spans
       .filter((span) => span.end > from && span.start < to)
-      .map((span) => classify({ ...span, start: Math.max(span.start, from), end: Math.min(span.end, to) }, inOrder, all));
+      .map((span) =>
+        classify({ ...span, start: Math.max(span.start, from), end: Math.min(span.end, to) }, inOrder, all),
+      );
   };
   const bounds = (date: string) => ({ start: instant(date, 0, 0), end: instant(addDays(date, 1), 0, 0) });
   const dateOf = (body: { date?: string }) => (isDay(body.date) ? body.date : dayOf(now()));
   const firstAndLast = (list: Classified[]) => {
     const active = list.filter((span) => !span.idle);
-    return { first: active[0]?.start ?? null, last: active.length > 0 ? Math.max(...active.map((span) => span.end)) : null };
+    return {
+      first: active[0]?.start ?? null,
+      last: active.length > 0 ? Math.max(...active.map((span) => span.end)) : null,
+    };
   };
 
   const day = (date: string): DayReport => {
     const { start, end } = bounds(date);
     const list = between(start, end);
     return {
-      date, start, end, ...firstAndLast(list),
+      date,
+      start,
+      end,
+      ...firstAndLast(list),
       segments: segments(list),
       blocks: blocks(list, Number(settings.min_block_seconds)),
       totals: totals(list, asProjects()),
@@ -109,7 +116,12 @@ export function cannedBridge(canned: Canned): Bridge {
       const { start, end } = bounds(addDays(monday, i));
       const list = between(start, end);
       const sums = totals(list, []);
-      return { date: addDays(monday, i), active: sums.active, by_category: sums.by_category, ...firstAndLast(list) };
+      return {
+        date: addDays(monday, i),
+        active: sums.active,
+        by_category: sums.by_category,
+        ...firstAndLast(list),
+      };
     });
     return { monday, days, by_category, by_project };
   };
@@ -140,14 +152,35 @@ export function cannedBridge(canned: Canned): Bridge {
   // A habit is the same assignment on two days.
   const learn = (ids: Set<number>, category: string | null, project: number | null): LearnedRule[] => {
     const learned: LearnedRule[] = [];
-    const keys = new Map(spans.filter(({ id }) => ids.has(id)).map((span) => [span.domain ?? span.app, span] as const));
+    const keys = new Map(
+      spans.filter(({ id }) => ids.has(id)).map((span) => [span.domain ?? span.app, span] as const),
+    );
     for (const [pattern, { domain }] of keys) {
       const field = domain === null ? "app" : "domain";
-      const known = rules.some((rule) => rule.priority >= 0 && rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase());
-      const alike = spans.filter((span) => (span.domain ?? span.app) === pattern && span.category === category && span.projectId === project);
+      const known = rules.some(
+        (rule) =>
+          rule.priority >= 0 && rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase(),
+      );
+      const alike = spans.filter(
+        (span) =>
+          (span.domain ?? span.app) === pattern && span.category === category && span.projectId === project,
+      );
       if (known || new Set(alike.map(({ start }) => dayOf(start))).size < 2) continue;
-      rules.push({ id: ++lastId, field, pattern, category, project_id: project, priority: 0, created: now() });
-      learned.push({ field, pattern, category, project: projects.find(({ id }) => id === project)?.name ?? null });
+      rules.push({
+        id: ++lastId,
+        field,
+        pattern,
+        category,
+        project_id: project,
+        priority: 0,
+        created: now(),
+      });
+      learned.push({
+        field,
+        pattern,
+        category,
+        project: projects.find(({ id }) => id === project)?.name ?? null,
+      });
     }
     return learned;
   };
@@ -158,7 +191,16 @@ export function cannedBridge(canned: Canned): Bridge {
       const last = spans.filter((span) => span.start <= now()).at(-1);
       return {
         paused: state.paused,
-        current: last && !state.paused ? { app: last.app, domain: last.domain, title: last.title, idle: last.idle, duration: now() - last.start } : null,
+        current:
+          last && !state.paused
+            ? {
+                app: last.app,
+                domain: last.domain,
+                title: last.title,
+                idle: last.idle,
+                duration: now() - last.start,
+              }
+            : null,
         now: now(),
         accessibility: canned.accessibility ?? true,
         current_project: state.project,
@@ -176,21 +218,39 @@ export function cannedBridge(canned: Canned): Bridge {
     week: (body) => week(dateOf(body)),
     recap: (body) => recap(dateOf(body)),
     suggestions: () => {
-      const taken = new Set(rules.filter(({ project_id }) => project_id !== null).map(({ pattern }) => pattern));
-      const wanted = [["gallica.bnf.fr", "domain", 4], ["LibreOffice Writer", "app", 2]] as const;
+      const taken = new Set(
+        rules.filter(({ project_id }) => project_id !== null).map(({ pattern }) => pattern),
+      );
+      const wanted = [
+        ["gallica.bnf.fr", "domain", 4],
+        ["LibreOffice Writer", "app", 2],
+      ] as const;
       return wanted.flatMap(([name, field, id]) => {
         const project = projects.find((candidate) => candidate.id === id);
         if (!project || taken.has(name)) return [];
-        return [{ name, field, duration: 7260 / id + 3600, project_id: id, project: project.name, color: project.color ?? "" }];
+        return [
+          {
+            name,
+            field,
+            duration: 7260 / id + 3600,
+            project_id: id,
+            project: project.name,
+            color: project.color ?? "",
+          },
+        ];
       });
     },
-    "projects.list": () => [...projects].sort((a, b) => (a.archived ?? 0) - (b.archived ?? 0) || (a.name < b.name ? -1 : 1)),
+    "projects.list": () =>
+      [...projects].sort((a, b) => (a.archived ?? 0) - (b.archived ?? 0) || (a.name < b.name ? -1 : 1)),
     "projects.save": ({ id, archived, ...fields }) => {
       const name = fields.name.trim();
       if (name === "") return { error: "nom manquant" };
       const same = projects.some((project) => project.name === name && project.id !== id);
       if (id !== undefined) {
-        if (!same) projects = projects.map((project) => (project.id === id ? { ...project, ...fields, name, archived: archived ?? 0 } : project));
+        if (!same)
+          projects = projects.map((project) =>
+            project.id === id ? { ...project, ...fields, name, archived: archived ?? 0 } : project,
+          );
         return { ok: true, id };
       }
       if (same) return { error: "un projet porte déjà ce nom" };
@@ -206,7 +266,9 @@ export function cannedBridge(canned: Canned): Bridge {
     "rules.list": () => ordered(rules),
     "rules.save": (rule) => {
       if (rule.pattern.trim() === "") return { error: "règle invalide" };
-      rules = rules.filter((old) => old.field !== rule.field || old.pattern.toLowerCase() !== rule.pattern.toLowerCase());
+      rules = rules.filter(
+        (old) => old.field !== rule.field || old.pattern.toLowerCase() !== rule.pattern.toLowerCase(),
+      );
       rules.push({ ...rule, id: ++lastId, priority: 0, created: now() });
       return { ok: true, id: lastId };
     },
@@ -215,7 +277,9 @@ export function cannedBridge(canned: Canned): Bridge {
       return ok;
     },
     "rules.defaults": () => {
-      const missing = seededRules().filter((seed) => !rules.some((rule) => rule.field === seed.field && rule.pattern === seed.pattern));
+      const missing = seededRules().filter(
+        (seed) => !rules.some((rule) => rule.field === seed.field && rule.pattern === seed.pattern),
+      );
       rules.push(...missing.map((rule) => ({ ...rule, id: ++lastId })));
       return { ok: true, added: missing.length };
     },
@@ -223,7 +287,8 @@ export function cannedBridge(canned: Canned): Bridge {
       if (ids.length === 0) return { error: "aucun bloc" };
       const chosen = new Set(ids);
       const [cat, project] = clear ? [null, null] : [category ?? null, project_id ?? null];
-      for (const span of spans) if (chosen.has(span.id)) Object.assign(span, { category: cat, projectId: project });
+      for (const span of spans)
+        if (chosen.has(span.id)) Object.assign(span, { category: cat, projectId: project });
       return clear ? ok : { ok: true, learned: learn(chosen, cat, project) };
     },
     "events.assignRange": ({ start, end, category, project_id }) => {
@@ -231,7 +296,12 @@ export function cannedBridge(canned: Canned): Bridge {
       for (const span of touched) {
         if (span.start < start) spans.push({ ...span, id: ++lastId, end: start });
         if (span.end > end) spans.push({ ...span, id: ++lastId, start: end });
-        Object.assign(span, { start: Math.max(span.start, start), end: Math.min(span.end, end), category, projectId: project_id });
+        Object.assign(span, {
+          start: Math.max(span.start, start),
+          end: Math.min(span.end, end),
+          category,
+          projectId: project_id,
+        });
       }
       spans.sort((a, b) => a.start - b.start);
       return ok;
@@ -257,7 +327,12 @@ export function cannedBridge(canned: Canned): Bridge {
       ],
       browsers: { ...browsers },
       launch_at_login: state.login,
-      probes: { foreground: "wlr-foreign-toplevel", idle: "ext-idle-notify", inhibition: "logind", session: "logind" },
+      probes: {
+        foreground: "wlr-foreign-toplevel",
+        idle: "ext-idle-notify",
+        inhibition: "logind",
+        session: "logind",
+      },
     }),
     "permissions.requestAccessibility": () => ok,
     "permissions.testBrowser": ({ bundle }) => {

@@ -13,5 +13,6 @@ if (query.has("blind")) canned.accessibility = false;
 if (query.has("empty")) Object.assign(canned, { spans: [], projects: [] });
 if (query.has("hostile")) attack(canned);
 const blocks = Number(query.get("blocks"));
-if (blocks > 0) Object.assign(canned, { spans: restless(canned.now, blocks, canned.spans), minBlockSeconds: 5 });
+if (blocks > 0)
+  Object.assign(canned, { spans: restless(canned.now, blocks, canned.spans), minBlockSeconds: 5 });
 start(cannedBridge(canned));

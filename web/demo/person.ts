@@ -13,20 +13,91 @@ export interface Span {
   projectId: number | null;
 }
 
-type Activity = [weight: number, app: string, domain: string | null, titles: string[], shortest: number, longest: number];
+type Activity = [
+  weight: number,
+  app: string,
+  domain: string | null,
+  titles: string[],
+  shortest: number,
+  longest: number,
+];
 
 const work: Activity[] = [
-  [9, "Code", null, ["panier.ts — boutique-lumiere", "livraison.test.ts — boutique-lumiere", "README.md — boutique-lumiere", "schema.sql — atelier-cmd"], 240, 2700],
-  [4, "Terminal", null, ["npm run test — boutique-lumiere", "git rebase -i origin/main", "ssh préprod.lumiere"], 40, 500],
-  [4, "Firefox", "github.com", ["Corriger l’arrondi de la TVA au panier par camille · Pull Request #214 · lumiere/boutique", "Issues · lumiere/boutique"], 60, 900],
+  [
+    9,
+    "Code",
+    null,
+    [
+      "panier.ts — boutique-lumiere",
+      "livraison.test.ts — boutique-lumiere",
+      "README.md — boutique-lumiere",
+      "schema.sql — atelier-cmd",
+    ],
+    240,
+    2700,
+  ],
+  [
+    4,
+    "Terminal",
+    null,
+    ["npm run test — boutique-lumiere", "git rebase -i origin/main", "ssh préprod.lumiere"],
+    40,
+    500,
+  ],
+  [
+    4,
+    "Firefox",
+    "github.com",
+    [
+      "Corriger l’arrondi de la TVA au panier par camille · Pull Request #214 · lumiere/boutique",
+      "Issues · lumiere/boutique",
+    ],
+    60,
+    900,
+  ],
   [3, "Firefox", "localhost", ["Boutique Lumière – Panier", "Boutique Lumière – Paiement"], 40, 600],
-  [2, "Firefox", "developer.mozilla.org", ["Intl.NumberFormat - JavaScript | MDN", "<dialog> : l’élément boîte de dialogue - HTML | MDN"], 60, 420],
-  [2, "Firefox", "stackoverflow.com", ["typescript - Why does Object.keys return string[]? - Stack Overflow"], 40, 300],
-  [2, "Firefox", "figma.com", ["Lumière — Maquettes du paiement v3 (validées par Aurélie, à intégrer avant vendredi) – Figma"], 120, 1500],
+  [
+    2,
+    "Firefox",
+    "developer.mozilla.org",
+    ["Intl.NumberFormat - JavaScript | MDN", "<dialog> : l’élément boîte de dialogue - HTML | MDN"],
+    60,
+    420,
+  ],
+  [
+    2,
+    "Firefox",
+    "stackoverflow.com",
+    ["typescript - Why does Object.keys return string[]? - Stack Overflow"],
+    40,
+    300,
+  ],
+  [
+    2,
+    "Firefox",
+    "figma.com",
+    ["Lumière — Maquettes du paiement v3 (validées par Aurélie, à intégrer avant vendredi) – Figma"],
+    120,
+    1500,
+  ],
   [3, "Slack", null, ["#projet-lumière - Quellvane - Slack", "Aurélie Lefèvre (MP) - Slack"], 30, 420],
-  [3, "Thunderbird", null, ["Boîte de réception — camille@exemple.fr", "Re: Devis refonte du site de la mairie de Saint-Herblain"], 60, 700],
+  [
+    3,
+    "Thunderbird",
+    null,
+    ["Boîte de réception — camille@exemple.fr", "Re: Devis refonte du site de la mairie de Saint-Herblain"],
+    60,
+    700,
+  ],
   [1, "Firefox", "docs.google.com", ["Compte rendu — comité du 12 novembre - Google Docs"], 120, 1200],
-  [1, "LibreOffice Writer", null, ["Devis 2026-041 Mairie de Saint-Herblain.odt — LibreOffice Writer"], 300, 2400],
+  [
+    1,
+    "LibreOffice Writer",
+    null,
+    ["Devis 2026-041 Mairie de Saint-Herblain.odt — LibreOffice Writer"],
+    300,
+    2400,
+  ],
   [1, "Firefox", "mairie-saint-herblain.fr", ["Ville de Saint-Herblain – Démarches en ligne"], 60, 800],
   [2, "Fichiers", null, ["Factures 2026", "Photos de l’atelier"], 40, 500],
   [1, "Visionneur de documents", null, ["cahier-des-charges-v4-définitif.pdf"], 60, 900],
@@ -34,7 +105,14 @@ const work: Activity[] = [
 ];
 const pause: Activity[] = [
   [3, "Firefox", "lemonde.fr", ["Le Monde.fr - Actualités et Infos en France et dans le monde"], 60, 700],
-  [3, "Firefox", "youtube.com", ["Restaurer une presse typographique de 1890 (de A à Z, sans parler) - YouTube"], 120, 1500],
+  [
+    3,
+    "Firefox",
+    "youtube.com",
+    ["Restaurer une presse typographique de 1890 (de A à Z, sans parler) - YouTube"],
+    120,
+    1500,
+  ],
   [1, "Firefox", "leboncoin.fr", ["Vélos Pays de la Loire - leboncoin"], 60, 600],
   [2, "Firefox", "meteofrance.com", ["Météo Nantes (44000) - Prévisions à 10 jours"], 30, 120],
   [1, "Firefox", "sncf-connect.com", ["Nantes → Rennes, vendredi 27 novembre | SNCF Connect"], 90, 600],
@@ -45,7 +123,14 @@ const evening: Activity[] = [
   [4, "Firefox", "arte.tv", ["La Minute vieille - Séries et fictions | ARTE"], 900, 3000],
   [3, "Inkscape", null, ["affiche-mémoire-typographie.svg - Inkscape"], 600, 2700],
   [2, "Zotero", null, ["Mémoire M2 — bibliographie - Zotero"], 200, 1500],
-  [1, "Firefox", "gallica.bnf.fr", ["Manuel typographique : utile aux gens de lettres (Fournier, 1764) | Gallica"], 200, 1500],
+  [
+    1,
+    "Firefox",
+    "gallica.bnf.fr",
+    ["Manuel typographique : utile aux gens de lettres (Fournier, 1764) | Gallica"],
+    200,
+    1500,
+  ],
   [1, "Steam", null, ["Steam"], 600, 2400],
 ];
 
@@ -95,6 +180,9 @@ export function month(now: number, days = 31): Span[] {
     return at;
   };
 
+  // The computer notices that nobody is there before it goes to sleep.
+  const away = (from: number) => add(from, from + 600, { app: "Inactif", idle: true });
+
   for (let ago = days - 1; ago >= 0; ago--) {
     const day = new Date(midnight);
     day.setDate(day.getDate() - ago);
@@ -102,20 +190,20 @@ export function month(now: number, days = 31): Span[] {
     const weekday = (day.getDay() + 6) % 7;
     if (weekday === 6 && next() < 0.5) continue;
     if (weekday >= 5) {
-      session(at(10.5 + next()), at(11.4 + next()), evening, 0.4);
-      session(at(20.5), at(21 + next() * 1.5), evening, 0.2);
+      away(session(at(10.5 + next()), at(11.4 + next()), evening, 0.4));
+      away(session(at(20.5), at(21 + next() * 1.5), evening, 0.2));
       continue;
     }
     const lunch = session(at(8.6 + next() * 0.6), at(12.2 + next() * 0.4), work, 0.09);
     const back = at(13.3 + next() * 0.5);
     add(lunch, back, { app: "Inactif", idle: true });
-    const done = session(back, at(17.6 + next() * 1.3), work, 0.12);
-    add(done, done + 600, { app: "Inactif", idle: true });
-    if (next() < 0.55) session(at(20.4 + next() * 0.4), at(21.4 + next() * 1.4), evening, 0.15);
+    away(session(back, at(17.6 + next() * 1.3), work, 0.12));
+    if (next() < 0.55) away(session(at(20.4 + next() * 0.4), at(21.4 + next() * 1.4), evening, 0.15));
   }
   // What Camille assigned by hand.
   for (const span of spans) {
-    if (span.app === "Inkscape" && span.id % 3 === 0) Object.assign(span, { category: "travail", projectId: 4 });
+    if (span.app === "Inkscape" && span.id % 3 === 0)
+      Object.assign(span, { category: "travail", projectId: 4 });
   }
   return spans;
 }

@@ -1,5 +1,14 @@
 // The reports over made-up spans: enough of what the program does for the page to be lived in.
-import type { AppTime, Block, ByCategory, Cat, Project, RuleRow, Segment, Totals } from "../src/bridge/routes";
+import type {
+  AppTime,
+  Block,
+  ByCategory,
+  Cat,
+  Project,
+  RuleRow,
+  Segment,
+  Totals,
+} from "../src/bridge/routes";
 import type { Span } from "./person";
 
 export interface Classified extends Span {
@@ -8,7 +17,9 @@ export interface Classified extends Span {
 }
 
 export function ordered(rules: readonly RuleRow[]): RuleRow[] {
-  return [...rules].sort((a, b) => b.priority - a.priority || b.pattern.length - a.pattern.length || a.id - b.id);
+  return [...rules].sort(
+    (a, b) => b.priority - a.priority || b.pattern.length - a.pattern.length || a.id - b.id,
+  );
 }
 
 export function classify(span: Span, rules: readonly RuleRow[], projects: readonly Project[]): Classified {
@@ -23,9 +34,11 @@ export function classify(span: Span, rules: readonly RuleRow[], projects: readon
   }
   if (pid === null) {
     const haystack = `${values.title} ${values.domain} ${values.app}`.toLowerCase();
-    const keywords = (project: Project) => project.keywords.split(",").map((word) => word.trim().toLowerCase());
+    const keywords = (project: Project) =>
+      project.keywords.split(",").map((word) => word.trim().toLowerCase());
     const found = projects.find(
-      (project) => !project.archived && keywords(project).some((word) => word.length >= 3 && haystack.includes(word)),
+      (project) =>
+        !project.archived && keywords(project).some((word) => word.length >= 3 && haystack.includes(word)),
     );
     pid = found?.id ?? null;
   }
@@ -106,7 +119,19 @@ export function blocks(spans: readonly Classified[], minSeconds: number): Block[
       last.ids.push(span.id);
     } else {
       const manual = !idle && (span.category !== null || span.projectId !== null);
-      result.push({ start, end, duration: end - start, app, domain, cat, pid, idle, ids: [span.id], manual, title: span.title });
+      result.push({
+        start,
+        end,
+        duration: end - start,
+        app,
+        domain,
+        cat,
+        pid,
+        idle,
+        ids: [span.id],
+        manual,
+        title: span.title,
+      });
     }
   }
   return result.filter((block) => block.idle || block.duration >= minSeconds);

@@ -1,7 +1,7 @@
 // Data that no person makes and every page must bear.
 import type { Canned } from "./canned";
-import { people } from "./canned";
 import type { Span } from "./person";
+import { people } from "./seeds";
 
 const texts = [
   "<script>hit=1</script>",

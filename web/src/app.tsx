@@ -80,7 +80,12 @@ function Page() {
   }
   return (
     <div class="shell">
-      <Sidebar view={place.view} version={status.answer?.version} onView={(view) => go({ view })} onHelp={() => setHelp(true)} />
+      <Sidebar
+        view={place.view}
+        version={status.answer?.version}
+        onView={(view) => go({ view })}
+        onHelp={() => setHelp(true)}
+      />
       <div class="body">
         <Header status={status.answer} onToggle={togglePause} />
         <main class="main" data-scroller tabIndex={-1} key={place.view}>
@@ -91,7 +96,9 @@ function Page() {
           {place.view === "recap" && <RecapView {...period} />}
           {place.view === "projects" && <ProjectsView />}
           {place.view === "rules" && <RulesView today={today} />}
-          {place.view === "settings" && <SettingsView status={status.answer} today={today} onWelcome={() => setWelcome(true)} />}
+          {place.view === "settings" && (
+            <SettingsView status={status.answer} today={today} onWelcome={() => setWelcome(true)} />
+          )}
         </main>
       </div>
       {help && <ShortcutHelp onClose={() => setHelp(false)} />}
@@ -167,9 +174,7 @@ function Banners({ status }: { status: Status }) {
       )}
       {update && (
         <div class="banner">
-          <p>
-            Orvanta {update.version} est disponible.
-          </p>
+          <p>Orvanta {update.version} est disponible.</p>
           <button
             type="button"
             class="button small"

@@ -10,14 +10,25 @@ import { build as bundle } from "esbuild";
 const here = dirname(fileURLToPath(import.meta.url));
 
 function run(...args) {
-  const { status } = spawnSync(process.execPath, args, { cwd: join(here, ".."), stdio: "inherit", env: { ...process.env, TZ: "Europe/Paris" } });
+  const { status } = spawnSync(process.execPath, args, {
+    cwd: join(here, ".."),
+    stdio: "inherit",
+    env: { ...process.env, TZ: "Europe/Paris" },
+  });
   return status === 0;
 }
 
 async function units() {
   const folder = await mkdtemp(join(tmpdir(), "orvanta-units-"));
   const files = (await readdir(here)).filter((name) => name.endsWith(".test.ts"));
-  await bundle({ entryPoints: files.map((name) => join(here, name)), outdir: folder, outExtension: { ".js": ".mjs" }, bundle: true, platform: "node", format: "esm" });
+  await bundle({
+    entryPoints: files.map((name) => join(here, name)),
+    outdir: folder,
+    outExtension: { ".js": ".mjs" },
+    bundle: true,
+    platform: "node",
+    format: "esm",
+  });
   const passed = run("--test", ...files.map((name) => join(folder, name.replace(".ts", ".mjs"))));
   await rm(folder, { recursive: true });
   return passed;

@@ -1,12 +1,34 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { addDays, addMonths, clip, clock, dayOf, duration, durationChange, instant, isDay, mondayOf, readClock, share, weekName } from "../src/model/time";
+import {
+  addDays,
+  addMonths,
+  clip,
+  clock,
+  dayOf,
+  duration,
+  durationChange,
+  instant,
+  isDay,
+  mondayOf,
+  readClock,
+  share,
+  weekName,
+} from "../src/model/time";
 
 const plain = (text: string) => text.replace(/[\u00a0\u202f]/g, " ");
 
 test("durations read as in the menu", () => {
   const cases: [number, string][] = [
-    [0, "0 s"], [59.4, "59 s"], [59.6, "1 min"], [119, "1 min"], [3599, "59 min"], [3600, "1 h 00"], [3725, "1 h 02"], [7325, "2 h 02"], [360000, "100 h 00"],
+    [0, "0 s"],
+    [59.4, "59 s"],
+    [59.6, "1 min"],
+    [119, "1 min"],
+    [3599, "59 min"],
+    [3600, "1 h 00"],
+    [3725, "1 h 02"],
+    [7325, "2 h 02"],
+    [360000, "100 h 00"],
   ];
   for (const [seconds, text] of cases) {
     assert.equal(plain(duration(seconds)), text);
@@ -29,7 +51,8 @@ test("days go on across months, years and changes of the clock", () => {
   assert.equal(addMonths("2026-03-15", -3), "2025-12-15");
   assert.equal(mondayOf("2026-11-22"), "2026-11-16");
   assert.equal(mondayOf("2026-11-16"), "2026-11-16");
-  for (const text of ["2026-02-29", "2026-13-01", "26-1-1", "", null, 20260101]) assert.equal(isDay(text), false, String(text));
+  for (const text of ["2026-02-29", "2026-13-01", "26-1-1", "", null, 20260101])
+    assert.equal(isDay(text), false, String(text));
   // In Paris the 29th of March has 23 hours and the 25th of October 25.
   assert.equal(instant("2026-03-30", 0, 0) - instant("2026-03-29", 0, 0), 23 * 3600);
   assert.equal(instant("2026-10-26", 0, 0) - instant("2026-10-25", 0, 0), 25 * 3600);
@@ -45,7 +68,16 @@ test("weeks are named without saying a month twice", () => {
 
 test("a time of day is read as people write it", () => {
   const cases: [string, string | null][] = [
-    ["9:05", "9:5"], ["09h30", "9:30"], ["9 h", "9:0"], ["0905", "9:5"], ["14.15", "14:15"], ["24:00", null], ["9:60", null], ["neuf", null], ["", null], ["123456", null],
+    ["9:05", "9:5"],
+    ["09h30", "9:30"],
+    ["9 h", "9:0"],
+    ["0905", "9:5"],
+    ["14.15", "14:15"],
+    ["24:00", null],
+    ["9:60", null],
+    ["neuf", null],
+    ["", null],
+    ["123456", null],
   ];
   for (const [text, expected] of cases) {
     const time = readClock(text);

@@ -38,7 +38,9 @@ async function ruleIds(client: Client, learned: LearnedRule[]): Promise<number[]
   if (learned.length === 0) return [];
   const names = new Set(learned.map((rule) => `${rule.field}|${rule.pattern}`));
   const rules = await client.call("rules.list", {});
-  return rules.filter((rule) => rule.priority >= 0 && names.has(`${rule.field}|${rule.pattern}`)).map(({ id }) => id);
+  return rules
+    .filter((rule) => rule.priority >= 0 && names.has(`${rule.field}|${rule.pattern}`))
+    .map(({ id }) => id);
 }
 
 async function forget(client: Client, ids: number[]): Promise<void> {
@@ -46,7 +48,11 @@ async function forget(client: Client, ids: number[]): Promise<void> {
   learnedRules.remove(ids);
 }
 
-export async function assignBlocks(client: Client, blocks: readonly Block[], target: Target): Promise<Change> {
+export async function assignBlocks(
+  client: Client,
+  blocks: readonly Block[],
+  target: Target,
+): Promise<Change> {
   const before = new Map<string, { target: Target; ids: number[] }>();
   for (const block of blocks) {
     const was = assigned(block);
@@ -55,7 +61,11 @@ export async function assignBlocks(client: Client, blocks: readonly Block[], tar
     group.ids.push(...block.ids);
     before.set(key, group);
   }
-  const learned = await assignIds(client, blocks.flatMap((block) => block.ids), target);
+  const learned = await assignIds(
+    client,
+    blocks.flatMap((block) => block.ids),
+    target,
+  );
   const rules = await ruleIds(client, learned);
   learnedRules.add(rules);
   return {

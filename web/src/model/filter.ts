@@ -20,7 +20,10 @@ export function fold(text: string): string {
 }
 
 export function isFiltering(filter: Filter): boolean {
-  return filter.text.trim() !== "" || [filter.cat, filter.project, filter.app, filter.domain].some((part) => part !== null);
+  return (
+    filter.text.trim() !== "" ||
+    [filter.cat, filter.project, filter.app, filter.domain].some((part) => part !== null)
+  );
 }
 
 export function filterBlocks(blocks: readonly Block[], filter: Filter): readonly Block[] {

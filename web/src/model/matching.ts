@@ -59,7 +59,8 @@ export type Reason =
 export function reason(block: Block, rules: readonly RuleRow[], projects: readonly Project[]): Reason {
   if (block.manual) return { kind: "manual" };
   const rule = rules.find(
-    (candidate) => matches(candidate, block) && (candidate.category === block.cat || candidate.project_id === block.pid),
+    (candidate) =>
+      matches(candidate, block) && (candidate.category === block.cat || candidate.project_id === block.pid),
   );
   if (rule && (rule.category || rule.project_id !== null)) return { kind: "rule", rule };
   const project = projects.find(({ id }) => id === block.pid);

@@ -21,10 +21,19 @@ export type Dimension = "category" | "project" | "app";
 
 function items(totals: Totals, dimension: Dimension): Item[] {
   if (dimension === "category") {
-    return categories.map((cat) => ({ key: cat, name: categoryLabel(cat), duration: totals.by_category[cat] ?? 0 }));
+    return categories.map((cat) => ({
+      key: cat,
+      name: categoryLabel(cat),
+      duration: totals.by_category[cat] ?? 0,
+    }));
   }
   if (dimension === "project") {
-    return totals.by_project.map(({ id, name, color, duration }) => ({ key: String(id), name, color, duration }));
+    return totals.by_project.map(({ id, name, color, duration }) => ({
+      key: String(id),
+      name,
+      color,
+      duration,
+    }));
   }
   return totals.apps.map(({ name, duration }) => ({ key: name, name, duration }));
 }

@@ -18,7 +18,9 @@ export function isSelected(selection: Selection, block: Block): boolean {
 }
 
 export function selectedBlocks(selection: Selection, blocks: readonly Block[]): Block[] {
-  return selection.ids.size === 0 ? [] : blocks.filter((block) => !block.idle && isSelected(selection, block));
+  return selection.ids.size === 0
+    ? []
+    : blocks.filter((block) => !block.idle && isSelected(selection, block));
 }
 
 /** Where a remembered block is now; -1 when it is gone. */

@@ -32,7 +32,11 @@ export function readDomain(text: string): string | null {
     .replace(/[/?#:].*$/, "")
     .replace(/^\*?\.+|\.+$/g, "")
     .replace(/^www\./, "");
-  return /^[\p{L}\p{N}]([\p{L}\p{N}_-]*[\p{L}\p{N}])?(\.[\p{L}\p{N}]([\p{L}\p{N}_-]*[\p{L}\p{N}])?)*$/u.test(host) ? host : null;
+  return /^[\p{L}\p{N}]([\p{L}\p{N}_-]*[\p{L}\p{N}])?(\.[\p{L}\p{N}]([\p{L}\p{N}_-]*[\p{L}\p{N}])?)*$/u.test(
+    host,
+  )
+    ? host
+    : null;
 }
 
 /** The list that a setting holds as JSON; empty when it holds anything else. */

@@ -109,8 +109,8 @@ function formatter(options: Intl.DateTimeFormatOptions): (day: Day) => string {
 export const longDay = formatter({ weekday: "long", day: "numeric", month: "long", year: "numeric" });
 /** "jeudi 19 novembre" */
 export const plainDay = formatter({ weekday: "long", day: "numeric", month: "long" });
-/** "19 nov." */
-export const shortDay = formatter({ day: "numeric", month: "short" });
+/** "jeudi 19": enough within a week */
+export const dayInWeek = formatter({ weekday: "long", day: "numeric" });
 /** "19 novembre 2026" */
 export const dateOnly = formatter({ day: "numeric", month: "long", year: "numeric" });
 /** "novembre 2026" */
@@ -135,6 +135,7 @@ export function capitalize(text: string): string {
 /** At most `length` characters, never half of one; what is cut shows as "…". */
 export function clip(text: string, length: number): string {
   if (text.length <= length) return text;
-  const cut = text.charCodeAt(length - 1) >= 0xd800 && text.charCodeAt(length - 1) < 0xdc00 ? length - 1 : length;
+  const cut =
+    text.charCodeAt(length - 1) >= 0xd800 && text.charCodeAt(length - 1) < 0xdc00 ? length - 1 : length;
   return `${text.slice(0, cut)}…`;
 }

@@ -11,7 +11,8 @@ const narrowest = 10 * 60;
 
 /** What there is to see, on whole hours, at least ten of them where the day has as many. */
 export function fit(day: View, first: UnixTime | null, last: UnixTime | null): View {
-  if (first === null || last === null) return clamp({ from: day.from + 8 * hour, to: day.from + 19 * hour }, day);
+  if (first === null || last === null)
+    return clamp({ from: day.from + 8 * hour, to: day.from + 19 * hour }, day);
   const down = (time: UnixTime) => day.from + Math.floor((time - day.from) / hour) * hour;
   let from = down(first);
   let to = down(last - 1) + hour;
@@ -93,7 +94,9 @@ export function laneOf(segment: Segment): Category {
 /** Bars as one path: two thousand of them cost the page a single element. */
 export function path(rects: readonly { x: number; width: number }[], y: number, height: number): string {
   const round = (n: number) => Math.round(n * 100) / 100;
-  return rects.map(({ x, width }) => `M${round(x)} ${y}h${round(width)}v${height}h${round(-width)}z`).join("");
+  return rects
+    .map(({ x, width }) => `M${round(x)} ${y}h${round(width)}v${height}h${round(-width)}z`)
+    .join("");
 }
 
 /** Index of the segment at an instant, or of the nearest one that is at most `slack` seconds away. */

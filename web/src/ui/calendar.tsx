@@ -1,6 +1,15 @@
 import { useEffect, useId, useRef, useState } from "preact/hooks";
 import type { Day } from "../bridge/routes";
-import { addDays, addMonths, capitalize, firstOfMonth, longDay, mondayOf, monthName, weekday } from "../model/time";
+import {
+  addDays,
+  addMonths,
+  capitalize,
+  firstOfMonth,
+  longDay,
+  mondayOf,
+  monthName,
+  weekday,
+} from "../model/time";
 import { Icon, type IconName } from "./icons";
 
 interface CalendarProps {
@@ -16,7 +25,9 @@ function Calendar({ day, today, onPick }: CalendarProps) {
   const heading = useId();
   const first = firstOfMonth(cursor);
   const start = mondayOf(first);
-  const weeks = [0, 1, 2, 3, 4, 5].map((week) => [0, 1, 2, 3, 4, 5, 6].map((i) => addDays(start, week * 7 + i)));
+  const weeks = [0, 1, 2, 3, 4, 5].map((week) =>
+    [0, 1, 2, 3, 4, 5, 6].map((i) => addDays(start, week * 7 + i)),
+  );
 
   useEffect(() => {
     grid.current?.querySelector<HTMLElement>('[tabindex="0"]')?.focus();
@@ -44,7 +55,12 @@ function Calendar({ day, today, onPick }: CalendarProps) {
   return (
     <div class="calendar">
       <div class="calendar-head">
-        <button type="button" class="button ghost square" aria-label="Mois précédent" onClick={() => move(addMonths(cursor, -1))}>
+        <button
+          type="button"
+          class="button ghost square"
+          aria-label="Mois précédent"
+          onClick={() => move(addMonths(cursor, -1))}
+        >
           <Icon name="left" />
         </button>
         <span id={heading} aria-live="polite">

@@ -71,7 +71,11 @@ export function Confirm({ title, children, action, danger, onConfirm, onClose }:
         <button type="button" class="button" onClick={onClose}>
           Annuler
         </button>
-        <button type="button" class={danger ? "button danger" : "button primary"} onClick={() => void confirm()}>
+        <button
+          type="button"
+          class={danger ? "button danger" : "button primary"}
+          onClick={() => void confirm()}
+        >
           {action}
         </button>
       </footer>

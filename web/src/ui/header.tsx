@@ -59,8 +59,7 @@ function CurrentProject({ status }: { status: Status }) {
   const projects = useAnswer("projects.list", {});
   const active = (projects.answer ?? []).filter(({ archived }: ProjectRow) => archived !== 1);
   const known = active.some(({ id }) => id === status.current_project);
-  const since =
-    status.current_project_since === null ? "" : `Depuis ${clock(status.current_project_since)}`;
+  const since = status.current_project_since === null ? "" : `Depuis ${clock(status.current_project_since)}`;
   return (
     <label class="select-label" title={known ? since : "Les prochaines activités iront à ce projet."}>
       <span class="hide-narrow">Je travaille sur</span>

@@ -47,7 +47,11 @@ export function CategoryBar({ byCategory }: { byCategory: ByCategory }) {
         const seconds = byCategory[cat] ?? 0;
         return (
           seconds > 0 && (
-            <span key={cat} class={`fill ${categoryClass(cat)}`} style={{ flexGrow: String(seconds / total) }} />
+            <span
+              key={cat}
+              class={`fill ${categoryClass(cat)}`}
+              style={{ flexGrow: String(seconds / total) }}
+            />
           )
         );
       })}
@@ -102,7 +106,12 @@ export interface ShareRow {
 }
 
 export function projectRows(projects: readonly ProjectTime[]): ShareRow[] {
-  return projects.map(({ id, name, color, duration: seconds }) => ({ key: String(id), name, color, duration: seconds }));
+  return projects.map(({ id, name, color, duration: seconds }) => ({
+    key: String(id),
+    name,
+    color,
+    duration: seconds,
+  }));
 }
 
 interface ShareListProps {
@@ -123,7 +132,15 @@ export function shownEntries(): number {
 }
 
 /** Who had how much of the time, longest first, each with a bar as long as its share of the longest. */
-export function ShareList({ title, rows, total, empty, shown = shownEntries(), chosen, onChoose }: ShareListProps) {
+export function ShareList({
+  title,
+  rows,
+  total,
+  empty,
+  shown = shownEntries(),
+  chosen,
+  onChoose,
+}: ShareListProps) {
   const [all, setAll] = useState(false);
   const longest = rows[0]?.duration ?? 0;
   const visible = all ? rows.slice(0, 500) : rows.slice(0, shown);
@@ -149,7 +166,12 @@ export function ShareList({ title, rows, total, empty, shown = shownEntries(), c
           return (
             <li key={row.key}>
               {onChoose ? (
-                <button type="button" class="share" aria-pressed={chosen === row.key} onClick={() => onChoose(row.key)}>
+                <button
+                  type="button"
+                  class="share"
+                  aria-pressed={chosen === row.key}
+                  onClick={() => onChoose(row.key)}
+                >
                   {content}
                 </button>
               ) : (

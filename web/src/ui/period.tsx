@@ -20,7 +20,13 @@ export function PeriodBar({ title, previous, next, back, day, today, isCurrent, 
   return (
     <div class="period">
       <div class="button-group">
-        <button type="button" class="button square" aria-label={previous} title={`${previous} (←)`} onClick={() => onStep(-1)}>
+        <button
+          type="button"
+          class="button square"
+          aria-label={previous}
+          title={`${previous} (←)`}
+          onClick={() => onStep(-1)}
+        >
           <Icon name="left" />
         </button>
         <button
@@ -36,7 +42,13 @@ export function PeriodBar({ title, previous, next, back, day, today, isCurrent, 
       </div>
       <h1>{title}</h1>
       <DayButton label="Choisir une date" icon="day" id="calendar" day={day} today={today} onPick={onDay} />
-      <button type="button" class="button" disabled={isCurrent} title={`${back} (A)`} onClick={() => onDay(today)}>
+      <button
+        type="button"
+        class="button"
+        disabled={isCurrent}
+        title={`${back} (A)`}
+        onClick={() => onDay(today)}
+      >
         {back}
       </button>
     </div>

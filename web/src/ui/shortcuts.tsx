@@ -116,7 +116,8 @@ export function keyName(event: KeyboardEvent): string {
 function takesKeys(target: EventTarget | null, key: string): boolean {
   if (!(target instanceof HTMLElement)) return false;
   if (target.closest("dialog, [role=dialog]")) return true;
-  if (target instanceof HTMLInputElement && /^(checkbox|radio)$/.test(target.type)) return key.startsWith("Arrow");
+  if (target instanceof HTMLInputElement && /^(checkbox|radio)$/.test(target.type))
+    return key.startsWith("Arrow");
   if (target.matches("input, textarea, select")) return true;
   return key.startsWith("Arrow") && target.closest("[data-arrows]") !== null;
 }

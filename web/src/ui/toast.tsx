@@ -78,14 +78,21 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
           {notice.failed && <Icon name="warning" />}
           <div class="toast-text">
             <p>{notice.text}</p>
-            {notice.details?.map((line) => <p class="quiet">{line}</p>)}
+            {notice.details?.map((line) => (
+              <p class="quiet">{line}</p>
+            ))}
           </div>
           {notice.undo && (
             <button type="button" class="button small" onClick={() => void undo()} title="Ctrl+Z">
               Annuler
             </button>
           )}
-          <button type="button" class="button ghost square small" aria-label="Fermer le message" onClick={onClose}>
+          <button
+            type="button"
+            class="button ghost square small"
+            aria-label="Fermer le message"
+            onClick={onClose}
+          >
             <Icon name="close" />
           </button>
         </div>

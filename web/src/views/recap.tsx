@@ -3,7 +3,7 @@ import type { PeriodProps } from "../app";
 import type { RecapReport, WeekSummary } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { changes, type Compared, type Dimension } from "../model/recap";
-import { addDays, capitalize, duration, durationChange, mondayOf, plainDay, weekName } from "../model/time";
+import { addDays, capitalize, dayInWeek, duration, durationChange, mondayOf, weekName } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
 import { CategoryBar, CategoryLegend, Empty, Failure, Foreign } from "../ui/parts";
 import { openCalendar, PeriodBar } from "../ui/period";
@@ -44,8 +44,16 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
         <div class={recap.monday === monday ? "" : "stale"}>
           <Tiles recap={recap} onOpenDay={onOpenDay} />
           <section class="versus" aria-label="Catégories des deux semaines">
-            <WeekBar name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"} week={recap.current} longest={Math.max(recap.current.active, recap.previous.active)} />
-            <WeekBar name="La précédente" week={recap.previous} longest={Math.max(recap.current.active, recap.previous.active)} />
+            <WeekBar
+              name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"}
+              week={recap.current}
+              longest={Math.max(recap.current.active, recap.previous.active)}
+            />
+            <WeekBar
+              name="La précédente"
+              week={recap.previous}
+              longest={Math.max(recap.current.active, recap.previous.active)}
+            />
             <CategoryLegend byCategory={recap.current.by_category} />
           </section>
           <h2 class="section-title">Ce qui a le plus changé</h2>
@@ -69,9 +77,26 @@ function Tiles({ recap: { current, previous }, onOpenDay }: TilesProps) {
   const best = current.best_day;
   return (
     <dl class="tiles">
-      <Tile name="Temps actif" value={duration(current.active)} change={current.active - previous.active} before={duration(previous.active)} />
-      <Tile name="Moyenne par jour actif" value={duration(current.avg_per_day)} change={current.avg_per_day - previous.avg_per_day} before={duration(previous.avg_per_day)} note={`${current.days_active} j, contre ${previous.days_active} j`} />
-      <Tile name="Plus longue session" value={duration(current.longest_session)} change={current.longest_session - previous.longest_session} before={duration(previous.longest_session)} note="sans inactivité" />
+      <Tile
+        name="Temps actif"
+        value={duration(current.active)}
+        change={current.active - previous.active}
+        before={duration(previous.active)}
+      />
+      <Tile
+        name="Moyenne par jour actif"
+        value={duration(current.avg_per_day)}
+        change={current.avg_per_day - previous.avg_per_day}
+        before={duration(previous.avg_per_day)}
+        note={`${current.days_active} j, contre ${previous.days_active} j`}
+      />
+      <Tile
+        name="Plus longue session"
+        value={duration(current.longest_session)}
+        change={current.longest_session - previous.longest_session}
+        before={duration(previous.longest_session)}
+        note="sans inactivité"
+      />
       <div class="tile">
         <dt>Meilleur jour</dt>
         <dd>
@@ -79,14 +104,16 @@ function Tiles({ recap: { current, previous }, onOpenDay }: TilesProps) {
             <>
               <b>{duration(best.active)}</b>
               <button type="button" class="link" onClick={() => onOpenDay(best.date)}>
-                {capitalize(plainDay(best.date))}
+                {capitalize(dayInWeek(best.date))}
               </button>
             </>
           ) : (
             <b>–</b>
           )}
           <span class="quiet">
-            {previous.best_day ? `avant : ${duration(previous.best_day.active)}, ${plainDay(previous.best_day.date)}` : ""}
+            {previous.best_day
+              ? `avant : ${duration(previous.best_day.active)}, ${dayInWeek(previous.best_day.date)}`
+              : ""}
           </span>
         </dd>
       </div>

@@ -2,7 +2,16 @@ import type { PeriodProps } from "../app";
 import type { WeekReport } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
-import { addDays, capitalize, clock, duration, mondayOf, plainDay, weekName, weekdayShort } from "../model/time";
+import {
+  addDays,
+  capitalize,
+  clock,
+  duration,
+  mondayOf,
+  plainDay,
+  weekName,
+  weekdayShort,
+} from "../model/time";
 import { CategoryBar, CategoryLegend, Empty, Failure, projectRows, ShareList } from "../ui/parts";
 import { openCalendar, PeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
@@ -82,7 +91,15 @@ function gridStep(hours: number): number {
 }
 
 /** Seven columns of stacked categories; each is a button that opens its day. */
-function Chart({ week, today, onOpenDay }: { week: WeekReport; today: string; onOpenDay: (day: string) => void }) {
+function Chart({
+  week,
+  today,
+  onOpenDay,
+}: {
+  week: WeekReport;
+  today: string;
+  onOpenDay: (day: string) => void;
+}) {
   const longest = Math.max(...week.days.map((day) => activeTime(day.by_category)), 3600);
   const step = gridStep(longest / 3600);
   const top = Math.ceil(longest / 3600 / step) * step * 3600;
@@ -122,9 +139,15 @@ function Chart({ week, today, onOpenDay }: { week: WeekReport; today: string; on
                   <b>{capitalize(weekdayShort(day.date))}</b> {Number(day.date.slice(8))}
                 </span>
                 <b class="week-active">{day.active > 0 ? duration(day.active) : "–"}</b>
-                <span class="quiet">{day.first !== null && day.last !== null ? `${clock(day.first)} – ${clock(day.last)}` : "\u00a0"}</span>
+                <span class="quiet">
+                  {day.first !== null && day.last !== null
+                    ? `${clock(day.first)} – ${clock(day.last)}`
+                    : "\u00a0"}
+                </span>
                 <span class="sr-only">
-                  {parts.map((cat) => `, ${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`).join("")}
+                  {parts
+                    .map((cat) => `, ${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`)
+                    .join("")}
                 </span>
               </button>
             </li>

@@ -13,7 +13,12 @@ export function Welcome({ status, onDone }: { status: Status; onDone: () => void
   const projects = useAnswer("projects.list", {});
   const [step, setStep] = useState(0);
   const [error, setError] = useState("");
-  const [fields, setFields] = useState({ name: "", color: palette[0]?.[0] ?? "#3b82f6", category: "travail", keywords: "" });
+  const [fields, setFields] = useState({
+    name: "",
+    color: palette[0]?.[0] ?? "#3b82f6",
+    category: "travail",
+    keywords: "",
+  });
   const heading = useRef<HTMLHeadingElement>(null);
   useEffect(() => heading.current?.focus(), [step]);
 
@@ -36,7 +41,11 @@ export function Welcome({ status, onDone }: { status: Status; onDone: () => void
       <div class="welcome-card">
         <ol class="steps" aria-label="Étapes">
           {steps.map((name, index) => (
-            <li key={name} aria-current={index === step ? "step" : undefined} class={index < step ? "done" : ""}>
+            <li
+              key={name}
+              aria-current={index === step ? "step" : undefined}
+              class={index < step ? "done" : ""}
+            >
               <span>{index + 1}</span>
               {name}
             </li>
@@ -50,16 +59,17 @@ export function Welcome({ status, onDone }: { status: Status; onDone: () => void
             <p class="lead">Où passe votre temps ? Orvanta le note pendant que vous travaillez.</p>
             <ul class="facts-list">
               <li>
-                <b>Ce qui est noté.</b> L’application devant vous, le titre de sa fenêtre, l’onglet du navigateur, et les
-                moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni contenu.
+                <b>Ce qui est noté.</b> L’application devant vous, le titre de sa fenêtre, l’onglet du
+                navigateur, et les moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni contenu.
               </li>
               <li>
-                <b>Où c’est gardé.</b> Dans un seul fichier de cet ordinateur, lisible de vous seul. Rien ne part ailleurs.
+                <b>Où c’est gardé.</b> Dans un seul fichier de cet ordinateur, lisible de vous seul. Rien ne
+                part ailleurs.
                 <code>{status.db}</code>
               </li>
               <li>
-                <b>Vous décidez.</b> Une pause d’un clic, des sites exclus, un mode sans titres ni adresses, un export, et des
-                règles que vous pouvez lire et changer.
+                <b>Vous décidez.</b> Une pause d’un clic, des sites exclus, un mode sans titres ni adresses,
+                un export, et des règles que vous pouvez lire et changer.
               </li>
             </ul>
           </>

@@ -22,14 +22,28 @@ interface Props {
 }
 
 /** What to make of the selected blocks, or of the range dragged over the timeline. */
-export function AssignBar({ day, blocks, range, projects, why, onAssign, onRange, onRule, onEditRule, onClose }: Props) {
+export function AssignBar({
+  day,
+  blocks,
+  range,
+  projects,
+  why,
+  onAssign,
+  onRange,
+  onRule,
+  onEditRule,
+  onClose,
+}: Props) {
   const [category, setCategory] = useState<string | null>(null);
   const [projectId, setProjectId] = useState<number | null>(null);
   const what = range ? `${range.start}` : blocks.map((block) => block.ids[0]).join(",");
 
   useEffect(() => {
     const [first] = blocks;
-    const same = first && !range && blocks.every((block) => block.cat === first.cat && block.pid === first.pid && block.manual);
+    const same =
+      first &&
+      !range &&
+      blocks.every((block) => block.cat === first.cat && block.pid === first.pid && block.manual);
     setCategory(same && isAssignable(first.cat) ? first.cat : null);
     setProjectId(same ? first.pid : null);
   }, [what]);
@@ -72,12 +86,22 @@ export function AssignBar({ day, blocks, range, projects, why, onAssign, onRange
         <fieldset class="segmented">
           <legend class="sr-only">Catégorie</legend>
           <label title="Selon les règles (0)">
-            <input type="radio" name="category" checked={category === null} onChange={() => setCategory(null)} />
+            <input
+              type="radio"
+              name="category"
+              checked={category === null}
+              onChange={() => setCategory(null)}
+            />
             <span>Auto</span>
           </label>
           {assignable.map((cat, index) => (
             <label key={cat} title={`${categoryLabel(cat)} (${index + 1})`}>
-              <input type="radio" name="category" checked={category === cat} onChange={() => setCategory(cat)} />
+              <input
+                type="radio"
+                name="category"
+                checked={category === cat}
+                onChange={() => setCategory(cat)}
+              />
               <span>
                 <CategoryMark cat={cat} />
                 {categoryLabel(cat)}
@@ -89,7 +113,9 @@ export function AssignBar({ day, blocks, range, projects, why, onAssign, onRange
           class="select"
           aria-label="Projet"
           value={projectId === null ? "" : String(projectId)}
-          onChange={(event) => chooseProject(event.currentTarget.value ? Number(event.currentTarget.value) : null)}
+          onChange={(event) =>
+            chooseProject(event.currentTarget.value ? Number(event.currentTarget.value) : null)
+          }
         >
           <option value="">Sans projet</option>
           {open.map(({ id, name }) => (
@@ -106,7 +132,13 @@ export function AssignBar({ day, blocks, range, projects, why, onAssign, onRange
             Créer une règle…
           </button>
         )}
-        <button type="button" class="button ghost square" aria-label="Ne rien sélectionner" title="Échap" onClick={onClose}>
+        <button
+          type="button"
+          class="button ghost square"
+          aria-label="Ne rien sélectionner"
+          title="Échap"
+          onClick={onClose}
+        >
           <Icon name="close" />
         </button>
       </div>

@@ -54,7 +54,8 @@ export function BlockList({ blocks, projects, selection, onSelect, onOpen }: Pro
     if (target !== undefined) go(target, event.shiftKey ? "range" : event.ctrlKey ? "move" : "only");
     else if (event.key === " ") go(active, "toggle");
     else if (event.key === "Enter") onOpen();
-    else if ((event.ctrlKey || event.metaKey) && event.key.toLowerCase() === "a") onSelect(selectAll(blocks, selection));
+    else if ((event.ctrlKey || event.metaKey) && event.key.toLowerCase() === "a")
+      onSelect(selectAll(blocks, selection));
     else return;
     event.preventDefault();
   };

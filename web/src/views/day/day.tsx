@@ -4,7 +4,14 @@ import type { Block, RuleRow, Status } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { assignable } from "../../model/categories";
 import { assignBlocks, assignRange, type Target } from "../../model/changes";
-import { everything, type Filter, filterBlocks, isFiltering, loadFilter, saveFilter } from "../../model/filter";
+import {
+  everything,
+  type Filter,
+  filterBlocks,
+  isFiltering,
+  loadFilter,
+  saveFilter,
+} from "../../model/filter";
 import { type Pattern, reason } from "../../model/matching";
 import { nothing, selectedBlocks, type Selection } from "../../model/selection";
 import { addDays, capitalize, clock, count, duration, longDay } from "../../model/time";
@@ -88,7 +95,8 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const quick = (category: string | null) => {
     if (!range && selected.length === 0) return false;
     const [first] = selected;
-    const keep = category !== null && first && selected.every((block) => block.manual && block.pid === first.pid);
+    const keep =
+      category !== null && first && selected.every((block) => block.manual && block.pid === first.pid);
     void assign({ category, projectId: keep ? first.pid : null });
     return true;
   };
@@ -133,7 +141,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
           <Summary report={report} chosen={filter.cat} onChoose={(cat) => flip("cat", cat)} />
           <Timeline
             report={report}
-            now={isToday ? status?.now ?? null : null}
+            now={isToday ? (status?.now ?? null) : null}
             selected={selected}
             range={range}
             onRange={pickRange}
@@ -151,7 +159,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               />
               <ShareList
                 title="Applications"
-                rows={totals.apps.map(({ name, duration: time, cats }) => ({ key: name, name, duration: time, parts: cats }))}
+                rows={totals.apps.map(({ name, duration: time, cats }) => ({
+                  key: name,
+                  name,
+                  duration: time,
+                  parts: cats,
+                }))}
                 total={totals.active}
                 empty="Aucune application."
                 chosen={filter.app}
@@ -159,7 +172,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               />
               <ShareList
                 title="Sites"
-                rows={totals.domains.map(({ name, duration: time, cats }) => ({ key: name, name, duration: time, parts: cats }))}
+                rows={totals.domains.map(({ name, duration: time, cats }) => ({
+                  key: name,
+                  name,
+                  duration: time,
+                  parts: cats,
+                }))}
                 total={totals.active}
                 empty="Aucun site visité."
                 chosen={filter.domain}
@@ -167,9 +185,21 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               />
             </div>
             <section class="list-pane" aria-label="Blocs" ref={list}>
-              <ListTools filter={filter} projects={projects} count={listed.length} onChange={change} onReset={() => setFilter(everything)} />
+              <ListTools
+                filter={filter}
+                projects={projects}
+                count={listed.length}
+                onChange={change}
+                onReset={() => setFilter(everything)}
+              />
               {listed.length === 0 ? (
-                <Empty title={isFiltering(filter) ? "Aucun bloc ne correspond au filtre." : "Rien que des passages très brefs."}>
+                <Empty
+                  title={
+                    isFiltering(filter)
+                      ? "Aucun bloc ne correspond au filtre."
+                      : "Rien que des passages très brefs."
+                  }
+                >
                   {isFiltering(filter) && (
                     <button type="button" class="button" onClick={() => setFilter(everything)}>
                       Retirer le filtre
@@ -177,7 +207,16 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
                   )}
                 </Empty>
               ) : (
-                <BlockList blocks={listed} projects={projects} selection={selection} onSelect={(next) => { setRange(null); setSelection(next); }} onOpen={focusBar} />
+                <BlockList
+                  blocks={listed}
+                  projects={projects}
+                  selection={selection}
+                  onSelect={(next) => {
+                    setRange(null);
+                    setSelection(next);
+                  }}
+                  onOpen={focusBar}
+                />
               )}
             </section>
           </div>
@@ -192,8 +231,18 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
           why={why}
           onAssign={(target) => void assign(target)}
           onRange={setRange}
-          onRule={(pattern: Pattern) => setDraft({ ...pattern, category: one?.cat ?? null, projectId: one?.pid ?? null })}
-          onEditRule={(rule: RuleRow) => setDraft({ field: rule.field, pattern: rule.pattern, category: rule.category, projectId: rule.project_id, replaces: rule })}
+          onRule={(pattern: Pattern) =>
+            setDraft({ ...pattern, category: one?.cat ?? null, projectId: one?.pid ?? null })
+          }
+          onEditRule={(rule: RuleRow) =>
+            setDraft({
+              field: rule.field,
+              pattern: rule.pattern,
+              category: rule.category,
+              projectId: rule.project_id,
+              replaces: rule,
+            })
+          }
           onClose={clear}
         />
       )}
@@ -209,7 +258,11 @@ function EmptyDay({ isToday, paused, onToday }: { isToday: boolean; paused: bool
     return (
       <Empty title="Le suivi est en pause.">
         <p>Rien n’est enregistré aujourd’hui tant qu’il n’a pas repris.</p>
-        <button type="button" class="button primary" onClick={() => void attempt(() => client.call("tracker.resume", {}))}>
+        <button
+          type="button"
+          class="button primary"
+          onClick={() => void attempt(() => client.call("tracker.resume", {}))}
+        >
           Reprendre le suivi
         </button>
       </Empty>

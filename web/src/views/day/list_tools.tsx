@@ -17,7 +17,7 @@ export function ListTools({ filter, projects, count: blocks, onChange, onReset }
   const project = projects.find(({ id }) => id === filter.project);
   const narrowed: [string | null | undefined, Partial<Filter>][] = [
     [filter.cat && categoryLabel(filter.cat), { cat: null }],
-    [filter.project === null ? null : project?.name ?? "Projet supprimé", { project: null }],
+    [filter.project === null ? null : (project?.name ?? "Projet supprimé"), { project: null }],
     [filter.app, { app: null }],
     [filter.domain, { domain: null }],
   ];
@@ -29,7 +29,13 @@ export function ListTools({ filter, projects, count: blocks, onChange, onReset }
       {narrowed.map(
         ([label, without]) =>
           label && (
-            <button type="button" key={label} class="chip on" aria-label={`Retirer le filtre ${clip(label, 60)}`} onClick={() => onChange(without)}>
+            <button
+              type="button"
+              key={label}
+              class="chip on"
+              aria-label={`Retirer le filtre ${clip(label, 60)}`}
+              onClick={() => onChange(without)}
+            >
               <bdi>{clip(label, 28)}</bdi>
               <Icon name="close" />
             </button>
@@ -42,7 +48,11 @@ export function ListTools({ filter, projects, count: blocks, onChange, onReset }
       )}
       <span class="spacer" />
       <label class="check">
-        <input type="checkbox" checked={filter.idle} onChange={(event) => onChange({ idle: event.currentTarget.checked })} />
+        <input
+          type="checkbox"
+          checked={filter.idle}
+          onChange={(event) => onChange({ idle: event.currentTarget.checked })}
+        />
         Inactivité
       </label>
       <label class="search">

@@ -1,18 +1,12 @@
 import { useEffect, useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, UnixTime } from "../../bridge/routes";
-import { categories, categoryClass, categoryLabel } from "../../model/categories";
-import { clamp, fit, bars, path, segmentAt, ticks, type View, zoom } from "../../model/timeline";
+import { categories, categoryLabel } from "../../model/categories";
+import { clamp, fit, path, segmentAt, type View, zoom } from "../../model/timeline";
 import { clock, duration, longDay } from "../../model/time";
 import { CategoryMark, Icon } from "../../ui/icons";
 import { useShortcuts } from "../../ui/shortcuts";
+import { axis, Bars, height, lanesBottom, Ticks } from "./drawing";
 import { SegmentTip } from "./segment_tip";
-
-const laneHeight = 16;
-const laneGap = 5;
-const axis = 20;
-const strip = 5;
-const lanesBottom = axis + categories.length * (laneHeight + laneGap);
-const height = lanesBottom + strip + 4;
 
 export interface Range {
   start: UnixTime;
@@ -48,7 +42,8 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     setHover(null);
   }, [report.date]);
 
-  const zoomBy = (factor: number, around = (view.from + view.to) / 2) => setChosenView(zoom(view, factor, around, day));
+  const zoomBy = (factor: number, around = (view.from + view.to) / 2) =>
+    setChosenView(zoom(view, factor, around, day));
   useShortcuts({
     "+": () => zoomBy(0.6),
     "=": () => zoomBy(0.6),
@@ -163,6 +158,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
             <span>{categoryLabel(cat)}</span>
           </li>
         ))}
+        <li class="strip-label">Projets</li>
       </ul>
       <div
         class="plot"
@@ -189,24 +185,40 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
       >
         <svg width={width} height={height} aria-hidden="true">
           <Ticks view={view} day={day} width={width} />
-          <Drawing report={report} view={view} width={width} />
+          <Bars report={report} view={view} width={width} />
           {selected.length > 0 && (
             <path
               class="selected"
               d={path(
                 selected
                   .filter((block) => block.end > view.from && block.start < view.to)
-                  .map((block) => ({ x: x(block.start), width: Math.max((block.end - block.start) / perPixel, 2) })),
+                  .map((block) => ({
+                    x: x(block.start),
+                    width: Math.max((block.end - block.start) / perPixel, 2),
+                  })),
                 axis - 4,
                 3,
               )}
             />
           )}
           {current && (focused || !tip) && (
-            <rect class="cursor" x={x(current.start) - 1} y={axis - 1} width={(current.end - current.start) / perPixel + 2} height={lanesBottom - axis} rx="3" />
+            <rect
+              class="cursor"
+              x={x(current.start) - 1}
+              y={axis - 1}
+              width={(current.end - current.start) / perPixel + 2}
+              height={lanesBottom - axis}
+              rx="3"
+            />
           )}
           {shown && (
-            <rect class="range" x={x(shown.start)} y={axis - 6} width={Math.max(x(shown.end) - x(shown.start), 1)} height={height - axis + 6} />
+            <rect
+              class="range"
+              x={x(shown.start)}
+              y={axis - 6}
+              width={Math.max(x(shown.end) - x(shown.start), 1)}
+              height={height - axis + 6}
+            />
           )}
           {now !== null && now >= view.from && now <= view.to && (
             <g class="now-marker">
@@ -216,20 +228,49 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
           )}
         </svg>
         {shown && (
-          <span class="range-label" style={{ left: `${Math.min(Math.max(x(shown.start), 0), width - 150)}px` }}>
+          <span
+            class="range-label"
+            style={{ left: `${Math.min(Math.max(x(shown.start), 0), width - 150)}px` }}
+          >
             {clock(shown.start)} – {clock(shown.end)} · {duration(shown.end - shown.start)}
           </span>
         )}
-        {tip && !shown && <SegmentTip segment={tip} projects={report.projects} x={x((Math.max(tip.start, view.from) + Math.min(tip.end, view.to)) / 2)} width={width} near={neighbours(report, tip, perPixel)} />}
+        {tip && !shown && (
+          <SegmentTip
+            segment={tip}
+            projects={report.projects}
+            x={x((Math.max(tip.start, view.from) + Math.min(tip.end, view.to)) / 2)}
+            width={width}
+            near={neighbours(report, tip, perPixel)}
+          />
+        )}
       </div>
       <div class="zoom">
-        <button type="button" class="button ghost square small" aria-label="Réduire" title="Réduire (−)" onClick={() => zoomBy(1 / 0.6)}>
+        <button
+          type="button"
+          class="button ghost square small"
+          aria-label="Réduire"
+          title="Réduire (−)"
+          onClick={() => zoomBy(1 / 0.6)}
+        >
           <Icon name="minus" />
         </button>
-        <button type="button" class="button ghost square small" aria-label="Agrandir" title="Agrandir (+)" onClick={() => zoomBy(0.6)}>
+        <button
+          type="button"
+          class="button ghost square small"
+          aria-label="Agrandir"
+          title="Agrandir (+)"
+          onClick={() => zoomBy(0.6)}
+        >
           <Icon name="plus" />
         </button>
-        <button type="button" class="button ghost small" disabled={!chosenView} title="Voir toute l’activité (Z)" onClick={() => setChosenView(null)}>
+        <button
+          type="button"
+          class="button ghost small"
+          disabled={!chosenView}
+          title="Voir toute l’activité (Z)"
+          onClick={() => setChosenView(null)}
+        >
           Tout
         </button>
         <button type="button" class="button ghost small" onClick={() => setChosenView(day)}>
@@ -239,7 +280,10 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
           type="button"
           class="button ghost small"
           onClick={() => {
-            const middle = current ?? { start: Math.round(((view.from + view.to) / 2 - 1800) / 60) * 60, end: 0 };
+            const middle = current ?? {
+              start: Math.round(((view.from + view.to) / 2 - 1800) / 60) * 60,
+              end: 0,
+            };
             onRange({ start: middle.start, end: middle.end || middle.start + 3600 });
           }}
         >
@@ -250,9 +294,17 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
   );
 }
 
-function describe(segment: { start: UnixTime; end: UnixTime; cat: string; pid: number | null; top: string[] }, projects: readonly Project[]): string {
+function describe(
+  segment: { start: UnixTime; end: UnixTime; cat: string; pid: number | null; top: string[] },
+  projects: readonly Project[],
+): string {
   const project = projects.find(({ id }) => id === segment.pid);
-  return [`${clock(segment.start)} à ${clock(segment.end)}`, categoryLabel(segment.cat), project?.name, ...segment.top]
+  return [
+    `${clock(segment.start)} à ${clock(segment.end)}`,
+    categoryLabel(segment.cat),
+    project?.name,
+    ...segment.top,
+  ]
     .filter(Boolean)
     .join(", ");
 }
@@ -261,7 +313,9 @@ function describe(segment: { start: UnixTime; end: UnixTime; cat: string; pid: n
 function neighbours(report: DayReport, segment: DayReport["segments"][number], perPixel: number) {
   if ((segment.end - segment.start) / perPixel >= 2) return [];
   const around = 3 * perPixel;
-  return report.segments.filter((other) => other.end > segment.start - around && other.start < segment.end + around);
+  return report.segments.filter(
+    (other) => other.end > segment.start - around && other.start < segment.end + around,
+  );
 }
 
 function useWidth(element: { current: HTMLElement | null }): number {
@@ -276,68 +330,4 @@ function useWidth(element: { current: HTMLElement | null }): number {
     return () => observer.disconnect();
   }, []);
   return width;
-}
-
-function Ticks({ view, day, width }: { view: View; day: View; width: number }) {
-  const scale = width / (view.to - view.from);
-  return (
-    <g class="ticks">
-      {ticks(view, day, width).map((time) => {
-        const at = (time - view.from) * scale;
-        const anchor = at < 20 ? "start" : at > width - 20 ? "end" : "middle";
-        return (
-          <g key={time}>
-            <line x1={at} x2={at} y1={axis - 6} y2={height} />
-            <text x={at} y={10} text-anchor={anchor}>
-              {clock(time)}
-            </text>
-          </g>
-        );
-      })}
-    </g>
-  );
-}
-
-/** The bars themselves, one path a category: they change with the day and the scale alone. */
-function Drawing({ report, view, width }: { report: DayReport; view: View; width: number }) {
-  const { segments, blocks, projects } = report;
-  return useMemo(() => {
-    if (width === 0) return null;
-    const scale = width / (view.to - view.from);
-    const place = (from: UnixTime, to: UnixTime) => {
-      const left = Math.max(from, view.from);
-      return { x: (left - view.from) * scale, width: Math.max((Math.min(to, view.to) - left) * scale, 0) };
-    };
-    const visible = (item: { start: UnixTime; end: UnixTime }) => item.end > view.from && item.start < view.to;
-    const idle = blocks.filter((block) => block.idle && visible(block)).map((block) => place(block.start, block.end));
-    const strips = projects
-      .map((project) => ({
-        project,
-        rects: segments.filter((segment) => segment.pid === project.id && visible(segment)).map((segment) => place(segment.start, segment.end)),
-      }))
-      .filter(({ rects }) => rects.length > 0);
-    return (
-      <g>
-        <defs>
-          <pattern id="hatch" width="6" height="6" patternUnits="userSpaceOnUse" patternTransform="rotate(45)">
-            <line class="hatch-line" x1="0" x2="0" y1="0" y2="6" />
-          </pattern>
-        </defs>
-        <path class="idle" d={path(idle, axis, lanesBottom - axis - laneGap)} />
-        {categories.map((cat, lane) => {
-          const y = axis + lane * (laneHeight + laneGap);
-          const drawn = bars(segments, cat, view, width);
-          return (
-            <g key={cat}>
-              <path class={`bar ${categoryClass(cat)}`} d={path(drawn.filter((bar) => bar.segments.length === 1), y, laneHeight)} />
-              <path class={`bar mixed ${categoryClass(cat)}`} d={path(drawn.filter((bar) => bar.segments.length > 1), y, laneHeight)} />
-            </g>
-          );
-        })}
-        {strips.map(({ project, rects }) => (
-          <path key={project.id} d={path(rects, lanesBottom, strip)} style={{ fill: project.color }} />
-        ))}
-      </g>
-    );
-  }, [report, view.from, view.to, width]);
 }

@@ -37,25 +37,43 @@ interface FieldsProps {
 
 export function ProjectFields({ name, color, category, keywords, onChange }: FieldsProps) {
   const short = tooShort(keywords);
-  const colors = palette.some(([value]) => value === color) ? palette : [...palette, [color, "Couleur actuelle"] as const];
+  const colors = palette.some(([value]) => value === color)
+    ? palette
+    : [...palette, [color, "Couleur actuelle"] as const];
   return (
     <>
       <label class="field">
         <span>Nom</span>
-        <input class="input" maxLength={200} autoFocus value={name} onInput={(event) => onChange({ name: event.currentTarget.value })} />
+        <input
+          class="input"
+          maxLength={200}
+          autoFocus
+          value={name}
+          onInput={(event) => onChange({ name: event.currentTarget.value })}
+        />
       </label>
       <fieldset class="field swatches">
         <legend>Couleur</legend>
         {colors.map(([value, label]) => (
           <label key={value} title={label}>
-            <input type="radio" name="color" aria-label={label} checked={value === color} onChange={() => onChange({ color: value })} />
+            <input
+              type="radio"
+              name="color"
+              aria-label={label}
+              checked={value === color}
+              onChange={() => onChange({ color: value })}
+            />
             <span style={{ backgroundColor: value }} />
           </label>
         ))}
       </fieldset>
       <label class="field">
         <span>Catégorie</span>
-        <select class="select" value={category} onChange={(event) => onChange({ category: event.currentTarget.value })}>
+        <select
+          class="select"
+          value={category}
+          onChange={(event) => onChange({ category: event.currentTarget.value })}
+        >
           {assignable.map((cat) => (
             <option key={cat} value={cat}>
               {categoryLabel(cat)}
@@ -66,10 +84,15 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
       </label>
       <label class="field">
         <span>Mots-clés</span>
-        <input class="input" maxLength={1000} value={keywords} onInput={(event) => onChange({ keywords: event.currentTarget.value })} />
+        <input
+          class="input"
+          maxLength={1000}
+          value={keywords}
+          onInput={(event) => onChange({ keywords: event.currentTarget.value })}
+        />
         <small>
-          Séparés par des virgules, trois lettres au moins. Une activité dont le titre, l’adresse ou l’application en
-          contient un va à ce projet.
+          Séparés par des virgules, trois lettres au moins. Une activité dont le titre, l’adresse ou
+          l’application en contient un va à ce projet.
         </small>
         {short.length > 0 && <small class="field-error">Trop court, sera ignoré : {short.join(", ")}</small>}
       </label>
@@ -103,7 +126,10 @@ export function ProjectEditor({ project, others, onClose }: Props) {
     const keywords = fields.keywords.trim();
     try {
       const archived = project?.archived === 1 ? 1 : 0;
-      await client.call("projects.save", project ? { ...fields, name, keywords, id: project.id, archived } : { ...fields, name, keywords });
+      await client.call(
+        "projects.save",
+        project ? { ...fields, name, keywords, id: project.id, archived } : { ...fields, name, keywords },
+      );
       onClose();
     } catch (failure) {
       setError(errorText(failure));

@@ -35,7 +35,9 @@ export function ProjectsView() {
         });
       await put(archived);
       notify({
-        text: archived ? `« ${clip(project.name, 60)} » est archivé.` : `« ${clip(project.name, 60)} » est de nouveau actif.`,
+        text: archived
+          ? `« ${clip(project.name, 60)} » est archivé.`
+          : `« ${clip(project.name, 60)} » est de nouveau actif.`,
         undo: async () => {
           await put(archived ? 0 : 1);
         },
@@ -106,7 +108,13 @@ export function ProjectsView() {
                       {duration(time(project.id, "previous"))}
                     </span>
                     <span class="row-actions">
-                      <button type="button" class="button ghost square small" aria-label={`Modifier ${clip(project.name, 60)}`} title="Modifier" onClick={() => setEditing(project)}>
+                      <button
+                        type="button"
+                        class="button ghost square small"
+                        aria-label={`Modifier ${clip(project.name, 60)}`}
+                        title="Modifier"
+                        onClick={() => setEditing(project)}
+                      >
                         <Icon name="edit" />
                       </button>
                       <button
@@ -118,7 +126,13 @@ export function ProjectsView() {
                       >
                         <Icon name={project.archived === 1 ? "play" : "archive"} />
                       </button>
-                      <button type="button" class="button ghost square small" aria-label={`Supprimer ${clip(project.name, 60)}`} title="Supprimer" onClick={() => setDeleting(project)}>
+                      <button
+                        type="button"
+                        class="button ghost square small"
+                        aria-label={`Supprimer ${clip(project.name, 60)}`}
+                        title="Supprimer"
+                        onClick={() => setDeleting(project)}
+                      >
                         <Icon name="trash" />
                       </button>
                     </span>
@@ -129,7 +143,11 @@ export function ProjectsView() {
           ),
       )}
       {editing && (
-        <ProjectEditor project={editing === "new" ? undefined : editing} others={projects ?? []} onClose={() => setEditing(null)} />
+        <ProjectEditor
+          project={editing === "new" ? undefined : editing}
+          others={projects ?? []}
+          onClose={() => setEditing(null)}
+        />
       )}
       {deleting && (
         <Confirm
@@ -143,8 +161,8 @@ export function ProjectsView() {
           }}
         >
           <p>
-            Le temps enregistré reste, mais ses assignations à ce projet sont effacées et ses règles ne mènent plus à
-            aucun projet. Cela ne s’annule pas.
+            Le temps enregistré reste, mais ses assignations à ce projet sont effacées et ses règles ne mènent
+            plus à aucun projet. Cela ne s’annule pas.
           </p>
           <p>Pour le retirer des listes sans rien perdre, archivez-le.</p>
         </Confirm>

@@ -30,7 +30,9 @@ export function Suggestions() {
       const { field, name: pattern, project_id, project } = suggestion;
       // Saving replaces a rule on the same text; its category stays.
       const rules = await client.call("rules.list", {});
-      const old = rules.find((rule) => rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase());
+      const old = rules.find(
+        (rule) => rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase(),
+      );
       const category = old?.category ?? null;
       const rule = await client.call("rules.save", { field, pattern, category, project_id });
       notify({
@@ -64,10 +66,20 @@ export function Suggestions() {
               <Foreign text={suggestion.project} length={60} />
             </span>
             <span class="spacer" />
-            <button type="button" class="button small" onClick={() => ignore(suggestion)} aria-label={`Ignorer ${clip(suggestion.name, 60)}`}>
+            <button
+              type="button"
+              class="button small"
+              onClick={() => ignore(suggestion)}
+              aria-label={`Ignorer ${clip(suggestion.name, 60)}`}
+            >
               Ignorer
             </button>
-            <button type="button" class="button primary small" onClick={() => void accept(suggestion)} aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}>
+            <button
+              type="button"
+              class="button primary small"
+              onClick={() => void accept(suggestion)}
+              aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
+            >
               Accepter
             </button>
           </li>

@@ -33,7 +33,9 @@ export function RuleEditor({ draft, today, onClose }: Props) {
   const projects = useAnswer("projects.list", {});
   const [field, setField] = useState<RuleField>(draft.field);
   const [pattern, setPattern] = useState(draft.pattern);
-  const [category, setCategory] = useState<string | null>(isAssignable(draft.category) ? draft.category : null);
+  const [category, setCategory] = useState<string | null>(
+    isAssignable(draft.category) ? draft.category : null,
+  );
   const [projectId, setProjectId] = useState(draft.projectId);
   const [error, setError] = useState("");
 
@@ -42,7 +44,12 @@ export function RuleEditor({ draft, today, onClose }: Props) {
     if (trimmed === "") return setError("Écrivez le texte à chercher.");
     if (category === null && projectId === null) return setError("Choisissez une catégorie ou un projet.");
     try {
-      const { id } = await client.call("rules.save", { field, pattern: trimmed, category, project_id: projectId });
+      const { id } = await client.call("rules.save", {
+        field,
+        pattern: trimmed,
+        category,
+        project_id: projectId,
+      });
       const old = draft.replaces;
       // The program itself replaces a rule of the same field and text.
       if (old && old.id !== id) await client.call("rules.delete", { id: old.id });
@@ -66,7 +73,11 @@ export function RuleEditor({ draft, today, onClose }: Props) {
           <div class="field-row">
             <label class="field">
               <span>Quand</span>
-              <select class="select" value={field} onChange={(event) => setField(event.currentTarget.value as RuleField)}>
+              <select
+                class="select"
+                value={field}
+                onChange={(event) => setField(event.currentTarget.value as RuleField)}
+              >
                 {fields.map((name) => (
                   <option key={name} value={name}>
                     {fieldLabel(name)}
@@ -91,7 +102,11 @@ export function RuleEditor({ draft, today, onClose }: Props) {
           <div class="field-row">
             <label class="field grow">
               <span>Catégorie</span>
-              <select class="select" value={category ?? ""} onChange={(event) => setCategory(event.currentTarget.value || null)}>
+              <select
+                class="select"
+                value={category ?? ""}
+                onChange={(event) => setCategory(event.currentTarget.value || null)}
+              >
                 <option value="">Celle du projet</option>
                 {assignable.map((cat) => (
                   <option key={cat} value={cat}>
@@ -105,7 +120,9 @@ export function RuleEditor({ draft, today, onClose }: Props) {
               <select
                 class="select"
                 value={projectId === null ? "" : String(projectId)}
-                onChange={(event) => setProjectId(event.currentTarget.value ? Number(event.currentTarget.value) : null)}
+                onChange={(event) =>
+                  setProjectId(event.currentTarget.value ? Number(event.currentTarget.value) : null)
+                }
               >
                 <option value="">Sans projet</option>
                 {(projects.answer ?? [])
@@ -191,7 +208,10 @@ function RulePreview({ field, pattern, category, today }: PreviewProps) {
             ces sept derniers jours.
           </p>
           <p class="quiet">
-            {category !== null && (changed > 0 ? `${duration(changed)} changeraient de catégorie. ` : "Aucune ne changerait de catégorie. ")}
+            {category !== null &&
+              (changed > 0
+                ? `${duration(changed)} changeraient de catégorie. `
+                : "Aucune ne changerait de catégorie. ")}
             {caught.manual > 0 && `${duration(caught.manual)} assignées à la main resteront telles quelles.`}
             {field === "title" && " Compté sur le titre le plus vu de chaque bloc."}
           </p>

@@ -30,9 +30,12 @@ export function RulesView({ today }: { today: Day }) {
   const [draft, setDraft] = useState<RuleDraft | null>(null);
   const [restoring, setRestoring] = useState(false);
   const learned = useMemo(() => learnedRules.all(), [rules]);
-  const byId = useMemo(() => new Map((projects.answer ?? []).map((project) => [project.id, project])), [projects.answer]);
+  const byId = useMemo(
+    () => new Map((projects.answer ?? []).map((project) => [project.id, project])),
+    [projects.answer],
+  );
   const shown = useMemo(
-    () => filterRules(rules ?? [], filter, learned, (id) => (id === null ? "" : byId.get(id)?.name ?? "")),
+    () => filterRules(rules ?? [], filter, learned, (id) => (id === null ? "" : (byId.get(id)?.name ?? ""))),
     [rules, filter, learned, byId],
   );
 
@@ -64,14 +67,23 @@ export function RulesView({ today }: { today: Day }) {
     });
 
   const edit = (rule: RuleRow) =>
-    setDraft({ field: rule.field, pattern: rule.pattern, category: rule.category, projectId: rule.project_id, replaces: rule });
+    setDraft({
+      field: rule.field,
+      pattern: rule.pattern,
+      category: rule.category,
+      projectId: rule.project_id,
+      replaces: rule,
+    });
 
-  const counted = (source: Source) => (rules ?? []).filter((rule) => sourceOf(rule, learned) === source).length;
+  const counted = (source: Source) =>
+    (rules ?? []).filter((rule) => sourceOf(rule, learned) === source).length;
   return (
     <div class="view">
       <div class="view-head">
         <h1>Règles</h1>
-        <p class="quiet">Une règle classe tout ce qui la contient, le passé compris. La plus longue l’emporte.</p>
+        <p class="quiet">
+          Une règle classe tout ce qui la contient, le passé compris. La plus longue l’emporte.
+        </p>
         <button type="button" class="button" onClick={() => setRestoring(true)}>
           Rétablir les règles intégrées
         </button>
@@ -133,13 +145,23 @@ export function RulesView({ today }: { today: Day }) {
               Rétablir les règles intégrées
             </button>
           ) : (
-            <button type="button" class="button" onClick={() => setFilter({ text: "", field: null, source: null })}>
+            <button
+              type="button"
+              class="button"
+              onClick={() => setFilter({ text: "", field: null, source: null })}
+            >
               Tout montrer
             </button>
           )}
         </Empty>
       ) : (
-        <RuleTable rules={shown} learned={learned} project={(id) => byId.get(id)} onEdit={edit} onDelete={(rule) => void remove(rule)} />
+        <RuleTable
+          rules={shown}
+          learned={learned}
+          project={(id) => byId.get(id)}
+          onEdit={edit}
+          onDelete={(rule) => void remove(rule)}
+        />
       )}
       {draft && <RuleEditor draft={draft} today={today} onClose={() => setDraft(null)} />}
       {restoring && (
@@ -149,10 +171,17 @@ export function RulesView({ today }: { today: Day }) {
           onClose={() => setRestoring(false)}
           onConfirm={async () => {
             const { added } = await client.call("rules.defaults", {});
-            notify({ text: added === 0 ? "Elles étaient toutes là." : `${count(added, "règle rétablie", "règles rétablies")}.` });
+            notify({
+              text:
+                added === 0
+                  ? "Elles étaient toutes là."
+                  : `${count(added, "règle rétablie", "règles rétablies")}.`,
+            });
           }}
         >
-          <p>Celles que vous avez supprimées reviennent. Les vôtres et les règles apprises gardent la priorité.</p>
+          <p>
+            Celles que vous avez supprimées reviennent. Les vôtres et les règles apprises gardent la priorité.
+          </p>
         </Confirm>
       )}
     </div>
@@ -203,7 +232,9 @@ function RuleTable({ rules, learned, project, onEdit, onDelete }: TableProps) {
               <b role="cell" title={clip(rule.pattern, 500)}>
                 <Foreign text={rule.pattern} length={120} />
               </b>
-              <span role="cell">{rule.category ? <CategoryName cat={rule.category} /> : <span class="quiet">–</span>}</span>
+              <span role="cell">
+                {rule.category ? <CategoryName cat={rule.category} /> : <span class="quiet">–</span>}
+              </span>
               <span role="cell">
                 {to && (
                   <span class="project">
@@ -216,10 +247,20 @@ function RuleTable({ rules, learned, project, onEdit, onDelete }: TableProps) {
                 {sources.find(([source]) => source === sourceOf(rule, learned))?.[2]}
               </span>
               <span role="cell" class="row-actions">
-                <button type="button" class="button ghost square small" aria-label={`Modifier la règle ${name}`} onClick={() => onEdit(rule)}>
+                <button
+                  type="button"
+                  class="button ghost square small"
+                  aria-label={`Modifier la règle ${name}`}
+                  onClick={() => onEdit(rule)}
+                >
                   <Icon name="edit" />
                 </button>
-                <button type="button" class="button ghost square small" aria-label={`Supprimer la règle ${name}`} onClick={() => onDelete(rule)}>
+                <button
+                  type="button"
+                  class="button ghost square small"
+                  aria-label={`Supprimer la règle ${name}`}
+                  onClick={() => onDelete(rule)}
+                >
                   <Icon name="trash" />
                 </button>
               </span>

@@ -35,7 +35,10 @@ export function Export({ today }: { today: Day }) {
     setBusy(false);
   };
   return (
-    <Row label="Exporter" help="Un fichier CSV, une ligne par activité, que tout tableur ouvre. Les deux jours sont compris.">
+    <Row
+      label="Exporter"
+      help="Un fichier CSV, une ligne par activité, que tout tableur ouvre. Les deux jours sont compris."
+    >
       <div class="chips">
         {presets.map(([name, first, last]) => (
           <button

@@ -138,7 +138,13 @@ export function Switch({ label, help, on, onChange }: SwitchProps) {
 }
 
 /** The sites whose pages are never recorded. */
-export function DomainList({ domains, onSave }: { domains: readonly string[]; onSave: (domains: string[]) => Promise<void> }) {
+export function DomainList({
+  domains,
+  onSave,
+}: {
+  domains: readonly string[];
+  onSave: (domains: string[]) => Promise<void>;
+}) {
   const id = useId();
   const [text, setText] = useState("");
   const [error, setError] = useState("");
@@ -196,7 +202,11 @@ export function DomainList({ domains, onSave }: { domains: readonly string[]; on
                 type="button"
                 class="chip on"
                 aria-label={`Ne plus exclure ${domain}`}
-                onClick={() => void onSave(domains.filter((other) => other !== domain)).catch((failure) => setError(errorText(failure)))}
+                onClick={() =>
+                  void onSave(domains.filter((other) => other !== domain)).catch((failure) =>
+                    setError(errorText(failure)),
+                  )
+                }
               >
                 <bdi>{domain}</bdi>
                 <Icon name="close" />

@@ -34,14 +34,21 @@ export function DesktopRows() {
       <Row label="Titre des fenêtres" help="Sans lui, le temps est compté par application seulement.">
         <State good={answer.accessibility} text={answer.accessibility ? "lisible" : "illisible"} />
         {!answer.accessibility && (
-          <button type="button" class="button" onClick={() => void attempt(() => client.call("permissions.requestAccessibility", {}))}>
+          <button
+            type="button"
+            class="button"
+            onClick={() => void attempt(() => client.call("permissions.requestAccessibility", {}))}
+          >
             Autoriser la lecture des titres
           </button>
         )}
       </Row>
       {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
         <Row key={probe} label={probeNames[probe] ?? probe}>
-          <State good={source !== "none"} text={source === "none" ? "non disponible ici" : sourceNames[source] ?? source} />
+          <State
+            good={source !== "none"}
+            text={source === "none" ? "non disponible ici" : (sourceNames[source] ?? source)}
+          />
         </Row>
       ))}
     </>
@@ -65,7 +72,11 @@ export function BrowserRows() {
         <Browser key={browser.bundle} {...browser} known={answer.browsers[browser.bundle]} />
       ))}
       <Row label="Extension des navigateurs" help="C’est elle qui dit à Orvanta l’adresse de l’onglet actif.">
-        <button type="button" class="button" onClick={() => void attempt(() => client.call("permissions.openAutomation", {}))}>
+        <button
+          type="button"
+          class="button"
+          onClick={() => void attempt(() => client.call("permissions.openAutomation", {}))}
+        >
           Ouvrir les réglages
         </button>
       </Row>
@@ -99,7 +110,13 @@ function Browser({ bundle, name, known }: BrowserProps) {
       {known === "ok" && <State good text="onglet lisible" />}
       {known === "denied" && <State good={false} text="onglet illisible" />}
       {known === undefined && <span class="quiet">pas encore essayé</span>}
-      <button type="button" class="button" disabled={busy} aria-label={`Essayer ${name}`} onClick={() => void test()}>
+      <button
+        type="button"
+        class="button"
+        disabled={busy}
+        aria-label={`Essayer ${name}`}
+        onClick={() => void test()}
+      >
         {busy ? "Essai…" : "Essayer"}
       </button>
       <span class="field-error" role="alert">

@@ -45,7 +45,11 @@ export function SettingsView({ status, today, onWelcome }: Props) {
   const launch = (enabled: boolean) =>
     attempt(async () => {
       const result = await client.call("launchAtLogin", { enabled });
-      if (!result.ok) notify({ text: result.error ?? "Le lancement à l’ouverture de session n’a pas pu être changé.", failed: true });
+      if (!result.ok)
+        notify({
+          text: result.error ?? "Le lancement à l’ouverture de session n’a pas pu être changé.",
+          failed: true,
+        });
     });
 
   return (
@@ -111,13 +115,16 @@ export function SettingsView({ status, today, onWelcome }: Props) {
                 ))}
               </fieldset>
             </Row>
-            <DomainList domains={readList(settings.excluded_domains)} onSave={(domains) => set({ excluded_domains: domains })} />
+            <DomainList
+              domains={readList(settings.excluded_domains)}
+              onSave={(domains) => set({ excluded_domains: domains })}
+            />
             <NumberField
               label="Garder titres et adresses"
               help={
                 <>
-                  <b>Au-delà, ils sont effacés pour de bon.</b> Les durées, les applications et les sites restent. 0 garde
-                  tout.
+                  <b>Au-delà, ils sont effacés pour de bon.</b> Les durées, les applications et les sites
+                  restent. 0 garde tout.
                 </>
               }
               unit="jours"
@@ -135,7 +142,11 @@ export function SettingsView({ status, today, onWelcome }: Props) {
       <Section title="Données">
         <Export today={today} />
         <Row label="Fichier des données" help={<code>{status?.db}</code>}>
-          <button type="button" class="button" onClick={() => void attempt(() => client.call("revealData", {}))}>
+          <button
+            type="button"
+            class="button"
+            onClick={() => void attempt(() => client.call("revealData", {}))}
+          >
             Montrer le dossier
           </button>
         </Row>
@@ -156,7 +167,13 @@ export function SettingsView({ status, today, onWelcome }: Props) {
         </Row>
       </Section>
       {quitting && (
-        <Confirm title="Quitter Orvanta ?" action="Quitter" danger onClose={() => setQuitting(false)} onConfirm={async () => void (await client.call("quit", {}))}>
+        <Confirm
+          title="Quitter Orvanta ?"
+          action="Quitter"
+          danger
+          onClose={() => setQuitting(false)}
+          onConfirm={async () => void (await client.call("quit", {}))}
+        >
           <p>Plus rien n’est enregistré jusqu’au prochain démarrage.</p>
         </Confirm>
       )}
@@ -169,8 +186,8 @@ export function SettingsView({ status, today, onWelcome }: Props) {
           onConfirm={() => answerRetention.current(true)}
         >
           <p>
-            Les titres et adresses de plus de {count(retention, "jour")} sont effacés maintenant, puis chaque heure.
-            Cela ne s’annule pas.
+            Les titres et adresses de plus de {count(retention, "jour")} sont effacés maintenant, puis chaque
+            heure. Cela ne s’annule pas.
           </p>
         </Confirm>
       )}

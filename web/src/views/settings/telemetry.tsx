@@ -55,14 +55,24 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
             <dt>event</dt>
             <dd>first_launch une fois, heartbeat une fois par jour, error</dd>
             <dt>error</dt>
-            <dd>avec error seulement : les 500 premiers caractères de l’erreur de la base, une fois par jour au plus</dd>
+            <dd>
+              avec error seulement : les 500 premiers caractères de l’erreur de la base, une fois par jour au
+              plus
+            </dd>
           </dl>
           <p>Jamais d’application, de titre, de site, de durée ni de projet.</p>
         </details>
       </Row>
-      <Row label="Mise à jour" help={`Version installée : ${status?.version ?? "–"}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}>
+      <Row
+        label="Mise à jour"
+        help={`Version installée : ${status?.version ?? "–"}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
+      >
         {update ? (
-          <button type="button" class="button primary" onClick={() => void attempt(() => client.call("openURL", { url: update.url }))}>
+          <button
+            type="button"
+            class="button primary"
+            onClick={() => void attempt(() => client.call("openURL", { url: update.url }))}
+          >
             Voir Orvanta {update.version}
           </button>
         ) : (
