@@ -9,8 +9,6 @@ import type {
   RecapReport,
   Route,
   Routes,
-  RuleField,
-  RuleRow,
   Settings,
   WeekReport,
   WeekSummary,

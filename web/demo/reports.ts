@@ -26,14 +26,15 @@ export function classify(span: Span, rules: readonly RuleRow[], projects: readon
   if (span.idle) return { ...span, cat: "inactif", pid: null };
   let cat = span.category;
   let pid = span.projectId;
-  const values = { app: span.app, domain: span.domain ?? "", title: span.title ?? "", url: "" };
+  const low = (text: string | null) => text?.toLowerCase() ?? "";
+  const values = { app: low(span.app), domain: low(span.domain), title: low(span.title), url: "" };
   for (const rule of rules) {
-    if (!values[rule.field].toLowerCase().includes(rule.pattern.toLowerCase())) continue;
+    if (!values[rule.field].includes(rule.pattern.toLowerCase())) continue;
     pid ??= rule.project_id;
     cat ??= rule.category;
   }
   if (pid === null) {
-    const haystack = `${values.title} ${values.domain} ${values.app}`.toLowerCase();
+    const haystack = `${values.title} ${values.domain} ${values.app}`;
     const keywords = (project: Project) =>
       project.keywords.split(",").map((word) => word.trim().toLowerCase());
     const found = projects.find(

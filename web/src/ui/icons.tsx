@@ -64,8 +64,11 @@ export function CategoryName({ cat }: { cat: string }) {
   );
 }
 
-/** A project's colour beside its name. Any other text than a hexadecimal colour shows as grey. */
+/** A project's colour; grey when the text is no hexadecimal colour. */
+export function projectColor(color: string | null): string {
+  return color && /^#[0-9a-f]{3,8}$/i.test(color) ? color : "#8a8f98";
+}
+
 export function ProjectDot({ color }: { color: string | null }) {
-  const safe = color && /^#[0-9a-f]{3,8}$/i.test(color) ? color : "#8a8f98";
-  return <span class="dot" style={{ backgroundColor: safe }} aria-hidden="true" />;
+  return <span class="dot" style={{ backgroundColor: projectColor(color) }} aria-hidden="true" />;
 }

@@ -4,6 +4,7 @@ import type { DayReport, UnixTime } from "../../bridge/routes";
 import { categories, categoryClass } from "../../model/categories";
 import { bars, path, ticks, type View } from "../../model/timeline";
 import { clock } from "../../model/time";
+import { projectColor } from "../../ui/icons";
 
 // Pixels from the top: the hours, the lanes, the projects.
 const laneHeight = 16;
@@ -95,7 +96,11 @@ export function Bars({ report, view, width }: { report: DayReport; view: View; w
           );
         })}
         {strips.map(({ project, rects }) => (
-          <path key={project.id} d={path(rects, lanesBottom, strip)} style={{ fill: project.color }} />
+          <path
+            key={project.id}
+            d={path(rects, lanesBottom, strip)}
+            style={{ fill: projectColor(project.color) }}
+          />
         ))}
       </g>
     );

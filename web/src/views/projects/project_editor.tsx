@@ -91,8 +91,7 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
           onInput={(event) => onChange({ keywords: event.currentTarget.value })}
         />
         <small>
-          Séparés par des virgules, trois lettres au moins. Une activité dont le titre, l’adresse ou
-          l’application en contient un va à ce projet.
+          Séparés par des virgules, trois lettres au moins. L’activité qui en contient un va à ce projet.
         </small>
         {short.length > 0 && <small class="field-error">Trop court, sera ignoré : {short.join(", ")}</small>}
       </label>
