@@ -3,6 +3,7 @@ import type { Day, Status } from "./bridge/routes";
 import { useAnswer, useClient } from "./client";
 import { loadPlace, savePlace, type Place, type ViewName } from "./model/place";
 import { addDays, dayOf } from "./model/time";
+import { Guard } from "./ui/guard";
 import { Header } from "./ui/header";
 import { Icon, type IconName } from "./ui/icons";
 import { Failure } from "./ui/parts";
@@ -91,14 +92,16 @@ function Page() {
         <main class="main" data-scroller tabIndex={-1} key={place.view}>
           {status.error && <Failure text={status.error} retry={status.reload} />}
           {status.answer && <Banners status={status.answer} />}
-          {place.view === "day" && <DayView {...period} status={status.answer} />}
-          {place.view === "week" && <WeekView {...period} />}
-          {place.view === "recap" && <RecapView {...period} />}
-          {place.view === "projects" && <ProjectsView />}
-          {place.view === "rules" && <RulesView today={today} />}
-          {place.view === "settings" && (
-            <SettingsView status={status.answer} today={today} onWelcome={() => setWelcome(true)} />
-          )}
+          <Guard>
+            {place.view === "day" && <DayView {...period} status={status.answer} />}
+            {place.view === "week" && <WeekView {...period} />}
+            {place.view === "recap" && <RecapView {...period} />}
+            {place.view === "projects" && <ProjectsView />}
+            {place.view === "rules" && <RulesView today={today} />}
+            {place.view === "settings" && (
+              <SettingsView status={status.answer} today={today} onWelcome={() => setWelcome(true)} />
+            )}
+          </Guard>
         </main>
       </div>
       {help && <ShortcutHelp onClose={() => setHelp(false)} />}

@@ -113,7 +113,8 @@ test("the keyboard alone selects, assigns and takes back; the rule that was lear
   await page.waitForSelector(".block");
   await list.focus();
   await page.keyboard.press("Control+a");
-  await page.keyboard.press("1");
+  // The first key of the digits' row on an AZERTY keyboard.
+  await list.dispatchEvent("keydown", { key: "&", code: "Digit1", bubbles: true });
   await page.waitForSelector(".toast .quiet");
   assert.match(plain(await page.locator(".toast").innerText()), /Règle apprise : youtube\.com → Travail/);
   await page.keyboard.press("Control+z");
@@ -287,6 +288,42 @@ test("the product's page is small and holds nothing made up", async () => {
   assert.ok(sizes[0] + sizes[1] < 150_000);
   const script = await readFile(join(product, "app.js"), "utf8");
   assert.ok(!/Camille|Boutique Lumière|fetch\(|eval\(/.test(script));
+});
+
+test("requests go to the handler as objects, and a failure is told with a way to try again", async () => {
+  const product = await serve(join(folder, "product"));
+  const context = await demo.browser.newContext();
+  await context.addInitScript(() => {
+    window.posted = [];
+    const postMessage = (message) => {
+      window.posted.push(message);
+      const answer = message.path === "status" ? { error: "base illisible" } : [];
+      setTimeout(() => window.__resolve(message.id, answer));
+    };
+    window.webkit = { messageHandlers: { api: { postMessage } } };
+  });
+  const page = await context.newPage();
+  await page.goto(product.address);
+  await page.getByRole("alert").getByText("base illisible").first().waitFor();
+  const before = await page.evaluate(() => window.posted.filter(({ path }) => path === "status").length);
+  await page.getByRole("button", { name: "Réessayer" }).first().click();
+  await page.waitForFunction(
+    (count) => window.posted.filter(({ path }) => path === "status").length > count,
+    before,
+  );
+  const posted = await page.evaluate(() => window.posted);
+  assert.equal(new Set(posted.map(({ id }) => id)).size, posted.length);
+  assert.ok(
+    posted.every(({ id, path, body }) => Number.isInteger(id) && path && body && !Array.isArray(body)),
+  );
+  assert.match(posted.find(({ path }) => path === "day").body.date, /^\d{4}-\d\d-\d\d$/);
+  // A list that comes as something else breaks its view, and no other.
+  await page.getByRole("button", { name: "Semaine" }).click();
+  await page.getByText("Cette vue n’a pas pu s’afficher").waitFor();
+  await page.getByRole("button", { name: "Règles" }).click();
+  await page.getByRole("heading", { name: "Règles" }).waitFor();
+  await context.close();
+  product.close();
 });
 
 test("nothing was complained about in the console, the policy's refusals included", () => {

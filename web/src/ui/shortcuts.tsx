@@ -105,12 +105,20 @@ export function ShortcutHelp({ onClose }: { onClose: () => void }) {
   );
 }
 
-/** A key's name for the tables of shortcuts: digits by their place, as AZERTY has them under Shift. */
-export function keyName(event: KeyboardEvent): string {
-  const digit = /^(?:Digit|Numpad)(\d)$/.exec(event.code);
-  if (digit?.[1] && !event.shiftKey) return digit[1];
-  if (event.shiftKey && /^[a-z]$/i.test(event.key)) return `Shift+${event.key.toUpperCase()}`;
-  return event.key.length === 1 ? event.key.toLowerCase() : event.key;
+// What a key may be called in a table of shortcuts: what it writes, and then the digit that is printed on
+// it, because AZERTY keyboards write digits with Shift only.
+function keyNames(event: KeyboardEvent): string[] {
+  const { key, code, shiftKey } = event;
+  const names = [
+    shiftKey && /^[a-z]$/i.test(key)
+      ? `Shift+${key.toUpperCase()}`
+      : key.length === 1
+        ? key.toLowerCase()
+        : key,
+  ];
+  const digit = /^Digit(\d)$/.exec(code)?.[1];
+  if (digit && !shiftKey) names.push(digit);
+  return names;
 }
 
 function takesKeys(target: EventTarget | null, key: string): boolean {
@@ -132,8 +140,8 @@ export function useShortcuts(handlers: Record<string, () => boolean | void>): vo
   useLayoutEffect(() => {
     const onKey = (event: KeyboardEvent) => {
       if (event.defaultPrevented || event.ctrlKey || event.metaKey || event.altKey) return;
-      const name = keyName(event);
-      const handler = latest.current[name];
+      const name = keyNames(event).find((candidate) => candidate in latest.current);
+      const handler = name && latest.current[name];
       if (!handler || takesKeys(event.target, name)) return;
       if (name !== "?" && name !== "Escape" && !name.startsWith("Arrow") && !singleKeysOn()) return;
       if (handler() !== false) event.preventDefault();

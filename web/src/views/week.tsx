@@ -6,6 +6,7 @@ import {
   addDays,
   capitalize,
   clock,
+  count,
   duration,
   mondayOf,
   plainDay,
@@ -56,11 +57,7 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
             </p>
             <dl class="facts">
               <div>
-                <dt>Jours actifs</dt>
-                <dd>{daysActive}</dd>
-              </div>
-              <div>
-                <dt>Par jour actif</dt>
+                <dt>Moyenne sur {count(daysActive, "jour")}</dt>
                 <dd>{duration(active / daysActive)}</dd>
               </div>
             </dl>

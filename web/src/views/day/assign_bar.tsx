@@ -5,6 +5,7 @@ import type { Target } from "../../model/changes";
 import { patternOf, type Pattern, type Reason } from "../../model/matching";
 import { clip, clock, count, duration, instant, readClock } from "../../model/time";
 import { CategoryMark, Icon } from "../../ui/icons";
+import { Foreign } from "../../ui/parts";
 import { fieldLabel } from "../rules/labels";
 import type { Range } from "./timeline";
 
@@ -80,6 +81,11 @@ export function AssignBar({
           <b>{one ? clip(one.domain ?? one.app, 40) : count(blocks.length, "bloc")}</b>
         )}
         <span class="quiet">{duration(total)}</span>
+        {one?.title && (
+          <span class="assign-title">
+            <Foreign text={one.title} />
+          </span>
+        )}
         {one && why && <Why why={why} onEditRule={onEditRule} />}
       </div>
       <div class="assign-how">

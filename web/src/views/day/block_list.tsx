@@ -155,7 +155,7 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
       {idle ? (
         <span class="block-what quiet">Inactif</span>
       ) : (
-        <span class="block-what" title={title ? clip(title, 500) : undefined}>
+        <span class={project ? "block-what" : "block-what wide"} title={title ? clip(title, 500) : undefined}>
           <b>
             <Foreign text={domain ?? app} length={80} />
           </b>

@@ -19,13 +19,9 @@ export function Summary({ report, chosen, onChoose }: Props) {
         <span>actif</span>
       </p>
       <dl class="facts">
-        <div>
-          <dt>Première activité</dt>
-          <dd>{first === null ? "–" : clock(first)}</dd>
-        </div>
-        <div>
-          <dt>Dernière</dt>
-          <dd>{last === null ? "–" : clock(last)}</dd>
+        <div title="De la première à la dernière activité">
+          <dt>Activité</dt>
+          <dd>{first === null || last === null ? "–" : `${clock(first)} – ${clock(last)}`}</dd>
         </div>
         <div>
           <dt>Inactif</dt>

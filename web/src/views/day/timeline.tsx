@@ -1,5 +1,5 @@
 import { useEffect, useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
-import type { Block, DayReport, Project, UnixTime } from "../../bridge/routes";
+import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
 import { categories, categoryLabel } from "../../model/categories";
 import { clamp, fit, path, segmentAt, type View, zoom } from "../../model/timeline";
 import { clock, duration, longDay } from "../../model/time";
@@ -147,7 +147,8 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
   const current = cursor === null ? undefined : segments[cursor];
   const under = hover === null || dragged ? -1 : segmentAt(segments, hover, 2 * perPixel);
   const [focused, setFocused] = useState(false);
-  const tip = under >= 0 ? segments[under] : focused ? current : undefined;
+  const away = hover !== null && !dragged ? awayAt(report.blocks, hover) : undefined;
+  const tip = segments[under] ?? away ?? (focused ? current : undefined);
 
   return (
     <section class="timeline" aria-label="Chronologie">
@@ -307,6 +308,12 @@ function describe(
   ]
     .filter(Boolean)
     .join(", ");
+}
+
+// Time away, as if it were a segment.
+function awayAt(blocks: readonly Block[], time: UnixTime): Segment | undefined {
+  const block = blocks.find((one) => one.idle && one.start <= time && time < one.end);
+  return block && { start: block.start, end: block.end, cat: "inactif", pid: null, top: [] };
 }
 
 // The segments drawn as one with this one, being too thin on this scale.

@@ -81,9 +81,7 @@ export function RulesView({ today }: { today: Day }) {
     <div class="view">
       <div class="view-head">
         <h1>Règles</h1>
-        <p class="quiet">
-          Une règle classe tout ce qui la contient, le passé compris. La plus longue l’emporte.
-        </p>
+        <p class="quiet">Une règle vaut aussi pour le passé. La plus longue l’emporte.</p>
         <button type="button" class="button" onClick={() => setRestoring(true)}>
           Rétablir les règles intégrées
         </button>
