@@ -1,5 +1,5 @@
 import type { ComponentChildren } from "preact";
-import { useEffect, useId, useState } from "preact/hooks";
+import { useEffect, useId, useRef, useState } from "preact/hooks";
 import { errorText } from "../../client";
 import { numberError, type NumberSetting, readDomain } from "../../model/settings";
 import { Icon } from "../../ui/icons";
@@ -55,17 +55,21 @@ export function NumberField({ label, help, unit, setting, value, onSave }: Numbe
   const [saved, setSaved] = useState(false);
   useEffect(() => setText(value), [value]);
 
+  // A question asked on Enter takes the focus away, which is no second answer.
+  const saving = useRef(false);
   const commit = async () => {
-    if (text.trim() === value) return;
+    if (saving.current || text.trim() === value) return;
     const wrong = numberError(setting, text);
     setError(wrong);
     if (wrong) return;
+    saving.current = true;
     try {
       if ((await onSave(Number(text))) === false) setText(value);
       else setSaved(true);
     } catch (failure) {
       setError(errorText(failure));
     }
+    saving.current = false;
   };
   return (
     <Row label={label} help={help} htmlFor={id}>
