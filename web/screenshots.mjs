@@ -1,0 +1,85 @@
+// Pictures of every view on the made-up month, in both themes and the two usual window sizes:
+//   node screenshots.mjs [--out DIR] [--all]
+// Without --all only those that docs/screenshots keeps. Needs Chromium; ImageMagick makes them small.
+import { execFileSync } from "node:child_process";
+import { mkdir, mkdtemp, rm, writeFile } from "node:fs/promises";
+import { tmpdir } from "node:os";
+import { dirname, join, resolve } from "node:path";
+import { fileURLToPath } from "node:url";
+import { parseArgs } from "node:util";
+import { build } from "./build.mjs";
+import { openDemo, serve } from "./test/browser.mjs";
+
+const here = dirname(fileURLToPath(import.meta.url));
+const { values } = parseArgs({ options: { out: { type: "string" }, all: { type: "boolean" } } });
+const out = resolve(values.out ?? join(here, "../docs/screenshots"));
+const now = "2026-11-19T16:42";
+
+const pick = (page, row) => page.locator(".block:not(.idle)").nth(row);
+const views = {
+  jour: { key: "j" },
+  "jour-selection": {
+    key: "j",
+    act: async (page) => {
+      await pick(page, 1).click();
+      await pick(page, 3).click({ modifiers: ["Shift"] });
+    },
+  },
+  semaine: { key: "s" },
+  bilan: { key: "b" },
+  projets: { key: "p" },
+  regles: { key: "r" },
+  "regle-apercu": {
+    key: "r",
+    act: async (page) => {
+      await page.keyboard.press("n");
+      await page.locator("dialog input").fill("lemonde");
+      await page.locator("dialog select").nth(1).selectOption("autre");
+      await page.waitForSelector(".preview li");
+    },
+  },
+  reglages: { key: "g" },
+  raccourcis: { key: "j", act: (page) => page.keyboard.press("?") },
+  accueil: { query: "&new" },
+};
+const sizes = { petit: { width: 860, height: 560 }, grand: { width: 1180, height: 780 } };
+const kept = (view, theme, size) =>
+  (size === "grand" && theme === "clair") ||
+  (size === "grand" && ["jour", "semaine", "bilan", "regles"].includes(view)) ||
+  (size === "petit" && theme === "clair" && ["jour", "semaine", "reglages"].includes(view));
+
+const folder = await mkdtemp(join(tmpdir(), "orvanta-demo-"));
+await build({ out: folder, demo: true });
+await mkdir(out, { recursive: true });
+// The font that GNOME gives as "system-ui", where it is installed (Debian: fonts-inter).
+await writeFile(
+  join(folder, "fonts.conf"),
+  `<fontconfig><include>/etc/fonts/fonts.conf</include><match target="pattern">
+   <edit name="family" mode="prepend" binding="strong"><string>Inter</string></edit></match></fontconfig>`,
+);
+process.env.FONTCONFIG_FILE = join(folder, "fonts.conf");
+const server = await serve(folder);
+const { browser, open } = await openDemo(server.address);
+for (const [theme, colorScheme] of [
+  ["clair", "light"],
+  ["sombre", "dark"],
+]) {
+  for (const [size, viewport] of Object.entries(sizes)) {
+    for (const [name, { key, query, act }] of Object.entries(views)) {
+      if (!values.all && !kept(name, theme, size)) continue;
+      const page = await open({ colorScheme, viewport, query: `?now=${now}${query ?? ""}` });
+      if (key) await page.keyboard.press(key);
+      await page.waitForTimeout(250);
+      await act?.(page);
+      await page.waitForTimeout(250);
+      const file = join(out, `${name}-${theme}-${viewport.width}x${viewport.height}.png`);
+      await page.screenshot({ path: file });
+      execFileSync("convert", [file, "-strip", "+dither", "-colors", "160", `PNG8:${file}`]);
+      await page.context().close();
+      console.log(file);
+    }
+  }
+}
+await browser.close();
+server.close();
+await rm(folder, { recursive: true });

@@ -1,0 +1,53 @@
+import { type Bridge, BridgeError, patience, unwrap } from "./bridge";
+
+interface Handler {
+  postMessage(message: unknown): void;
+}
+
+declare global {
+  interface Window {
+    webkit?: { messageHandlers?: { api?: Handler } };
+    /** Called by the program with the request's id and its parsed answer. */
+    __resolve?: (id: number, answer: unknown) => void;
+  }
+}
+
+/** Speaks to the program through the web view's message handler "api". */
+export function webkitBridge(): Bridge {
+  const waiting = new Map<number, (answer: unknown) => void>();
+  let lastId = 0;
+
+  window.__resolve = (id, answer) => {
+    const settle = waiting.get(id);
+    waiting.delete(id);
+    settle?.(answer);
+  };
+
+  return {
+    call(route, body) {
+      const handler = window.webkit?.messageHandlers?.api;
+      if (!handler) {
+        return Promise.reject(new BridgeError("Cette page ne s’utilise que dans la fenêtre d’Orvanta."));
+      }
+      return new Promise((resolve, reject) => {
+        const id = ++lastId;
+        const limit = patience(route);
+        const timer = limit
+          ? setTimeout(() => {
+              waiting.delete(id);
+              reject(new BridgeError("Orvanta ne répond pas."));
+            }, limit)
+          : undefined;
+        waiting.set(id, (answer) => {
+          clearTimeout(timer);
+          try {
+            resolve(unwrap(answer) as never);
+          } catch (error) {
+            reject(error);
+          }
+        });
+        handler.postMessage({ id, path: route, body });
+      });
+    },
+  };
+}

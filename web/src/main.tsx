@@ -1,0 +1,4 @@
+import { webkitBridge } from "./bridge/webkit";
+import { start } from "./start";
+
+start(webkitBridge());

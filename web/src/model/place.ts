@@ -1,0 +1,28 @@
+// Where the user is in the page, kept so that a reopened window shows the same place.
+import type { Day } from "../bridge/routes";
+import { load, save } from "./stored";
+import { isDay } from "./time";
+
+export const viewNames = ["day", "week", "recap", "projects", "rules", "settings"] as const;
+export type ViewName = (typeof viewNames)[number];
+
+export interface Place {
+  view: ViewName;
+  /** The day shown; null follows today. The week and the recap show the week that holds it. */
+  day: Day | null;
+}
+
+const key = "place";
+
+function valid(value: unknown): boolean {
+  const { view, day } = (value ?? {}) as Partial<Place>;
+  return viewNames.includes(view as ViewName) && (day === null || isDay(day));
+}
+
+export function loadPlace(): Place {
+  return load<Place>(key, { view: "day", day: null }, valid);
+}
+
+export function savePlace(place: Place): void {
+  save(key, place);
+}

@@ -1,0 +1,16 @@
+import { render } from "preact";
+import { App } from "./app";
+import type { Bridge } from "./bridge/bridge";
+import { Client, ClientProvider } from "./client";
+
+/** Draws the page, answered by `bridge`. */
+export function start(bridge: Bridge): void {
+  const root = document.getElementById("page");
+  if (!root) throw new Error("no root element");
+  render(
+    <ClientProvider value={new Client(bridge)}>
+      <App />
+    </ClientProvider>,
+    root,
+  );
+}

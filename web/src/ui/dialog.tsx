@@ -1,0 +1,93 @@
+import type { ComponentChildren } from "preact";
+import { useEffect, useId, useRef, useState } from "preact/hooks";
+import { errorText } from "../client";
+import { Icon } from "./icons";
+
+interface DialogProps {
+  title: string;
+  onClose: () => void;
+  children: ComponentChildren;
+  wide?: boolean;
+}
+
+/** A modal dialogue: Escape and the cross close it, the focus goes back to where it was. */
+export function Dialog({ title, onClose, children, wide }: DialogProps) {
+  const ref = useRef<HTMLDialogElement>(null);
+  const heading = useId();
+  useEffect(() => {
+    const before = document.activeElement;
+    ref.current?.showModal();
+    return () => {
+      if (before instanceof HTMLElement && before.isConnected) before.focus();
+    };
+  }, []);
+  return (
+    <dialog
+      ref={ref}
+      class={wide ? "dialog wide" : "dialog"}
+      aria-labelledby={heading}
+      onCancel={(event) => {
+        event.preventDefault();
+        onClose();
+      }}
+      onKeyDown={(event) => event.stopPropagation()}
+    >
+      <header class="dialog-head">
+        <h2 id={heading}>{title}</h2>
+        <button type="button" class="button ghost square" aria-label="Fermer" onClick={onClose}>
+          <Icon name="close" />
+        </button>
+      </header>
+      {children}
+    </dialog>
+  );
+}
+
+interface ConfirmProps {
+  title: string;
+  children: ComponentChildren;
+  action: string;
+  danger?: boolean;
+  onConfirm: () => Promise<void> | void;
+  onClose: () => void;
+}
+
+/** Asks before something that cannot be taken back. */
+export function Confirm({ title, children, action, danger, onConfirm, onClose }: ConfirmProps) {
+  const [error, setError] = useState("");
+  const confirm = async () => {
+    try {
+      await onConfirm();
+      onClose();
+    } catch (failure) {
+      setError(errorText(failure));
+    }
+  };
+  return (
+    <Dialog title={title} onClose={onClose}>
+      <div class="dialog-body prose">{children}</div>
+      <FormError text={error} />
+      <footer class="dialog-foot">
+        <button type="button" class="button" onClick={onClose}>
+          Annuler
+        </button>
+        <button
+          type="button"
+          class={danger ? "button danger" : "button primary"}
+          onClick={() => void confirm()}
+        >
+          {action}
+        </button>
+      </footer>
+    </Dialog>
+  );
+}
+
+export function FormError({ text }: { text: string }) {
+  return (
+    <p class="form-error" role="alert">
+      {text && <Icon name="warning" />}
+      {text}
+    </p>
+  );
+}

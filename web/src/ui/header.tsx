@@ -1,0 +1,107 @@
+import type { ProjectRow, Status } from "../bridge/routes";
+import { useAnswer, useClient } from "../client";
+import { clip, clock, duration } from "../model/time";
+import { Icon } from "./icons";
+import { Foreign } from "./parts";
+import { useAttempt } from "./toast";
+
+function Now({ status }: { status: Status }) {
+  const current = status.current;
+  if (status.paused) {
+    return (
+      <p class="now paused">
+        <span class="pulse" aria-hidden="true" />
+        <b>Suivi en pause</b>
+        <span class="quiet">Rien n’est enregistré.</span>
+      </p>
+    );
+  }
+  if (!current) {
+    return (
+      <p class="now">
+        <span class="pulse on" aria-hidden="true" />
+        <b>Suivi actif</b>
+      </p>
+    );
+  }
+  if (current.idle) {
+    return (
+      <p class="now idle">
+        <span class="pulse" aria-hidden="true" />
+        <b>Inactif depuis {duration(current.duration)}</b>
+      </p>
+    );
+  }
+  return (
+    <p class="now" title={current.title ? clip(current.title, 500) : undefined}>
+      <span class="pulse on" aria-hidden="true" />
+      <b>
+        <Foreign text={current.app} length={60} />
+      </b>
+      {current.domain && (
+        <span class="now-domain">
+          <Foreign text={current.domain} length={80} />
+        </span>
+      )}
+      <span class="now-time">{duration(current.duration)}</span>
+      {current.title && (
+        <span class="quiet now-title">
+          <Foreign text={current.title} />
+        </span>
+      )}
+    </p>
+  );
+}
+
+function CurrentProject({ status }: { status: Status }) {
+  const client = useClient();
+  const attempt = useAttempt();
+  const projects = useAnswer("projects.list", {});
+  const active = (projects.answer ?? []).filter(({ archived }: ProjectRow) => archived !== 1);
+  const known = active.some(({ id }) => id === status.current_project);
+  const since = status.current_project_since === null ? "" : `Depuis ${clock(status.current_project_since)}`;
+  return (
+    <label class="select-label" title={known ? since : "Les prochaines activités iront à ce projet."}>
+      <span class="hide-narrow">Je travaille sur</span>
+      <select
+        class="select"
+        aria-label="Je travaille sur"
+        value={known ? String(status.current_project) : ""}
+        onChange={(event) => {
+          const value = event.currentTarget.value;
+          void attempt(() => client.call("tracker.project", { project_id: value ? Number(value) : null }));
+        }}
+      >
+        <option value="">Attribution automatique</option>
+        {active.map(({ id, name }) => (
+          <option key={id} value={String(id)}>
+            {clip(name, 60)}
+          </option>
+        ))}
+      </select>
+    </label>
+  );
+}
+
+/** What is tracked now, and the two things that can be said about it at any time. */
+export function Header({ status, onToggle }: { status: Status | undefined; onToggle: () => void }) {
+  return (
+    <header class="top">
+      {status && (
+        <>
+          <Now status={status} />
+          <CurrentProject status={status} />
+          <button
+            type="button"
+            class={status.paused ? "button primary" : "button"}
+            title="Maj + P"
+            onClick={onToggle}
+          >
+            <Icon name={status.paused ? "play" : "pause"} />
+            {status.paused ? "Reprendre" : "Pause"}
+          </button>
+        </>
+      )}
+    </header>
+  );
+}

@@ -1,0 +1,203 @@
+// Small pieces that several views share.
+import type { ComponentChildren } from "preact";
+import { useState } from "preact/hooks";
+import type { ByCategory, ProjectTime, Seconds } from "../bridge/routes";
+import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
+import { clip, duration, share } from "../model/time";
+import { CategoryMark, Icon, ProjectDot } from "./icons";
+
+/** Text from the outside: titles, names, addresses. Kept apart from the direction of what surrounds it. */
+export function Foreign({ text, length = 300 }: { text: string; length?: number }) {
+  return <bdi>{clip(text, length)}</bdi>;
+}
+
+interface EmptyProps {
+  title: string;
+  children?: ComponentChildren;
+}
+
+export function Empty({ title, children }: EmptyProps) {
+  return (
+    <div class="empty">
+      <p class="empty-title">{title}</p>
+      {children}
+    </div>
+  );
+}
+
+export function Failure({ text, retry }: { text: string; retry: () => void }) {
+  return (
+    <div class="banner failed" role="alert">
+      <Icon name="warning" />
+      <p>{text}</p>
+      <button type="button" class="button small" onClick={retry}>
+        Réessayer
+      </button>
+    </div>
+  );
+}
+
+/** Active time as one bar; its legend beneath names and counts every part. */
+export function CategoryBar({ byCategory }: { byCategory: ByCategory }) {
+  const total = activeTime(byCategory);
+  const label = categories.map((cat) => `${categoryLabel(cat)} ${duration(byCategory[cat] ?? 0)}`).join(", ");
+  return (
+    <div class="stack" role="img" aria-label={label}>
+      {categories.map((cat) => {
+        const seconds = byCategory[cat] ?? 0;
+        return (
+          seconds > 0 && (
+            <span
+              key={cat}
+              class={`fill ${categoryClass(cat)}`}
+              style={{ flexGrow: String(seconds / total) }}
+            />
+          )
+        );
+      })}
+    </div>
+  );
+}
+
+interface LegendProps {
+  byCategory: ByCategory;
+  /** Makes the entries switches that show one category alone. */
+  chosen?: string | null;
+  onChoose?: (cat: string) => void;
+}
+
+export function CategoryLegend({ byCategory, chosen, onChoose }: LegendProps) {
+  const total = activeTime(byCategory);
+  return (
+    <ul class="legend">
+      {categories.map((cat) => {
+        const seconds = byCategory[cat] ?? 0;
+        if (seconds === 0 && chosen !== cat) return null;
+        const content = (
+          <>
+            <CategoryMark cat={cat} />
+            <span>{categoryLabel(cat)}</span>
+            <b>{duration(seconds)}</b>
+            <span class="quiet">{share(seconds, total)}</span>
+          </>
+        );
+        return (
+          <li key={cat}>
+            {onChoose ? (
+              <button type="button" class="chip" aria-pressed={chosen === cat} onClick={() => onChoose(cat)}>
+                {content}
+              </button>
+            ) : (
+              <span class="chip still">{content}</span>
+            )}
+          </li>
+        );
+      })}
+    </ul>
+  );
+}
+
+export interface ShareRow {
+  key: string;
+  name: string;
+  duration: Seconds;
+  color?: string;
+  parts?: [string, Seconds][];
+}
+
+export function projectRows(projects: readonly ProjectTime[]): ShareRow[] {
+  return projects.map(({ id, name, color, duration: seconds }) => ({
+    key: String(id),
+    name,
+    color,
+    duration: seconds,
+  }));
+}
+
+interface ShareListProps {
+  title: string;
+  rows: readonly ShareRow[];
+  total: Seconds;
+  empty: string;
+  shown?: number;
+  chosen?: string | null;
+  onChoose?: (key: string) => void;
+}
+
+const narrow = matchMedia("(max-width: 1020px)");
+
+/** How many entries a list shows before it is opened: fewer where three lists stand side by side. */
+export function shownEntries(): number {
+  return narrow.matches ? 3 : 6;
+}
+
+/** Who had how much of the time, longest first, each with a bar as long as its share of the longest. */
+export function ShareList({
+  title,
+  rows,
+  total,
+  empty,
+  shown = shownEntries(),
+  chosen,
+  onChoose,
+}: ShareListProps) {
+  const [all, setAll] = useState(false);
+  const longest = rows[0]?.duration ?? 0;
+  const visible = all ? rows.slice(0, 500) : rows.slice(0, shown);
+  return (
+    <section class="shares" aria-label={title}>
+      <h2>{title}</h2>
+      {rows.length === 0 && <p class="quiet">{empty}</p>}
+      <ul>
+        {visible.map((row) => {
+          const content = (
+            <>
+              <span class="share-name">
+                {row.color !== undefined && <ProjectDot color={row.color} />}
+                <Foreign text={row.name} length={80} />
+              </span>
+              <b>{duration(row.duration)}</b>
+              <span class="quiet share-part">{share(row.duration, total)}</span>
+              <span class="share-bar" aria-hidden="true">
+                <ShareBar row={row} width={longest > 0 ? row.duration / longest : 0} />
+              </span>
+            </>
+          );
+          return (
+            <li key={row.key}>
+              {onChoose ? (
+                <button
+                  type="button"
+                  class="share"
+                  aria-pressed={chosen === row.key}
+                  onClick={() => onChoose(row.key)}
+                >
+                  {content}
+                </button>
+              ) : (
+                <div class="share">{content}</div>
+              )}
+            </li>
+          );
+        })}
+      </ul>
+      {rows.length > shown && (
+        <button type="button" class="link" aria-expanded={all} onClick={() => setAll(!all)}>
+          {all ? "Réduire" : `Tout afficher (${rows.length})`}
+        </button>
+      )}
+    </section>
+  );
+}
+
+function ShareBar({ row, width }: { row: ShareRow; width: number }) {
+  const style = { width: `${width * 100}%` };
+  if (!row.parts) return <span class="share-fill" style={style} />;
+  return (
+    <span class="share-fill parts" style={style}>
+      {row.parts.map(([cat, seconds]) => (
+        <span key={cat} class={`fill ${categoryClass(cat)}`} style={{ flexGrow: String(seconds) }} />
+      ))}
+    </span>
+  );
+}

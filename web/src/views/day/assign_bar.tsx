@@ -1,0 +1,225 @@
+import { useEffect, useState } from "preact/hooks";
+import type { Block, Day, Project, RuleRow } from "../../bridge/routes";
+import { assignable, categoryLabel, isAssignable } from "../../model/categories";
+import type { Target } from "../../model/changes";
+import { patternOf, type Pattern, type Reason } from "../../model/matching";
+import { clip, clock, count, duration, instant, readClock } from "../../model/time";
+import { CategoryMark, Icon } from "../../ui/icons";
+import { Foreign } from "../../ui/parts";
+import { fieldLabel } from "../rules/labels";
+import type { Range } from "./timeline";
+
+interface Props {
+  day: Day;
+  blocks: readonly Block[];
+  range: Range | null;
+  projects: readonly Project[];
+  why: Reason | null;
+  onAssign: (target: Target) => void;
+  onRange: (range: Range) => void;
+  onRule: (pattern: Pattern) => void;
+  onEditRule: (rule: RuleRow) => void;
+  onClose: () => void;
+}
+
+/** What to make of the selected blocks, or of the range dragged over the timeline. */
+export function AssignBar({
+  day,
+  blocks,
+  range,
+  projects,
+  why,
+  onAssign,
+  onRange,
+  onRule,
+  onEditRule,
+  onClose,
+}: Props) {
+  const [category, setCategory] = useState<string | null>(null);
+  const [projectId, setProjectId] = useState<number | null>(null);
+  const what = range ? `${range.start}` : blocks.map((block) => block.ids[0]).join(",");
+
+  useEffect(() => {
+    const [first] = blocks;
+    const same =
+      first &&
+      !range &&
+      blocks.every((block) => block.cat === first.cat && block.pid === first.pid && block.manual);
+    setCategory(same && isAssignable(first.cat) ? first.cat : null);
+    setProjectId(same ? first.pid : null);
+  }, [what]);
+
+  const total = range ? range.end - range.start : blocks.reduce((sum, block) => sum + block.duration, 0);
+  const one = !range && blocks.length === 1 ? blocks[0] : undefined;
+  const toAutomatic = category === null && projectId === null;
+  const isAutomatic = !range && blocks.every((block) => !block.manual);
+  const open = projects.filter((project) => !project.archived || project.id === projectId);
+
+  const chooseProject = (id: number | null) => {
+    setProjectId(id);
+    // A project's time counts as the project's category, unless another was chosen.
+    const project = projects.find((candidate) => candidate.id === id);
+    if (project && category === null && isAssignable(project.category)) setCategory(project.category);
+  };
+
+  return (
+    <form
+      class="assign"
+      aria-label="Assigner la sélection"
+      onSubmit={(event) => {
+        event.preventDefault();
+        onAssign({ category, projectId });
+      }}
+      onKeyDown={(event) => {
+        if (event.key === "Escape") onClose();
+      }}
+    >
+      <div class="assign-what">
+        {range ? (
+          <RangeFields day={day} range={range} onRange={onRange} />
+        ) : (
+          <b>{one ? clip(one.domain ?? one.app, 40) : count(blocks.length, "bloc")}</b>
+        )}
+        <span class="quiet">{duration(total)}</span>
+        {one?.title && (
+          <span class="assign-title">
+            <Foreign text={one.title} />
+          </span>
+        )}
+        {one && why && <Why why={why} onEditRule={onEditRule} />}
+      </div>
+      <div class="assign-how">
+        <fieldset class="segmented">
+          <legend class="sr-only">Catégorie</legend>
+          <label title="Selon les règles (0)">
+            <input
+              type="radio"
+              name="category"
+              checked={category === null}
+              onChange={() => setCategory(null)}
+            />
+            <span>Auto</span>
+          </label>
+          {assignable.map((cat, index) => (
+            <label key={cat} title={`${categoryLabel(cat)} (${index + 1})`}>
+              <input
+                type="radio"
+                name="category"
+                checked={category === cat}
+                onChange={() => setCategory(cat)}
+              />
+              <span>
+                <CategoryMark cat={cat} />
+                {categoryLabel(cat)}
+              </span>
+            </label>
+          ))}
+        </fieldset>
+        <select
+          class="select"
+          aria-label="Projet"
+          value={projectId === null ? "" : String(projectId)}
+          onChange={(event) =>
+            chooseProject(event.currentTarget.value ? Number(event.currentTarget.value) : null)
+          }
+        >
+          <option value="">Sans projet</option>
+          {open.map(({ id, name }) => (
+            <option key={id} value={String(id)}>
+              {clip(name, 60)}
+            </option>
+          ))}
+        </select>
+        <button type="submit" class="button primary" disabled={toAutomatic && isAutomatic}>
+          {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
+        </button>
+        {one && (
+          <button type="button" class="button" onClick={() => onRule(patternOf(one))}>
+            Créer une règle…
+          </button>
+        )}
+        <button
+          type="button"
+          class="button ghost square"
+          aria-label="Ne rien sélectionner"
+          title="Échap"
+          onClick={onClose}
+        >
+          <Icon name="close" />
+        </button>
+      </div>
+    </form>
+  );
+}
+
+function Why({ why, onEditRule }: { why: Reason; onEditRule: (rule: RuleRow) => void }) {
+  if (why.kind === "manual") return <span class="quiet">assigné à la main</span>;
+  if (why.kind === "keyword") return <span class="quiet">par le mot-clé « {clip(why.keyword, 30)} »</span>;
+  if (why.kind === "none") return <span class="quiet">aucune règle visible</span>;
+  const { rule } = why;
+  return (
+    <button type="button" class="link" onClick={() => onEditRule(rule)}>
+      par la règle : {fieldLabel(rule.field).toLowerCase()} contient « {clip(rule.pattern, 30)} »
+    </button>
+  );
+}
+
+interface RangeFieldsProps {
+  day: Day;
+  range: Range;
+  onRange: (range: Range) => void;
+}
+
+function RangeFields({ day, range, onRange }: RangeFieldsProps) {
+  const [texts, setTexts] = useState({ start: clock(range.start), end: clock(range.end) });
+  const [wrong, setWrong] = useState("");
+  // Each on its own: leaving one field must not take back what is being typed in the other.
+  useEffect(() => setTexts((old) => ({ ...old, start: clock(range.start) })), [range.start]);
+  useEffect(() => setTexts((old) => ({ ...old, end: clock(range.end) })), [range.end]);
+
+  // An end that was not typed over keeps its seconds.
+  const read = (text: string, was: number) => {
+    if (text === clock(was)) return was;
+    const time = readClock(text);
+    return time && instant(day, time.hours, time.minutes);
+  };
+  const commit = () => {
+    const start = read(texts.start, range.start);
+    const end = read(texts.end, range.end);
+    if (start === null || end === null) setWrong("Une heure s’écrit 09:30.");
+    else if (end <= start) setWrong("La fin doit suivre le début.");
+    else {
+      setWrong("");
+      if (start !== range.start || end !== range.end) onRange({ start, end });
+    }
+  };
+  const field = (name: "start" | "end", label: string) => (
+    <input
+      class="input clock"
+      aria-label={label}
+      inputMode="numeric"
+      value={texts[name]}
+      aria-invalid={wrong !== ""}
+      onInput={(event) => setTexts({ ...texts, [name]: event.currentTarget.value })}
+      onBlur={commit}
+      onKeyDown={(event) => {
+        if (event.key !== "Enter") return;
+        event.preventDefault();
+        commit();
+      }}
+    />
+  );
+  return (
+    <span class="range-fields">
+      <span>De</span>
+      {field("start", "Début de la plage")}
+      <span>à</span>
+      {field("end", "Fin de la plage")}
+      {wrong && (
+        <span class="field-error" role="alert">
+          {wrong}
+        </span>
+      )}
+    </span>
+  );
+}

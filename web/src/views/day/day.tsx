@@ -1,0 +1,286 @@
+import { useEffect, useMemo, useRef, useState } from "preact/hooks";
+import type { PeriodProps } from "../../app";
+import type { Block, RuleRow, Status } from "../../bridge/routes";
+import { useAnswer, useClient } from "../../client";
+import { assignable } from "../../model/categories";
+import { assignBlocks, assignRange, type Target } from "../../model/changes";
+import {
+  everything,
+  type Filter,
+  filterBlocks,
+  isFiltering,
+  loadFilter,
+  saveFilter,
+} from "../../model/filter";
+import { type Pattern, reason } from "../../model/matching";
+import { nothing, selectedBlocks, type Selection } from "../../model/selection";
+import { addDays, capitalize, clock, count, duration, longDay } from "../../model/time";
+import { Empty, Failure, projectRows, ShareList } from "../../ui/parts";
+import { openCalendar, PeriodBar } from "../../ui/period";
+import { useShortcuts } from "../../ui/shortcuts";
+import { useAttempt, useNotice } from "../../ui/toast";
+import { learnedText } from "../rules/learned_text";
+import { RuleEditor, type RuleDraft } from "../rules/rule_editor";
+import { AssignBar } from "./assign_bar";
+import { BlockList, reveal } from "./block_list";
+import { ListTools } from "./list_tools";
+import { Summary } from "./summary";
+import { type Range, Timeline } from "./timeline";
+
+const noBlocks: Block[] = [];
+
+export function DayView({ day, today, onDay, status }: PeriodProps & { status: Status | undefined }) {
+  const client = useClient();
+  const attempt = useAttempt();
+  const notify = useNotice();
+  const { answer, error, reload } = useAnswer("day", { date: day }, day === today ? 10 : 0);
+  // Another day's report stands in for the moment that its successor takes, not for one that fails.
+  const report = error && answer?.date !== day ? undefined : answer;
+  const rules = useAnswer("rules.list", {});
+  const [selection, setSelection] = useState<Selection>(nothing);
+  const [range, setRange] = useState<Range | null>(null);
+  const [filter, setFilter] = useState<Filter>(loadFilter);
+  const [draft, setDraft] = useState<RuleDraft | null>(null);
+  const list = useRef<HTMLDivElement>(null);
+
+  const blocks = report?.blocks ?? noBlocks;
+  const listed = useMemo(() => filterBlocks(blocks, filter), [blocks, filter]);
+  const selected = useMemo(() => selectedBlocks(selection, blocks), [selection, blocks]);
+
+  const clear = () => {
+    setSelection((old) => ({ ...nothing, active: old.active }));
+    setRange(null);
+  };
+  useEffect(clear, [day]);
+  useEffect(() => saveFilter(filter), [filter]);
+  const change = (part: Partial<Filter>) => setFilter((old) => ({ ...old, ...part }));
+  const flip = <K extends "cat" | "project" | "app" | "domain">(name: K, value: Filter[K]) =>
+    setFilter((old) => ({ ...old, [name]: old[name] === value ? null : value }));
+
+  const pickRange = (next: Range | null) => {
+    setSelection(nothing);
+    setRange(next);
+  };
+  // A stretch of the timeline stands for the blocks that begin in it.
+  const pickBlocks = (start: number, end: number) => {
+    const inside = listed.filter((block) => !block.idle && block.end > start && block.start < end);
+    const first = inside[0]?.ids[0] ?? null;
+    setRange(null);
+    setSelection({ ids: new Set(inside.flatMap((block) => block.ids)), active: first, anchor: first });
+    const at = inside[0] ? listed.indexOf(inside[0]) : -1;
+    if (at >= 0) reveal(list.current?.querySelector<HTMLElement>(".blocks") ?? null, at);
+  };
+
+  const assign = (target: Target) =>
+    attempt(async () => {
+      const change = range
+        ? await assignRange(client, range.start, range.end, blocks, target)
+        : await assignBlocks(client, selected, target);
+      const what = range ? `${clock(range.start)} – ${clock(range.end)}` : count(selected.length, "bloc");
+      const time = duration(
+        range ? range.end - range.start : selected.reduce((sum, block) => sum + block.duration, 0),
+      );
+      const automatic = target.category === null && target.projectId === null;
+      notify({
+        text: automatic ? `De nouveau automatique : ${what} (${time}).` : `Assigné : ${what} (${time}).`,
+        details: change.learned.map(learnedText),
+        undo: change.undo,
+      });
+      if (document.activeElement?.closest(".assign")) {
+        list.current?.querySelector<HTMLElement>(".blocks")?.focus({ preventScroll: true });
+      }
+      clear();
+    });
+  // One key gives a category and leaves the project that was given by hand.
+  const quick = (category: string | null) => {
+    if (!range && selected.length === 0) return false;
+    const [first] = selected;
+    const keep =
+      category !== null && first && selected.every((block) => block.manual && block.pid === first.pid);
+    void assign({ category, projectId: keep ? first.pid : null });
+    return true;
+  };
+  const focusBar = () => document.querySelector<HTMLElement>(".assign input:checked, .assign input")?.focus();
+
+  useShortcuts({
+    ...Object.fromEntries(assignable.map((cat, index) => [String(index + 1), () => quick(cat)])),
+    "0": () => quick(null),
+    Escape: () => {
+      if (!range && selected.length === 0) return false;
+      clear();
+      return true;
+    },
+    "/": () => document.getElementById("search")?.focus(),
+    c: openCalendar,
+  });
+
+  const isToday = day === today;
+  const projects = report?.projects ?? [];
+  const totals = report?.totals;
+  const one = selected.length === 1 ? selected[0] : undefined;
+  const why = one && rules.answer ? reason(one, rules.answer, projects) : null;
+  return (
+    <div class="view day-view">
+      <PeriodBar
+        title={capitalize(longDay(day))}
+        previous="Jour précédent"
+        next="Jour suivant"
+        back="Aujourd’hui"
+        day={day}
+        today={today}
+        isCurrent={isToday}
+        onStep={(direction) => onDay(addDays(day, direction))}
+        onDay={onDay}
+      />
+      {error && <Failure text={error} retry={reload} />}
+      {report && totals && blocks.length === 0 && report.segments.length === 0 && totals.active === 0 && (
+        <EmptyDay isToday={isToday} paused={status?.paused ?? false} onToday={() => onDay(today)} />
+      )}
+      {report && totals && (blocks.length > 0 || totals.active > 0) && (
+        <div class={report.date === day ? "" : "stale"}>
+          <Summary report={report} chosen={filter.cat} onChoose={(cat) => flip("cat", cat)} />
+          <Timeline
+            report={report}
+            now={isToday ? (status?.now ?? null) : null}
+            selected={selected}
+            range={range}
+            onRange={pickRange}
+            onPick={pickBlocks}
+          />
+          <div class="day-columns">
+            <div class="breakdown">
+              <ShareList
+                title="Projets"
+                rows={projectRows(totals.by_project)}
+                total={totals.active}
+                empty="Aucun temps sur un projet."
+                chosen={filter.project === null ? null : String(filter.project)}
+                onChoose={(id) => flip("project", Number(id))}
+              />
+              <ShareList
+                title="Applications"
+                rows={totals.apps.map(({ name, duration: time, cats }) => ({
+                  key: name,
+                  name,
+                  duration: time,
+                  parts: cats,
+                }))}
+                total={totals.active}
+                empty="Aucune application."
+                chosen={filter.app}
+                onChoose={(name) => flip("app", name)}
+              />
+              <ShareList
+                title="Sites"
+                rows={totals.domains.map(({ name, duration: time, cats }) => ({
+                  key: name,
+                  name,
+                  duration: time,
+                  parts: cats,
+                }))}
+                total={totals.active}
+                empty="Aucun site visité."
+                chosen={filter.domain}
+                onChoose={(name) => flip("domain", name)}
+              />
+            </div>
+            <section class="list-pane" aria-label="Blocs" ref={list}>
+              <ListTools
+                filter={filter}
+                projects={projects}
+                count={listed.length}
+                onChange={change}
+                onReset={() => setFilter(everything)}
+              />
+              {listed.length === 0 ? (
+                <Empty
+                  title={
+                    isFiltering(filter)
+                      ? "Aucun bloc ne correspond au filtre."
+                      : "Rien que des passages très brefs."
+                  }
+                >
+                  {isFiltering(filter) && (
+                    <button type="button" class="button" onClick={() => setFilter(everything)}>
+                      Retirer le filtre
+                    </button>
+                  )}
+                </Empty>
+              ) : (
+                <BlockList
+                  blocks={listed}
+                  projects={projects}
+                  selection={selection}
+                  onSelect={(next) => {
+                    setRange(null);
+                    setSelection(next);
+                  }}
+                  onOpen={focusBar}
+                />
+              )}
+            </section>
+          </div>
+        </div>
+      )}
+      {(range || selected.length > 0) && (
+        <AssignBar
+          day={day}
+          blocks={selected}
+          range={range}
+          projects={projects}
+          why={why}
+          onAssign={(target) => void assign(target)}
+          onRange={setRange}
+          onRule={(pattern: Pattern) =>
+            setDraft({ ...pattern, category: one?.cat ?? null, projectId: one?.pid ?? null })
+          }
+          onEditRule={(rule: RuleRow) =>
+            setDraft({
+              field: rule.field,
+              pattern: rule.pattern,
+              category: rule.category,
+              projectId: rule.project_id,
+              replaces: rule,
+            })
+          }
+          onClose={clear}
+        />
+      )}
+      {draft && <RuleEditor draft={draft} today={today} onClose={() => setDraft(null)} />}
+    </div>
+  );
+}
+
+function EmptyDay({ isToday, paused, onToday }: { isToday: boolean; paused: boolean; onToday: () => void }) {
+  const client = useClient();
+  const attempt = useAttempt();
+  if (isToday && paused) {
+    return (
+      <Empty title="Le suivi est en pause.">
+        <p>Rien n’est enregistré aujourd’hui tant qu’il n’a pas repris.</p>
+        <button
+          type="button"
+          class="button primary"
+          onClick={() => void attempt(() => client.call("tracker.resume", {}))}
+        >
+          Reprendre le suivi
+        </button>
+      </Empty>
+    );
+  }
+  if (isToday) {
+    return (
+      <Empty title="La journée commence.">
+        <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
+      </Empty>
+    );
+  }
+  return (
+    <Empty title="Rien d’enregistré ce jour-là.">
+      <p>L’ordinateur était éteint, ou le suivi en pause.</p>
+      <button type="button" class="button" onClick={onToday}>
+        Revenir à aujourd’hui
+      </button>
+    </Empty>
+  );
+}

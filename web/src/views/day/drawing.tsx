@@ -1,0 +1,108 @@
+// What the timeline draws of a day, whoever points at it: hours, bars, time away, projects.
+import { useMemo } from "preact/hooks";
+import type { DayReport, UnixTime } from "../../bridge/routes";
+import { categories, categoryClass } from "../../model/categories";
+import { bars, path, ticks, type View } from "../../model/timeline";
+import { clock } from "../../model/time";
+import { projectColor } from "../../ui/icons";
+
+// Pixels from the top: the hours, the lanes, the projects.
+const laneHeight = 16;
+const laneGap = 5;
+const strip = 5;
+export const axis = 20;
+export const lanesBottom = axis + categories.length * (laneHeight + laneGap);
+export const height = lanesBottom + strip + 4;
+
+export function Ticks({ view, day, width }: { view: View; day: View; width: number }) {
+  const scale = width / (view.to - view.from);
+  return (
+    <g class="ticks">
+      {ticks(view, day, width).map((time) => {
+        const at = (time - view.from) * scale;
+        const anchor = at < 20 ? "start" : at > width - 20 ? "end" : "middle";
+        return (
+          <g key={time}>
+            <line x1={at} x2={at} y1={axis - 6} y2={height} />
+            <text x={at} y={10} text-anchor={anchor}>
+              {clock(time)}
+            </text>
+          </g>
+        );
+      })}
+    </g>
+  );
+}
+
+/** The bars themselves, one path a category: they change with the day and the scale alone. */
+export function Bars({ report, view, width }: { report: DayReport; view: View; width: number }) {
+  const { segments, blocks, projects } = report;
+  return useMemo(() => {
+    if (width === 0) return null;
+    const scale = width / (view.to - view.from);
+    const place = (from: UnixTime, to: UnixTime) => {
+      const left = Math.max(from, view.from);
+      return { x: (left - view.from) * scale, width: Math.max((Math.min(to, view.to) - left) * scale, 0) };
+    };
+    const visible = (item: { start: UnixTime; end: UnixTime }) =>
+      item.end > view.from && item.start < view.to;
+    const idle = blocks
+      .filter((block) => block.idle && visible(block))
+      .map((block) => place(block.start, block.end));
+    const strips = projects
+      .map((project) => ({
+        project,
+        rects: segments
+          .filter((segment) => segment.pid === project.id && visible(segment))
+          .map((segment) => place(segment.start, segment.end)),
+      }))
+      .filter(({ rects }) => rects.length > 0);
+    return (
+      <g>
+        <defs>
+          <pattern
+            id="hatch"
+            width="6"
+            height="6"
+            patternUnits="userSpaceOnUse"
+            patternTransform="rotate(45)"
+          >
+            <line class="hatch-line" x1="0" x2="0" y1="0" y2="6" />
+          </pattern>
+        </defs>
+        <path class="idle" d={path(idle, axis, lanesBottom - axis - laneGap)} />
+        {categories.map((cat, lane) => {
+          const y = axis + lane * (laneHeight + laneGap);
+          const drawn = bars(segments, cat, view, width);
+          return (
+            <g key={cat}>
+              <path
+                class={`bar ${categoryClass(cat)}`}
+                d={path(
+                  drawn.filter((bar) => bar.segments.length === 1),
+                  y,
+                  laneHeight,
+                )}
+              />
+              <path
+                class={`bar mixed ${categoryClass(cat)}`}
+                d={path(
+                  drawn.filter((bar) => bar.segments.length > 1),
+                  y,
+                  laneHeight,
+                )}
+              />
+            </g>
+          );
+        })}
+        {strips.map(({ project, rects }) => (
+          <path
+            key={project.id}
+            d={path(rects, lanesBottom, strip)}
+            style={{ fill: projectColor(project.color) }}
+          />
+        ))}
+      </g>
+    );
+  }, [report, view.from, view.to, width]);
+}

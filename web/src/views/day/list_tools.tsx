@@ -1,0 +1,76 @@
+import type { Project } from "../../bridge/routes";
+import { categoryLabel } from "../../model/categories";
+import { type Filter, isFiltering } from "../../model/filter";
+import { clip, count } from "../../model/time";
+import { Icon } from "../../ui/icons";
+
+interface Props {
+  filter: Filter;
+  projects: readonly Project[];
+  count: number;
+  onChange: (part: Partial<Filter>) => void;
+  onReset: () => void;
+}
+
+/** Search, and what the list is narrowed to. */
+export function ListTools({ filter, projects, count: blocks, onChange, onReset }: Props) {
+  const project = projects.find(({ id }) => id === filter.project);
+  const narrowed: [string | null | undefined, Partial<Filter>][] = [
+    [filter.cat && categoryLabel(filter.cat), { cat: null }],
+    [filter.project === null ? null : (project?.name ?? "Projet supprimé"), { project: null }],
+    [filter.app, { app: null }],
+    [filter.domain, { domain: null }],
+  ];
+  return (
+    <div class="list-tools">
+      <h2>
+        Blocs <span class="quiet">{count(blocks, "bloc")}</span>
+      </h2>
+      {narrowed.map(
+        ([label, without]) =>
+          label && (
+            <button
+              type="button"
+              key={label}
+              class="chip on"
+              aria-label={`Retirer le filtre ${clip(label, 60)}`}
+              onClick={() => onChange(without)}
+            >
+              <bdi>{clip(label, 28)}</bdi>
+              <Icon name="close" />
+            </button>
+          ),
+      )}
+      {isFiltering(filter) && (
+        <button type="button" class="link" onClick={onReset}>
+          Tout montrer
+        </button>
+      )}
+      <span class="spacer" />
+      <label class="check">
+        <input
+          type="checkbox"
+          checked={filter.idle}
+          onChange={(event) => onChange({ idle: event.currentTarget.checked })}
+        />
+        Inactivité
+      </label>
+      <label class="search">
+        <Icon name="search" />
+        <input
+          id="search"
+          class="input"
+          type="search"
+          placeholder="Filtrer"
+          aria-label="Filtrer les blocs"
+          title="Filtrer (/)"
+          value={filter.text}
+          onInput={(event) => onChange({ text: event.currentTarget.value })}
+          onKeyDown={(event) => {
+            if (event.key === "Escape") onChange({ text: "" });
+          }}
+        />
+      </label>
+    </div>
+  );
+}

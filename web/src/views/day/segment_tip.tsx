@@ -1,0 +1,58 @@
+import type { Project, Segment } from "../../bridge/routes";
+import { categoryLabel } from "../../model/categories";
+import { clock, count, duration } from "../../model/time";
+import { CategoryMark, ProjectDot } from "../../ui/icons";
+import { Foreign } from "../../ui/parts";
+
+interface Props {
+  segment: Segment;
+  projects: readonly Project[];
+  /** Where it points to, in pixels of the plot that is `width` wide. */
+  x: number;
+  width: number;
+  /** The segments that are drawn together with this one, when they are too thin to be told apart. */
+  near: readonly Segment[];
+}
+
+const size = 230;
+
+/** What is known of a stretch of the timeline, under it. */
+export function SegmentTip({ segment, projects, x, width, near }: Props) {
+  const project = projects.find(({ id }) => id === segment.pid);
+  const left = Math.min(Math.max(x - size / 2, 0), Math.max(width - size, 0));
+  const together = near.length > 1;
+  const first = together ? near[0] : segment;
+  const last = together ? near[near.length - 1] : segment;
+  const total = near.reduce((sum, { start, end }) => sum + end - start, 0);
+  return (
+    <div class="tip" style={{ left: `${left}px`, width: `${size}px` }} aria-hidden="true">
+      <p>
+        <b>
+          {clock(first?.start ?? segment.start)} – {clock(last?.end ?? segment.end)}
+        </b>
+        <span>{duration(together ? total : segment.end - segment.start)}</span>
+      </p>
+      {together ? (
+        <p>{count(near.length, "passage bref", "passages brefs")}</p>
+      ) : (
+        <>
+          <p>
+            <span class="category">
+              <CategoryMark cat={segment.cat} />
+              {categoryLabel(segment.cat)}
+            </span>
+            {project && (
+              <span class="project">
+                <ProjectDot color={project.color} />
+                <Foreign text={project.name} length={40} />
+              </span>
+            )}
+          </p>
+          <p class="quiet">
+            <Foreign text={segment.top.join(", ")} length={120} />
+          </p>
+        </>
+      )}
+    </div>
+  );
+}

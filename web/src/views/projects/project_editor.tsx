@@ -1,0 +1,168 @@
+import { useState } from "preact/hooks";
+import type { ProjectRow } from "../../bridge/routes";
+import { errorText, useClient } from "../../client";
+import { assignable, categoryLabel, isAssignable } from "../../model/categories";
+import { Dialog, FormError } from "../../ui/dialog";
+
+/** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
+export const palette: [string, string][] = [
+  ["#3b82f6", "Bleu"],
+  ["#0e9aa7", "Turquoise"],
+  ["#3f9142", "Vert"],
+  ["#8a9a1f", "Olive"],
+  ["#d08c10", "Ocre"],
+  ["#d9622b", "Orange"],
+  ["#c8415b", "Rouge"],
+  ["#c254a5", "Rose"],
+  ["#8b5fd6", "Violet"],
+  ["#7a6a5a", "Brun"],
+  ["#64748b", "Ardoise"],
+];
+
+/** What the program makes of a keyword field: shorter words are ignored. */
+function tooShort(keywords: string): string[] {
+  return keywords
+    .split(",")
+    .map((word) => word.trim())
+    .filter((word) => word !== "" && [...word].length < 3);
+}
+
+interface FieldsProps {
+  name: string;
+  color: string;
+  category: string;
+  keywords: string;
+  onChange: (part: Partial<{ name: string; color: string; category: string; keywords: string }>) => void;
+}
+
+export function ProjectFields({ name, color, category, keywords, onChange }: FieldsProps) {
+  const short = tooShort(keywords);
+  const colors = palette.some(([value]) => value === color)
+    ? palette
+    : [...palette, [color, "Couleur actuelle"] as const];
+  return (
+    <>
+      <label class="field">
+        <span>Nom</span>
+        <input
+          class="input"
+          maxLength={200}
+          autoFocus
+          value={name}
+          onInput={(event) => onChange({ name: event.currentTarget.value })}
+        />
+      </label>
+      <fieldset class="field swatches">
+        <legend>Couleur</legend>
+        {colors.map(([value, label]) => (
+          <label key={value} title={label}>
+            <input
+              type="radio"
+              name="color"
+              aria-label={label}
+              checked={value === color}
+              onChange={() => onChange({ color: value })}
+            />
+            <span style={{ backgroundColor: value }} />
+          </label>
+        ))}
+      </fieldset>
+      <label class="field">
+        <span>Catégorie</span>
+        <select
+          class="select"
+          value={category}
+          onChange={(event) => onChange({ category: event.currentTarget.value })}
+        >
+          {assignable.map((cat) => (
+            <option key={cat} value={cat}>
+              {categoryLabel(cat)}
+            </option>
+          ))}
+        </select>
+        <small>Ce que compte son temps quand aucune règle n’en décide.</small>
+      </label>
+      <label class="field">
+        <span>Mots-clés</span>
+        <input
+          class="input"
+          maxLength={1000}
+          value={keywords}
+          onInput={(event) => onChange({ keywords: event.currentTarget.value })}
+        />
+        <small>
+          Séparés par des virgules, trois lettres au moins. L’activité qui en contient un va à ce projet.
+        </small>
+        {short.length > 0 && <small class="field-error">Trop court, sera ignoré : {short.join(", ")}</small>}
+      </label>
+    </>
+  );
+}
+
+interface Props {
+  /** Absent for a new one. */
+  project?: ProjectRow | undefined;
+  others: readonly ProjectRow[];
+  onClose: () => void;
+}
+
+export function ProjectEditor({ project, others, onClose }: Props) {
+  const client = useClient();
+  const [fields, setFields] = useState({
+    name: project?.name ?? "",
+    color: project?.color ?? palette[others.length % palette.length]?.[0] ?? "#3b82f6",
+    category: (isAssignable(project?.category) ? project.category : "travail") as string,
+    keywords: project?.keywords ?? "",
+  });
+  const [error, setError] = useState("");
+
+  const save = async () => {
+    const name = fields.name.trim();
+    if (name === "") return setError("Donnez un nom au projet.");
+    if (others.some((other) => other.id !== project?.id && other.name === name)) {
+      return setError("Un projet porte déjà ce nom.");
+    }
+    const keywords = fields.keywords.trim();
+    try {
+      const archived = project?.archived === 1 ? 1 : 0;
+      await client.call(
+        "projects.save",
+        project ? { ...fields, name, keywords, id: project.id, archived } : { ...fields, name, keywords },
+      );
+      onClose();
+    } catch (failure) {
+      setError(errorText(failure));
+    }
+  };
+
+  return (
+    <Dialog title={project ? "Modifier le projet" : "Nouveau projet"} onClose={onClose}>
+      <form
+        noValidate
+        onSubmit={(event) => {
+          event.preventDefault();
+          void save();
+        }}
+      >
+        <div class="dialog-body form">
+          <ProjectFields
+            {...fields}
+            onChange={(part) => {
+              setFields({ ...fields, ...part });
+              setError("");
+            }}
+          />
+        </div>
+        <FormError text={error} />
+        <footer class="dialog-foot">
+          <button type="button" class="button" onClick={onClose}>
+            Annuler
+          </button>
+          <button type="submit" class="button primary">
+            Enregistrer
+          </button>
+        </footer>
+      </form>
+    </Dialog>
+  );
+}

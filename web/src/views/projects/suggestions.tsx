@@ -1,0 +1,90 @@
+import { useState } from "preact/hooks";
+import type { Suggestion } from "../../bridge/routes";
+import { useAnswer, useClient } from "../../client";
+import { load, save } from "../../model/stored";
+import { clip, duration } from "../../model/time";
+import { ProjectDot } from "../../ui/icons";
+import { Foreign } from "../../ui/parts";
+import { useAttempt, useNotice } from "../../ui/toast";
+import { fieldLabel } from "../rules/labels";
+
+const key = "ignoredSuggestions";
+const id = ({ field, name, project_id }: Suggestion) => `${field}|${name}|${project_id}`;
+
+function ignored(): string[] {
+  return load<string[]>(key, [], Array.isArray);
+}
+
+/** Time of the last two weeks that looks as if it belonged to a project. */
+export function Suggestions() {
+  const client = useClient();
+  const attempt = useAttempt();
+  const notify = useNotice();
+  const { answer } = useAnswer("suggestions", {});
+  const [hidden, setHidden] = useState(ignored);
+  const shown = (answer ?? []).filter((suggestion) => !hidden.includes(id(suggestion)));
+  if (shown.length === 0) return null;
+
+  const accept = (suggestion: Suggestion) =>
+    attempt(async () => {
+      const { field, name: pattern, project_id, project } = suggestion;
+      // Saving replaces a rule on the same text; its category stays.
+      const rules = await client.call("rules.list", {});
+      const old = rules.find(
+        (rule) => rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase(),
+      );
+      const category = old?.category ?? null;
+      const rule = await client.call("rules.save", { field, pattern, category, project_id });
+      notify({
+        text: `${clip(pattern, 60)} va désormais à ${clip(project, 60)}.`,
+        details: [`Règle créée : ${fieldLabel(field).toLowerCase()} contient « ${clip(pattern, 60)} ».`],
+        undo: async () => {
+          if (old) await client.call("rules.save", { field, pattern, category, project_id: old.project_id });
+          else await client.call("rules.delete", { id: rule.id });
+        },
+      });
+    });
+  const ignore = (suggestion: Suggestion) => {
+    const all = [...hidden, id(suggestion)].slice(-200);
+    save(key, all);
+    setHidden(all);
+  };
+  return (
+    <section class="suggestions" aria-label="Suggestions">
+      <h2>Suggestions</h2>
+      <p class="quiet">Du temps des quatorze derniers jours, sans projet, qui ressemble à l’un des vôtres.</p>
+      <ul>
+        {shown.slice(0, 8).map((suggestion) => (
+          <li key={id(suggestion)}>
+            <b>
+              <Foreign text={suggestion.name} length={60} />
+            </b>
+            <span class="quiet">{duration(suggestion.duration)}</span>
+            <span aria-hidden="true">→</span>
+            <span class="project">
+              <ProjectDot color={suggestion.color} />
+              <Foreign text={suggestion.project} length={60} />
+            </span>
+            <span class="spacer" />
+            <button
+              type="button"
+              class="button small"
+              onClick={() => ignore(suggestion)}
+              aria-label={`Ignorer ${clip(suggestion.name, 60)}`}
+            >
+              Ignorer
+            </button>
+            <button
+              type="button"
+              class="button primary small"
+              onClick={() => void accept(suggestion)}
+              aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
+            >
+              Accepter
+            </button>
+          </li>
+        ))}
+      </ul>
+    </section>
+  );
+}

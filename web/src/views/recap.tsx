@@ -1,0 +1,198 @@
+import { useMemo } from "preact/hooks";
+import type { PeriodProps } from "../app";
+import type { RecapReport, WeekSummary } from "../bridge/routes";
+import { useAnswer } from "../client";
+import { changes, type Compared, type Dimension } from "../model/recap";
+import { addDays, capitalize, dayInWeek, duration, durationChange, mondayOf, weekName } from "../model/time";
+import { CategoryMark, ProjectDot } from "../ui/icons";
+import { CategoryBar, CategoryLegend, Empty, Failure, Foreign } from "../ui/parts";
+import { openCalendar, PeriodBar } from "../ui/period";
+import { useShortcuts } from "../ui/shortcuts";
+
+export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
+  const monday = mondayOf(day);
+  const isCurrent = monday === mondayOf(today);
+  const { answer, error, reload } = useAnswer("recap", { date: monday }, isCurrent ? 60 : 0);
+  const recap = error && answer?.monday !== monday ? undefined : answer;
+  useShortcuts({ c: openCalendar });
+  const nothing = recap && recap.current.active === 0 && recap.previous.active === 0;
+  return (
+    <div class="view">
+      <PeriodBar
+        title={`Bilan du ${weekName(monday)}`}
+        previous="Semaine précédente"
+        next="Semaine suivante"
+        back="Cette semaine"
+        day={day}
+        today={today}
+        isCurrent={isCurrent}
+        onStep={(direction) => onDay(addDays(day, 7 * direction))}
+        onDay={onDay}
+      />
+      {error && <Failure text={error} retry={reload} />}
+      {nothing && (
+        <Empty title="Rien à comparer.">
+          <p>Ni cette semaine ni la précédente n’ont d’activité.</p>
+          {!isCurrent && (
+            <button type="button" class="button" onClick={() => onDay(today)}>
+              Revenir à cette semaine
+            </button>
+          )}
+        </Empty>
+      )}
+      {recap && !nothing && (
+        <div class={recap.monday === monday ? "" : "stale"}>
+          <Tiles recap={recap} onOpenDay={onOpenDay} />
+          <section class="versus" aria-label="Catégories des deux semaines">
+            <WeekBar
+              name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"}
+              week={recap.current}
+              longest={Math.max(recap.current.active, recap.previous.active)}
+            />
+            <WeekBar
+              name="La précédente"
+              week={recap.previous}
+              longest={Math.max(recap.current.active, recap.previous.active)}
+            />
+            <CategoryLegend byCategory={recap.current.by_category} />
+          </section>
+          <h2 class="section-title">Ce qui a le plus changé</h2>
+          <div class="change-columns">
+            <Changes title="Catégories" recap={recap} dimension="category" />
+            <Changes title="Projets" recap={recap} dimension="project" />
+            <Changes title="Applications" recap={recap} dimension="app" />
+          </div>
+        </div>
+      )}
+    </div>
+  );
+}
+
+interface TilesProps {
+  recap: RecapReport;
+  onOpenDay: (day: string) => void;
+}
+
+function Tiles({ recap: { current, previous }, onOpenDay }: TilesProps) {
+  const best = current.best_day;
+  return (
+    <dl class="tiles">
+      <Tile
+        name="Temps actif"
+        value={duration(current.active)}
+        change={current.active - previous.active}
+        before={duration(previous.active)}
+      />
+      <Tile
+        name="Moyenne par jour actif"
+        value={duration(current.avg_per_day)}
+        change={current.avg_per_day - previous.avg_per_day}
+        before={duration(previous.avg_per_day)}
+        note={`${current.days_active} j, contre ${previous.days_active} j`}
+      />
+      <Tile
+        name="Plus longue session"
+        value={duration(current.longest_session)}
+        change={current.longest_session - previous.longest_session}
+        before={duration(previous.longest_session)}
+        note="sans inactivité"
+      />
+      <div class="tile">
+        <dt>Meilleur jour</dt>
+        <dd>
+          {best ? (
+            <>
+              <b>{duration(best.active)}</b>
+              <button type="button" class="link" onClick={() => onOpenDay(best.date)}>
+                {capitalize(dayInWeek(best.date))}
+              </button>
+            </>
+          ) : (
+            <b>–</b>
+          )}
+          <span class="quiet">
+            {previous.best_day
+              ? `avant : ${duration(previous.best_day.active)}, ${dayInWeek(previous.best_day.date)}`
+              : ""}
+          </span>
+        </dd>
+      </div>
+    </dl>
+  );
+}
+
+interface TileProps {
+  name: string;
+  value: string;
+  change: number;
+  before: string;
+  note?: string | undefined;
+}
+
+function Tile({ name, value, change, before, note }: TileProps) {
+  return (
+    <div class="tile">
+      <dt>{name}</dt>
+      <dd>
+        <b>{value}</b>
+        <span class="delta">{durationChange(change)}</span>
+        <span class="quiet">
+          avant : {before}
+          {note && ` · ${note}`}
+        </span>
+      </dd>
+    </div>
+  );
+}
+
+function WeekBar({ name, week, longest }: { name: string; week: WeekSummary; longest: number }) {
+  return (
+    <div class="versus-row">
+      <span>{name}</span>
+      <div class="versus-bar">
+        <div style={{ width: `${longest > 0 ? (week.active / longest) * 100 : 0}%` }}>
+          <CategoryBar byCategory={week.by_category} />
+        </div>
+      </div>
+      <b>{duration(week.active)}</b>
+    </div>
+  );
+}
+
+/** Two bars an entry: this week over the one before. */
+function Changes({ title, recap, dimension }: { title: string; recap: RecapReport; dimension: Dimension }) {
+  const all = useMemo(() => changes(recap.current, recap.previous, dimension), [recap, dimension]);
+  const longest = Math.max(...all.map((item) => Math.max(item.current, item.previous)), 1);
+  return (
+    <section class="changes" aria-label={title}>
+      <h3>{title}</h3>
+      {all.length === 0 && <p class="quiet">Pas de changement.</p>}
+      <ul>
+        {all.slice(0, 8).map((item) => (
+          <ChangeRow key={item.key} item={item} longest={longest} dimension={dimension} />
+        ))}
+      </ul>
+    </section>
+  );
+}
+
+function ChangeRow({ item, longest, dimension }: { item: Compared; longest: number; dimension: Dimension }) {
+  const width = (seconds: number) => ({ width: `${(seconds / longest) * 100}%` });
+  return (
+    <li class="change" title={`${duration(item.previous)} → ${duration(item.current)}`}>
+      <span class="share-name">
+        {dimension === "category" && <CategoryMark cat={item.key} />}
+        {item.color !== undefined && <ProjectDot color={item.color} />}
+        <Foreign text={item.name} length={60} />
+      </span>
+      <b>{durationChange(item.current - item.previous)}</b>
+      <span class="sr-only">
+        , {duration(item.current)} contre {duration(item.previous)}
+      </span>
+      <span class="change-bars" aria-hidden="true">
+        <span class="share-fill now" style={width(item.current)} />
+        <span class="share-fill before" style={width(item.previous)} />
+      </span>
+    </li>
+  );
+}

@@ -1,0 +1,72 @@
+import { useState } from "preact/hooks";
+import type { Day } from "../../bridge/routes";
+import { errorText, useClient } from "../../client";
+import { addDays, addMonths, dateOnly, firstOfMonth, mondayOf } from "../../model/time";
+import { DayButton } from "../../ui/calendar";
+import { useNotice } from "../../ui/toast";
+import { Row } from "./fields";
+
+/** The recorded spans of some days as a CSV file, where the save dialogue puts it. */
+export function Export({ today }: { today: Day }) {
+  const client = useClient();
+  const notify = useNotice();
+  const [from, setFrom] = useState(firstOfMonth(today));
+  const [to, setTo] = useState(today);
+  const [busy, setBusy] = useState(false);
+  const [error, setError] = useState("");
+  const lastMonth = addMonths(firstOfMonth(today), -1);
+  const presets: [string, Day, Day][] = [
+    ["Aujourd’hui", today, today],
+    ["Cette semaine", mondayOf(today), today],
+    ["Ce mois-ci", firstOfMonth(today), today],
+    ["Le mois dernier", lastMonth, addDays(firstOfMonth(today), -1)],
+  ];
+
+  const run = async () => {
+    if (to < from) return setError("Le dernier jour précède le premier.");
+    setBusy(true);
+    setError("");
+    try {
+      const { ok } = await client.call("export", { from, to });
+      if (ok) notify({ text: `Exporté : du ${dateOnly(from)} au ${dateOnly(to)}.` });
+    } catch (failure) {
+      setError(errorText(failure));
+    }
+    setBusy(false);
+  };
+  return (
+    <Row
+      label="Exporter"
+      help="Un fichier CSV, une ligne par activité, que tout tableur ouvre. Les deux jours sont compris."
+    >
+      <div class="chips">
+        {presets.map(([name, first, last]) => (
+          <button
+            type="button"
+            key={name}
+            class="chip"
+            aria-pressed={from === first && to === last}
+            onClick={() => {
+              setFrom(first);
+              setTo(last);
+              setError("");
+            }}
+          >
+            {name}
+          </button>
+        ))}
+      </div>
+      <div class="with-unit">
+        <DayButton label="Premier jour" text={dateOnly(from)} day={from} today={today} onPick={setFrom} />
+        <span>à</span>
+        <DayButton label="Dernier jour" text={dateOnly(to)} day={to} today={today} onPick={setTo} />
+        <button type="button" class="button primary" disabled={busy} onClick={() => void run()}>
+          {busy ? "Export en cours…" : "Exporter…"}
+        </button>
+      </div>
+      <span class="field-error" role="alert">
+        {error}
+      </span>
+    </Row>
+  );
+}

@@ -1,0 +1,136 @@
+import { useState } from "preact/hooks";
+import type { Permissions } from "../../bridge/routes";
+import { errorText, useAnswer, useClient } from "../../client";
+import { Icon } from "../../ui/icons";
+import { useAttempt } from "../../ui/toast";
+import { Row } from "./fields";
+
+const probeNames: Record<string, string> = {
+  foreground: "Application et fenêtre",
+  idle: "Inactivité",
+  inhibition: "Vidéos et appels",
+  session: "Verrouillage et veille",
+};
+
+const sourceNames: Record<string, string> = {
+  x11: "X11",
+  xscreensaver: "XScreenSaver",
+  "wlr-foreign-toplevel": "Wayland (wlroots)",
+  "gnome-extension": "extension GNOME",
+  "gnome-idle-monitor": "GNOME",
+  "kde-plasma-windows": "KDE Plasma",
+  "at-spi": "accessibilité (AT-SPI)",
+  logind: "systemd-logind",
+};
+
+/** What this desktop lets Orvanta see, and what can be done about the rest. */
+export function DesktopRows() {
+  const client = useClient();
+  const attempt = useAttempt();
+  const { answer } = useAnswer("permissions.status", {}, 10);
+  if (!answer) return null;
+  return (
+    <>
+      <Row label="Titre des fenêtres" help="Sans lui, le temps est compté par application seulement.">
+        <State good={answer.accessibility} text={answer.accessibility ? "lisible" : "illisible"} />
+        {!answer.accessibility && (
+          <button
+            type="button"
+            class="button"
+            onClick={() => void attempt(() => client.call("permissions.requestAccessibility", {}))}
+          >
+            Autoriser la lecture des titres
+          </button>
+        )}
+      </Row>
+      {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
+        <Row key={probe} label={probeNames[probe] ?? probe}>
+          <State
+            good={source !== "none"}
+            text={source === "none" ? "non disponible ici" : (sourceNames[source] ?? source)}
+          />
+        </Row>
+      ))}
+    </>
+  );
+}
+
+/** The browsers that run, each with a way to try whether its active tab can be read. */
+export function BrowserRows() {
+  const client = useClient();
+  const attempt = useAttempt();
+  const { answer } = useAnswer("permissions.status", {}, 10);
+  if (!answer) return null;
+  return (
+    <>
+      {answer.browsers_running.length === 0 && (
+        <Row label="Navigateurs" help="Ouvrez votre navigateur : il apparaîtra ici, avec un essai.">
+          <span class="quiet">aucun n’est ouvert</span>
+        </Row>
+      )}
+      {answer.browsers_running.map((browser) => (
+        <Browser key={browser.bundle} {...browser} known={answer.browsers[browser.bundle]} />
+      ))}
+      <Row label="Extension des navigateurs" help="C’est elle qui dit à Orvanta l’adresse de l’onglet actif.">
+        <button
+          type="button"
+          class="button"
+          onClick={() => void attempt(() => client.call("permissions.openAutomation", {}))}
+        >
+          Ouvrir les réglages
+        </button>
+      </Row>
+    </>
+  );
+}
+
+interface BrowserProps {
+  bundle: string;
+  name: string;
+  known: Permissions["browsers"][string] | undefined;
+}
+
+function Browser({ bundle, name, known }: BrowserProps) {
+  const client = useClient();
+  const [busy, setBusy] = useState(false);
+  const [error, setError] = useState("");
+  const test = async () => {
+    setBusy(true);
+    setError("");
+    try {
+      const result = await client.call("permissions.testBrowser", { bundle });
+      if (!result.ok) setError(result.error || "L’onglet actif n’a pas pu être lu.");
+    } catch (failure) {
+      setError(errorText(failure));
+    }
+    setBusy(false);
+  };
+  return (
+    <Row label={name}>
+      {known === "ok" && <State good text="onglet lisible" />}
+      {known === "denied" && <State good={false} text="onglet illisible" />}
+      {known === undefined && <span class="quiet">pas encore essayé</span>}
+      <button
+        type="button"
+        class="button"
+        disabled={busy}
+        aria-label={`Essayer ${name}`}
+        onClick={() => void test()}
+      >
+        {busy ? "Essai…" : "Essayer"}
+      </button>
+      <span class="field-error" role="alert">
+        {error}
+      </span>
+    </Row>
+  );
+}
+
+function State({ good, text }: { good: boolean; text: string }) {
+  return (
+    <span class={good ? "state good" : "state bad"}>
+      <Icon name={good ? "check" : "warning"} />
+      {text}
+    </span>
+  );
+}

@@ -1,0 +1,156 @@
+import type { PeriodProps } from "../app";
+import type { WeekReport } from "../bridge/routes";
+import { useAnswer } from "../client";
+import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
+import {
+  addDays,
+  capitalize,
+  clock,
+  count,
+  duration,
+  mondayOf,
+  plainDay,
+  weekName,
+  weekdayShort,
+} from "../model/time";
+import { CategoryBar, CategoryLegend, Empty, Failure, projectRows, ShareList } from "../ui/parts";
+import { openCalendar, PeriodBar } from "../ui/period";
+import { useShortcuts } from "../ui/shortcuts";
+
+export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
+  const monday = mondayOf(day);
+  const isCurrent = monday === mondayOf(today);
+  const { answer, error, reload } = useAnswer("week", { date: monday }, isCurrent ? 60 : 0);
+  const week = error && answer?.monday !== monday ? undefined : answer;
+  useShortcuts({ c: openCalendar });
+  const active = week ? week.days.reduce((sum, one) => sum + one.active, 0) : 0;
+  const daysActive = week ? week.days.filter((one) => one.active > 0).length : 0;
+  return (
+    <div class="view">
+      <PeriodBar
+        title={`Semaine du ${weekName(monday)}`}
+        previous="Semaine précédente"
+        next="Semaine suivante"
+        back="Cette semaine"
+        day={day}
+        today={today}
+        isCurrent={isCurrent}
+        onStep={(direction) => onDay(addDays(day, 7 * direction))}
+        onDay={onDay}
+      />
+      {error && <Failure text={error} retry={reload} />}
+      {week && active === 0 && (
+        <Empty title="Rien d’enregistré cette semaine-là.">
+          {!isCurrent && (
+            <button type="button" class="button" onClick={() => onDay(today)}>
+              Revenir à cette semaine
+            </button>
+          )}
+        </Empty>
+      )}
+      {week && active > 0 && (
+        <div class={week.monday === monday ? "" : "stale"}>
+          <section class="summary" aria-label="Résumé de la semaine">
+            <p class="hero">
+              <b>{duration(active)}</b>
+              <span>actif</span>
+            </p>
+            <dl class="facts">
+              <div>
+                <dt>Moyenne sur {count(daysActive, "jour")}</dt>
+                <dd>{duration(active / daysActive)}</dd>
+              </div>
+            </dl>
+            <div class="summary-bar">
+              <CategoryBar byCategory={week.by_category} />
+              <CategoryLegend byCategory={week.by_category} />
+            </div>
+          </section>
+          <div class="week-columns">
+            <Chart week={week} today={today} onOpenDay={onOpenDay} />
+            <ShareList
+              title="Projets"
+              rows={projectRows(week.by_project)}
+              total={active}
+              empty="Aucun temps sur un projet cette semaine."
+              shown={12}
+            />
+          </div>
+        </div>
+      )}
+    </div>
+  );
+}
+
+// Lines every hour, two or four, so that there are about four of them.
+function gridStep(hours: number): number {
+  return [1, 2, 3, 4, 6].find((step) => hours / step <= 4.5) ?? 6;
+}
+
+/** Seven columns of stacked categories; each is a button that opens its day. */
+function Chart({
+  week,
+  today,
+  onOpenDay,
+}: {
+  week: WeekReport;
+  today: string;
+  onOpenDay: (day: string) => void;
+}) {
+  const longest = Math.max(...week.days.map((day) => activeTime(day.by_category)), 3600);
+  const step = gridStep(longest / 3600);
+  const top = Math.ceil(longest / 3600 / step) * step * 3600;
+  const lines = Array.from({ length: top / 3600 / step }, (_, index) => (index + 1) * step);
+  return (
+    <section class="week-chart" aria-label="Jours de la semaine">
+      <div class="week-grid" aria-hidden="true">
+        {lines.map((hours) => (
+          <span key={hours} style={{ bottom: `${((hours * 3600) / top) * 100}%` }}>
+            {hours} h
+          </span>
+        ))}
+      </div>
+      <ol>
+        {week.days.map((day) => {
+          const parts = categories.filter((cat) => (day.by_category[cat] ?? 0) > 0);
+          return (
+            <li key={day.date}>
+              <button
+                type="button"
+                class={day.date === today ? "week-day today" : "week-day"}
+                disabled={day.date > today}
+                title={capitalize(plainDay(day.date))}
+                onClick={() => onOpenDay(day.date)}
+              >
+                <span class="week-column">
+                  {parts.map((cat) => (
+                    <span
+                      key={cat}
+                      class={`fill ${categoryClass(cat)}`}
+                      title={`${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`}
+                      style={{ height: `${((day.by_category[cat] ?? 0) / top) * 100}%` }}
+                    />
+                  ))}
+                </span>
+                <span class="week-name">
+                  <b>{capitalize(weekdayShort(day.date))}</b> {Number(day.date.slice(8))}
+                </span>
+                <b class="week-active">{day.active > 0 ? duration(day.active) : "–"}</b>
+                <span class="quiet">
+                  {day.first !== null && day.last !== null
+                    ? `${clock(day.first)} – ${clock(day.last)}`
+                    : "\u00a0"}
+                </span>
+                <span class="sr-only">
+                  {parts
+                    .map((cat) => `, ${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`)
+                    .join("")}
+                </span>
+              </button>
+            </li>
+          );
+        })}
+      </ol>
+    </section>
+  );
+}
