@@ -16,7 +16,7 @@ namespace json = boost::json;
 json::value toJson(const Value& value) {
   if (const auto* number = value.integer()) return *number;
   if (const auto* number = value.real()) return *number;
-  if (const auto* text = value.text()) return json::value(*text);
+  if (const auto* text = value.text()) return json::string(*text);
   return nullptr;
 }
 
