@@ -17,7 +17,11 @@ namespace {
 using namespace orvanta;
 
 constexpr auto kUsage =
-    "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt\n"
+    "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt ; déjà en "
+    "marche,\n"
+    "                                      ouvre le tableau de bord\n"
+    "        orvanta --show                ouvre le tableau de bord\n"
+    "        orvanta --pause, --resume     met le suivi en pause, le reprend\n"
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
@@ -72,7 +76,7 @@ int main(int argc, char** argv) {
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (words.empty()) return Application().run(argc, argv);
+  if (startsApplication(words)) return Application().run(argc, argv);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--version") {

@@ -1,13 +1,8 @@
 #include "app/services.h"
 
-#include <glibmm/datetime.h>
-#include <glibmm/main.h>
-
-#include "classify/defaults.h"
-
 namespace orvanta {
 
-Services::Services(DataLock held)
+Services::Services(DataLock held, const std::function<void()>& sessionEnded)
     : lock(std::move(held)),
       db(DataLocation::ofUser()),
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
@@ -20,28 +15,16 @@ Services::Services(DataLock held)
       logind(systemBus, {.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
                          .willSleep =
                              [this] {
-                               tracker.willSleep([this] {
-                                 Glib::MainContext::get_default()->invoke([this] {
-                                   logind.readyToSleep();
-                                   return false;
-                                 });
-                               });
+                               tracker.willSleep(
+                                   [this] { mainThread.post([this] { logind.readyToSleep(); }); });
                              },
-                         .didWake = [this] { tracker.didWake(); }}),
-      bridge("orvanta.bridge") {
-  seedDefaults(db, wallClock);
-  tracker.applyRetention();
-  tracker.start();
-
-  constexpr unsigned kHour = 3600;
-  constexpr int kRetentionHour = 4;
-  Glib::signal_timeout().connect_seconds(
-      [this] {
-        if (Glib::DateTime::create_now_local().get_hour() == kRetentionHour)
-          tracker.applyRetention();
-        return true;
-      },
-      kHour);
-}
+                         .didWake = [this] { tracker.didWake(); },
+                         .sessionEnded = sessionEnded}),
+      sessionClient(sessionBus, kApplicationId,
+                    [this, sessionEnded] {
+                      tracker.shutdown();  // before the session manager hears that we are ready
+                      sessionEnded();
+                    }),
+      bridge("orvanta.bridge") {}
 
 }  // namespace orvanta

@@ -51,6 +51,7 @@ void Tracker::didWake() {
 }
 
 void Tracker::shutdown() {
+  queue_.stopRepeating();
   queue_.sync([this] { engine_.finish(); });
 }
 

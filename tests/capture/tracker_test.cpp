@@ -25,6 +25,8 @@ TEST(Tracker, RecordsByItsOwnTimerAndClosesAtTheEnd) {
   EXPECT_LT(tracker.current()->elapsed, 1.0);
   tracker.shutdown();
   EXPECT_FALSE(tracker.current());
+  std::this_thread::sleep_for(std::chrono::milliseconds(2100));  // a tick's time
+  EXPECT_FALSE(tracker.current());
   EXPECT_EQ(store.log.lines().back(),
             "Orvanta: capture démarrée (" + store.db.location().file().string() + ")");
 }
