@@ -109,13 +109,23 @@ void AppDelegate::refreshMenu() {
   });
 }
 
-MenuFacts AppDelegate::readFacts() const {
+// Read again only when the store or the day is another: most of the time neither is.
+const boost::json::object& AppDelegate::today() {
+  const auto revision = parts_.db.revision();
+  const auto date = Calendar().dateOf(clock_());
+  if (revision != reading_.revision || date != reading_.date) {
+    reading_ = {revision, date, parts_.analytics.totals(date.iso())};
+  }
+  return reading_.totals;
+}
+
+MenuFacts AppDelegate::readFacts() {
   const auto& tracker = parts_.tracker;
   MenuFacts facts;
   facts.paused = tracker.paused();
   facts.current = tracker.current();
   if (facts.current) facts.current->elapsed = finite(facts.current->elapsed);
-  facts.readDay(parts_.analytics.day({}));
+  facts.readDay(today());
   facts.currentProject = tracker.currentProjectId();
   facts.onProject = clock_() - tracker.currentProjectSince().value_or(clock_());
   return facts;

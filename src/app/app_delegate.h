@@ -3,12 +3,15 @@
 
 #include <giomm/dbusconnection.h>
 
+#include <boost/json/object.hpp>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 
 #include "app/menu_content.h"
 #include "app/status_menu.h"
+#include "base/calendar.h"
 #include "base/clock.h"
 #include "base/main_thread.h"
 #include "base/serial_queue.h"
@@ -63,7 +66,8 @@ class AppDelegate {
   void applyRetention();
   void trayChanged();
   void missTray();
-  MenuFacts readFacts() const;
+  const boost::json::object& today();
+  MenuFacts readFacts();
   void showFacts(MenuFacts facts);
   void openUpdate();
 
@@ -71,8 +75,15 @@ class AppDelegate {
   const Actions actions_;
   const Clock clock_;
   double retentionApplied_ = 0;  // when, Unix seconds
-  bool refreshing_ = false;      // a refresh is on its way
-  bool refreshAgain_ = false;    // and was too early for what has happened since
+  // What was last read for the menu; only touched on queue_.
+  struct Reading {
+    int64_t revision = -1;
+    Date date;
+    boost::json::object totals;
+  } reading_;
+
+  bool refreshing_ = false;    // a refresh is on its way
+  bool refreshAgain_ = false;  // and was too early for what has happened since
   std::optional<StatusMenu> menu_;
   MainThread mainThread_;
   SerialQueue queue_{"orvanta.menu"};  // last: it ends before what its tasks use

@@ -1,6 +1,7 @@
 // orvanta: records what is in front, and answers questions about it.
 #include <giomm/init.h>
 #include <glib.h>
+#include <malloc.h>
 
 #include <cstdio>
 #include <string>
@@ -73,6 +74,8 @@ int exportCsv(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The threads take turns: an arena for each would only hold on to what it once needed.
+  mallopt(M_ARENA_MAX, 1);
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);

@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <chrono>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 namespace orvanta {
@@ -58,10 +60,20 @@ void Tracker::shutdown() {
 void Tracker::applyRetention() {
   const auto days = wholeNumber(db_.setting("retention_days"));
   if (!days || *days < 1) return;
-  db_.run(
-      "UPDATE events SET title=NULL, url=NULL "
-      "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
-      {clock_() - static_cast<double>(*days) * kSecondsPerDay});
+  const double cutOff = clock_() - static_cast<double>(*days) * kSecondsPerDay;
+  // By some thousand spans, so that nobody waits long for the store in between.
+  double from = -std::numeric_limits<double>::infinity();
+  std::optional<double> to;
+  do {
+    to.reset();
+    db_.each("SELECT end FROM events WHERE end > ? AND end < ? ORDER BY end LIMIT 1 OFFSET 4000",
+             {from, cutOff}, [&](const Cursor& row) { to = row.dbl(0); });
+    db_.run(
+        "UPDATE events SET title=NULL, url=NULL "
+        "WHERE end > ? AND end <= ? AND (title IS NOT NULL OR url IS NOT NULL)",
+        {from, to.value_or(std::nextafter(cutOff, from))});
+    from = to.value_or(cutOff);
+  } while (to);
 }
 
 std::optional<Tracker::Current> Tracker::current() const {

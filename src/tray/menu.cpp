@@ -1,5 +1,6 @@
 #include "tray/menu.h"
 
+#include <array>
 #include <utility>
 
 #include "base/text.h"
@@ -58,8 +59,8 @@ void MenuItem::setChosen(bool chosen) {
 
 void MenuItem::setKey(const char* key) {
   // A list of combinations, each a list of keys.
-  const char* const combination[] = {DBUSMENU_MENUITEM_SHORTCUT_CONTROL, key};
-  auto* keys = g_variant_new_strv(combination, std::size(combination));
+  const std::array combination{DBUSMENU_MENUITEM_SHORTCUT_CONTROL, key};
+  auto* keys = g_variant_new_strv(combination.data(), combination.size());
   dbusmenu_menuitem_property_set_variant(get(), DBUSMENU_MENUITEM_PROP_SHORTCUT,
                                          g_variant_new_array(G_VARIANT_TYPE("as"), &keys, 1));
 }

@@ -76,7 +76,7 @@ class StatusNotifierItem {
   unsigned hostSubscription_ = 0;
   bool registered_ = false;
   bool hosted_ = false;
-  Glib::ustring watcher_;  // unique name of the one that is there
+  std::string watcher_;  // unique name of the one that is there
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();  // of questions to it
   MainThread mainThread_;
 };

@@ -99,6 +99,11 @@ TEST(Tracker, RetentionBlanksOldTitlesAndKeepsTheTime) {
   store.db.setSetting("retention_days", "30");
   tracker.applyRetention();
   EXPECT_EQ(titles(), 1U);
+  store.db.run(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 9000) "
+      "INSERT INTO events(start,end,app,title,url) SELECT 0, max(i, 4500), 'B', 't', 'u' FROM n");
+  tracker.applyRetention();
+  EXPECT_EQ(titles(), 1U);
   EXPECT_EQ(store.db.query("SELECT 1 FROM events WHERE app='A' AND domain='d'").size(), 2U);
 }
 

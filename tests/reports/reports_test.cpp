@@ -145,6 +145,16 @@ TEST_F(AnalyticsTest, DayClipsToTheLocalDay) {
   EXPECT_EQ(analytics.day("2023-11-14").at("totals").at("active"), 3600.0);
 }
 
+TEST_F(AnalyticsTest, TotalsAreThoseOfTheDay) {
+  add(midnight - 3600, midnight + 3600, "Nuit");
+  add(midnight + 3600, midnight + 3700, "Inactif", true);
+  store.db.run("INSERT INTO projects(name) VALUES ('A')");
+  const auto day = analytics.day("2023-11-15");
+  const auto totals = analytics.totals("2023-11-15");
+  EXPECT_EQ(totals.size(), 2U);
+  for (const auto& [key, value] : totals) EXPECT_EQ(value, day.at(key)) << key;
+}
+
 TEST_F(AnalyticsTest, DayMeansTodayWhereNoDateIsGiven) {
   for (const auto& text :
        {std::optional<std::string>(), std::optional<std::string>("2023-13-01")}) {
