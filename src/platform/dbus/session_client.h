@@ -31,12 +31,14 @@ class SessionClient {
     const char* clientInterface;
   };
 
+  void follow(const Manager& manager);
   void registerWith(const Manager& manager, const std::string& applicationId);
-  void follow(const Manager& manager, const std::string& client);
+  void answer(const Manager& manager);
 
   Glib::RefPtr<Gio::DBus::Connection> session_;
   std::function<void()> ending_;
   std::vector<unsigned> subscriptions_;
+  std::string client_;  // the object that stands for us; empty until we are known
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
 };
 
