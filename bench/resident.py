@@ -46,10 +46,10 @@ def wake_ups(pid):
 
 
 def memory(pid):
-    """KiB: the proportional share (PSS), and what is the program's own."""
+    """KiB: resident, its proportional share (PSS), and what is the program's own."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
         fields = dict(line.split()[:2] for line in file.readlines()[1:])
-    return int(fields["Pss:"]), int(fields["Private_Dirty:"]) + int(fields["Private_Clean:"])
+    return int(fields["Rss:"]), int(fields["Pss:"]), int(fields["Private_Dirty:"]) + int(fields["Private_Clean:"])
 
 
 def written(pid):
@@ -60,9 +60,9 @@ def written(pid):
 
 
 def print_memory(name, program, empty):
-    (pss, own), (floor, empty_own) = memory(program.pid), memory(empty.pid)
-    print(f"{name}: PSS {pss} KiB, {own} KiB its own; empty program {floor} and {empty_own} KiB; "
-          f"{pss / floor:.2f} times")
+    ours, floor = memory(program.pid), memory(empty.pid)
+    for what, mine, least in zip(("resident", "PSS", "its own"), ours, floor):
+        print(f"{name}: {mine} KiB {what}, empty program {least} KiB: {mine / least:.2f} times")
 
 
 def ten_years(build, years):
