@@ -1,14 +1,20 @@
 #include "app/application.h"
 
+#include <giomm/notification.h>
 #include <glib-unix.h>
 #include <glibmm/main.h>
+#include <glibmm/miscutils.h>
 
+#include <algorithm>
 #include <csignal>
 #include <string>
 #include <vector>
 
+#include "app/app_delegate.h"
+#include "app/legacy_agents.h"
 #include "app/route_call.h"
 #include "app/services.h"
+#include "platform/desktop_actions.h"
 
 namespace orvanta {
 namespace {
@@ -20,6 +26,12 @@ gboolean quitOnSignal(gpointer application) {
 
 }  // namespace
 
+bool startsApplication(const std::vector<std::string>& words) {
+  return std::all_of(words.begin(), words.end(), [](const std::string& word) {
+    return word == "--show" || word == "--pause" || word == "--resume";
+  });
+}
+
 Application::Application()
     : Gio::Application(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE) {}
 
@@ -27,18 +39,51 @@ Application::~Application() = default;
 
 void Application::on_startup() {
   Gio::Application::on_startup();
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) g_unix_signal_add(signal, quitOnSignal, this);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    signalSources_.push_back(g_unix_signal_add(signal, quitOnSignal, this));
+  }
+  // First, since a tracker of old may still write what is moved into place next.
+  cleanupLegacyAgents(Glib::get_user_config_dir(), runProgram, systemLog);
   const auto where = DataLocation::ofUser();
   prepare(where, systemLog);
   if (auto lock = DataLock::take(where)) {
-    services_ = std::make_unique<Services>(std::move(*lock), [this] { quit(); });
+    services_ = std::make_unique<Services>(std::move(*lock),
+                                           Services::Hooks{.quit = [this] { quit(); },
+                                                           .refreshMenu =
+                                                               [this] {
+                                                                 if (delegate_)
+                                                                   delegate_->refreshMenu();
+                                                               }});
+    launch();
     hold();
   }
 }
 
+void Application::launch() {
+  delegate_ = std::make_unique<AppDelegate>(
+      AppDelegate::Parts{services_->db, services_->tracker, services_->analytics,
+                         services_->sessionBus},
+      AppDelegate::Actions{
+          .showDashboard = [this] { services_->dashboard.show(); },
+          .dailyTelemetry = [this] { services_->telemetry.daily(); },
+          .updateAvailable = [this] { return services_->telemetry.updateAvailable(); },
+          .openUrl = [](const std::string& url) { openUrl(url, systemLog); },
+          .tellNoTray = [this] { tellNoTray(); },
+          .quit = [this] { quit(); },
+      });
+  delegate_->applicationDidFinishLaunching();
+}
+
+// A desktop or a notification asks for us.
+void Application::on_activate() {
+  if (delegate_) delegate_->applicationShouldHandleReopen();
+}
+
 void Application::on_shutdown() {
-  if (services_) services_->shutdown();
+  if (delegate_) delegate_->applicationWillTerminate();
+  delegate_.reset();
   services_.reset();
+  for (const auto source : signalSources_) g_source_remove(source);
   Gio::Application::on_shutdown();
 }
 
@@ -54,10 +99,26 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
   }
   if (!words.empty() && words.front() == "--call") {
     answer(commandLine, {words.begin() + 1, words.end()});
-  } else if (commandLine->is_remote() || (!words.empty() && words.front() == "--show")) {
-    services_->dashboard.show();
+    return 0;
   }
+  follow(words, !commandLine->is_remote());
   return 0;
+}
+
+void Application::follow(const std::vector<std::string>& options, bool atLaunch) {
+  bool show = false;
+  for (const auto& option : options) {
+    if (option == "--show") {
+      show = true;
+    } else {
+      delegate_->setPaused(option == "--pause");
+    }
+  }
+  if (atLaunch) {
+    delegate_->openDashboardAtLaunch(show);
+  } else if (show || options.empty()) {
+    delegate_->applicationShouldHandleReopen();
+  }
 }
 
 // The caller's process waits as long as somebody holds its command line.
@@ -72,6 +133,15 @@ void Application::answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& comman
       return false;
     });
   });
+}
+
+// A click on it activates the application, which opens the dashboard.
+void Application::tellNoTray() {
+  const auto note = Gio::Notification::create("Orvanta enregistre votre activité");
+  note->set_body(
+      "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une deuxième fois depuis "
+      "le menu des applications.");
+  send_notification("no-tray", note);
 }
 
 }  // namespace orvanta

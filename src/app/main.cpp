@@ -1,6 +1,7 @@
 // orvanta: records what is in front, and answers questions about it.
 #include <giomm/init.h>
 #include <glib.h>
+#include <malloc.h>
 
 #include <cstdio>
 #include <string>
@@ -17,8 +18,11 @@ namespace {
 using namespace orvanta;
 
 constexpr auto kUsage =
-    "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt\n"
-    "        orvanta --show                ouvre aussi le tableau de bord\n"
+    "Usage : orvanta                       enregistre l'activité jusqu'à l'arrêt ; déjà en "
+    "marche,\n"
+    "                                      ouvre le tableau de bord\n"
+    "        orvanta --show                ouvre le tableau de bord\n"
+    "        orvanta --pause, --resume     met le suivi en pause, le reprend\n"
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
@@ -80,10 +84,12 @@ int exportCsv(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The threads take turns: an arena for each would only hold on to what it once needed.
+  mallopt(M_ARENA_MAX, 1);
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (words.empty() || words.front() == "--show") return Application().run(argc, argv);
+  if (startsApplication(words)) return Application().run(argc, argv);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--version") {

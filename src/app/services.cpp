@@ -1,15 +1,13 @@
 #include "app/services.h"
 
-#include <glibmm/datetime.h>
-#include <glibmm/main.h>
+#include <utility>
 
 #include "app/program_files.h"
-#include "classify/defaults.h"
 #include "platform/desktop_actions.h"
 
 namespace orvanta {
 
-Services::Services(DataLock held, std::function<void()> quit)
+Services::Services(DataLock held, Hooks hooks)
     : lock(std::move(held)),
       db(DataLocation::ofUser()),
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
@@ -18,58 +16,47 @@ Services::Services(DataLock held, std::function<void()> quit)
       collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition),
       tracker(db, collectors),
       analytics(db, wallClock),
-      telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl()),
+      telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl(), hooks.refreshMenu),
       router({.db = db,
               .tracker = tracker,
               .analytics = analytics,
               .telemetry = telemetry,
               .loginItem = LoginItem::ofUser(),
-              .platform = platformActions(std::move(quit))}),
+              .platform = platformActions(hooks)}),
       dashboard(besideProgram("orvanta-dashboard"), router, systemLog),
       logind(systemBus, {.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
                          .willSleep =
                              [this] {
-                               tracker.willSleep([this] {
-                                 Glib::MainContext::get_default()->invoke([this] {
-                                   logind.readyToSleep();
-                                   return false;
-                                 });
-                               });
+                               tracker.willSleep(
+                                   [this] { mainThread.post([this] { logind.readyToSleep(); }); });
                              },
-                         .didWake = [this] { tracker.didWake(); }}) {
+                         .didWake = [this] { tracker.didWake(); },
+                         .sessionEnded = hooks.quit}),
+      sessionClient(sessionBus, kApplicationId, [this, quit = hooks.quit] {
+        tracker.shutdown();  // before the session manager hears that we are ready
+        quit();
+      }) {
   db.setErrorReport([this](const std::string& message) { telemetry.reportError(message); });
-  seedDefaults(db, wallClock);
-  tracker.applyRetention();
-  tracker.start();
-
-  constexpr unsigned kHour = 3600;
-  constexpr int kRetentionHour = 4;
-  Glib::signal_timeout().connect_seconds(
-      [this] {
-        if (Glib::DateTime::create_now_local().get_hour() == kRetentionHour)
-          tracker.applyRetention();
-        telemetry.daily();
-        return true;
-      },
-      kHour);
-  telemetry.daily();
 }
 
 Services::~Services() {
   db.setErrorReport({});  // telemetry ends before the last statement
 }
 
-PlatformActions Services::platformActions(std::function<void()> quit) {
+PlatformActions Services::platformActions(const Hooks& hooks) {
+  const auto onMainThread = [this](const std::function<void()>& act) {
+    return [this, act] { mainThread.post(act); };
+  };
   PlatformActions actions;
   actions.accessibilityGranted = [this] { return collectors.accessibilityGranted(); };
   actions.openUrl = [this](const std::string& url) {
     mainThread.post([url] { openUrl(url, systemLog); });
   };
-  actions.revealData = [this] {
-    mainThread.post([this] { revealFile(sessionBus, db.location().file(), systemLog); });
-  };
+  actions.revealData =
+      onMainThread([this] { revealFile(sessionBus, db.location().file(), systemLog); });
   actions.saveAs = [this](const std::string& name) { return dashboard.saveAs(name); };
-  actions.quit = [this, quit = std::move(quit)] { mainThread.post(quit); };
+  actions.refreshMenu = onMainThread(hooks.refreshMenu);
+  actions.quit = onMainThread(hooks.quit);
   return actions;
 }
 

@@ -1,6 +1,8 @@
 // Everything the resident program consists of, put together in one place.
 #pragma once
 
+#include <functional>
+
 #include "app/application.h"
 #include "base/main_thread.h"
 #include "bridge/dashboard_window.h"
@@ -8,6 +10,7 @@
 #include "capture/collectors.h"
 #include "capture/tracker.h"
 #include "platform/dbus/logind.h"
+#include "platform/dbus/session_client.h"
 #include "platform/desktop.h"
 #include "reports/analytics.h"
 #include "storage/data_lock.h"
@@ -19,30 +22,32 @@ namespace orvanta {
 /// Made on the main thread at start. What stands below uses what stands above, so destruction runs
 /// in a safe order.
 struct Services {
-  /// `quit` ends the program.
-  Services(DataLock lock, std::function<void()> quit);
+  /// What the services ask of the program. Called on the main thread.
+  struct Hooks {
+    std::function<void()> quit;
+    std::function<void()> refreshMenu;  ///< what the menu shows may have changed
+  };
 
+  Services(DataLock lock, Hooks hooks);
   ~Services();
-
-  /// Closes the open span; the rest ends with the object.
-  void shutdown() { tracker.shutdown(); }
 
   DataLock lock;
   Database db;
   Glib::RefPtr<Gio::DBus::Connection> systemBus;
   Glib::RefPtr<Gio::DBus::Connection> sessionBus;
+  MainThread mainThread;
   Desktop desktop;
   Collectors collectors;
   Tracker tracker;
   Analytics analytics;
   Telemetry telemetry;
-  MainThread mainThread;
   Router router;
   DashboardWindow dashboard;
   dbus::Logind logind;
+  dbus::SessionClient sessionClient;
 
  private:
-  PlatformActions platformActions(std::function<void()> quit);
+  PlatformActions platformActions(const Hooks& hooks);
 };
 
 }  // namespace orvanta

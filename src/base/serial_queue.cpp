@@ -48,6 +48,11 @@ void SerialQueue::repeat(Duration delay, Duration period, Task task) {
   changed_.notify_one();
 }
 
+void SerialQueue::stopRepeating() {
+  const std::lock_guard lock(mutex_);
+  timer_ = nullptr;
+}
+
 void SerialQueue::work() {
   std::unique_lock lock(mutex_);
   for (;;) {

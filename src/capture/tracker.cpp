@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <chrono>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 namespace orvanta {
@@ -55,6 +57,7 @@ void Tracker::splitOpenSpan(const TimeRange& range) {
 }
 
 void Tracker::shutdown() {
+  queue_.stopRepeating();
   queue_.sync([this] { engine_.finish(); });
 }
 
@@ -69,10 +72,20 @@ void Tracker::applyRetention() {
   db_.exec(
       "CREATE INDEX IF NOT EXISTS idx_events_titled ON events(end) "
       "WHERE title IS NOT NULL OR url IS NOT NULL");
-  db_.run(
-      "UPDATE events SET title=NULL, url=NULL "
-      "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
-      {clock_() - static_cast<double>(*days) * kSecondsPerDay});
+  const Args cutOff{clock_() - static_cast<double>(*days) * kSecondsPerDay};
+  // By some thousand spans, so that nobody waits long for the store in between.
+  bool left = true;
+  while (left) {
+    left = false;
+    db_.each(
+        "SELECT 1 FROM events WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL) LIMIT 1",
+        cutOff, [&](const Cursor&) { left = true; });
+    left = left && db_.run(
+                       "UPDATE events SET title=NULL, url=NULL WHERE id IN "
+                       "(SELECT id FROM events WHERE end < ? AND "
+                       "(title IS NOT NULL OR url IS NOT NULL) LIMIT 4000)",
+                       cutOff) >= 0;
+  }
 }
 
 std::optional<Tracker::Current> Tracker::current() const {

@@ -14,7 +14,7 @@
 
 namespace orvanta {
 
-/// Records what is in front every 2 seconds, on its own queue, from start() until it is destroyed.
+/// Records what is in front every 2 seconds, on its own queue, from start() to shutdown().
 /// Every operation may be called from any thread; those that change the capture return at once
 /// unless they say otherwise.
 class Tracker {
@@ -41,7 +41,7 @@ class Tracker {
   /// spans in it may be changed; returns when that is stored.
   void splitOpenSpan(const TimeRange& range);
 
-  /// Closes the open span; returns when it is stored. For the end of the program.
+  /// Stops looking and closes the open span; returns when it is stored. For the end of the program.
   void shutdown();
 
   /// Removes title and URL from spans older than the setting "retention_days"; the spans, their

@@ -52,6 +52,7 @@ struct SessionListener {
   std::function<void(bool locked)> lockChanged;
   std::function<void()> willSleep;
   std::function<void()> didWake;
+  std::function<void()> sessionEnded;
 };
 
 }  // namespace orvanta

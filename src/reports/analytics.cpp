@@ -123,6 +123,13 @@ json::object Analytics::day(const std::optional<std::string>& text) const {
           {"projects", byName(reader.projects())}};
 }
 
+json::object Analytics::totals(const std::optional<std::string>& text) const {
+  SpanReader reader(db_);
+  Agg agg;
+  reader.each(calendar_.dayBounds(parseDate(text)), [&](const Ev& ev) { agg.add(ev); });
+  return {{"totals", aggJson(agg, reader.projects())}, {"projects", byName(reader.projects())}};
+}
+
 json::object Analytics::week(const std::optional<std::string>& text) const {
   const auto monday = parseDate(text).monday();
   SpanReader reader(db_);

@@ -27,6 +27,9 @@ class Analytics {
   /// "projects". `date` is "yyyy-MM-dd"; today when absent or not a date.
   boost::json::object day(const std::optional<std::string>& date) const;
 
+  /// Of the local day only "totals" and "projects", at half the price.
+  boost::json::object totals(const std::optional<std::string>& date) const;
+
   /// The week, Monday to Sunday, that holds the date: "monday", "days" with "date", "active",
   /// "by_category", "first" and "last" each, "by_category", "by_project".
   boost::json::object week(const std::optional<std::string>& date) const;

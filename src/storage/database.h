@@ -60,6 +60,10 @@ class Database {
   void scan(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
+  /// A number that grows whenever the content may have changed, whoever changed it, this process or
+  /// another; to be asked before what is read and kept.
+  int64_t revision();
+
   /// The stored value, else the default, else "".
   std::string setting(const std::string& key);
   void setSetting(const std::string& key, const std::string& value);

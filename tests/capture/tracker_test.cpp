@@ -25,6 +25,8 @@ TEST(Tracker, RecordsByItsOwnTimerAndClosesAtTheEnd) {
   EXPECT_LT(tracker.current()->elapsed, 1.0);
   tracker.shutdown();
   EXPECT_FALSE(tracker.current());
+  std::this_thread::sleep_for(std::chrono::milliseconds(2100));  // a tick's time
+  EXPECT_FALSE(tracker.current());
   EXPECT_EQ(store.log.lines().back(),
             "Orvanta: capture démarrée (" + store.db.location().file().string() + ")");
 }
@@ -95,6 +97,11 @@ TEST(Tracker, RetentionBlanksOldTitlesAndKeepsTheTime) {
     EXPECT_EQ(titles(), 2U) << off;
   }
   store.db.setSetting("retention_days", "30");
+  tracker.applyRetention();
+  EXPECT_EQ(titles(), 1U);
+  store.db.run(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 9000) "
+      "INSERT INTO events(start,end,app,title,url) SELECT 0, max(i, 4500), 'B', 't', 'u' FROM n");
   tracker.applyRetention();
   EXPECT_EQ(titles(), 1U);
   EXPECT_EQ(store.db.query("SELECT 1 FROM events WHERE app='A' AND domain='d'").size(), 2U);

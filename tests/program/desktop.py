@@ -171,7 +171,8 @@ class Desktop:
     # Orvanta
 
     def start_orvanta(self, env=None):
-        """Starts the program and waits for its first span."""
+        """Starts the program, which its user knows already, and waits for its first span."""
+        self.set_setting("onboarded", "1")
         known = len(self.spans())
         program = self.spawn(ORVANTA, env=env)
         wait_for(lambda: len(self.spans()) > known, 10, "the first span")

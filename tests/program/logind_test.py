@@ -110,6 +110,20 @@ class LogindTest(unittest.TestCase):
         wait_for(lambda: not self.delays_sleep(), 2, "nothing is held after the end")
 
 
+    def test_the_session_ends(self):
+        program = self.start()
+        for number, ends in (("c0", False), ("c1", True)):
+            self.logind.EmitSignal(MANAGER, "SessionRemoved", "so",
+                                   [number, dbus.ObjectPath(f"{LOGIND[1]}/session/{number}")],
+                                   dbus_interface=MOCK)
+            if not ends:
+                pass_time(1)
+                self.assertIsNone(program.poll())
+        removed = time.time()
+        self.assertEqual(program.wait(timeout=5), 0)
+        self.assertAlmostEqual(self.desktop.spans()[-1]["end"], removed, delta=1)
+
+
 class InhibitionTest(unittest.TestCase):
     def setUp(self):
         self.desktop = Desktop()

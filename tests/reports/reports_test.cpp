@@ -35,6 +35,18 @@ class AnalyticsTest : public testing::Test {
   Analytics analytics{store.db, clock.read(), paris};
 };
 
+TEST_F(AnalyticsTest, TotalsAreThoseOfTheDay) {
+  store.db.run(
+      "INSERT INTO events(start,end,app,idle) VALUES (?1-3600,?1+3600,'Nuit',0), "
+      "(?1+3600,?1+3700,'Inactif',1)",
+      {paris.startOf({2023, 11, 15})});
+  store.db.run("INSERT INTO projects(name) VALUES ('A')");
+  const auto day = analytics.day("2023-11-15");
+  const auto totals = analytics.totals("2023-11-15");
+  EXPECT_EQ(totals.size(), 2U);
+  for (const auto& [key, value] : totals) EXPECT_EQ(value, day.at(key)) << key;
+}
+
 TEST_F(AnalyticsTest, DayMeansTodayWhereNoDateIsGiven) {
   for (const auto& text :
        {std::optional<std::string>(), std::optional<std::string>("2023-13-01")}) {

@@ -46,6 +46,7 @@ TEST(Database, FirstStartMakesEverythingForTheOwnerOnly) {
   EXPECT_EQ(store.db.allSettings(), defaultSettings());
   EXPECT_EQ(store.db.query("SELECT 1 FROM sqlite_master WHERE type='table'").size(), 4U);
   EXPECT_EQ(store.db.query("PRAGMA journal_mode").front().str("journal_mode"), "wal");
+  EXPECT_EQ(store.db.query("PRAGMA page_size").front().int_("page_size"), 1024);
   EXPECT_EQ(modeOf(where.dir), 0700U);
   for (const auto* name : {"orvanta.db", "orvanta.db-wal", "orvanta.db-shm"}) {
     EXPECT_EQ(modeOf(where.dir / name), 0600U) << name;
@@ -137,6 +138,22 @@ TEST(Database, TypedAccessorsDoNotConvertBetweenTextAndNumbers) {
   EXPECT_FALSE(row.int_("huge"));
   EXPECT_FALSE(row.int_("z"));
   EXPECT_EQ(row.str("twice"), "last");
+}
+
+TEST(Database, RevisionGrowsWithEveryChangeAndNothingElse) {
+  TempStore store;
+  Database other(store.folder.location());
+  int64_t last = store.db.revision();
+  const auto grown = [&] { return std::exchange(last, store.db.revision()) < last; };
+  EXPECT_FALSE(grown());
+  (void)store.db.allSettings();
+  store.db.run("UPDATE events SET end = 1");
+  EXPECT_FALSE(grown());
+  store.db.setSetting("paused", "1");
+  EXPECT_TRUE(grown());
+  other.setSetting("paused", "0");
+  EXPECT_TRUE(grown());
+  EXPECT_FALSE(grown());
 }
 
 TEST(Database, TellsWhatFailedButNotWhatIsExpected) {

@@ -48,6 +48,7 @@ Logind::~Logind() {
   cancel_->cancel();
   if (sleepSubscription_ != 0) system_->signal_unsubscribe(sleepSubscription_);
   if (lockSubscription_ != 0) system_->signal_unsubscribe(lockSubscription_);
+  if (endSubscription_ != 0) system_->signal_unsubscribe(endSubscription_);
   readyToSleep();
 }
 
@@ -114,6 +115,15 @@ void Logind::followSession(const std::string& path) {
         lockedHint(Glib::VariantBase::cast_dynamic<Glib::Variant<bool>>(hint->second).get());
       },
       kService, kProperties, "PropertiesChanged", path, kSession);
+  endSubscription_ = system_->signal_subscribe(
+      [this, path](const auto&, const auto&, const auto&, const auto&, const auto&,
+                   const Reply& arguments) {
+        if (!arguments.is_of_type(Glib::VariantType("(so)"))) return;
+        Glib::Variant<Glib::DBusObjectPathString> removed;
+        arguments.get_child(removed, 1);
+        if (removed.get().raw() == path) listener_.sessionEnded();
+      },
+      kService, kManager, "SessionRemoved", kPath);
   ask(
       path, kProperties, "Get", texts({kSession, "LockedHint"}),
       [this](const Reply& reply) {

@@ -1,4 +1,4 @@
-// Lock, unlock, sleep and wake, as systemd-logind tells them.
+// Lock, unlock, sleep, wake and the end of the session, as systemd-logind tells them.
 #pragma once
 
 #include <giomm/cancellable.h>
@@ -11,9 +11,9 @@
 
 namespace orvanta::dbus {
 
-/// Tells the listener of the session's LockedHint and of PrepareForSleep, and holds a delay lock
-/// while the machine is awake, so that it waits for us before it sleeps. All on the main loop of
-/// the thread that made it; never blocks it. Without logind nothing is ever told.
+/// Tells the listener of the session's LockedHint, of its end and of PrepareForSleep, and holds a
+/// delay lock while the machine is awake, so that it waits for us before it sleeps. All on the main
+/// loop of the thread that made it; never blocks it. Without logind nothing is ever told.
 class Logind {
  public:
   /// `system` may be null.
@@ -43,6 +43,7 @@ class Logind {
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
   guint sleepSubscription_ = 0;
   guint lockSubscription_ = 0;
+  guint endSubscription_ = 0;
   bool locked_ = false;
   int delayLock_ = -1;  // file that logind watches; the lock lasts until it is closed
 };

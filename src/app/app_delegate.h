@@ -1,0 +1,92 @@
+// The life of the resident program: what happens at launch, while it runs, and at the end.
+#pragma once
+
+#include <giomm/dbusconnection.h>
+
+#include <boost/json/object.hpp>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "app/menu_content.h"
+#include "app/status_menu.h"
+#include "base/calendar.h"
+#include "base/clock.h"
+#include "base/main_thread.h"
+#include "base/serial_queue.h"
+#include "capture/tracker.h"
+#include "reports/analytics.h"
+#include "storage/database.h"
+
+namespace orvanta {
+
+/// Carries the program from launch to its end, and is the target of the status menu. The menu is
+/// computed on a queue of its own, so that the main loop never waits for the store. Main thread
+/// only.
+class AppDelegate {
+ public:
+  /// What it works on; all outlive it. Without a session bus there is no menu.
+  struct Parts {
+    Database& db;
+    Tracker& tracker;
+    const Analytics& analytics;
+    Glib::RefPtr<Gio::DBus::Connection> session;
+  };
+
+  /// What other parts of the program do for it. Called on the main thread.
+  struct Actions {
+    std::function<void()> showDashboard;
+    std::function<void()> dailyTelemetry;
+    std::function<std::optional<Update>()> updateAvailable;
+    std::function<void(const std::string& url)> openUrl;
+    std::function<void()> tellNoTray;  ///< that no panel shows the icon, and what to do instead
+    std::function<void()> quit;
+  };
+
+  AppDelegate(Parts parts, Actions actions, Clock clock = wallClock);
+
+  /// Everything between the opened store and the running program; once.
+  void applicationDidFinishLaunching();
+  /// The last step of the launch: the dashboard opens if the user has never seen it or asks for it.
+  void openDashboardAtLaunch(bool asked);
+  /// The user has started the program again.
+  void applicationShouldHandleReopen() { actions_.showDashboard(); }
+  /// Closes the open span.
+  void applicationWillTerminate() { parts_.tracker.shutdown(); }
+
+  /// Brings the menu up to date, soon. Costs nothing while an earlier refresh is on its way.
+  void refreshMenu();
+
+  void setPaused(bool paused);
+
+ private:
+  void buildMenu();
+  void everyHour();
+  void applyRetention();
+  void trayChanged();
+  void missTray();
+  const boost::json::object& today();
+  MenuFacts readFacts();
+  void showFacts(MenuFacts facts);
+  void openUpdate();
+
+  const Parts parts_;
+  const Actions actions_;
+  const Clock clock_;
+  double retentionApplied_ = 0;  // when, Unix seconds
+  // What was last read for the menu; only touched on queue_.
+  struct Reading {
+    int64_t revision = -1;
+    Date date;
+    boost::json::object totals;
+  } reading_;
+
+  bool refreshing_ = false;    // a refresh is on its way
+  bool refreshAgain_ = false;  // and was too early for what has happened since
+  std::optional<StatusMenu> menu_;
+  MainThread mainThread_;
+  SerialQueue queue_{"orvanta.menu"};  // last: it ends before what its tasks use
+};
+
+}  // namespace orvanta

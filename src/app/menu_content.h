@@ -1,0 +1,66 @@
+// What the status menu says, as text.
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "capture/tracker.h"
+#include "telemetry/telemetry.h"
+
+namespace orvanta {
+
+/// A project that can be picked in the menu.
+struct ProjectChoice {
+  int64_t id = 0;
+  std::string name;
+
+  friend bool operator==(const ProjectChoice&, const ProjectChoice&) = default;
+};
+
+/// Everything that the menu tells, as it was at one moment. Durations are seconds.
+struct MenuFacts {
+  struct Leader {
+    std::string name;
+    double seconds = 0;
+  };
+
+  bool paused = false;
+  std::optional<Tracker::Current> current;
+  double active = 0;
+  double travail = 0;
+  double loisir = 0;
+  double autre = 0;
+  double nonclasse = 0;
+  std::optional<Leader> leader;         ///< today's main project
+  std::vector<ProjectChoice> projects;  ///< not archived, by name
+  std::optional<int64_t> currentProject;
+  double onProject = 0;  ///< since when it is the current one
+  std::optional<Update> update;
+
+  /// Takes today's numbers and the projects out of a day report; what is missing or of another type
+  /// counts as 0 or absent.
+  void readDay(const boost::json::object& day);
+};
+
+/// The texts. An absent one is not shown.
+struct MenuContent {
+  std::string statusLine;
+  std::string todayLine;
+  std::string catLine;
+  std::optional<std::string> projLine;
+  std::string projectTitle;
+  std::string toggleTitle;
+  std::optional<std::string> updateTitle;
+  std::string label;  ///< beside the icon
+};
+
+MenuContent menuContent(const MenuFacts& facts);
+
+/// A name of the user's or of a program's, fit for a menu.
+std::string menuName(std::string_view name);
+
+}  // namespace orvanta

@@ -1,0 +1,84 @@
+// The program's icon in the desktop's tray.
+#pragma once
+
+#include <giomm/cancellable.h>
+#include <giomm/dbusconnection.h>
+#include <giomm/dbusinterfacevtable.h>
+#include <glibmm/variant.h>
+
+#include <functional>
+#include <string>
+
+#include "base/main_thread.h"
+
+namespace orvanta::tray {
+
+/// What the panel shows of the program.
+struct Appearance {
+  std::string iconName;         ///< in the icon theme
+  std::string iconDescription;  ///< for those who do not see it
+  std::string label;            ///< beside the icon, in panels that show labels; may be empty
+  std::string toolTip;          ///< in panels that show tool tips
+
+  friend bool operator==(const Appearance&, const Appearance&) = default;
+};
+
+/// A StatusNotifierItem as KDE defined it
+/// (https://www.freedesktop.org/wiki/Specifications/StatusNotifierItem/), with the label that
+/// Ayatana added. Registers with the desktop's org.kde.StatusNotifierWatcher when that appears,
+/// and again with the next when a panel restarts. Main thread only.
+class StatusNotifierItem {
+ public:
+  struct Identity {
+    std::string id;             ///< the same in every session, for panels that remember places
+    std::string title;          ///< the program's name
+    std::string iconThemePath;  ///< folder that holds "hicolor"; empty for the system's alone
+    std::string menuPath;       ///< where a MenuServer answers
+    std::string labelGuide;     ///< the widest label, so that the panel need not move about
+  };
+
+  /// On the session bus. `activated` is called for a click that is not for the menu.
+  StatusNotifierItem(Glib::RefPtr<Gio::DBus::Connection> session, Identity identity,
+                     Appearance appearance, std::function<void()> activated);
+  ~StatusNotifierItem();
+  StatusNotifierItem(const StatusNotifierItem&) = delete;
+  StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
+
+  /// Tells the panel what has changed; nothing when nothing has.
+  void show(const Appearance& appearance);
+
+  /// Whether a panel shows the item now.
+  bool shown() const { return registered_ && hosted_; }
+  /// Is called when shown() has changed.
+  void onShownChanged(std::function<void()> changed) { shownChanged_ = std::move(changed); }
+
+ private:
+  using Reply = Glib::VariantContainerBase;
+
+  void exportObject();
+  void property(Glib::VariantBase& value, const Glib::ustring& name) const;
+  void emit(const char* signal, const Reply& arguments = {});
+  void registerItem();
+  void askForHost();
+  void watcherVanished();
+  void setShown(bool registered, bool hosted);
+  void call(const char* interface, const char* method, const Reply& arguments,
+            const std::function<void(const Reply*)>& then);
+
+  Glib::RefPtr<Gio::DBus::Connection> session_;
+  const Identity identity_;
+  Appearance appearance_;
+  std::function<void()> activated_;
+  std::function<void()> shownChanged_;
+  Gio::DBus::InterfaceVTable vtable_;
+  unsigned objectId_ = 0;
+  unsigned watchId_ = 0;
+  unsigned hostSubscription_ = 0;
+  bool registered_ = false;
+  bool hosted_ = false;
+  std::string watcher_;  // unique name of the one that is there
+  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();  // of questions to it
+  MainThread mainThread_;
+};
+
+}  // namespace orvanta::tray

@@ -1,0 +1,330 @@
+"""The status menu and the icon, as a panel on a real session bus reads and clicks them."""
+
+import os
+import sqlite3
+import time
+import unittest
+
+import dbus
+import dbus.service
+
+from desktop import ORVANTA, TICK, Desktop, cpu_seconds, end, output_of, pass_time, wait_for
+from tray_host import TrayHost
+
+REFRESH = 5 + 1.5  # seconds between two looks at the store, on a busy machine
+DASHBOARD = "tableau de bord demandé"
+
+
+class TrayTest(unittest.TestCase):
+    def setUp(self):
+        self.desktop = Desktop(screen=False)
+        self.addCleanup(self.desktop.stop)
+        self.desktop.set_setting("onboarded", "1")
+
+    def sql(self, statement, *values):
+        db = sqlite3.connect(self.desktop.database())
+        with db:
+            db.execute(statement, values)
+        db.close()
+
+    def setting(self, key):
+        db = sqlite3.connect(self.desktop.database())
+        row = db.execute("SELECT value FROM settings WHERE key=?", (key,)).fetchone()
+        db.close()
+        return row and row[0]
+
+    def add_project(self, name, archived=0):
+        self.sql("INSERT INTO projects(name, archived) VALUES (?, ?)", name, archived)
+
+    def start(self, hosted=True):
+        self.host = TrayHost(self.desktop.session, hosted)
+        self.addCleanup(self.host.close)
+        self.program = self.desktop.start_orvanta()
+        self.host.wait_for_item()
+
+    def wait_for_label(self, start, seconds=REFRESH):
+        self.host.wait_for(lambda: any(label.lstrip("*").startswith(start)
+                                       for label in self.host.labels()), seconds, start)
+
+    def dashboards(self):
+        return output_of(self.program).count(DASHBOARD)
+
+    def projects(self):
+        return self.host.labels(self.host.item("Je travaille sur"))
+
+    def test_what_it_shows(self):
+        self.add_project("Refonte_2 <b>&amp;</b>")
+        # Two hours at midday's side of now, so that they are today's unless it is 2 o'clock.
+        now = time.time()
+        start = max(now - 7200, time.mktime(time.localtime()[:3] + (0,) * 5 + (-1,)))
+        self.sql("INSERT INTO events(start, end, app, category, project_id, idle)"
+                 " VALUES (?, ?, 'Éditeur', 'travail', 1, 0)", start, now)
+        self.start()
+        self.wait_for_label("● Inconnu · ")
+        minutes = int(now - start) // 60
+        worked = f"{minutes // 60} h {minutes % 60:02}" if minutes >= 60 else f"{minutes} min"
+        labels = self.host.labels()
+        self.assertRegex(labels[0], r"^● Inconnu · \d+ s$")
+        self.assertEqual(labels[1], f"Aujourd'hui : {worked} actif")
+        self.assertRegex(labels[2], rf"^   Travail {worked} · Loisir 0 s · Autre 0 s"
+                                    r" · Non classé \d+ s$")
+        self.assertEqual(labels[3:], [
+            f"   Projet principal : Refonte_2 <b>&amp;</b> · {worked}", "---", "Je travaille sur…",
+            "Ouvrir Orvanta", "Mettre le suivi en pause", "---", "Quitter Orvanta"])
+        items = [item for _, item, _ in self.host.items()]
+        self.assertEqual([item.get("enabled", True) for item in items[:4]], [False] * 4)
+        self.assertTrue(all(item.get("enabled", True) for item in items[4:]))
+        self.assertEqual([(item["label"], [list(keys) for keys in item["shortcut"]])
+                          for item in items if "shortcut" in item],
+                         [("Ouvrir Orvanta", [["Control", "o"]]),
+                          ("Quitter Orvanta", [["Control", "q"]])])
+        self.assertEqual(self.projects(),
+                         ["*Attribution automatique", "---", "Refonte_2 <b>&amp;</b>"])
+        self.assertEqual(self.host["XAyatanaLabel"], f" {worked}")
+        self.assertEqual(self.host["ToolTip"][2:], ("Orvanta", f"Aujourd'hui : {worked} actif"))
+        icons = os.path.join(self.host["IconThemePath"], "hicolor", "symbolic", "apps")
+        for icon in (self.host["IconName"], "fr.quellvane.orvanta-paused-symbolic"):
+            self.assertTrue(os.path.exists(os.path.join(icons, icon + ".svg")), icon)
+
+    def test_every_click(self):
+        for name, archived in (("Zèbre", 0), ("Atelier", 0), ("Ancien", 1)):
+            self.add_project(name, archived)
+        self.start()
+        host = self.host
+
+        host.click(host.item("Ouvrir Orvanta"))
+        host.wait_for(lambda: self.dashboards() == 1, 2, "the dashboard opens")
+        host.activate()
+        host.wait_for(lambda: self.dashboards() == 2, 2, "a plain click opens it too")
+
+        self.assertEqual(self.projects(), ["*Attribution automatique", "---", "Atelier", "Zèbre"])
+        host.click(host.item("Zèbre", host.item("Je travaille sur")))
+        self.wait_for_label("Je travaille sur : Zèbre (depuis 0 s)", 2)
+        self.assertEqual(self.projects(), ["Attribution automatique", "---", "Atelier", "*Zèbre"])
+
+        host.click(host.item("Mettre le suivi en pause"))
+        self.wait_for_label("○ Suivi en pause", 2)
+        self.assertEqual(self.setting("paused"), "1")
+        self.assertEqual(host["IconName"], "fr.quellvane.orvanta-paused-symbolic")
+        self.assertIn(("NewIcon", ()), host.signals)
+        spans = len(self.desktop.spans())
+        pass_time(TICK)
+        self.assertEqual(len(self.desktop.spans()), spans)
+        host.click(host.item("Reprendre le suivi"))
+        self.wait_for_label("Mettre le suivi en pause", 2)
+        self.assertEqual(self.setting("paused"), "0")
+        self.assertEqual(host["IconName"], "fr.quellvane.orvanta-symbolic")
+        span = wait_for(lambda: self.desktop.spans()[spans:], TICK, "it records again")[0]
+        self.assertEqual(span["project_id"], 1)  # Zèbre
+
+        # The project goes: nothing is chosen, and nothing is invented.
+        self.sql("UPDATE projects SET archived = 1 WHERE id = 1")
+        self.wait_for_label("Je travaille sur…")
+        self.assertEqual(self.projects(), ["Attribution automatique", "---", "Atelier"])
+        host.click(host.item("Attribution", host.item("Je travaille sur")))
+        host.wait_for(lambda: self.projects()[0] == "*Attribution automatique", 2, "it is chosen")
+
+        # What cannot be clicked does nothing, whatever a panel sends.
+        for number, item, _ in host.items():
+            if not item.get("enabled", True) or not item.get("visible", True):
+                host.click((number,))
+        pass_time(0.5)
+        self.assertEqual(self.dashboards(), 2)
+        self.assertIsNone(self.program.poll())
+
+        host.click(host.item("Quitter Orvanta"))
+        asked = time.time()
+        self.assertEqual(self.program.wait(timeout=5), 0)
+        self.assertAlmostEqual(self.desktop.spans()[-1]["end"], asked, delta=1)
+
+    def test_only_what_changes_is_told(self):
+        self.sql("UPDATE settings SET value = '1' WHERE key = 'paused'")
+        self.host = TrayHost(self.desktop.session)
+        self.addCleanup(self.host.close)
+        self.program = self.desktop.spawn(ORVANTA)
+        self.host.wait_for_item()
+        self.wait_for_label("○ Suivi en pause")
+        pass_time(1)
+        self.host.pump()
+        del self.host.signals[:]
+        pass_time(2 * REFRESH)
+        self.host.pump()
+        self.assertEqual(self.host.signals, [])
+
+        self.add_project("Nouveau")
+        self.host.wait_for(lambda: "Nouveau" in self.projects(), REFRESH, "the new project")
+        self.assertIn("LayoutUpdated", {member for member, _ in self.host.signals})
+        now = time.time()
+        self.sql("INSERT INTO events(start, end, app) VALUES (?, ?, 'A')", now - 100, now)
+        del self.host.signals[:]
+        self.wait_for_label("Aujourd'hui : 1 min actif")
+        pass_time(1)
+        self.host.pump()
+        self.assertEqual(sorted(member for member, _ in self.host.signals),
+                         ["ItemsPropertiesUpdated", "XAyatanaNewLabel"])
+
+    def test_a_panel_that_restarts_and_one_that_comes_late(self):
+        self.start()
+        for hosted in (True, False):
+            self.host.close()
+            pass_time(0.5)
+            self.host = TrayHost(self.desktop.session, hosted)
+            self.addCleanup(self.host.close)
+            self.host.wait_for_item()
+            self.wait_for_label("Ouvrir Orvanta")
+        self.assertEqual(end(self.program)[0], 0)
+
+    def test_started_again(self):
+        self.start()
+        for words, shown, printed in (([], 1, "Orvanta est déjà en marche.\n"),
+                                      (["--show"], 2, "")):
+            second = self.desktop.run(ORVANTA, *words)
+            self.assertEqual((second.returncode, second.stdout.decode()), (0, printed))
+            self.host.wait_for(lambda: self.dashboards() == shown, 2, "the dashboard")
+        self.assertEqual(self.desktop.run(ORVANTA, "--pause").returncode, 0)
+        self.wait_for_label("○ Suivi en pause", 2)
+        self.assertEqual(self.desktop.run(ORVANTA, "--resume").returncode, 0)
+        self.wait_for_label("●", 2 + TICK)
+        self.assertEqual(self.dashboards(), 2)
+
+    def test_when_the_dashboard_opens_at_launch(self):
+        for onboarded, words, shown in (("1", [], 0), ("1", ["--show"], 1), ("0", [], 1)):
+            with self.subTest(onboarded=onboarded, words=words):
+                self.desktop.set_setting("onboarded", onboarded)
+                self.program = self.desktop.spawn(ORVANTA, *words)
+                wait_for(lambda: "capture démarrée" in output_of(self.program), 5, "launch")
+                pass_time(0.5)
+                self.assertEqual(self.dashboards(), shown)
+                self.assertEqual(end(self.program)[0], 0)
+
+    def test_the_session_bus_goes_away(self):
+        self.start()
+        self.desktop.session.daemon.kill()
+        self.desktop.session.daemon.wait()
+        lost = time.time()
+        pass_time(0.5)
+        before = cpu_seconds(self.program.pid)
+        pass_time(REFRESH)
+        self.assertLess(cpu_seconds(self.program.pid) - before, 0.3)
+        wait_for(lambda: self.desktop.spans()[-1]["end"] > lost + TICK, 13, "it goes on")
+        status, asked = end(self.program)
+        self.assertEqual(status, 0)
+        self.assertAlmostEqual(self.desktop.spans()[-1]["end"], asked, delta=1)
+
+    def test_former_agents_are_removed(self):
+        config = self.desktop.env["XDG_CONFIG_HOME"]
+        left = os.path.join(config, "autostart", "fr.quellvane.other.desktop")
+        entry = os.path.join(config, "autostart", "fr.quellvane.lumaplan.menubar.desktop")
+        unit = os.path.join(config, "systemd", "user", "fr.quellvane.lumaplan.tracker.service")
+        # In the place of the real systemctl, which would speak to the machine's.
+        tools = self.desktop.make_folder("tools")
+        with open(os.path.join(tools, "systemctl"), "w", encoding="utf-8") as file:
+            file.write(f'#!/bin/sh\ntest -e "{unit}" && echo "$@" >>{tools}/calls\n')
+        os.chmod(file.name, 0o700)
+        for path in (left, entry, unit):
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            with open(path, "w", encoding="utf-8"):
+                pass
+        env = {"PATH": f"{tools}:{os.environ['PATH']}"}
+        self.program = self.desktop.start_orvanta(env)
+        self.assertEqual([os.path.exists(path) for path in (left, entry, unit)],
+                         [True, False, False])
+        with open(os.path.join(tools, "calls"), encoding="utf-8") as file:
+            self.assertEqual(file.read(),
+                             "--user disable --now fr.quellvane.lumaplan.tracker.service\n")
+        output = output_of(self.program)
+        lines = [line for line in output.splitlines() if "ancien agent" in line]
+        self.assertEqual([line.partition("Orvanta: ")[2] for line in lines],
+                         ["ancien agent fr.quellvane.lumaplan.tracker retiré",
+                          "ancien agent fr.quellvane.lumaplan.menubar retiré"])
+        self.assertLess(output.index("ancien agent"), output.index("capture démarrée"))
+
+
+class NoTrayTest(unittest.TestCase):
+    """A desktop without a tray: the user is told, once."""
+
+    def test_the_note(self):
+        desktop = Desktop(screen=False)
+        self.addCleanup(desktop.stop)
+        desktop.set_setting("onboarded", "1")
+        host = TrayHost(desktop.session, hosted=False)
+        self.addCleanup(host.close)
+        notes = []
+
+        class Notifications(dbus.service.Object):
+            @dbus.service.method("org.freedesktop.Notifications", in_signature="susssasa{sv}i",
+                                 out_signature="u")
+            def Notify(self, app, replaces, icon, summary, body, actions, hints, timeout):
+                notes.append((str(summary), str(body), [str(action) for action in actions]))
+                return 1
+
+            @dbus.service.signal("org.freedesktop.Notifications", signature="us")
+            def ActionInvoked(self, number, action):
+                pass
+
+        notifications = Notifications(host.bus, "/org/freedesktop/Notifications")
+        host.bus.request_name("org.freedesktop.Notifications")
+        program = desktop.start_orvanta()
+        host.wait_for(lambda: notes, 25, "a note")
+        self.assertIn("zone d'icônes", notes[0][1])
+        notifications.ActionInvoked(1, "default")
+        host.wait_for(lambda: DASHBOARD in output_of(program), 2, "a click opens the dashboard")
+        host.watcher.StatusNotifierHostRegistered()  # an icon after all
+        self.assertEqual(end(program)[0], 0)
+        self.assertEqual(len(notes), 1)
+
+
+class SessionClient(dbus.service.Object):
+    """How a session manager knows us."""
+
+    interface = "org.gnome.SessionManager.ClientPrivate"
+    answers = []
+
+    @dbus.service.method(interface, in_signature="bs")
+    def EndSessionResponse(self, ok, reason):
+        self.answers.append((bool(ok), time.time()))
+
+    @dbus.service.signal(interface, signature="u")
+    def QueryEndSession(self, flags):
+        pass
+
+    @dbus.service.signal(interface, signature="u")
+    def EndSession(self, flags):
+        pass
+
+
+class SessionManager(dbus.service.Object):
+    registered = []
+
+    @dbus.service.method("org.gnome.SessionManager", in_signature="ss", out_signature="o")
+    def RegisterClient(self, application, startup):
+        self.registered.append((str(application), str(startup)))
+        return dbus.ObjectPath("/client")
+
+
+class SessionEndTest(unittest.TestCase):
+    def test_the_session_manager_is_answered(self):
+        desktop = Desktop(screen=False)
+        self.addCleanup(desktop.stop)
+        host = TrayHost(desktop.session)
+        self.addCleanup(host.close)
+        manager = SessionManager(host.bus, "/org/gnome/SessionManager")
+        client = SessionClient(host.bus, "/client")
+        host.bus.request_name("org.gnome.SessionManager")
+        program = desktop.start_orvanta({"DESKTOP_AUTOSTART_ID": "10ab"})
+        host.wait_for(lambda: manager.registered, 5, "it registers")
+        self.assertEqual(manager.registered, [("fr.quellvane.orvanta", "10ab")])
+
+        client.QueryEndSession(0)
+        host.wait_for(lambda: client.answers, 2, "an answer")
+        pass_time(TICK)
+        self.assertIsNone(program.poll())  # the user may have said no elsewhere
+        client.EndSession(0)
+        host.wait_for(lambda: len(client.answers) == 2, 2, "another answer")
+        self.assertEqual([ok for ok, _ in client.answers], [True, True])
+        self.assertEqual(program.wait(timeout=5), 0)
+        self.assertAlmostEqual(desktop.spans()[-1]["end"], client.answers[1][1], delta=0.3)
+
+
+if __name__ == "__main__":
+    unittest.main()
