@@ -29,7 +29,6 @@ Database::Database(DataLocation where, Log log) : where_(std::move(where)), log_
   exec("PRAGMA journal_mode=WAL");
   exec("PRAGMA synchronous=NORMAL");
   exec("PRAGMA busy_timeout=5000");
-  exec("PRAGMA cache_size=-512");  // KiB; what is read in quantity is read by the scanner
   migrate(*this);
 }
 
