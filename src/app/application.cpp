@@ -102,6 +102,9 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
     return 0;
   }
   follow(words, !commandLine->is_remote());
+  if (words.empty() && commandLine->is_remote()) {
+    commandLine->print("Orvanta est déjà en marche.\n");
+  }
   return 0;
 }
 

@@ -2,6 +2,7 @@
 // over the socket that --socket=N names.
 #include <fcntl.h>
 #include <glibmm/main.h>
+#include <gtk/gtk.h>
 #include <gtkmm/application.h>
 
 #include <boost/json/parse.hpp>
@@ -122,6 +123,10 @@ int main(int argc, char** argv) {
   // The page is flat and still: drawing it without the graphics card costs less than the card's
   // driver takes in memory.
   setenv("GSK_RENDERER", "cairo", 0);
+  if (gtk_init_check() == 0) {
+    systemLog("Orvanta: pas d'écran pour le tableau de bord");
+    return 1;
+  }
   g_set_prgname("fr.quellvane.orvanta");  // what desktops match with the desktop file
   const auto application =
       Gtk::Application::create("fr.quellvane.orvanta", Gio::Application::Flags::NON_UNIQUE);
