@@ -4,33 +4,28 @@
 #include <string_view>
 
 #include "platform/dbus/inhibitors.h"
+#include "platform/sources.h"
+#include "platform/sway/tree.h"
+#include "platform/wayland/idle.h"
+#include "platform/wayland/wlr_toplevels.h"
 #include "platform/x11/foreground.h"
 #include "platform/x11/idle.h"
 
 namespace orvanta {
 namespace {
 
-class NoForeground : public ForegroundProbe {
- public:
-  std::optional<FrontmostApp> frontmostApp() override { return {}; }
-  std::optional<std::string> windowTitle(int32_t /*pid*/) override { return {}; }
-  bool titlesReadable() override { return false; }
-};
-
-class NoIdle : public IdleProbe {
- public:
-  double idleSeconds() override { return 0; }
-};
-
 std::string_view environment(const char* name) {
   const char* value = std::getenv(name);
   return value ? value : "";
 }
 
+bool isWaylandSession() {
+  return !environment("WAYLAND_DISPLAY").empty() || environment("XDG_SESSION_TYPE") == "wayland";
+}
+
 // XWayland sets DISPLAY in Wayland sessions, where it does not know what is in front.
 bool isX11Session() {
-  return !environment("DISPLAY").empty() && environment("WAYLAND_DISPLAY").empty() &&
-         environment("XDG_SESSION_TYPE") != "wayland";
+  return !environment("DISPLAY").empty() && !isWaylandSession();
 }
 
 }  // namespace
@@ -47,16 +42,24 @@ Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type) {
 
 Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
                        const Glib::RefPtr<Gio::DBus::Connection>& session, const Log& log) {
-  Desktop desktop;
-  desktop.inhibition = std::make_unique<dbus::Inhibitors>(system, session);
+  std::vector<std::unique_ptr<ForegroundProbe>> foreground;
+  std::vector<std::unique_ptr<IdleSource>> idle;
+  std::vector<std::unique_ptr<InhibitionProbe>> inhibition;
+  inhibition.push_back(std::make_unique<dbus::Inhibitors>(system, session));
   if (isX11Session()) {
-    desktop.foreground = std::make_unique<x11::Foreground>("", log);
-    desktop.idle = std::make_unique<x11::Idle>();
-  } else {
-    log("Orvanta: ce bureau ne dit pas quelle fenêtre est active, le temps sera « Inconnu »");
-    desktop.foreground = std::make_unique<NoForeground>();
-    desktop.idle = std::make_unique<NoIdle>();
+    foreground.push_back(std::make_unique<x11::Foreground>("", log));
+    idle.push_back(std::make_unique<x11::Idle>());
+  } else if (isWaylandSession()) {
+    const auto connection = std::make_shared<wayland::Connection>(log);
+    foreground.push_back(std::make_unique<wayland::WlrToplevels>(connection));
+    idle.push_back(std::make_unique<wayland::ExtIdle>(connection));
+    idle.push_back(std::make_unique<wayland::KwinIdle>(connection));
+    inhibition.push_back(std::make_unique<sway::Tree>());
   }
+  Desktop desktop;
+  desktop.foreground = std::make_unique<FirstForeground>(std::move(foreground));
+  desktop.idle = std::make_unique<FirstIdle>(std::move(idle));
+  desktop.inhibition = std::make_unique<AnyInhibition>(std::move(inhibition));
   return desktop;
 }
 
