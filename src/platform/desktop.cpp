@@ -3,10 +3,14 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/dbus/gnome_focus.h"
 #include "platform/dbus/inhibitors.h"
+#include "platform/dbus/kwin_script.h"
+#include "platform/dbus/mutter_idle.h"
 #include "platform/sources.h"
 #include "platform/sway/tree.h"
 #include "platform/wayland/idle.h"
+#include "platform/wayland/plasma_windows.h"
 #include "platform/wayland/wlr_toplevels.h"
 #include "platform/x11/foreground.h"
 #include "platform/x11/idle.h"
@@ -46,12 +50,19 @@ Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
   std::vector<std::unique_ptr<IdleSource>> idle;
   std::vector<std::unique_ptr<InhibitionProbe>> inhibition;
   inhibition.push_back(std::make_unique<dbus::Inhibitors>(system, session));
+  idle.push_back(std::make_unique<dbus::MutterIdle>(session));
   if (isX11Session()) {
     foreground.push_back(std::make_unique<x11::Foreground>("", log));
     idle.push_back(std::make_unique<x11::Idle>());
   } else if (isWaylandSession()) {
     const auto connection = std::make_shared<wayland::Connection>(log);
+    auto plasma = std::make_unique<wayland::PlasmaWindows>(connection);
+    auto& plasmaWindows = *plasma;
     foreground.push_back(std::make_unique<wayland::WlrToplevels>(connection));
+    foreground.push_back(std::move(plasma));
+    foreground.push_back(std::make_unique<dbus::KwinScript>(
+        session, [&plasmaWindows] { return !plasmaWindows.titlesReadable(); }, log));
+    foreground.push_back(std::make_unique<dbus::GnomeFocus>(session));
     idle.push_back(std::make_unique<wayland::ExtIdle>(connection));
     idle.push_back(std::make_unique<wayland::KwinIdle>(connection));
     inhibition.push_back(std::make_unique<sway::Tree>());

@@ -7,7 +7,7 @@ import time
 import unittest
 
 from desktop import end, wait_for
-from wayland_desktop import EDITOR, TERMINAL, Scenario, WaylandDesktop
+from wayland_desktop import FIRST, TITLES, Scenario, WaylandDesktop
 
 CONFIG = """
 xwayland disable
@@ -44,14 +44,13 @@ class SwayDesktop(WaylandDesktop):
         return list(walk(json.loads(self.message("-t", "get_tree"))))
 
     def open_windows(self):
-        self.open_terminal(TERMINAL)
-        self.open_editor(EDITOR)
+        super().open_windows()
         wait_for(lambda: len(self.app_ids()) == 2, 10, "two windows")
 
 
 class SwayTest(Scenario, unittest.TestCase):
     def setUp(self):
-        self.desktop = SwayDesktop("sway", "foot", "mousepad")
+        self.desktop = SwayDesktop("sway", "mousepad")
         if self.desktop.missing:
             self.skipTest(f"sway: {self.desktop.missing} not installed")
         self.addCleanup(self.desktop.stop)
@@ -82,15 +81,15 @@ class SwayTest(Scenario, unittest.TestCase):
         desktop = self.desktop
         desktop.open_windows()
         watch = desktop.watch()
-        self.focus("foot")
-        watch.wait_for(bundle="foot", title=TERMINAL)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
         desktop.sway.kill()
         desktop.sway.wait()
         watch.wait_for(app=None, idle=False)
         desktop.start()
         desktop.open_windows()
-        self.focus("foot")
-        watch.wait_for(bundle="foot", title=TERMINAL)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
         self.assertEqual(watch.end()["foreground"], "wlr-foreign-toplevel")
 
 

@@ -3,14 +3,17 @@
 import json
 import os
 import shutil
+import sys
 import time
 
 from desktop import TICK, Desktop, end, output_of, pass_time, wait_for
 
 NOBODY = 65534
 PROBE_WATCH = os.environ["PROBE_WATCH"]
-TERMINAL = "Première fenêtre — été"
-EDITOR = "deuxième.txt"
+TITLES = "orvanta-titles"
+EDITOR = "org.xfce.mousepad"
+FIRST = "Première fenêtre — été"
+SECOND = "deuxième.txt"
 
 
 class WaylandDesktop(Desktop):
@@ -42,21 +45,27 @@ class WaylandDesktop(Desktop):
             file.write(text)
         return path
 
-    def open_terminal(self, title):
-        """A foot whose title retitle() changes."""
-        self.commands = self.write("commands", "")
-        self.retitle(title)
-        return self.spawn("foot", "--app-id=foot", "--config=/dev/null", "tail", "-n", "+1", "-f",
-                          self.commands)
+    def install(self, name, text):
+        """A desktop file."""
+        folder = os.path.join(self.env["XDG_DATA_HOME"], "applications")
+        os.makedirs(folder, exist_ok=True)
+        os.chmod(folder, 0o755)
+        with open(os.path.join(folder, f"{name}.desktop"), "w", encoding="utf-8") as file:
+            file.write("[Desktop Entry]\nType=Application\n" + text)
+
+    def open_windows(self):
+        """Two applications; retitle() changes the title of the first."""
+        self.install(TITLES, "Name=Titres\nExec=true\n")
+        self.title = self.write("title", "")
+        self.retitle(FIRST)
+        script = shutil.copy(os.path.join(os.path.dirname(__file__), "titles.py"), self.folder)
+        self.spawn(sys.executable, script, self.title)
+        self.spawn("mousepad", "--disable-server", self.write(SECOND, "à\n"))
 
     def retitle(self, title):
-        with open(self.commands, "a", encoding="utf-8") as file:
-            file.write(f"\\033]2;{title}\\007".encode().decode("unicode_escape")
-                       .encode("latin-1").decode("utf-8"))
+        with open(self.title, "a", encoding="utf-8") as file:
+            file.write(title + "\n")
         return time.time()
-
-    def open_editor(self, name):
-        return self.spawn("mousepad", "--disable-server", self.write(name, "à\n"))
 
     def watch(self, *arguments):
         return ProbeWatch(self, *arguments)
@@ -102,20 +111,20 @@ def show(desktop, latencies, summary):
 
 
 class Scenario:
-    """For a TestCase with `desktop`, focus(app id), touch()."""
+    """For a TestCase with `desktop`, focus(part of an application id), touch()."""
 
     def check_probes(self, watch, foreground, idle):
         """A focus switch, a title, idle and input, each told by the probes."""
         desktop = self.desktop
         latencies = {}
-        self.focus("foot")
-        watch.wait_for(bundle="foot", title=TERMINAL)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
         switched = self.focus("mousepad")
-        seen = watch.wait_for(bundle="org.xfce.mousepad")
-        self.assertIn(EDITOR, seen["title"])
+        seen = watch.wait_for(bundle=EDITOR)
+        self.assertIn(SECOND, seen["title"])
         latencies["switch"] = max(0, seen["at"] - switched)
-        self.focus("foot")
-        watch.wait_for(bundle="foot", title=TERMINAL)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
         changed = desktop.retitle("Nouveau titre")
         latencies["title"] = watch.wait_for(title="Nouveau titre")["at"] - changed
 
@@ -139,21 +148,21 @@ class Scenario:
         desktop = self.desktop
         desktop.set_setting("idle_threshold", "5")
         desktop.set_setting("min_span_seconds", "2")
-        desktop.retitle(TERMINAL)
-        self.focus("foot")
+        desktop.retitle(FIRST)
+        self.focus("titles")
         self.touch()
         started = time.time()
         orvanta = desktop.start_orvanta()
-        wait_for(lambda: desktop.spans()[-1]["bundle"] == "foot", 3 * TICK, "foot", self.touch)
+        wait_for(lambda: desktop.spans()[-1]["bundle"] == TITLES, 3 * TICK, "the first window", self.touch)
         first = desktop.spans()[-1]
-        self.assertEqual((first["title"], first["idle"]), (TERMINAL, 0))
+        self.assertEqual((first["title"], first["idle"]), (FIRST, 0))
         self.assertAlmostEqual(first["start"], started, delta=2 * TICK)
 
         switched = self.focus("mousepad")
-        wait_for(lambda: desktop.spans()[-1]["bundle"] == "org.xfce.mousepad", 4 * TICK,
-                 "mousepad", self.touch)
+        wait_for(lambda: desktop.spans()[-1]["bundle"] == EDITOR, 4 * TICK,
+                 "the second window", self.touch)
         span = desktop.spans()[-1]
-        self.assertIn(EDITOR, span["title"])
+        self.assertIn(SECOND, span["title"])
         self.assertAlmostEqual(span["start"], switched, delta=TICK)
 
         last_input = self.touch()
@@ -162,7 +171,7 @@ class Scenario:
         back = self.touch()
         wait_for(lambda: not desktop.spans()[-1]["idle"], 2 * TICK, "back", self.touch)
         span = desktop.spans()[-1]
-        self.assertEqual(span["bundle"], "org.xfce.mousepad")
+        self.assertEqual(span["bundle"], EDITOR)
         self.assertAlmostEqual(span["start"], back, delta=TICK)
         return orvanta
 

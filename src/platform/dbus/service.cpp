@@ -24,11 +24,13 @@ void Service::watch(std::function<void()> appeared, std::function<void()> vanish
   if (!bus_) return;
   watch_ = Gio::DBus::watch_name(
       bus_, name_,
-      [this, appeared = std::move(appeared)](const auto&, const auto&, const auto&) {
+      [this, appeared = std::move(appeared)](const auto&, const auto&, const auto& owner) {
+        owner_ = owner;
         present_ = true;
         if (appeared) appeared();
       },
       [this, vanished = std::move(vanished)](const auto&, const auto&) {
+        owner_.clear();
         present_ = false;
         if (vanished) vanished();
       });

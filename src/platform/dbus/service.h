@@ -31,6 +31,8 @@ class Service {
 
   bool present() const { return present_; }
   const std::string& name() const { return name_; }
+  /// The unique name of the service on the bus; "" when it is not there.
+  const std::string& owner() const { return owner_; }
 
   /// Calls a method without starting the service for it. `then` gets the answer; `otherwise` is for
   /// everything else: no service, no answer in 5 s, an error, an answer of another form.
@@ -45,6 +47,7 @@ class Service {
  private:
   Bus bus_;
   std::string name_;
+  std::string owner_;
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
   std::vector<guint> subscriptions_;
   guint watch_ = 0;
