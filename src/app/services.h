@@ -6,7 +6,6 @@
 #include "bridge/router.h"
 #include "capture/collectors.h"
 #include "capture/tracker.h"
-#include "platform/dbus/logind.h"
 #include "platform/desktop.h"
 #include "reports/analytics.h"
 #include "storage/data_lock.h"
@@ -31,7 +30,6 @@ struct Services {
   Tracker tracker;
   Analytics analytics;
   Router router;
-  dbus::Logind logind;
   SerialQueue bridge;  ///< where requests are answered, off the main thread
 };
 

@@ -2,8 +2,11 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/dbus/gnome_focus.h"
+#include "platform/dbus/gnome_shell.h"
 #include "platform/dbus/inhibitors.h"
 #include "platform/dbus/kwin_script.h"
 #include "platform/dbus/mutter_idle.h"
@@ -21,6 +24,41 @@ namespace {
 std::string_view environment(const char* name) {
   const char* value = std::getenv(name);
   return value ? value : "";
+}
+
+constexpr auto kGnomeNeedsExtension =
+    "GNOME ne montre les titres des fenêtres qu'à ses extensions : installez celle d'Orvanta.";
+constexpr auto kUnknownDesktop =
+    "Ce bureau ne dit à aucun programme quelle fenêtre est active. Orvanta voit les fenêtres sous "
+    "X11, GNOME, KDE Plasma, sway et les compositeurs apparentés.";
+
+struct Sources {
+  std::vector<std::unique_ptr<ForegroundProbe>> foreground;
+  std::vector<std::unique_ptr<IdleSource>> idle;
+  std::vector<std::unique_ptr<InhibitionProbe>> inhibition;
+};
+
+void addX11(Sources& sources, const Log& log) {
+  sources.foreground.push_back(std::make_unique<x11::Foreground>("", log));
+  sources.idle.push_back(std::make_unique<x11::Idle>());
+}
+
+void addWayland(Sources& sources, const dbus::Bus& session, const Log& log) {
+  const auto connection = std::make_shared<wayland::Connection>(log);
+  auto plasma = std::make_unique<wayland::PlasmaWindows>(connection);
+  auto script = std::make_unique<dbus::KwinScript>(
+      session, [&windows = *plasma] { return !windows.titlesReadable(); }, log);
+  sources.foreground.push_back(std::make_unique<wayland::WlrToplevels>(connection));
+  sources.foreground.push_back(std::move(plasma));
+  sources.foreground.push_back(std::move(script));
+  sources.foreground.push_back(std::make_unique<dbus::GnomeFocus>(session));
+  sources.idle.push_back(std::make_unique<wayland::ExtIdle>(connection));
+  sources.idle.push_back(std::make_unique<wayland::KwinIdle>(connection));
+  sources.inhibition.push_back(std::make_unique<sway::Tree>());
+}
+
+bool canReadAll(ForegroundProbe& foreground) {
+  return foreground.titlesReadable();
 }
 
 bool isWaylandSession() {
@@ -44,33 +82,38 @@ Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type) {
   }
 }
 
+ProbeSources Desktop::sources() const {
+  return {foreground->source(), idle->source(), inhibition->source(), session->source()};
+}
+
 Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
                        const Glib::RefPtr<Gio::DBus::Connection>& session, const Log& log) {
-  std::vector<std::unique_ptr<ForegroundProbe>> foreground;
-  std::vector<std::unique_ptr<IdleSource>> idle;
-  std::vector<std::unique_ptr<InhibitionProbe>> inhibition;
-  inhibition.push_back(std::make_unique<dbus::Inhibitors>(system, session));
-  idle.push_back(std::make_unique<dbus::MutterIdle>(session));
+  Sources sources;
+  sources.idle.push_back(std::make_unique<dbus::MutterIdle>(session));
+  sources.inhibition.push_back(std::make_unique<dbus::Inhibitors>(system, session));
+  const auto shell = std::make_shared<dbus::GnomeShell>(session, log);
   if (isX11Session()) {
-    foreground.push_back(std::make_unique<x11::Foreground>("", log));
-    idle.push_back(std::make_unique<x11::Idle>());
+    addX11(sources, log);
   } else if (isWaylandSession()) {
-    const auto connection = std::make_shared<wayland::Connection>(log);
-    auto plasma = std::make_unique<wayland::PlasmaWindows>(connection);
-    auto& plasmaWindows = *plasma;
-    foreground.push_back(std::make_unique<wayland::WlrToplevels>(connection));
-    foreground.push_back(std::move(plasma));
-    foreground.push_back(std::make_unique<dbus::KwinScript>(
-        session, [&plasmaWindows] { return !plasmaWindows.titlesReadable(); }, log));
-    foreground.push_back(std::make_unique<dbus::GnomeFocus>(session));
-    idle.push_back(std::make_unique<wayland::ExtIdle>(connection));
-    idle.push_back(std::make_unique<wayland::KwinIdle>(connection));
-    inhibition.push_back(std::make_unique<sway::Tree>());
+    addWayland(sources, session, log);
+  } else {
+    log("Orvanta: aucun bureau trouvé, le temps sera « Inconnu »");
   }
+
   Desktop desktop;
-  desktop.foreground = std::make_unique<FirstForeground>(std::move(foreground));
-  desktop.idle = std::make_unique<FirstIdle>(std::move(idle));
-  desktop.inhibition = std::make_unique<AnyInhibition>(std::move(inhibition));
+  auto& foreground = *(desktop.foreground =
+                           std::make_unique<FirstForeground>(std::move(sources.foreground)));
+  desktop.idle = std::make_unique<FirstIdle>(std::move(sources.idle));
+  desktop.inhibition = std::make_unique<AnyInhibition>(std::move(sources.inhibition));
+  desktop.session = std::make_unique<SessionEvents>(system, session);
+  desktop.requestTitles = [&foreground, shell]() -> std::string {
+    if (canReadAll(foreground)) return {};
+    return shell->running() ? shell->installExtension() : kUnknownDesktop;
+  };
+  desktop.whyTitlesAreMissing = [&foreground, shell]() -> std::string {
+    if (canReadAll(foreground)) return {};
+    return shell->running() ? kGnomeNeedsExtension : kUnknownDesktop;
+  };
   return desktop;
 }
 

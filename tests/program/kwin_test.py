@@ -8,7 +8,7 @@ import unittest
 import dbus
 
 from desktop import end, wait_for
-from wayland_desktop import FIRST, Scenario, WaylandDesktop
+from wayland_desktop import EDITOR, TITLES, Scenario, WaylandDesktop
 
 KWIN = "org.kde.KWin"
 SCRIPTING = "org.kde.kwin.Scripting"
@@ -77,10 +77,12 @@ class KwinTest(Scenario, unittest.TestCase):
         return time.time()
 
     def show_windows(self, watch):
-        def shown():
-            self.focus("titles")
-            return watch.lines() and watch.lines()[-1]["title"] == FIRST
-        wait_for(shown, 15, "the windows")
+        """Until both are there, whichever comes first."""
+        for name, bundle in (("mousepad", EDITOR), ("titles", TITLES)):
+            def shown():
+                self.focus(name)
+                return watch.lines() and watch.lines()[-1]["bundle"] == bundle
+            wait_for(shown, 15, f"{name} in front")
 
     def test_allowed_to_see_windows(self):
         self.desktop.allow(self.desktop.orvanta)

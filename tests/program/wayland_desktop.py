@@ -129,6 +129,7 @@ class Scenario:
         latencies["title"] = watch.wait_for(title="Nouveau titre")["at"] - changed
 
         touched = self.touch()
+        watch.wait_for(idle=False)
         seen = watch.wait_for(idle=True)
         self.assertAlmostEqual(seen["at"] - seen["seconds_idle"], touched, delta=0.5)
         touched = self.touch()

@@ -1,6 +1,7 @@
 // Shows what the desktop tells, as it changes, as lines of JSON: {"at", "app", "bundle", "title",
 // "idle"}. At SIGTERM it prints the chosen sources and what a tick costs with them, and ends.
-// `--own-name` takes the program's bus name, for services that answer only that.
+// `--own-name` takes the program's bus name, for services that answer only that. `--request` also
+// asks for titles after two seconds, and shows the sentences for the user.
 #include <giomm/dbusownname.h>
 #include <giomm/init.h>
 #include <glib-unix.h>
@@ -44,7 +45,8 @@ json::value orNull(const std::optional<std::string>& text) {
 int main(int argc, char** argv) {
   Gio::init();
   const auto session = connectBus(Gio::DBus::BusType::SESSION);
-  if (argc > 1 && std::string_view(argv[1]) == "--own-name" && session) {
+  const std::string_view option = argc > 1 ? argv[1] : "";
+  if (!option.empty() && session) {
     Gio::DBus::own_name(Gio::DBus::BusType::SESSION, "fr.quellvane.orvanta", {}, {});
   }
   auto desktop = observeDesktop(connectBus(Gio::DBus::BusType::SYSTEM), session, systemLog);
@@ -71,6 +73,18 @@ int main(int argc, char** argv) {
       },
       kMilliseconds);
 
+  desktop.session->listen({.lockChanged = [](bool) {}, .willSleep = [] {}, .didWake = [] {}});
+  if (option == "--request") {
+    constexpr unsigned kSeconds = 2;
+    Glib::signal_timeout().connect_seconds_once(
+        [&] {
+          const auto why = desktop.whyTitlesAreMissing();
+          std::cout << json::serialize(json::object{{"why", why}, {"then", desktop.requestTitles()}})
+                    << std::endl;
+        },
+        kSeconds);
+  }
+
   const auto loop = Glib::MainLoop::create();
   g_unix_signal_add(
       SIGTERM,
@@ -80,10 +94,12 @@ int main(int argc, char** argv) {
       },
       loop.get());
   loop->run();
+  const auto sources = desktop.sources();
   const json::object summary{
-      {"foreground", desktop.foreground->source()},
-      {"idle", desktop.idle->source()},
-      {"inhibition", desktop.inhibition->source()},
+      {"foreground", sources.foreground},
+      {"idle", sources.idle},
+      {"inhibition", sources.inhibition},
+      {"session", sources.session},
       {"foreground_cost", cost([&] {
          const auto app = desktop.foreground->frontmostApp();
          if (app) desktop.foreground->windowTitle(app->pid);
