@@ -21,18 +21,17 @@ Services::Services(DataLock held)
   seedDefaults(db, wallClock);
   tracker.applyRetention();
   tracker.start();
-  desktop.session->listen(
-      {.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
-       .willSleep =
-           [this] {
-             tracker.willSleep([this] {
-               Glib::MainContext::get_default()->invoke([this] {
-                 desktop.session->readyToSleep();
-                 return false;
-               });
-             });
-           },
-       .didWake = [this] { tracker.didWake(); }});
+  desktop.session->listen({.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
+                           .willSleep =
+                               [this] {
+                                 tracker.willSleep([this] {
+                                   Glib::MainContext::get_default()->invoke([this] {
+                                     desktop.session->readyToSleep();
+                                     return false;
+                                   });
+                                 });
+                               },
+                           .didWake = [this] { tracker.didWake(); }});
 
   constexpr unsigned kHour = 3600;
   constexpr int kRetentionHour = 4;

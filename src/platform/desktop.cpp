@@ -101,8 +101,8 @@ Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
   }
 
   Desktop desktop;
-  auto& foreground = *(desktop.foreground =
-                           std::make_unique<FirstForeground>(std::move(sources.foreground)));
+  auto& foreground =
+      *(desktop.foreground = std::make_unique<FirstForeground>(std::move(sources.foreground)));
   desktop.idle = std::make_unique<FirstIdle>(std::move(sources.idle));
   desktop.inhibition = std::make_unique<AnyInhibition>(std::move(sources.inhibition));
   desktop.session = std::make_unique<SessionEvents>(system, session);

@@ -34,8 +34,8 @@ struct Desktop {
   /// the user what is left to do, "" when nothing is. On the main thread.
   std::function<std::string()> requestTitles;
 
-  /// A French sentence that says why window titles are missing or incomplete and what helps; "" when
-  /// they are not. Any thread.
+  /// A French sentence that says why window titles are missing or incomplete and what helps; ""
+  /// when they are not. Any thread.
   std::function<std::string()> whyTitlesAreMissing;
 
   /// Any thread.

@@ -45,8 +45,8 @@ class KwinDesktop(WaylandDesktop):
         """Runs a script inside KWin."""
         path = self.write("test.js", text)
         self.scripting("unloadScript", "s", path)
-        number = self.scripting("loadScript", "ss", path, path)
-        self.bus.call_blocking(KWIN, f"/{number}", "org.kde.kwin.Script", "run", "", ())
+        self.scripting("loadScript", "ss", path, path)
+        self.scripting("start", "")
 
     def allow(self, program, interface="org_kde_plasma_window_management"):
         """The desktop file of a program that may use the interface."""

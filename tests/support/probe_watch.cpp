@@ -79,7 +79,8 @@ int main(int argc, char** argv) {
     Glib::signal_timeout().connect_seconds_once(
         [&] {
           const auto why = desktop.whyTitlesAreMissing();
-          std::cout << json::serialize(json::object{{"why", why}, {"then", desktop.requestTitles()}})
+          std::cout << json::serialize(
+                           json::object{{"why", why}, {"then", desktop.requestTitles()}})
                     << std::endl;
         },
         kSeconds);

@@ -60,7 +60,8 @@ bool switchOn() {
 }
 
 void openExtensionSettings() {
-  for (const auto* id : {"org.gnome.Extensions.desktop", "com.mattjakeman.ExtensionManager.desktop"}) {
+  for (const auto* id :
+       {"org.gnome.Extensions.desktop", "com.mattjakeman.ExtensionManager.desktop"}) {
     const auto app = Gio::DesktopAppInfo::create(id);
     if (app && app->launch(std::vector<Glib::RefPtr<Gio::File>>())) return;
   }
@@ -68,7 +69,8 @@ void openExtensionSettings() {
 
 }  // namespace
 
-GnomeShell::GnomeShell(const Bus& session, Log log) : log_(std::move(log)), shell_(session, kShell) {
+GnomeShell::GnomeShell(const Bus& session, Log log)
+    : log_(std::move(log)), shell_(session, kShell) {
   shell_.watch([this] { learn(); },
                [this] {
                  version_ = 0;
@@ -77,15 +79,14 @@ GnomeShell::GnomeShell(const Bus& session, Log log) : log_(std::move(log)), shel
 }
 
 void GnomeShell::learn() {
-  shell_.call(kShellPath, "org.freedesktop.DBus.Properties", "Get",
-              arguments(Glib::ustring(kShell), Glib::ustring("ShellVersion")),
-              [this](const Reply& reply) {
-                const auto value = argument<Glib::VariantBase>(reply);
-                const auto text = Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(value)
-                                      .get()
-                                      .raw();
-                std::from_chars(text.data(), text.data() + text.size(), version_);
-              });
+  shell_.call(
+      kShellPath, "org.freedesktop.DBus.Properties", "Get",
+      arguments(Glib::ustring(kShell), Glib::ustring("ShellVersion")), [this](const Reply& reply) {
+        const auto value = argument<Glib::VariantBase>(reply);
+        const auto text =
+            Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(value).get().raw();
+        std::from_chars(text.data(), text.data() + text.size(), version_);
+      });
   shell_.call(kShellPath, kExtensions, "GetExtensionInfo", arguments(Glib::ustring(kId)),
               [this](const Reply& reply) {
                 using Info = std::map<Glib::ustring, Glib::VariantBase>;
@@ -98,14 +99,16 @@ std::string GnomeShell::installExtension() {
     return "GNOME n'a pas encore répondu ; réessayez dans quelques secondes.";
   }
   try {
-    const auto folder = Glib::build_filename(Glib::get_user_data_dir(), "gnome-shell/extensions", kId);
+    const auto folder =
+        Glib::build_filename(Glib::get_user_data_dir(), "gnome-shell/extensions", kId);
     const auto file = Gio::File::create_for_path(folder);
     if (!file->query_exists()) file->make_directory_with_parents();
     Glib::file_set_contents(Glib::build_filename(folder, "metadata.json"), metadata(version_));
     Glib::file_set_contents(Glib::build_filename(folder, "extension.js"), script(version_));
     if (!switchOn()) {
       openExtensionSettings();
-      return "Les extensions de GNOME sont désactivées : activez-les, puis activez « Orvanta » dans "
+      return "Les extensions de GNOME sont désactivées : activez-les, puis activez « Orvanta » "
+             "dans "
              "l'application Extensions.";
     }
   } catch (const Glib::Error& error) {

@@ -30,17 +30,20 @@ constexpr unsigned kDelayMilliseconds = 1000;
 }  // namespace
 
 KwinScript::KwinScript(const Bus& session, std::function<bool()> needed, Log log)
-    : bus_(session), needed_(std::move(needed)), log_(std::move(log)), kwin_(session, "org.kde.KWin"),
+    : bus_(session),
+      needed_(std::move(needed)),
+      log_(std::move(log)),
+      kwin_(session, "org.kde.KWin"),
       methods_([this](const auto&, const Glib::ustring& sender, const auto&, const auto&,
                       const auto&, const Reply& arguments,
                       const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
         called(sender, arguments, call);
       }) {
   kwin_.watch([this] { loadSoon(); },
-      [this] {
-        delay_.disconnect();
-        setReadable(false);
-      });
+              [this] {
+                delay_.disconnect();
+                setReadable(false);
+              });
 }
 
 KwinScript::~KwinScript() {
@@ -94,10 +97,10 @@ void KwinScript::load() {
     const auto path = writeScript();
     // KWin refuses a name that it has already, such as that of a run which crashed.
     const auto reload = [this, path] {
-      kwin_.call("/Scripting", kScripting, "loadScript",
-                 arguments(Glib::ustring(path), Glib::ustring(kScriptName)),
-                 [this](const Reply& reply) { run(argument<int32_t>(reply)); },
-                 [this] { loadSoon(); });
+      kwin_.call(
+          "/Scripting", kScripting, "loadScript",
+          arguments(Glib::ustring(path), Glib::ustring(kScriptName)),
+          [this](const Reply& /*number*/) { start(); }, [this] { loadSoon(); });
     };
     kwin_.call(
         "/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)),
@@ -107,13 +110,10 @@ void KwinScript::load() {
   }
 }
 
-void KwinScript::run(int32_t number) {
-  if (number < 0) return log_("Orvanta: KWin refuse le script de la fenêtre active");
-  const auto script = std::to_string(number);
-  const auto plasma6 = [this, script] {
-    kwin_.call("/Scripting/Script" + script, "org.kde.kwin.Script", "run", {});
-  };
-  kwin_.call("/" + script, "org.kde.kwin.Script", "run", {}, {}, plasma6);
+// Runs what is loaded and not running yet. A single script could be run by its number, but KWin
+// gives a number twice when another script was unloaded.
+void KwinScript::start() {
+  kwin_.call("/Scripting", kScripting, "start", {});
 }
 
 void KwinScript::report(const Reply& arguments) {

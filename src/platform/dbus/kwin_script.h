@@ -5,7 +5,6 @@
 #include <giomm/dbusmethodinvocation.h>
 #include <sigc++/connection.h>
 
-#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -35,7 +34,7 @@ class KwinScript : public PublishedForeground {
   void called(const std::string& sender, const Reply& arguments,
               const Glib::RefPtr<Gio::DBus::MethodInvocation>& call);
   void load();
-  void run(int32_t number);
+  void start();
   void report(const Reply& arguments);
   std::string writeScript() const;
 

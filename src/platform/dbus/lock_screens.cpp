@@ -27,21 +27,19 @@ constexpr std::array<Known, 5> kKnown{{
 LockScreens::LockScreens(const Bus& session, std::function<void(bool)> changed)
     : changed_(std::move(changed)) {
   for (const auto& known : kKnown) {
-    auto& locker = *lockers_.emplace_back(
-        std::make_unique<Locker>(known.name, session, known.service));
+    auto& locker =
+        *lockers_.emplace_back(std::make_unique<Locker>(known.name, session, known.service));
     for (const auto* path : known.paths) {
       if (!path) continue;
-      locker.service.onSignal(path, known.service, "ActiveChanged",
-                              [this, &locker](const Reply& active) {
-                                setActive(locker, argument<bool>(active));
-                              });
+      locker.service.onSignal(
+          path, known.service, "ActiveChanged",
+          [this, &locker](const Reply& active) { setActive(locker, argument<bool>(active)); });
     }
     locker.service.watch(
         [this, &locker, &known] {
-          locker.service.call(known.paths.front(), known.service, "GetActive", {},
-                              [this, &locker](const Reply& active) {
-                                setActive(locker, argument<bool>(active));
-                              });
+          locker.service.call(
+              known.paths.front(), known.service, "GetActive", {},
+              [this, &locker](const Reply& active) { setActive(locker, argument<bool>(active)); });
         },
         [this, &locker] { setActive(locker, false); });
   }
@@ -57,8 +55,8 @@ std::vector<std::string> LockScreens::present() const {
 
 void LockScreens::setActive(Locker& locker, bool active) {
   locker.active = active;
-  const bool covered = std::any_of(lockers_.begin(), lockers_.end(),
-                                   [](const auto& each) { return each->active; });
+  const bool covered =
+      std::any_of(lockers_.begin(), lockers_.end(), [](const auto& each) { return each->active; });
   if (std::exchange(covered_, covered) != covered) changed_(covered);
 }
 

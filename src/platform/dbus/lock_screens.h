@@ -11,8 +11,8 @@
 namespace orvanta::dbus {
 
 /// Follows every screen locker of the session bus that has the interface of
-/// org.freedesktop.ScreenSaver or one of its descendants: GetActive and ActiveChanged. A locker that
-/// goes away does not cover the screen any more. Made on the main thread; never blocks it.
+/// org.freedesktop.ScreenSaver or one of its descendants: GetActive and ActiveChanged. A locker
+/// that goes away does not cover the screen any more. Made on the main thread; never blocks it.
 class LockScreens {
  public:
   /// `session` may be null. `changed` is told whether any covers the screen, when that changes.

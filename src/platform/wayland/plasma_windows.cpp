@@ -83,8 +83,8 @@ struct PlasmaWindows::Events {
     }();
     auto& owner = *static_cast<PlasmaWindows*>(data);
     auto* handle = org_kde_plasma_window_management_get_window(manager, number);
-    auto& added = owner.windows_.emplace_back(
-        Window{owner, {handle, org_kde_plasma_window_destroy}, {}, {}});
+    auto& added =
+        owner.windows_.emplace_back(Window{owner, {handle, org_kde_plasma_window_destroy}, {}, {}});
     org_kde_plasma_window_add_listener(handle, &kListener, &added);
   }
 
@@ -109,8 +109,8 @@ void PlasmaWindows::offered(const Global& global) {
     return listener;
   }();
   if (manager_ || global.interface != org_kde_plasma_window_management_interface.name) return;
-  manager_.reset(static_cast<Manager*>(
-      bind(global, &org_kde_plasma_window_management_interface, kVersion)));
+  manager_.reset(
+      static_cast<Manager*>(bind(global, &org_kde_plasma_window_management_interface, kVersion)));
   managerName_ = global.name;
   org_kde_plasma_window_management_add_listener(manager_.get(), &kListener, this);
   setReadable(true);
@@ -130,11 +130,10 @@ void PlasmaWindows::changed() {
   const auto front = std::find_if(windows_.begin(), windows_.end(),
                                   [](const Window& window) { return window.active; });
   if (front == windows_.end()) return publish({});
-  publish(WindowClaims{
-      .names = {front->appId},
-      .fallbackName = front->appId,
-      .title = front->title.empty() ? std::nullopt : std::optional(front->title),
-      .pid = front->pid});
+  publish(WindowClaims{.names = {front->appId},
+                       .fallbackName = front->appId,
+                       .title = front->title.empty() ? std::nullopt : std::optional(front->title),
+                       .pid = front->pid});
 }
 
 }  // namespace orvanta::wayland
