@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/dbus/at_spi.h"
 #include "platform/dbus/gnome_focus.h"
 #include "platform/dbus/gnome_shell.h"
 #include "platform/dbus/inhibitors.h"
@@ -43,7 +44,8 @@ void addX11(Sources& sources, const Log& log) {
   sources.idle.push_back(std::make_unique<x11::Idle>());
 }
 
-void addWayland(Sources& sources, const dbus::Bus& session, const Log& log) {
+void addWayland(Sources& sources, const dbus::Bus& session,
+                const std::shared_ptr<const dbus::GnomeShell>& shell, const Log& log) {
   const auto connection = std::make_shared<wayland::Connection>(log);
   auto plasma = std::make_unique<wayland::PlasmaWindows>(connection);
   auto script = std::make_unique<dbus::KwinScript>(
@@ -51,14 +53,20 @@ void addWayland(Sources& sources, const dbus::Bus& session, const Log& log) {
   sources.foreground.push_back(std::make_unique<wayland::WlrToplevels>(connection));
   sources.foreground.push_back(std::move(plasma));
   sources.foreground.push_back(std::move(script));
-  sources.foreground.push_back(std::make_unique<dbus::GnomeFocus>(session));
+  auto extension = std::make_unique<dbus::GnomeFocus>(session);
+  auto accessibility = std::make_unique<dbus::AtSpi>(session, [shell, &windows = *extension] {
+    return shell->running() && !windows.titlesReadable();
+  });
+  sources.foreground.push_back(std::move(extension));
+  sources.foreground.push_back(std::move(accessibility));
   sources.idle.push_back(std::make_unique<wayland::ExtIdle>(connection));
   sources.idle.push_back(std::make_unique<wayland::KwinIdle>(connection));
   sources.inhibition.push_back(std::make_unique<sway::Tree>());
 }
 
+// Not every application tells assistive technologies what it shows.
 bool canReadAll(ForegroundProbe& foreground) {
-  return foreground.titlesReadable();
+  return foreground.titlesReadable() && foreground.source() != dbus::AtSpi::kSource;
 }
 
 bool isWaylandSession() {
@@ -95,7 +103,7 @@ Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
   if (isX11Session()) {
     addX11(sources, log);
   } else if (isWaylandSession()) {
-    addWayland(sources, session, log);
+    addWayland(sources, session, shell, log);
   } else {
     log("Orvanta: aucun bureau trouvé, le temps sera « Inconnu »");
   }

@@ -8,7 +8,7 @@ import unittest
 import dbus
 
 from desktop import end, wait_for
-from wayland_desktop import FIRST, TITLES, Scenario, WaylandDesktop
+from wayland_desktop import EDITOR, FIRST, TITLES, Scenario, WaylandDesktop
 
 SHELL = ("org.gnome.Shell", "/org/gnome/Shell")
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
@@ -62,8 +62,16 @@ class GnomeDesktop(WaylandDesktop):
                                           "CreateSession", "", ())
             self.input = path
             self.bus.call_blocking(REMOTE, path, REMOTE + ".Session", "Start", "", ())
-        self.bus.call_blocking(REMOTE, self.input, REMOTE + ".Session",
-                               "NotifyPointerMotionRelative", "dd", (1.0, 0.0))
+        self.send("NotifyPointerMotionRelative", "dd", 1.0, 0.0)
+
+    def press_shift(self):
+        """Brings a keyboard, without which no application thinks that it is active."""
+        self.move_pointer()
+        for down in (True, False):
+            self.send("NotifyKeyboardKeycode", "ub", 42, down)
+
+    def send(self, event, signature, *values):
+        self.bus.call_blocking(REMOTE, self.input, REMOTE + ".Session", event, signature, values)
 
 
 class GnomeTest(Scenario, unittest.TestCase):
@@ -88,6 +96,23 @@ class GnomeTest(Scenario, unittest.TestCase):
         self.desktop.open_windows()
         wait_for(lambda: self.desktop.evaluate("global.get_window_actors().length") == "2", 15,
                  "two windows")
+
+    def test_without_the_extension(self):
+        """What applications tell assistive technologies: enough for most of them."""
+        self.desktop.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+        wait_for(lambda: self.desktop.bus.name_has_owner("org.a11y.Bus"), 5, "AT-SPI is up")
+        self.show_windows()
+        self.desktop.press_shift()
+        self.focus("titles")
+        watch = self.desktop.watch()
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        self.focus("mousepad")
+        watch.wait_for(bundle=EDITOR)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        self.desktop.retitle("Nouveau titre")
+        watch.wait_for(title="Nouveau titre")
+        self.assertEqual(watch.end()["foreground"], "at-spi")
 
     def test_install_log_out_and_use(self):
         desktop = self.desktop

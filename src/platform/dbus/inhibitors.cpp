@@ -14,7 +14,7 @@
 namespace orvanta::dbus {
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{50};
+constexpr std::chrono::milliseconds kPatience{40};
 constexpr int kGiveUpMilliseconds = 5000;
 constexpr guint32 kGnomeInhibitIdle = 8;
 constexpr guint32 kKdeChangeScreenSettings = 4;
@@ -102,9 +102,10 @@ void Inhibitors::add(const char* source, const Bus& bus, const char* service, co
                      const char* path, const char* method, const Reply& arguments,
                      std::function<bool(const Reply&)> inhibited) {
   if (!bus) return;
-  questions_.push_back({source, bus, std::make_unique<Service>(bus, service), path, interface,
-                        method, arguments, std::move(inhibited)});
-  questions_.back().service->watch();
+  auto watched = std::make_unique<Service>(bus, service);
+  watched->watch();
+  questions_.push_back({source, bus, std::move(watched), path, interface, method, arguments,
+                        std::move(inhibited)});
 }
 
 void Inhibitors::ask(Question& question) {
