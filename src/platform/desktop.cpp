@@ -10,6 +10,7 @@
 #include "platform/dbus/gnome_shell.h"
 #include "platform/dbus/inhibitors.h"
 #include "platform/dbus/kwin_script.h"
+#include "platform/dbus/logind_idle.h"
 #include "platform/dbus/mutter_idle.h"
 #include "platform/sources.h"
 #include "platform/sway/tree.h"
@@ -107,6 +108,7 @@ Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
   } else {
     log("Orvanta: aucun bureau trouvé, le temps sera « Inconnu »");
   }
+  sources.idle.push_back(std::make_unique<dbus::LogindIdle>(system));
 
   Desktop desktop;
   auto& foreground =

@@ -91,6 +91,16 @@ class LogindTest(unittest.TestCase):
         self.start()
         wait_for(lambda: self.desktop.spans()[-1]["idle"], TICK, "idle")
 
+    def test_idle_where_only_logind_knows(self):
+        self.start()
+        since = time.time() - 200
+        self.logind.UpdateProperties(
+            MANAGER, {"IdleHint": True, "IdleSinceHint": dbus.UInt64(since * 1e6)},
+            dbus_interface=MOCK)
+        wait_for(lambda: self.desktop.spans()[-1]["idle"], 2 * TICK, "idle")
+        self.logind.UpdateProperties(MANAGER, {"IdleHint": False}, dbus_interface=MOCK)
+        wait_for(lambda: not self.desktop.spans()[-1]["idle"], 2 * TICK, "back")
+
     def test_sleep_and_wake(self):
         program = self.start()
         slept = self.sleep(True)

@@ -104,8 +104,8 @@ void Inhibitors::add(const char* source, const Bus& bus, const char* service, co
   if (!bus) return;
   auto watched = std::make_unique<Service>(bus, service);
   watched->watch();
-  questions_.push_back({source, bus, std::move(watched), path, interface, method, arguments,
-                        std::move(inhibited)});
+  questions_.push_back(
+      {source, bus, std::move(watched), path, interface, method, arguments, std::move(inhibited)});
 }
 
 void Inhibitors::ask(Question& question) {
