@@ -56,7 +56,7 @@ class KwinDesktop(WaylandDesktop):
 
 class KwinTest(Scenario, unittest.TestCase):
     def setUp(self):
-        self.desktop = KwinDesktop("kwin_wayland", "mousepad")
+        self.desktop = KwinDesktop("kwin_wayland", "mousepad", "mpv")
         if self.desktop.missing:
             self.skipTest(f"KWin: {self.desktop.missing} not installed")
         self.addCleanup(self.desktop.stop)
@@ -92,6 +92,7 @@ class KwinTest(Scenario, unittest.TestCase):
         self.show_windows(watch)
         self.check_probes(watch, "plasma-window-management", "ext-idle-notify")
         orvanta = self.check_spans()
+        self.check_mpv()
         self.assertEqual(end(orvanta)[0], 0)
 
     def test_by_a_script_also_after_a_restart(self):

@@ -50,7 +50,7 @@ class SwayDesktop(WaylandDesktop):
 
 class SwayTest(Scenario, unittest.TestCase):
     def setUp(self):
-        self.desktop = SwayDesktop("sway", "mousepad")
+        self.desktop = SwayDesktop("sway", "mousepad", "mpv")
         if self.desktop.missing:
             self.skipTest(f"sway: {self.desktop.missing} not installed")
         self.addCleanup(self.desktop.stop)
@@ -69,12 +69,7 @@ class SwayTest(Scenario, unittest.TestCase):
         self.desktop.open_windows()
         self.check_probes(self.desktop.watch(), "wlr-foreign-toplevel", "kwin-idle")
         orvanta = self.check_spans()
-        if self.desktop.run("mpv", "--version").returncode == 0:
-            film = []
-            self.check_film(
-                lambda: film.append(self.desktop.spawn(
-                    "mpv", "--vo=wlshm", "--no-config", "av://lavfi:testsrc=size=64x64")),
-                lambda: end(film[0]))
+        self.check_mpv()
         self.assertEqual(end(orvanta)[0], 0)
 
     def test_a_compositor_that_restarts(self):

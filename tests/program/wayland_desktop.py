@@ -176,12 +176,12 @@ class Scenario:
         self.assertAlmostEqual(span["start"], back, delta=TICK)
         return orvanta
 
-    def check_film(self, starts, ends):
-        """With an idle threshold of 5 s; the film runs between the two calls."""
-        starts()
-        self.touch()
+    def check_mpv(self):
+        """A film for longer than the idle threshold of check_spans(), then the end of it."""
         begun = len(self.desktop.spans())
+        film = self.desktop.spawn("mpv", "--vo=wlshm", "--no-config", "av://lavfi:testsrc=size=64x64")
+        self.touch()
         pass_time(5 + 2 * TICK)
         self.assertFalse(any(span["idle"] for span in self.desktop.spans()[begun:]))
-        ends()
+        end(film)
         wait_for(lambda: self.desktop.spans()[-1]["idle"], 5 + 2 * TICK, "idle after the film")
