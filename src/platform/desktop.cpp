@@ -45,8 +45,7 @@ void addX11(Sources& sources, const Log& log) {
   sources.idle.push_back(std::make_unique<x11::Idle>());
 }
 
-void addWayland(Sources& sources, const dbus::Bus& session,
-                const std::shared_ptr<const dbus::GnomeShell>& shell, const Log& log) {
+void addWayland(Sources& sources, const dbus::Bus& session, const Log& log) {
   const auto connection = std::make_shared<wayland::Connection>(log);
   auto plasma = std::make_unique<wayland::PlasmaWindows>(connection);
   auto script = std::make_unique<dbus::KwinScript>(
@@ -55,9 +54,8 @@ void addWayland(Sources& sources, const dbus::Bus& session,
   sources.foreground.push_back(std::move(plasma));
   sources.foreground.push_back(std::move(script));
   auto extension = std::make_unique<dbus::GnomeFocus>(session);
-  auto accessibility = std::make_unique<dbus::AtSpi>(session, [shell, &windows = *extension] {
-    return shell->running() && !windows.titlesReadable();
-  });
+  auto accessibility = std::make_unique<dbus::AtSpi>(
+      session, [&windows = *extension] { return !windows.titlesReadable(); });
   sources.foreground.push_back(std::move(extension));
   sources.foreground.push_back(std::move(accessibility));
   sources.idle.push_back(std::make_unique<wayland::ExtIdle>(connection));
@@ -104,7 +102,7 @@ Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
   if (isX11Session()) {
     addX11(sources, log);
   } else if (isWaylandSession()) {
-    addWayland(sources, session, shell, log);
+    addWayland(sources, session, log);
   } else {
     log("Orvanta: aucun bureau trouvé, le temps sera « Inconnu »");
   }

@@ -17,7 +17,7 @@ FOCUS = ("fr.quellvane.orvanta.Focus", "/fr/quellvane/orvanta/Focus")
 ACTIVATE = """
 const window = global.get_window_actors().map(actor => actor.meta_window)
     .find(each => each.get_wm_class().includes('{name}'));
-window.activate(global.get_current_time());
+window.activate(global.display.get_current_time_roundtrip());
 """
 
 

@@ -39,10 +39,19 @@ std::string textIn(const Reply& reply) {
 }  // namespace
 
 AtSpi::AtSpi(const Bus& session, std::function<bool()> needed)
-    : needed_(std::move(needed)), launcher_(session, "org.a11y.Bus") {
-  if (!session) return;
+    : needed_(std::move(needed)),
+      shell_(session, "org.gnome.Shell"),
+      launcher_(session, "org.a11y.Bus") {
   launcher_.watch({}, [this] { disconnect(); });
-  timer_ = Glib::signal_timeout().connect_seconds(sigc::mem_fun(*this, &AtSpi::look), kLookSeconds);
+  shell_.watch(
+      [this] {
+        timer_ = Glib::signal_timeout().connect_seconds(sigc::mem_fun(*this, &AtSpi::look),
+                                                        kLookSeconds);
+      },
+      [this] {
+        timer_.disconnect();
+        disconnect();
+      });
 }
 
 AtSpi::~AtSpi() {
@@ -53,10 +62,8 @@ AtSpi::~AtSpi() {
 // Titles are read again at each look: their changes are not told without telling every change of
 // every label of every application.
 bool AtSpi::look() {
-  const bool needed = launcher_.present() && needed_();
-  if (!needed) {
-    disconnect();
-  } else if (bus_ && bus_->is_closed()) {
+  const bool closed = bus_ && bus_->is_closed();
+  if (closed || !launcher_.present() || !needed_()) {
     disconnect();
   } else if (bus_) {
     readTitle();

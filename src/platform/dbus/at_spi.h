@@ -15,10 +15,11 @@ namespace orvanta::dbus {
 
 /// Follows the frames that become active on the accessibility bus (AT-SPI 2), by plain D-Bus: its
 /// library can abort the process. Sees only applications that speak AT-SPI, which browsers and
-/// Electron do not by default; for where no other source can see windows. Made on the main thread.
+/// Electron do not by default; for GNOME without our extension. Made on the main thread.
 class AtSpi : public PublishedForeground {
  public:
-  /// `session` may be null. `needed` is asked every few seconds; without need nothing is connected.
+  /// `session` may be null. `needed` is asked every few seconds while GNOME's shell runs; without
+  /// need nothing is connected.
   AtSpi(const Bus& session, std::function<bool()> needed);
   ~AtSpi() override;
   AtSpi(const AtSpi&) = delete;
@@ -48,6 +49,7 @@ class AtSpi : public PublishedForeground {
   void show();
 
   const std::function<bool()> needed_;
+  Service shell_;
   Service launcher_;
   Bus bus_;  // the accessibility bus; null while not needed
   Glib::RefPtr<Gio::Cancellable> cancel_;

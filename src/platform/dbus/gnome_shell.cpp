@@ -46,6 +46,15 @@ std::string script(int version) {
          platformResource(fmt::format("gnome-tail-{}.js", form));
 }
 
+// Whether the file had to be written.
+bool write(const std::string& path, const std::string& text) {
+  if (Glib::file_test(path, Glib::FileTest::EXISTS) && Glib::file_get_contents(path) == text) {
+    return false;
+  }
+  Glib::file_set_contents(path, text);
+  return true;
+}
+
 // Whether the user lets the shell load extensions at all.
 bool switchOn() {
   const auto schemas = Gio::SettingsSchemaSource::get_default();
@@ -103,8 +112,10 @@ std::string GnomeShell::installExtension() {
         Glib::build_filename(Glib::get_user_data_dir(), "gnome-shell/extensions", kId);
     const auto file = Gio::File::create_for_path(folder);
     if (!file->query_exists()) file->make_directory_with_parents();
-    Glib::file_set_contents(Glib::build_filename(folder, "metadata.json"), metadata(version_));
-    Glib::file_set_contents(Glib::build_filename(folder, "extension.js"), script(version_));
+    const bool isNew = write(Glib::build_filename(folder, "metadata.json"), metadata(version_));
+    if (write(Glib::build_filename(folder, "extension.js"), script(version_)) || isNew) {
+      listed_ = false;  // what the shell has found is not what is there now
+    }
     if (!switchOn()) {
       openExtensionSettings();
       return "Les extensions de GNOME sont désactivées : activez-les, puis activez « Orvanta » "

@@ -30,7 +30,7 @@ class GnomeShell {
   const Log log_;
   Service shell_;
   int version_ = 0;      // major; 0 while it is not known
-  bool listed_ = false;  // the shell has found the extension
+  bool listed_ = false;  // the shell has found the extension as it is
 };
 
 }  // namespace orvanta::dbus

@@ -1,10 +1,13 @@
 #include "platform/dbus/mutter_idle.h"
 
+#include <glibmm/main.h>
+
 namespace orvanta::dbus {
 namespace {
 
 constexpr auto kName = "org.gnome.Mutter.IdleMonitor";  // of the service and of its interface
 constexpr auto kPath = "/org/gnome/Mutter/IdleMonitor/Core";
+constexpr unsigned kRetrySeconds = 10;
 
 }  // namespace
 
@@ -19,17 +22,32 @@ MutterIdle::MutterIdle(const Bus& session) : mutter_(session, kName) {
                 });
 }
 
+MutterIdle::~MutterIdle() {
+  retry_.disconnect();
+}
+
 void MutterIdle::watchIdle() {
-  mutter_.call(kPath, kName, "AddIdleWatch", arguments(guint64{kNoticedAfter.count()}),
-               [this](const Reply& watch) {
-                 idleWatch_ = argument<guint32>(watch);
-                 setAvailable(true);
-               });
+  mutter_.call(
+      kPath, kName, "AddIdleWatch", arguments(guint64{kNoticedAfter.count()}),
+      [this](const Reply& watch) {
+        idleWatch_ = argument<guint32>(watch);
+        setAvailable(true);
+      },
+      [this] {
+        retry_ = Glib::signal_timeout().connect_seconds(
+            [this] {
+              if (mutter_.present() && !idleWatch_) watchIdle();
+              return false;
+            },
+            kRetrySeconds);
+      });
 }
 
 void MutterIdle::watchInput() {
-  mutter_.call(kPath, kName, "AddUserActiveWatch", {},
-               [this](const Reply& watch) { inputWatch_ = argument<guint32>(watch); });
+  mutter_.call(
+      kPath, kName, "AddUserActiveWatch", {},
+      [this](const Reply& watch) { inputWatch_ = argument<guint32>(watch); },
+      [this] { resumed(); });  // rather than idle for ever
 }
 
 void MutterIdle::fired(guint32 watch) {

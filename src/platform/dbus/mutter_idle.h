@@ -1,6 +1,8 @@
 // Time since the last input of a GNOME session.
 #pragma once
 
+#include <sigc++/connection.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,6 +18,9 @@ class MutterIdle : public PublishedIdle {
  public:
   /// `session` may be null.
   explicit MutterIdle(const Bus& session);
+  ~MutterIdle() override;
+  MutterIdle(const MutterIdle&) = delete;
+  MutterIdle& operator=(const MutterIdle&) = delete;
 
   std::string source() const override { return "mutter-idle-monitor"; }
 
@@ -25,6 +30,7 @@ class MutterIdle : public PublishedIdle {
   void fired(guint32 watch);
 
   Service mutter_;
+  sigc::connection retry_;
   std::optional<guint32> idleWatch_;
   std::optional<guint32> inputWatch_;  // fires once
 };
