@@ -99,7 +99,8 @@ class GnomeTest(Scenario, unittest.TestCase):
 
     def test_without_the_extension(self):
         """What applications tell assistive technologies: enough for most of them."""
-        self.desktop.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+        launcher = self.desktop.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+        self.addCleanup(end, launcher)  # in order, so that it ends the bus that it started
         wait_for(lambda: self.desktop.bus.name_has_owner("org.a11y.Bus"), 5, "AT-SPI is up")
         self.show_windows()
         self.desktop.press_shift()
