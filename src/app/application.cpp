@@ -47,13 +47,15 @@ void Application::on_startup() {
   const auto where = DataLocation::ofUser();
   prepare(where, systemLog);
   if (auto lock = DataLock::take(where)) {
-    services_ = std::make_unique<Services>(std::move(*lock),
-                                           Services::Hooks{.quit = [this] { quit(); },
-                                                           .refreshMenu =
-                                                               [this] {
-                                                                 if (delegate_)
-                                                                   delegate_->refreshMenu();
-                                                               }});
+    services_ = std::make_unique<Services>(
+        std::move(*lock), Services::Hooks{
+                              .quit = [this] { quit(); },
+                              .refreshMenu =
+                                  [this] {
+                                    if (delegate_) delegate_->refreshMenu();
+                                  },
+                              .tell = [this](const std::string& text) { tell(text); },
+                          });
     launch();
     hold();
   }
@@ -68,7 +70,12 @@ void Application::launch() {
           .dailyTelemetry = [this] { services_->telemetry.daily(); },
           .updateAvailable = [this] { return services_->telemetry.updateAvailable(); },
           .openUrl = [](const std::string& url) { openUrl(url, systemLog); },
-          .tellNoTray = [this] { tellNoTray(); },
+          .tellNoTray =
+              [this] {
+                tell(
+                    "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une "
+                    "deuxième fois depuis le menu des applications.");
+              },
           .quit = [this] { quit(); },
       });
   delegate_->applicationDidFinishLaunching();
@@ -139,12 +146,10 @@ void Application::answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& comman
 }
 
 // A click on it activates the application, which opens the dashboard.
-void Application::tellNoTray() {
+void Application::tell(const std::string& text) {
   const auto note = Gio::Notification::create("Orvanta enregistre votre activité");
-  note->set_body(
-      "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une deuxième fois depuis "
-      "le menu des applications.");
-  send_notification("no-tray", note);
+  note->set_body(text);
+  send_notification("advice", note);
 }
 
 }  // namespace orvanta

@@ -35,7 +35,7 @@ class Application : public Gio::Application {
   void follow(const std::vector<std::string>& options, bool atLaunch);
   void answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
               std::vector<std::string> words);
-  void tellNoTray();
+  void tell(const std::string& text);
 
   std::vector<unsigned> signalSources_;
   std::unique_ptr<Services> services_;  // null when the data belong to another process

@@ -24,19 +24,20 @@ Services::Services(DataLock held, Hooks hooks)
               .loginItem = LoginItem::ofUser(),
               .platform = platformActions(hooks)}),
       dashboard(besideProgram("orvanta-dashboard"), router, systemLog),
-      logind(systemBus, {.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
-                         .willSleep =
-                             [this] {
-                               tracker.willSleep(
-                                   [this] { mainThread.post([this] { logind.readyToSleep(); }); });
-                             },
-                         .didWake = [this] { tracker.didWake(); },
-                         .sessionEnded = hooks.quit}),
       sessionClient(sessionBus, kApplicationId, [this, quit = hooks.quit] {
         tracker.shutdown();  // before the session manager hears that we are ready
         quit();
       }) {
   db.setErrorReport([this](const std::string& message) { telemetry.reportError(message); });
+  desktop.session->listen({.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
+                           .willSleep =
+                               [this] {
+                                 tracker.willSleep([this] {
+                                   mainThread.post([this] { desktop.session->readyToSleep(); });
+                                 });
+                               },
+                           .didWake = [this] { tracker.didWake(); },
+                           .sessionEnded = hooks.quit});
 }
 
 Services::~Services() {
@@ -48,6 +49,18 @@ PlatformActions Services::platformActions(const Hooks& hooks) {
     return [this, act] { mainThread.post(act); };
   };
   PlatformActions actions;
+  actions.probes = [this]() -> boost::json::object {
+    const auto sources = desktop.sources();
+    return {{"foreground", sources.foreground},
+            {"idle", sources.idle},
+            {"inhibition", sources.inhibition},
+            {"session", sources.session}};
+  };
+  actions.requestAccessibility = onMainThread([this, tell = hooks.tell] {
+    const auto advice = desktop.requestTitles();
+    if (!advice.empty()) tell(advice);
+  });
+  actions.whyTitlesAreMissing = [this] { return desktop.whyTitlesAreMissing(); };
   actions.accessibilityGranted = [this] { return collectors.accessibilityGranted(); };
   actions.openUrl = [this](const std::string& url) {
     mainThread.post([url] { openUrl(url, systemLog); });

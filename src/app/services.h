@@ -9,7 +9,6 @@
 #include "bridge/router.h"
 #include "capture/collectors.h"
 #include "capture/tracker.h"
-#include "platform/dbus/logind.h"
 #include "platform/dbus/session_client.h"
 #include "platform/desktop.h"
 #include "reports/analytics.h"
@@ -25,7 +24,8 @@ struct Services {
   /// What the services ask of the program. Called on the main thread.
   struct Hooks {
     std::function<void()> quit;
-    std::function<void()> refreshMenu;  ///< what the menu shows may have changed
+    std::function<void()> refreshMenu;                  ///< what the menu shows may have changed
+    std::function<void(const std::string& text)> tell;  ///< the user, by a notification
   };
 
   Services(DataLock lock, Hooks hooks);
@@ -43,7 +43,6 @@ struct Services {
   Telemetry telemetry;
   Router router;
   DashboardWindow dashboard;
-  dbus::Logind logind;
   dbus::SessionClient sessionClient;
 
  private:

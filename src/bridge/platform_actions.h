@@ -30,6 +30,8 @@ struct PlatformActions {
   /// Which desktop service each probe uses, by the probe's name.
   std::function<boost::json::object()> probes = [] { return boost::json::object(); };
   std::function<void()> requestAccessibility = [] {};
+  /// A French sentence that says why window titles are missing, "" when they are not.
+  std::function<std::string()> whyTitlesAreMissing = [] { return std::string(); };
 
   std::function<std::vector<BrowserName>()> runningBrowsers = [] {
     return std::vector<BrowserName>();

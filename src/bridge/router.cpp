@@ -159,7 +159,8 @@ json::value Router::permissionsStatus(const Body& /*body*/) {
           {"browsers_running", std::move(running)},
           {"browsers", browserPermissions()},
           {"launch_at_login", parts_.loginItem.enabled()},
-          {"probes", parts_.platform.probes()}};
+          {"probes", parts_.platform.probes()},
+          {"advice", parts_.platform.whyTitlesAreMissing()}};
 }
 
 json::object Router::browserPermissions() const {

@@ -3,18 +3,43 @@
 
 #include <giomm/dbusconnection.h>
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "base/log.h"
 #include "platform/probes.h"
+#include "platform/session_events.h"
 
 namespace orvanta {
+
+/// The short, lasting English name of the desktop service behind each probe at this moment ("x11",
+/// "gnome-extension"); several are joined by "+", and "none" is none.
+struct ProbeSources {
+  std::string foreground;
+  std::string idle;
+  std::string inhibition;
+  std::string session;  ///< lock, sleep and wake
+};
 
 /// The probes of this session; none is null.
 struct Desktop {
   std::unique_ptr<ForegroundProbe> foreground;
   std::unique_ptr<IdleProbe> idle;
   std::unique_ptr<InhibitionProbe> inhibition;
+  std::unique_ptr<SessionEvents> session;
+
+  /// Does what can be done so that window titles can be read here: installs or enables what is
+  /// missing, opens the page of settings that the user needs. Yields a French sentence that tells
+  /// the user what is left to do, "" when nothing is. On the main thread.
+  std::function<std::string()> requestTitles;
+
+  /// A French sentence that says why window titles are missing or incomplete and what helps; ""
+  /// when they are not. Any thread.
+  std::function<std::string()> whyTitlesAreMissing;
+
+  /// Any thread.
+  ProbeSources sources() const;
 };
 
 /// Probes that see nothing, for when nothing is recorded.
@@ -25,7 +50,7 @@ Desktop blindDesktop();
 Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type);
 
 /// By what the session offers. Where nothing can tell what is in front, that is logged and the
-/// probes give neutral answers.
+/// probes give neutral answers. On the main thread, whose loop keeps the probes up to date.
 Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
                        const Glib::RefPtr<Gio::DBus::Connection>& session, const Log& log);
 

@@ -23,10 +23,22 @@ AppInfo byStartupClass(const std::string& name) {
   return {};
 }
 
+// "mousepad" of org.xfce.mousepad.desktop: on Wayland older toolkits name a window after the
+// program.
+AppInfo byProgram(const std::string& name) {
+  const auto suffix = "." + lowerCase(name) + ".desktop";
+  for (const auto& app : Gio::AppInfo::get_all()) {
+    auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
+    if (desktop && lowerCase(desktop->get_id()).ends_with(suffix)) return desktop;
+  }
+  return {};
+}
+
 std::optional<DesktopEntry> search(const std::string& name) {
   auto info = byId(name);
   if (!info) info = byStartupClass(name);
   if (!info) info = byId(lowerCase(name));
+  if (!info) info = byProgram(name);
   if (!info) return {};
   constexpr std::string_view kSuffix = ".desktop";
   std::string id = info->get_id();

@@ -1,7 +1,9 @@
 // What the desktop must be able to tell, one small interface a question. Each has one class per
 // desktop service behind it. No probe fails: what cannot be told is the neutral answer. A probe
 // answers from a state that events keep up to date, or within 50 ms: the tick never waits for the
-// desktop. Unless a class says otherwise, its operations may be called from any one thread.
+// desktop. Unless a class says otherwise, its operations may be called from any one thread, and
+// source() from any thread at any time: the short, lasting English name of the desktop service
+// that answers now ("x11", "ext-idle-notify"), or kNoSource.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +12,8 @@
 #include <string>
 
 namespace orvanta {
+
+inline constexpr auto kNoSource = "none";
 
 /// The application in front.
 struct FrontmostApp {
@@ -29,6 +33,7 @@ class ForegroundProbe {
   virtual std::optional<std::string> windowTitle(int32_t pid) = 0;
   /// Whether window titles can be read on this desktop, now.
   virtual bool titlesReadable() = 0;
+  virtual std::string source() = 0;
 };
 
 /// How long nobody has touched keyboard or mouse.
@@ -37,6 +42,16 @@ class IdleProbe {
   virtual ~IdleProbe() = default;
   /// Seconds since the last input; 0 when it cannot be told.
   virtual double idleSeconds() = 0;
+  virtual std::string source() = 0;
+};
+
+/// One desktop service that may know that.
+class IdleSource {
+ public:
+  virtual ~IdleSource() = default;
+  /// Seconds since the last input; absent when the service is not there or does not answer.
+  virtual std::optional<double> idleSeconds() = 0;
+  virtual std::string source() const = 0;
 };
 
 /// Whether some program keeps the display awake, as players and calls do. Keeping only the machine
@@ -45,6 +60,8 @@ class InhibitionProbe {
  public:
   virtual ~InhibitionProbe() = default;
   virtual bool displayKeptAwake() = 0;
+  /// Several are joined by "+".
+  virtual std::string source() = 0;
 };
 
 /// What the session tells about itself. Called on the main thread.

@@ -21,6 +21,7 @@ BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
 <busconfig>
   <listen>unix:dir={folder}</listen>
   <policy context="default">
+    <allow user="*"/>
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
     <allow own="*"/>
@@ -75,6 +76,10 @@ class Bus:
 class Desktop:
     """Call stop() at the end. `env` is the environment of everything that runs in it."""
 
+    # What everything is started with, and the program.
+    prefix = ("setpriv", "--pdeathsig", "KILL")
+    orvanta = ORVANTA
+
     def __init__(self, screen=True, session_bus=True, system_bus=False):
         self.folder = tempfile.mkdtemp(prefix="orvanta-test-")
         self.processes = []
@@ -117,7 +122,7 @@ class Desktop:
         output = os.path.join(self.folder, f"{len(self.processes)}.out")
         with open(output, "wb") as file:
             process = subprocess.Popen(
-                ["setpriv", "--pdeathsig", "KILL", *command], env={**self.env, **(env or {})},
+                [*self.prefix, *command], env={**self.env, **(env or {})},
                 stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, pass_fds=fds,
                 cwd=self.env["HOME"])
         process.output = output
@@ -126,8 +131,9 @@ class Desktop:
 
     def run(self, *command, env=None):
         """Runs a program to its end."""
-        return subprocess.run(command, env={**self.env, **(env or {})}, capture_output=True,
-                              stdin=subprocess.DEVNULL, timeout=10, check=False)
+        return subprocess.run([*self.prefix, *command], env={**self.env, **(env or {})},
+                              capture_output=True, stdin=subprocess.DEVNULL, timeout=10,
+                              check=False)
 
     # The X server and its windows
 
@@ -174,13 +180,13 @@ class Desktop:
         """Starts the program, which its user knows already, and waits for its first span."""
         self.set_setting("onboarded", "1")
         known = len(self.spans())
-        program = self.spawn(ORVANTA, env=env)
+        program = self.spawn(self.orvanta, env=env)
         wait_for(lambda: len(self.spans()) > known, 10, "the first span")
         return program
 
     def call(self, *words, env=None):
         """`orvanta --call …`: exit status and the answer."""
-        done = self.run(ORVANTA, "--call", *words, env=env)
+        done = self.run(self.orvanta, "--call", *words, env=env)
         return done.returncode, json.loads(done.stdout.decode("utf-8"))
 
     def database(self):

@@ -1,5 +1,6 @@
 """The session's own word: locked, asleep, kept awake. The services are mocks on private buses."""
 
+import json
 import os
 import signal
 import sys
@@ -8,7 +9,7 @@ import unittest
 
 import dbus
 
-from desktop import TICK, Desktop, end, pass_time, wait_for
+from desktop import TICK, Desktop, end, output_of, pass_time, wait_for
 
 LOGIND = ("org.freedesktop.login1", "/org/freedesktop/login1")
 MANAGER = "org.freedesktop.login1.Manager"
@@ -90,6 +91,16 @@ class LogindTest(unittest.TestCase):
         self.start()
         wait_for(lambda: self.desktop.spans()[-1]["idle"], TICK, "idle")
 
+    def test_idle_where_only_logind_knows(self):
+        self.start()
+        since = time.time() - 200
+        self.logind.UpdateProperties(
+            MANAGER, {"IdleHint": True, "IdleSinceHint": dbus.UInt64(since * 1e6)},
+            dbus_interface=MOCK)
+        wait_for(lambda: self.desktop.spans()[-1]["idle"], 2 * TICK, "idle")
+        self.logind.UpdateProperties(MANAGER, {"IdleHint": False}, dbus_interface=MOCK)
+        wait_for(lambda: not self.desktop.spans()[-1]["idle"], 2 * TICK, "back")
+
     def test_sleep_and_wake(self):
         program = self.start()
         slept = self.sleep(True)
@@ -167,6 +178,62 @@ class InhibitionTest(unittest.TestCase):
         status, asked = end(program)
         self.assertEqual(status, 0)
         self.assertLess(time.time() - asked, 2)
+
+
+    def test_what_a_service_that_hangs_costs(self):
+        self.inhibit(0)
+        watch = self.desktop.spawn(os.environ["PROBE_WATCH"])
+        wait_for(lambda: "{" in output_of(watch), 5, "the probes are asked")
+        self.mock.send_signal(signal.SIGSTOP)
+        self.assertEqual(end(watch)[0], 0)
+        summary = json.loads(output_of(watch).splitlines()[-1])
+        self.assertEqual(summary["inhibition"], "gnome-session")
+        cost = summary["inhibition_cost"]
+        print(f"hung service: worst {cost['worst_us'] / 1000:.0f} ms, mean {cost['mean_us']:.0f} us")
+        self.assertLess(cost["worst_us"], 60_000)  # 40 ms, and what a busy machine adds
+        self.assertLess(cost["mean_us"], 5_000)  # it is waited for once
+
+
+class LockScreenTest(unittest.TestCase):
+    """Lockers that do not tell logind."""
+
+    def setUp(self):
+        self.desktop = Desktop(screen=False)
+        self.addCleanup(self.desktop.stop)
+
+    def wait_for_idle(self, idle):
+        wait_for(lambda: self.desktop.spans()[-1]["idle"] == idle, 2 * TICK, f"idle: {idle}")
+        return self.desktop.spans()[-1]
+
+    def test_lock_unlock_and_a_locker_that_dies(self):
+        name = "org.gnome.ScreenSaver"
+        self.desktop.start_orvanta()
+        mock, bus = mock_service(self.desktop, self.desktop.session, name, "--session",
+                                 "--template", "gnome_screensaver")
+        self.addCleanup(bus.close)
+        saver = bus.get_object(name, "/org/gnome/ScreenSaver")
+        locked = time.time()
+        saver.SetActive(True, dbus_interface=name)
+        self.assertAlmostEqual(self.wait_for_idle(1)["start"], locked, delta=TICK)
+        unlocked = time.time()
+        saver.SetActive(False, dbus_interface=name)
+        self.assertAlmostEqual(self.wait_for_idle(0)["start"], unlocked, delta=TICK)
+        saver.SetActive(True, dbus_interface=name)
+        self.wait_for_idle(1)
+        mock.kill()
+        self.wait_for_idle(0)
+
+    def test_locked_from_the_start_on_kde(self):
+        name = "org.freedesktop.ScreenSaver"
+        _, bus = mock_service(self.desktop, self.desktop.session, name, name,
+                              "/org/freedesktop/ScreenSaver", name)
+        self.addCleanup(bus.close)
+        saver = bus.get_object(name, "/org/freedesktop/ScreenSaver")
+        saver.AddMethod(name, "GetActive", "", "b", "ret = True", dbus_interface=MOCK)
+        self.desktop.start_orvanta()
+        self.wait_for_idle(1)
+        saver.EmitSignal(name, "ActiveChanged", "b", [dbus.Boolean(False)], dbus_interface=MOCK)
+        self.wait_for_idle(0)
 
 
 if __name__ == "__main__":

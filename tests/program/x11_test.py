@@ -6,6 +6,7 @@ import time
 import unittest
 
 from desktop import TICK, Desktop, cpu_seconds, end, pass_time, wait_for
+from wayland_desktop import ProbeWatch, show
 
 XTERM_TITLE = "Été — à la plage"
 FILE_NAME = "Déjà vu, naïveté.txt"
@@ -151,6 +152,21 @@ class X11Test(unittest.TestCase):
         status, ended = end(orvanta)
         self.assertEqual(status, 0)
         self.assertAlmostEqual(desktop.spans()[-1]["end"], ended, delta=TICK)
+
+    def test_what_the_probes_cost(self):
+        desktop = self.desktop
+        _, xterm = desktop.open_window(*OPEN_TEXT)
+        _, calculator = desktop.open_window("galculator")
+        watch = ProbeWatch(desktop)
+        desktop.focus(xterm)
+        watch.wait_for(title=XTERM_TITLE)
+        switched = desktop.focus(calculator)
+        seen = watch.wait_for(title="galculator")
+        summary = watch.end()
+        show("X11", {"switch": max(0, seen["at"] - switched)}, summary)
+        self.assertEqual((summary["foreground"], summary["idle"]), ("x11", "xscreensaver"))
+        self.assertLess(summary["foreground_cost"]["mean_us"], 1000)
+        self.assertLess(summary["idle_cost"]["mean_us"], 5000)
 
 
 if __name__ == "__main__":

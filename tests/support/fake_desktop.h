@@ -37,6 +37,7 @@ struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
     ++inhibitionQuestions;
     return awake;
   }
+  std::string source() override { return "fake"; }
 
   Collectors collectors{*this, *this, *this, [this](const std::string& bundle) {
                           const auto tab = tabs.find(bundle);

@@ -7,34 +7,27 @@
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
+
+#include "platform/sources.h"
 
 namespace orvanta::dbus {
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{50};
+constexpr std::chrono::milliseconds kPatience{40};
 constexpr int kGiveUpMilliseconds = 5000;
 constexpr guint32 kGnomeInhibitIdle = 8;
 constexpr guint32 kKdeChangeScreenSettings = 4;
 
-using Reply = Glib::VariantContainerBase;
-
-Reply number(guint32 value) {
-  return Reply::create_tuple(Glib::Variant<guint32>::create(value));
-}
-
-bool boolean(const Reply& reply) {
-  Glib::Variant<bool> value;
-  reply.get_child(value, 0);
-  return value.get();
+bool saysYes(const Reply& reply) {
+  return argument<bool>(reply);
 }
 
 // a(ssssuu): what, who, why, mode, uid, pid. `what` is a list with colons.
 bool logindBlocksIdle(const Reply& reply) {
   using Inhibitor =
       std::tuple<Glib::ustring, Glib::ustring, Glib::ustring, Glib::ustring, guint32, guint32>;
-  Glib::Variant<std::vector<Inhibitor>> list;
-  reply.get_child(list, 0);
-  const auto inhibitors = list.get();
+  const auto inhibitors = argument<std::vector<Inhibitor>>(reply);
   return std::any_of(inhibitors.begin(), inhibitors.end(), [](const Inhibitor& inhibitor) {
     const auto what = ":" + std::get<0>(inhibitor).raw() + ":";
     return what.find(":idle:") != std::string::npos && std::get<3>(inhibitor) == "block";
@@ -43,22 +36,14 @@ bool logindBlocksIdle(const Reply& reply) {
 
 }  // namespace
 
-Inhibitors::Inhibitors(const Glib::RefPtr<Gio::DBus::Connection>& system,
-                       const Glib::RefPtr<Gio::DBus::Connection>& session) {
-  if (system) {
-    questions_.push_back({system, "org.freedesktop.login1", "/org/freedesktop/login1",
-                          "org.freedesktop.login1.Manager", "ListInhibitors", Reply(),
-                          logindBlocksIdle});
-  }
-  if (session) {
-    questions_.push_back({session, "org.gnome.SessionManager", "/org/gnome/SessionManager",
-                          "org.gnome.SessionManager", "IsInhibited", number(kGnomeInhibitIdle),
-                          boolean});
-    questions_.push_back({session, "org.kde.Solid.PowerManagement.PolicyAgent",
-                          "/org/kde/Solid/PowerManagement/PolicyAgent",
-                          "org.kde.Solid.PowerManagement.PolicyAgent", "HasInhibition",
-                          number(kKdeChangeScreenSettings), boolean});
-  }
+Inhibitors::Inhibitors(const Bus& system, const Bus& session) {
+  add("logind", system, "org.freedesktop.login1", "org.freedesktop.login1.Manager",
+      "/org/freedesktop/login1", "ListInhibitors", {}, logindBlocksIdle);
+  add("gnome-session", session, "org.gnome.SessionManager", "org.gnome.SessionManager",
+      "/org/gnome/SessionManager", "IsInhibited", arguments(kGnomeInhibitIdle), saysYes);
+  add("kde-policy-agent", session, "org.kde.Solid.PowerManagement.PolicyAgent",
+      "org.kde.Solid.PowerManagement.PolicyAgent", "/org/kde/Solid/PowerManagement/PolicyAgent",
+      "HasInhibition", arguments(kKdeChangeScreenSettings), saysYes);
 }
 
 Inhibitors::~Inhibitors() {
@@ -70,13 +55,26 @@ Inhibitors::~Inhibitors() {
   }
 }
 
+std::string Inhibitors::source() {
+  std::vector<std::string> names;
+  for (const auto& question : questions_) {
+    if (question.service->present()) names.emplace_back(question.source);
+  }
+  return joinSources(names);
+}
+
 bool Inhibitors::displayKeptAwake() {
   // What came after an earlier question was given up on is old by now: let it in, and ask again.
   while (context_->iteration(false)) {
   }
   context_->push_thread_default();
   for (auto& question : questions_) {
-    if (!question.waiting) ask(question);
+    if (question.waiting) continue;
+    if (question.service->present()) {
+      ask(question);
+    } else {
+      question.answer = false;
+    }
   }
   context_->pop_thread_default();
 
@@ -87,13 +85,27 @@ bool Inhibitors::displayKeptAwake() {
     return false;
   });
   alarm->attach(context_);
-  const auto waiting = [](const Question& question) { return question.waiting; };
-  const auto inhibited = [](const Question& question) { return question.answer; };
-  do {
-    context_->iteration(std::any_of(questions_.begin(), questions_.end(), waiting));
-  } while (!late && std::any_of(questions_.begin(), questions_.end(), waiting));
+  const auto awaited = [](const Question& question) { return question.waiting && !question.late; };
+  while (!late && std::any_of(questions_.begin(), questions_.end(), awaited)) {
+    context_->iteration(true);
+  }
   alarm->destroy();
-  return std::any_of(questions_.begin(), questions_.end(), inhibited);
+  bool inhibited = false;
+  for (auto& question : questions_) {
+    question.late = question.waiting;
+    inhibited = inhibited || question.answer;
+  }
+  return inhibited;
+}
+
+void Inhibitors::add(const char* source, const Bus& bus, const char* service, const char* interface,
+                     const char* path, const char* method, const Reply& arguments,
+                     std::function<bool(const Reply&)> inhibited) {
+  if (!bus) return;
+  auto watched = std::make_unique<Service>(bus, service);
+  watched->watch();
+  questions_.push_back(
+      {source, bus, std::move(watched), path, interface, method, arguments, std::move(inhibited)});
 }
 
 void Inhibitors::ask(Question& question) {
@@ -108,7 +120,7 @@ void Inhibitors::ask(Question& question) {
           question.answer = false;
         }
       },
-      cancel_, question.service, kGiveUpMilliseconds, Gio::DBus::CallFlags::NO_AUTO_START);
+      cancel_, question.service->name(), kGiveUpMilliseconds, Gio::DBus::CallFlags::NO_AUTO_START);
 }
 
 }  // namespace orvanta::dbus

@@ -1,44 +1,52 @@
 // Whether something keeps the display awake, as the desktop's services know it.
 #pragma once
 
-#include <giomm/dbusconnection.h>
 #include <glibmm/main.h>
 
 #include <functional>
+#include <memory>
+#include <string>
 #include <vector>
 
+#include "platform/dbus/service.h"
 #include "platform/probes.h"
 
 namespace orvanta::dbus {
 
 /// Asks every service that keeps a list of inhibitors, all at once: logind ("idle" in block mode),
 /// GNOME's session manager (flag 8, idle), KDE's power management (flag 4, screen settings). True
-/// when any says so. A service that is not there is not started. One that has not answered after 50
-/// ms counts by its last answer, and is not asked again before it answers. Called from one thread.
+/// when any says so. A service that is not there is not started. One that has not answered after 40
+/// ms counts by its last answer, and is neither asked nor waited for again before it answers. Made
+/// on the main thread, whose loop watches the services; asked from one thread.
 class Inhibitors : public InhibitionProbe {
  public:
   /// On these buses; either may be null.
-  Inhibitors(const Glib::RefPtr<Gio::DBus::Connection>& system,
-             const Glib::RefPtr<Gio::DBus::Connection>& session);
+  Inhibitors(const Bus& system, const Bus& session);
   ~Inhibitors() override;
   Inhibitors(const Inhibitors&) = delete;
   Inhibitors& operator=(const Inhibitors&) = delete;
 
   bool displayKeptAwake() override;
+  std::string source() override;
 
  private:
   struct Question {
-    Glib::RefPtr<Gio::DBus::Connection> bus;
-    const char* service;
+    const char* source;
+    Bus bus;
+    std::unique_ptr<Service> service;
     const char* path;
     const char* interface;
     const char* method;
-    Glib::VariantContainerBase arguments;
-    std::function<bool(const Glib::VariantContainerBase&)> inhibited;
+    Reply arguments;
+    std::function<bool(const Reply&)> inhibited;
     bool waiting = false;
+    bool late = false;  // not answered in time
     bool answer = false;
   };
 
+  void add(const char* source, const Bus& bus, const char* service, const char* interface,
+           const char* path, const char* method, const Reply& arguments,
+           std::function<bool(const Reply&)> inhibited);
   void ask(Question& question);
 
   // Answers arrive in a context of our own, which only displayKeptAwake() turns.

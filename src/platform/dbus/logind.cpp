@@ -29,8 +29,9 @@ Glib::VariantContainerBase texts(std::initializer_list<const char*> values) {
 }  // namespace
 
 Logind::Logind(Glib::RefPtr<Gio::DBus::Connection> system, SessionListener listener)
-    : system_(std::move(system)), listener_(std::move(listener)) {
+    : system_(std::move(system)), service_(system_, kService), listener_(std::move(listener)) {
   if (!system_) return;
+  service_.watch();
   sleepSubscription_ = system_->signal_subscribe(
       [this](const auto&, const auto&, const auto&, const auto&, const auto&,
              const Reply& arguments) {

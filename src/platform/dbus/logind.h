@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "platform/dbus/service.h"
 #include "platform/probes.h"
 
 namespace orvanta::dbus {
@@ -25,9 +26,10 @@ class Logind {
   /// Lets the machine sleep now: to be called when what willSleep() asked for is done.
   void readyToSleep();
 
- private:
-  using Reply = Glib::VariantContainerBase;
+  /// Whether logind is there. Any thread.
+  bool present() const { return service_.present(); }
 
+ private:
   void ask(const std::string& path, const char* interface, const char* method,
            const Reply& arguments, const std::function<void(const Reply&)>& then,
            const std::function<void()>& otherwise);
@@ -39,6 +41,7 @@ class Logind {
   void holdDelayLock();
 
   Glib::RefPtr<Gio::DBus::Connection> system_;
+  Service service_;
   SessionListener listener_;
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
   guint sleepSubscription_ = 0;

@@ -19,6 +19,13 @@ void selectEvents(xcb_connection_t* connection, xcb_window_t window, uint32_t ma
   xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &mask);
 }
 
+WindowClaims claimsOf(const WindowFacts& facts) {
+  return {.names = {facts.gtkApplicationId, facts.className, facts.instance},
+          .fallbackName = facts.className.empty() ? facts.instance : facts.className,
+          .title = facts.title,
+          .pid = facts.pid};
+}
+
 }  // namespace
 
 Foreground::Foreground(std::string display, Log log)
@@ -36,21 +43,6 @@ Foreground::~Foreground() {
   close(wake_);
 }
 
-std::optional<FrontmostApp> Foreground::frontmostApp() {
-  const std::lock_guard lock(mutex_);
-  return front_ ? std::optional(front_->app) : std::nullopt;
-}
-
-std::optional<std::string> Foreground::windowTitle(int32_t pid) {
-  const std::lock_guard lock(mutex_);
-  return front_ && front_->app.pid == pid ? front_->title : std::nullopt;
-}
-
-bool Foreground::titlesReadable() {
-  const std::lock_guard lock(mutex_);
-  return connected_;
-}
-
 void Foreground::follow() {
   bool told = false;
   while (!stopping_) {
@@ -60,7 +52,7 @@ void Foreground::follow() {
     } else if (!std::exchange(told, true)) {
       log_("Orvanta: serveur X injoignable, la fenêtre active est inconnue");
     }
-    publish({});
+    setReadable(false);
     waitForServer(-1, kReconnectMilliseconds);
   }
 }
@@ -74,10 +66,7 @@ bool Foreground::waitForServer(int file, int milliseconds) const {
 
 void Foreground::followConnection(xcb_connection_t* connection) {
   const WindowReader reader(connection);
-  {
-    const std::lock_guard lock(mutex_);
-    connected_ = true;
-  }
+  setReadable(true);
   selectEvents(connection, rootOf(connection), XCB_EVENT_MASK_PROPERTY_CHANGE);
   xcb_window_t watched = XCB_WINDOW_NONE;
   look(reader, connection, watched);
@@ -97,8 +86,6 @@ void Foreground::followConnection(xcb_connection_t* connection) {
       break;
     }
   }
-  const std::lock_guard lock(mutex_);
-  connected_ = false;
 }
 
 void Foreground::look(const WindowReader& reader, xcb_connection_t* connection,
@@ -114,29 +101,8 @@ void Foreground::look(const WindowReader& reader, xcb_connection_t* connection,
   }
   // After selecting events: a change from here on is told.
   const auto facts = window != XCB_WINDOW_NONE ? reader.read(window) : std::nullopt;
-  publish(facts ? std::optional(describe(*facts)) : std::nullopt);
+  publish(facts ? std::optional(claimsOf(*facts)) : std::nullopt);
   xcb_flush(connection);
-}
-
-Foreground::Window Foreground::describe(const WindowFacts& facts) {
-  std::optional<DesktopEntry> entry;
-  for (const auto* name : {&facts.gtkApplicationId, &facts.className, &facts.instance}) {
-    if (!entry) entry = entries_.find(*name);
-  }
-  Window window{.app = {.name = {}, .bundle = {}, .pid = facts.pid}, .title = facts.title};
-  if (entry) {
-    window.app.name = entry->name;
-    window.app.bundle = entry->id;
-  } else {
-    window.app.name = facts.className.empty() ? facts.instance : facts.className;
-  }
-  if (window.app.name.empty()) window.app.name = "Inconnu";
-  return window;
-}
-
-void Foreground::publish(std::optional<Window> window) {
-  const std::lock_guard lock(mutex_);
-  front_ = std::move(window);
 }
 
 }  // namespace orvanta::x11

@@ -2,14 +2,11 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 
 #include "base/log.h"
-#include "platform/desktop_entries.h"
-#include "platform/probes.h"
+#include "platform/published.h"
 #include "platform/x11/window_reader.h"
 
 namespace orvanta::x11 {
@@ -18,7 +15,7 @@ namespace orvanta::x11 {
 /// that a question is answered from memory however slow the server is. A server that goes away is
 /// looked for again every few seconds. For a real X11 session only: XWayland's active window is not
 /// what the user has in front. The operations may be called from any thread.
-class Foreground : public ForegroundProbe {
+class Foreground : public PublishedForeground {
  public:
   /// Of the display of that name, "" for `$DISPLAY`.
   explicit Foreground(std::string display = {}, Log log = systemLog);
@@ -26,30 +23,16 @@ class Foreground : public ForegroundProbe {
   Foreground(const Foreground&) = delete;
   Foreground& operator=(const Foreground&) = delete;
 
-  std::optional<FrontmostApp> frontmostApp() override;
-  /// Of the active window, when it belongs to the process.
-  std::optional<std::string> windowTitle(int32_t pid) override;
-  bool titlesReadable() override;
+  std::string source() override { return "x11"; }
 
  private:
-  struct Window {
-    FrontmostApp app;
-    std::optional<std::string> title;
-  };
-
   void follow();
   void followConnection(xcb_connection_t* connection);
   bool waitForServer(int file, int milliseconds) const;
   void look(const WindowReader& reader, xcb_connection_t* connection, xcb_window_t& watched);
-  Window describe(const WindowFacts& facts);
-  void publish(std::optional<Window> window);
 
   const std::string display_;
   const Log log_;
-  DesktopEntries entries_;  // only on thread_
-  std::mutex mutex_;
-  std::optional<Window> front_;
-  bool connected_ = false;
   int wake_;  // eventfd: readable when the thread must end
   std::atomic<bool> stopping_ = false;
   std::thread thread_;

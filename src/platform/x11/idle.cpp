@@ -38,10 +38,10 @@ Owned<Info> waitForReply(xcb_connection_t* connection, xcb_screensaver_query_inf
 
 }  // namespace
 
-double Idle::idleSeconds() {
+std::optional<double> Idle::idleSeconds() {
   if (connection_ && xcb_connection_has_error(connection_.get()) != 0) connection_.reset();
   if (!connection_) connection_ = connect(display_);
-  return connection_ ? ask().value_or(0) : 0;
+  return connection_ ? ask() : std::nullopt;
 }
 
 std::optional<double> Idle::ask() {

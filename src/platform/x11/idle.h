@@ -12,12 +12,13 @@ namespace orvanta::x11 {
 /// Asks the XScreenSaver extension (MIT-SCREEN-SAVER) over a connection of its own, about 20 us;
 /// gives up after 50 ms and reconnects at a later question when the server has gone. Called from
 /// one thread.
-class Idle : public IdleProbe {
+class Idle : public IdleSource {
  public:
   /// Of the display of that name, "" for `$DISPLAY`.
   explicit Idle(std::string display = {}) : display_(std::move(display)) {}
 
-  double idleSeconds() override;
+  std::optional<double> idleSeconds() override;
+  std::string source() const override { return "xscreensaver"; }
 
  private:
   std::optional<double> ask();

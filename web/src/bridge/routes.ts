@@ -194,6 +194,8 @@ export interface Permissions {
   launch_at_login: boolean;
   /** Where each kind of observation comes from on this desktop. */
   probes?: Record<string, string>;
+  /** Why window titles are missing and what helps; "" when they are not. */
+  advice?: string;
 }
 
 interface Ok {

@@ -17,8 +17,16 @@ const sourceNames: Record<string, string> = {
   xscreensaver: "XScreenSaver",
   "wlr-foreign-toplevel": "Wayland (wlroots)",
   "gnome-extension": "extension GNOME",
-  "gnome-idle-monitor": "GNOME",
-  "kde-plasma-windows": "KDE Plasma",
+  "gnome-session": "GNOME",
+  "gnome-screensaver": "GNOME",
+  "mutter-idle-monitor": "GNOME",
+  "plasma-window-management": "KDE Plasma",
+  "kwin-script": "script KWin",
+  "kwin-idle": "KWin",
+  "kde-policy-agent": "KDE Plasma",
+  "ext-idle-notify": "Wayland",
+  "sway-tree": "sway",
+  "freedesktop-screensaver": "verrou d’écran",
   "at-spi": "accessibilité (AT-SPI)",
   logind: "systemd-logind",
 };
@@ -31,9 +39,12 @@ export function DesktopRows() {
   if (!answer) return null;
   return (
     <>
-      <Row label="Titre des fenêtres" help="Sans lui, le temps est compté par application seulement.">
+      <Row
+        label="Titre des fenêtres"
+        help={answer.advice || "Sans lui, le temps est compté par application seulement."}
+      >
         <State good={answer.accessibility} text={answer.accessibility ? "lisible" : "illisible"} />
-        {!answer.accessibility && (
+        {(!answer.accessibility || answer.advice) && (
           <button
             type="button"
             class="button"
@@ -47,7 +58,14 @@ export function DesktopRows() {
         <Row key={probe} label={probeNames[probe] ?? probe}>
           <State
             good={source !== "none"}
-            text={source === "none" ? "non disponible ici" : (sourceNames[source] ?? source)}
+            text={
+              source === "none"
+                ? "non disponible ici"
+                : source
+                    .split("+")
+                    .map((name) => sourceNames[name] ?? name)
+                    .join(", ")
+            }
           />
         </Row>
       ))}

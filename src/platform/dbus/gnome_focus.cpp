@@ -1,0 +1,43 @@
+#include "platform/dbus/gnome_focus.h"
+
+#include <optional>
+#include <string_view>
+
+#include "base/text.h"
+
+namespace orvanta::dbus {
+namespace {
+
+constexpr auto kName = "fr.quellvane.orvanta.Focus";  // of the service and of its interface
+constexpr auto kPath = "/fr/quellvane/orvanta/Focus";
+
+}  // namespace
+
+GnomeFocus::GnomeFocus(const Bus& session) : extension_(session, kName) {
+  extension_.onSignal(kPath, kName, "FocusChanged",
+                      [this](const Reply& window) { focused(window); });
+  // Refused while our own name is not ours yet; the extension sends the signal when it is.
+  extension_.watch(
+      [this] {
+        extension_.call(kPath, kName, "Current", {},
+                        [this](const Reply& window) { focused(window); });
+      },
+      [this] { setReadable(false); });
+}
+
+void GnomeFocus::focused(const Reply& window) {
+  constexpr std::string_view kSuffix = ".desktop";
+  auto application = validUtf8(argument<Glib::ustring>(window, 0).raw());
+  if (application.ends_with(kSuffix)) application.resize(application.size() - kSuffix.size());
+  const auto windowClass = validUtf8(argument<Glib::ustring>(window, 1).raw());
+  const auto title = validUtf8(argument<Glib::ustring>(window, 2).raw());
+  const auto pid = static_cast<int32_t>(argument<guint32>(window, 3));
+  setReadable(true);
+  if (application.empty() && windowClass.empty() && title.empty() && pid == 0) return publish({});
+  publish(WindowClaims{.names = {application, windowClass},
+                       .fallbackName = windowClass.empty() ? application : windowClass,
+                       .title = title.empty() ? std::nullopt : std::optional(title),
+                       .pid = pid});
+}
+
+}  // namespace orvanta::dbus

@@ -1,0 +1,26 @@
+// The focused window of GNOME, told by our extension of its shell.
+#pragma once
+
+#include <string>
+
+#include "platform/dbus/service.h"
+#include "platform/published.h"
+
+namespace orvanta::dbus {
+
+/// Listens to the extension as soon as it is there. It answers nobody but the owner of the bus name
+/// "fr.quellvane.orvanta", which is this program. Made on the main thread.
+class GnomeFocus : public PublishedForeground {
+ public:
+  /// `session` may be null.
+  explicit GnomeFocus(const Bus& session);
+
+  std::string source() override { return "gnome-extension"; }
+
+ private:
+  void focused(const Reply& window);
+
+  Service extension_;
+};
+
+}  // namespace orvanta::dbus

@@ -1,0 +1,134 @@
+#include "platform/dbus/kwin_script.h"
+
+#include <giomm/dbuserror.h>
+#include <giomm/dbusintrospection.h>
+#include <glibmm/fileutils.h>
+#include <glibmm/main.h>
+#include <glibmm/miscutils.h>
+
+#include <utility>
+
+#include "base/text.h"
+#include "platform/resources/resources.h"
+
+namespace orvanta::dbus {
+namespace {
+
+constexpr auto kPath = "/fr/quellvane/orvanta/Focus";
+constexpr auto kInterface = R"(<node><interface name="fr.quellvane.orvanta.Focus">
+  <method name="Report">
+    <arg name="application" type="s" direction="in"/>
+    <arg name="windowClass" type="s" direction="in"/>
+    <arg name="title" type="s" direction="in"/>
+    <arg name="process" type="s" direction="in"/>
+  </method>
+</interface></node>)";
+constexpr auto kScripting = "org.kde.kwin.Scripting";
+constexpr auto kScriptName = "fr.quellvane.orvanta.focus";
+constexpr unsigned kDelayMilliseconds = 1000;
+
+}  // namespace
+
+KwinScript::KwinScript(const Bus& session, std::function<bool()> needed, Log log)
+    : bus_(session),
+      needed_(std::move(needed)),
+      log_(std::move(log)),
+      kwin_(session, "org.kde.KWin"),
+      methods_([this](const auto&, const Glib::ustring& sender, const auto&, const auto&,
+                      const auto&, const Reply& arguments,
+                      const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
+        called(sender, arguments, call);
+      }) {
+  kwin_.watch([this] { loadSoon(); },
+              [this] {
+                delay_.disconnect();
+                setReadable(false);
+              });
+}
+
+KwinScript::~KwinScript() {
+  delay_.disconnect();
+  if (object_ == 0) return;
+  bus_->unregister_object(object_);
+  // Nobody waits for the answer, and the message must not end with us.
+  bus_->call("/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)), {},
+             kwin_.name());
+  bus_->flush_sync();
+}
+
+// KWin is on the bus before it can load scripts, and a window list shows up a little later still.
+void KwinScript::loadSoon() {
+  delay_.disconnect();
+  delay_ = Glib::signal_timeout().connect(
+      [this] {
+        if (kwin_.present() && needed_()) load();
+        return false;
+      },
+      kDelayMilliseconds);
+}
+
+void KwinScript::exportObject() {
+  const auto description = Gio::DBus::NodeInfo::create_for_xml(kInterface);
+  object_ = bus_->register_object(kPath, description->lookup_interface(), methods_);
+}
+
+void KwinScript::called(const std::string& sender, const Reply& arguments,
+                        const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
+  if (sender != kwin_.owner()) {
+    call->return_error(Gio::DBus::Error(Gio::DBus::Error::ACCESS_DENIED, "Only KWin reports"));
+    return;
+  }
+  report(arguments);
+  call->return_value({});
+}
+
+std::string KwinScript::writeScript() const {
+  auto script = platformResource("kwin-focus.js");
+  constexpr std::string_view kPlace = "@ORVANTA@";
+  script.replace(script.find(kPlace), kPlace.size(), bus_->get_unique_name().raw());
+  auto path = Glib::build_filename(Glib::get_user_runtime_dir(), "orvanta-kwin-focus.js");
+  Glib::file_set_contents(path, script);
+  return path;
+}
+
+void KwinScript::load() {
+  try {
+    if (object_ == 0) exportObject();
+    const auto path = writeScript();
+    // KWin refuses a name that it has already, such as that of a run which crashed.
+    const auto reload = [this, path] {
+      kwin_.call(
+          "/Scripting", kScripting, "loadScript",
+          arguments(Glib::ustring(path), Glib::ustring(kScriptName)),
+          [this](const Reply& /*number*/) { start(); }, [this] { loadSoon(); });
+    };
+    kwin_.call(
+        "/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)),
+        [reload](const Reply& /*reply*/) { reload(); }, reload);
+  } catch (const Glib::Error& error) {
+    log_(std::string("Orvanta: script KWin impossible (") + error.what() + ")");
+  }
+}
+
+// Runs what is loaded and not running yet. A single script could be run by its number, but KWin
+// gives a number twice when another script was unloaded.
+void KwinScript::start() {
+  kwin_.call("/Scripting", kScripting, "start", {});
+}
+
+void KwinScript::report(const Reply& arguments) {
+  const auto text = [&](std::size_t index) {
+    return validUtf8(argument<Glib::ustring>(arguments, index).raw());
+  };
+  const auto application = text(0);
+  const auto windowClass = text(1);
+  const auto title = text(2);
+  setReadable(true);
+  if (application.empty() && windowClass.empty() && title.empty()) return publish({});
+  publish(WindowClaims{.names = {application, windowClass},
+                       .fallbackName = windowClass.empty() ? application : windowClass,
+                       .title = title.empty() ? std::nullopt : std::optional(title),
+                       .pid = static_cast<int32_t>(parseNumber(text(3)).value_or(0))});
+}
+
+}  // namespace orvanta::dbus

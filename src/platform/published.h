@@ -1,0 +1,74 @@
+// What the classes behind the probes share: a state that the desktop's events publish, and that the
+// tick reads without waiting for anybody.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/desktop_entries.h"
+#include "platform/probes.h"
+
+namespace orvanta {
+
+/// The window in front as its desktop describes it: hostile text, here valid UTF-8.
+struct WindowClaims {
+  std::vector<std::string> names;  ///< application ids and window classes, the surest first
+  std::string fallbackName;        ///< shown when no installed application has one of the names
+  std::optional<std::string> title;
+  int32_t pid = 0;  ///< 0 when the desktop does not tell
+};
+
+/// The probe's operations may be called from any thread, the protected ones from one other.
+class PublishedForeground : public ForegroundProbe {
+ public:
+  std::optional<FrontmostApp> frontmostApp() override;
+  /// Of the window in front, when it belongs to the process.
+  std::optional<std::string> windowTitle(int32_t pid) override;
+  bool titlesReadable() override;
+
+ protected:
+  /// Whether the desktop's service is there. Forgets the window when it is not.
+  void setReadable(bool readable);
+  void publish(const std::optional<WindowClaims>& window);
+
+ private:
+  struct Window {
+    FrontmostApp app;
+    std::optional<std::string> title;
+  };
+
+  Window describe(const WindowClaims& claims);
+
+  DesktopEntries entries_;  // only on the publishing thread
+  std::mutex mutex_;
+  std::optional<Window> front_;
+  bool readable_ = false;
+};
+
+/// For services that tell when the user has been idle for kNoticedAfter, and when they are back.
+/// The operations may be called from any thread.
+class PublishedIdle : public IdleSource {
+ public:
+  /// Short, so that any idle threshold works; long enough that typing causes no events.
+  static constexpr std::chrono::milliseconds kNoticedAfter{2000};
+
+  /// 0 until the service has noticed, then from the last input.
+  std::optional<double> idleSeconds() override;
+
+ protected:
+  /// Whether the service is there. It begins with an active user.
+  void setAvailable(bool available);
+  void idled();
+  void resumed();
+
+ private:
+  std::mutex mutex_;
+  bool available_ = false;
+  std::optional<std::chrono::steady_clock::time_point> lastInput_;
+};
+
+}  // namespace orvanta

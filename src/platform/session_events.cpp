@@ -1,0 +1,48 @@
+#include "platform/session_events.h"
+
+#include <utility>
+#include <vector>
+
+#include "platform/sources.h"
+
+namespace orvanta {
+
+SessionEvents::SessionEvents(dbus::Bus system, dbus::Bus session)
+    : system_(std::move(system)), session_(std::move(session)) {}
+
+void SessionEvents::listen(SessionListener listener) {
+  listener_ = std::move(listener);
+  logind_ = std::make_unique<dbus::Logind>(
+      system_, SessionListener{.lockChanged =
+                                   [this](bool locked) {
+                                     hinted_ = locked;
+                                     changed();
+                                   },
+                               .willSleep = [this] { listener_.willSleep(); },
+                               .didWake = [this] { listener_.didWake(); },
+                               .sessionEnded = [this] { listener_.sessionEnded(); }});
+  lockScreens_ = std::make_unique<dbus::LockScreens>(session_, [this](bool covered) {
+    covered_ = covered;
+    changed();
+  });
+}
+
+void SessionEvents::readyToSleep() {
+  logind_->readyToSleep();
+}
+
+std::string SessionEvents::source() const {
+  std::vector<std::string> names;
+  if (logind_ && logind_->present()) names.emplace_back("logind");
+  if (lockScreens_) {
+    for (auto& name : lockScreens_->present()) names.push_back(std::move(name));
+  }
+  return joinSources(names);
+}
+
+void SessionEvents::changed() {
+  const bool locked = hinted_ || covered_;
+  if (std::exchange(locked_, locked) != locked) listener_.lockChanged(locked);
+}
+
+}  // namespace orvanta

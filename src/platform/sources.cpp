@@ -1,0 +1,77 @@
+#include "platform/sources.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvanta {
+
+FirstForeground::FirstForeground(std::vector<std::unique_ptr<ForegroundProbe>> sources)
+    : sources_(std::move(sources)) {}
+
+ForegroundProbe* FirstForeground::first() const {
+  const auto found = std::find_if(sources_.begin(), sources_.end(),
+                                  [](const auto& source) { return source->titlesReadable(); });
+  return found != sources_.end() ? found->get() : nullptr;
+}
+
+std::optional<FrontmostApp> FirstForeground::frontmostApp() {
+  auto* source = first();
+  return source ? source->frontmostApp() : std::nullopt;
+}
+
+std::optional<std::string> FirstForeground::windowTitle(int32_t pid) {
+  auto* source = first();
+  return source ? source->windowTitle(pid) : std::nullopt;
+}
+
+bool FirstForeground::titlesReadable() {
+  return first() != nullptr;
+}
+
+std::string FirstForeground::source() {
+  auto* source = first();
+  return source ? source->source() : kNoSource;
+}
+
+FirstIdle::FirstIdle(std::vector<std::unique_ptr<IdleSource>> sources)
+    : sources_(std::move(sources)) {}
+
+double FirstIdle::idleSeconds() {
+  const std::lock_guard lock(mutex_);
+  for (const auto& source : sources_) {
+    if (const auto seconds = source->idleSeconds()) return *seconds;
+  }
+  return 0;
+}
+
+std::string FirstIdle::source() {
+  const std::lock_guard lock(mutex_);
+  for (const auto& source : sources_) {
+    if (source->idleSeconds()) return source->source();
+  }
+  return kNoSource;
+}
+
+AnyInhibition::AnyInhibition(std::vector<std::unique_ptr<InhibitionProbe>> sources)
+    : sources_(std::move(sources)) {}
+
+bool AnyInhibition::displayKeptAwake() {
+  return std::any_of(sources_.begin(), sources_.end(),
+                     [](const auto& source) { return source->displayKeptAwake(); });
+}
+
+std::string AnyInhibition::source() {
+  std::vector<std::string> names;
+  for (const auto& source : sources_) {
+    if (auto name = source->source(); name != kNoSource) names.push_back(std::move(name));
+  }
+  return joinSources(names);
+}
+
+std::string joinSources(const std::vector<std::string>& names) {
+  std::string joined;
+  for (const auto& name : names) joined += (joined.empty() ? "" : "+") + name;
+  return joined.empty() ? kNoSource : joined;
+}
+
+}  // namespace orvanta

@@ -1,0 +1,87 @@
+#include "platform/sources.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/published.h"
+#include "platform/sway/tree.h"
+
+namespace orvanta {
+namespace {
+
+struct TestForeground : PublishedForeground {
+  explicit TestForeground(std::string name) : name_(std::move(name)) {}
+  std::string source() override { return name_; }
+  using PublishedForeground::publish;
+  using PublishedForeground::setReadable;
+  const std::string name_;
+};
+
+struct TestIdle : PublishedIdle {
+  std::string source() const override { return "test"; }
+  using PublishedIdle::idled;
+  using PublishedIdle::resumed;
+  using PublishedIdle::setAvailable;
+};
+
+TEST(SourcesTest, TheFirstThatWorksAnswersAndAVanishedOneIsForgotten) {
+  auto first = std::make_unique<TestForeground>("first");
+  auto second = std::make_unique<TestForeground>("second");
+  auto& a = *first;
+  auto& b = *second;
+  std::vector<std::unique_ptr<ForegroundProbe>> both;
+  both.push_back(std::move(first));
+  both.push_back(std::move(second));
+  FirstForeground probe(std::move(both));
+  EXPECT_FALSE(probe.titlesReadable());
+  EXPECT_EQ(probe.source(), kNoSource);
+  EXPECT_EQ(probe.frontmostApp(), std::nullopt);
+
+  b.setReadable(true);
+  b.publish(WindowClaims{.fallbackName = "B", .title = "b", .pid = 2});
+  EXPECT_EQ(probe.frontmostApp(), (FrontmostApp{"B", std::nullopt, 2}));
+  EXPECT_EQ(probe.windowTitle(2), "b");
+  EXPECT_EQ(probe.windowTitle(3), std::nullopt);
+
+  a.setReadable(true);
+  EXPECT_EQ(probe.source(), "first");
+  EXPECT_EQ(probe.frontmostApp(), std::nullopt) << "it sees no window in front";
+  a.publish(WindowClaims{});
+  EXPECT_EQ(probe.frontmostApp()->name, "Inconnu");
+  a.setReadable(false);
+  EXPECT_EQ(probe.source(), "second");
+  a.setReadable(true);
+  EXPECT_EQ(probe.frontmostApp(), std::nullopt) << "what it saw before it went is old";
+}
+
+TEST(SourcesTest, IdleTimeIsCountedFromTheInputBeforeTheNotice) {
+  auto source = std::make_unique<TestIdle>();
+  auto& idle = *source;
+  std::vector<std::unique_ptr<IdleSource>> one;
+  one.push_back(std::move(source));
+  FirstIdle probe(std::move(one));
+  EXPECT_EQ(probe.source(), kNoSource);
+  idle.setAvailable(true);
+  EXPECT_EQ(probe.idleSeconds(), 0);
+  idle.idled();
+  EXPECT_NEAR(probe.idleSeconds(), 2, 0.5);
+  idle.resumed();
+  EXPECT_EQ(probe.idleSeconds(), 0);
+  idle.idled();
+  idle.setAvailable(false);
+  EXPECT_EQ(probe.idleSeconds(), 0) << "nobody can tell";
+}
+
+TEST(SourcesTest, SwayMarksTheWindowThatKeepsTheDisplayAwake) {
+  EXPECT_TRUE(sway::holdsDisplayAwake(
+      R"({"nodes": [{"nodes": [], "floating_nodes": [{"inhibit_idle": true}]}]})"));
+  EXPECT_FALSE(sway::holdsDisplayAwake(R"({"nodes": [{"inhibit_idle": false}]})"));
+  std::string deep;
+  for (int i = 0; i < 100'000; ++i) deep += R"({"nodes": [)";
+  for (const auto& text : {std::string(), std::string("{"), std::string("[true]"),
+                           std::string(R"({"nodes": 7, "inhibit_idle": "yes"})"), deep}) {
+    EXPECT_FALSE(sway::holdsDisplayAwake(text));
+  }
+}
+
+}  // namespace
+}  // namespace orvanta

@@ -1,0 +1,139 @@
+"""A real GNOME Shell without a screen: the extension installed, a log-out, windows and input."""
+
+import os
+import sys
+import time
+import unittest
+
+import dbus
+
+from desktop import end, wait_for
+from wayland_desktop import EDITOR, FIRST, TITLES, Scenario, WaylandDesktop
+
+SHELL = ("org.gnome.Shell", "/org/gnome/Shell")
+REMOTE = "org.gnome.Mutter.RemoteDesktop"
+MOCK = "org.freedesktop.DBus.Mock"
+FOCUS = ("fr.quellvane.orvanta.Focus", "/fr/quellvane/orvanta/Focus")
+ACTIVATE = """
+const window = global.get_window_actors().map(actor => actor.meta_window)
+    .find(each => each.get_wm_class().includes('{name}'));
+window.activate(global.display.get_current_time_roundtrip());
+"""
+
+
+class GnomeDesktop(WaylandDesktop):
+    def start(self):
+        self.env.update(WAYLAND_DISPLAY="gnome-0", XDG_CURRENT_DESKTOP="GNOME",
+                        GSETTINGS_BACKEND="keyfile")
+        self.spawn(sys.executable, "-m", "dbusmock", "--system", "--template", "logind")
+        self.mocks = self.system.connect()
+        wait_for(lambda: self.mocks.name_has_owner("org.freedesktop.login1"), 10, "logind is up")
+        self.bus = self.session.connect()
+        self.log_in()
+
+    def log_in(self):
+        self.shell = self.spawn("gnome-shell", "--headless", "--wayland", "--no-x11",
+                                "--unsafe-mode", "--virtual-monitor", "1280x800",
+                                "--wayland-display", "gnome-0")
+        wait_for(self.leave_overview, 30, "GNOME Shell is up")
+        self.input = None
+
+    def leave_overview(self):
+        try:
+            self.bus.call_blocking(*SHELL, "org.freedesktop.DBus.Properties", "Set", "ssv",
+                                   ("org.gnome.Shell", "OverviewActive", False))
+            return self.evaluate("Main.layoutManager._startingUp") == "false"
+        except dbus.DBusException:
+            return False
+
+    def log_out(self):
+        self.shell.kill()
+        self.shell.wait()
+        wait_for(lambda: not self.bus.name_has_owner(SHELL[0]), 5, "the shell has gone")
+
+    def evaluate(self, script):
+        done, result = self.bus.call_blocking(*SHELL, SHELL[0], "Eval", "s", (script,))
+        assert done, result
+        return result
+
+    def move_pointer(self):
+        if not self.input:
+            path = self.bus.call_blocking(REMOTE, "/org/gnome/Mutter/RemoteDesktop", REMOTE,
+                                          "CreateSession", "", ())
+            self.input = path
+            self.bus.call_blocking(REMOTE, path, REMOTE + ".Session", "Start", "", ())
+        self.send("NotifyPointerMotionRelative", "dd", 1.0, 0.0)
+
+    def press_shift(self):
+        """Brings a keyboard, without which no application thinks that it is active."""
+        self.move_pointer()
+        for down in (True, False):
+            self.send("NotifyKeyboardKeycode", "ub", 42, down)
+
+    def send(self, event, signature, *values):
+        self.bus.call_blocking(REMOTE, self.input, REMOTE + ".Session", event, signature, values)
+
+
+class GnomeTest(Scenario, unittest.TestCase):
+    def setUp(self):
+        self.desktop = GnomeDesktop("gnome-shell", "mousepad", system_bus=True)
+        if self.desktop.missing:
+            self.skipTest(f"GNOME Shell: {self.desktop.missing} not installed")
+        self.addCleanup(self.desktop.stop)
+        self.desktop.start()
+        self.addCleanup(self.desktop.bus.close)
+        self.addCleanup(self.desktop.mocks.close)
+
+    def focus(self, name):
+        self.desktop.evaluate(ACTIVATE.format(name=name))
+        return time.time()
+
+    def touch(self):
+        self.desktop.move_pointer()
+        return time.time()
+
+    def show_windows(self):
+        self.desktop.open_windows()
+        wait_for(lambda: self.desktop.evaluate("global.get_window_actors().length") == "2", 15,
+                 "two windows")
+
+    def test_without_the_extension(self):
+        """What applications tell assistive technologies: enough for most of them."""
+        launcher = self.desktop.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+        self.addCleanup(end, launcher)  # in order, so that it ends the bus that it started
+        wait_for(lambda: self.desktop.bus.name_has_owner("org.a11y.Bus"), 5, "AT-SPI is up")
+        self.show_windows()
+        self.desktop.press_shift()
+        self.focus("titles")
+        watch = self.desktop.watch()
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        self.focus("mousepad")
+        watch.wait_for(bundle=EDITOR)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        self.desktop.retitle("Nouveau titre")
+        watch.wait_for(title="Nouveau titre")
+        self.assertEqual(watch.end()["foreground"], "at-spi")
+
+    def test_install_log_out_and_use(self):
+        desktop = self.desktop
+        watch = desktop.watch("--request")
+        told = wait_for(lambda: [line for line in watch.lines() if "why" in line], 15, "the answer")
+        self.assertIn("installez celle d'Orvanta", told[0]["why"])
+        self.assertIn("fermez votre session", told[0]["then"])
+
+        desktop.log_out()
+        desktop.log_in()
+        self.show_windows()
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        with self.assertRaisesRegex(dbus.DBusException, "Only Orvanta"):
+            desktop.bus.call_blocking(*FOCUS, FOCUS[0], "Current", "", ())
+        self.check_probes(watch, "gnome-extension", "mutter-idle-monitor")
+
+        orvanta = self.check_spans()
+        self.assertEqual(end(orvanta)[0], 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

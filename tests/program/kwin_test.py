@@ -1,0 +1,114 @@
+"""A real KWin without a screen: its window list where it is allowed, its scripts where not."""
+
+import os
+import shutil
+import time
+import unittest
+
+import dbus
+
+from desktop import end, wait_for
+from wayland_desktop import EDITOR, TITLES, Scenario, WaylandDesktop
+
+KWIN = "org.kde.KWin"
+SCRIPTING = "org.kde.kwin.Scripting"
+
+
+class KwinDesktop(WaylandDesktop):
+    def start(self):
+        # A copy has no file capability, which KWin cannot have here.
+        kwin = shutil.copy(shutil.which("kwin_wayland"), self.make_folder("kwin"))
+        self.input = shutil.copy(os.environ["KWIN_INPUT"], self.folder)
+        self.allow(self.input, "org_kde_kwin_fake_input")
+        self.kwin_command = (kwin, "--virtual", "--width", "1280", "--height", "800",
+                             "--no-lockscreen", "--socket", "kwin-0")
+        self.env["WAYLAND_DISPLAY"] = "kwin-0"
+        self.env["XDG_CURRENT_DESKTOP"] = "KDE"
+        self.bus = self.session.connect()
+        self.start_kwin()
+
+    def start_kwin(self):
+        self.kwin = self.spawn(*self.kwin_command)
+        wait_for(self.is_up, 15, "KWin is up")
+
+    def is_up(self):
+        try:
+            self.scripting("isScriptLoaded", "s", "any")
+            return True
+        except dbus.DBusException:
+            return False
+
+    def scripting(self, method, signature, *arguments):
+        return self.bus.call_blocking(KWIN, "/Scripting", SCRIPTING, method, signature, arguments)
+
+    def run_script(self, text):
+        """Runs a script inside KWin."""
+        path = self.write("test.js", text)
+        self.scripting("unloadScript", "s", path)
+        self.scripting("loadScript", "ss", path, path)
+        self.scripting("start", "")
+
+    def allow(self, program, interface="org_kde_plasma_window_management"):
+        """The desktop file of a program that may use the interface."""
+        self.install(os.path.basename(program), f"Name=Test\nExec={program}\n"
+                     f"X-KDE-Wayland-Interfaces={interface}\n")
+
+
+class KwinTest(Scenario, unittest.TestCase):
+    def setUp(self):
+        self.desktop = KwinDesktop("kwin_wayland", "mousepad", "mpv")
+        if self.desktop.missing:
+            self.skipTest(f"KWin: {self.desktop.missing} not installed")
+        self.addCleanup(self.desktop.stop)
+
+    def open_windows(self):
+        self.desktop.start()
+        self.addCleanup(self.desktop.bus.close)
+        self.desktop.open_windows()
+
+    def focus(self, name):
+        self.desktop.run_script(
+            "for (const w of workspace.clientList())"
+            f" if (w.resourceClass.toString().includes('{name}')) workspace.activeClient = w;")
+        return time.time()
+
+    def touch(self):
+        self.assertEqual(self.desktop.run(self.desktop.input).returncode, 0)
+        return time.time()
+
+    def show_windows(self, watch):
+        """Until both are there, whichever comes first."""
+        for name, bundle in (("mousepad", EDITOR), ("titles", TITLES)):
+            def shown():
+                self.focus(name)
+                return watch.lines() and watch.lines()[-1]["bundle"] == bundle
+            wait_for(shown, 15, f"{name} in front")
+
+    def test_allowed_to_see_windows(self):
+        self.desktop.allow(self.desktop.orvanta)
+        self.desktop.allow(os.path.join(self.desktop.folder, "probe-watch"))
+        self.open_windows()
+        watch = self.desktop.watch()
+        self.show_windows(watch)
+        self.check_probes(watch, "plasma-window-management", "ext-idle-notify")
+        orvanta = self.check_spans()
+        self.check_mpv()
+        self.assertEqual(end(orvanta)[0], 0)
+
+    def test_by_a_script_also_after_a_restart(self):
+        self.open_windows()
+        watch = self.desktop.watch()
+        self.show_windows(watch)
+        self.desktop.kwin.kill()
+        self.desktop.kwin.wait()
+        watch.wait_for(app=None)
+        self.desktop.start_kwin()
+        self.desktop.open_windows()
+        self.show_windows(watch)
+        self.check_probes(watch, "kwin-script", "ext-idle-notify")
+        loaded = self.desktop.scripting("isScriptLoaded", "s", "fr.quellvane.orvanta.focus")
+        self.assertFalse(loaded, "nothing is left in KWin")
+
+
+if __name__ == "__main__":
+    unittest.main()

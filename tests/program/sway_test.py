@@ -1,0 +1,92 @@
+"""A real sway without a screen: windows, input, a film, and a compositor that restarts."""
+
+import glob
+import json
+import os
+import time
+import unittest
+
+from desktop import end, wait_for
+from wayland_desktop import FIRST, TITLES, Scenario, WaylandDesktop
+
+CONFIG = """
+xwayland disable
+default_border none
+"""
+
+
+class SwayDesktop(WaylandDesktop):
+    def start(self):
+        for name in ("sway-ipc.*", "wayland-*"):  # of a sway that was killed
+            for old in glob.glob(os.path.join(self.env["XDG_RUNTIME_DIR"], name)):
+                os.remove(old)
+        self.sway = self.spawn(
+            "sway", "-c", self.write("sway.conf", CONFIG),
+            env={"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1",
+                 "WLR_RENDERER": "pixman"})
+        runtime = self.env["XDG_RUNTIME_DIR"]
+        wait_for(lambda: glob.glob(runtime + "/sway-ipc.*") and glob.glob(runtime + "/wayland-?"),
+                 10, "sway is up")
+        self.env["SWAYSOCK"] = glob.glob(runtime + "/sway-ipc.*")[0]
+        self.env["WAYLAND_DISPLAY"] = os.path.basename(glob.glob(runtime + "/wayland-?")[0])
+
+    def message(self, *words):
+        done = self.run("swaymsg", *words)
+        assert done.returncode == 0, done.stdout + done.stderr
+        return done.stdout.decode()
+
+    def app_ids(self):
+        def walk(node):
+            if node.get("app_id"):
+                yield node["app_id"]
+            for child in node.get("nodes", []) + node.get("floating_nodes", []):
+                yield from walk(child)
+        return list(walk(json.loads(self.message("-t", "get_tree"))))
+
+    def open_windows(self):
+        super().open_windows()
+        wait_for(lambda: len(self.app_ids()) == 2, 10, "two windows")
+
+
+class SwayTest(Scenario, unittest.TestCase):
+    def setUp(self):
+        self.desktop = SwayDesktop("sway", "mousepad", "mpv")
+        if self.desktop.missing:
+            self.skipTest(f"sway: {self.desktop.missing} not installed")
+        self.addCleanup(self.desktop.stop)
+        self.desktop.start()
+
+    def focus(self, name):
+        ids = [app for app in self.desktop.app_ids() if name in app]
+        self.desktop.message(f"[app_id={ids[0]}] focus")
+        return time.time()
+
+    def touch(self):
+        self.desktop.message("seat seat0 cursor move 1 0")
+        return time.time()
+
+    def test_windows_titles_idle_and_a_film(self):
+        self.desktop.open_windows()
+        self.check_probes(self.desktop.watch(), "wlr-foreign-toplevel", "kwin-idle")
+        orvanta = self.check_spans()
+        self.check_mpv()
+        self.assertEqual(end(orvanta)[0], 0)
+
+    def test_a_compositor_that_restarts(self):
+        desktop = self.desktop
+        desktop.open_windows()
+        watch = desktop.watch()
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        desktop.sway.kill()
+        desktop.sway.wait()
+        watch.wait_for(app=None, idle=False)
+        desktop.start()
+        desktop.open_windows()
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        self.assertEqual(watch.end()["foreground"], "wlr-foreign-toplevel")
+
+
+if __name__ == "__main__":
+    unittest.main()

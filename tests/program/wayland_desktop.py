@@ -1,0 +1,187 @@
+"""A Wayland session of its own for a test, without a screen, and what every such desktop must show."""
+
+import json
+import os
+import shutil
+import sys
+import time
+
+from desktop import TICK, Desktop, end, output_of, pass_time, wait_for
+
+NOBODY = 65534
+PROBE_WATCH = os.environ["PROBE_WATCH"]
+TITLES = "orvanta-titles"
+EDITOR = "org.xfce.mousepad"
+FIRST = "Première fenêtre — été"
+SECOND = "deuxième.txt"
+
+
+class WaylandDesktop(Desktop):
+    """Compositors refuse to run as root, so root runs the whole session as nobody."""
+
+    def __init__(self, *programs, **options):
+        self.missing = [program for program in programs if not shutil.which(program)]
+        if self.missing:
+            return
+        super().__init__(screen=False, **options)
+        self.env.pop("NO_AT_BRIDGE")
+        self.env.update(XDG_SESSION_TYPE="wayland", LIBGL_ALWAYS_SOFTWARE="1")
+
+    def make_folder(self, name):
+        path = super().make_folder(name)
+        if os.getuid() == 0 and self.prefix is Desktop.prefix:
+            os.chmod(self.folder, 0o755)
+            self.prefix = (*Desktop.prefix, f"--reuid={NOBODY}", f"--regid={NOBODY}",
+                           "--clear-groups", "--inh-caps=-all", "--bounding-set=-all")
+            # Where the tree was checked out may be closed to others.
+            self.orvanta = shutil.copy(self.orvanta, self.folder)
+        if os.getuid() == 0:
+            os.chown(path, NOBODY, NOBODY)
+        return path
+
+    def write(self, name, text):
+        path = os.path.join(self.env["HOME"], name)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        return path
+
+    def install(self, name, text):
+        """A desktop file."""
+        folder = os.path.join(self.env["XDG_DATA_HOME"], "applications")
+        os.makedirs(folder, exist_ok=True)
+        os.chmod(folder, 0o755)
+        with open(os.path.join(folder, f"{name}.desktop"), "w", encoding="utf-8") as file:
+            file.write("[Desktop Entry]\nType=Application\n" + text)
+
+    def open_windows(self):
+        """Two applications; retitle() changes the title of the first."""
+        self.install(TITLES, "Name=Titres\nExec=true\n")
+        self.title = self.write("title", "")
+        self.retitle(FIRST)
+        script = shutil.copy(os.path.join(os.path.dirname(__file__), "titles.py"), self.folder)
+        self.spawn(sys.executable, script, self.title)
+        self.spawn("mousepad", "--disable-server", self.write(SECOND, "à\n"))
+
+    def retitle(self, title):
+        with open(self.title, "a", encoding="utf-8") as file:
+            file.write(title + "\n")
+        return time.time()
+
+    def watch(self, *arguments):
+        return ProbeWatch(self, *arguments)
+
+
+class ProbeWatch:
+    """The program's probes without the program: what they tell, and when."""
+
+    def __init__(self, desktop, *arguments):
+        copy = shutil.copy(PROBE_WATCH, desktop.folder)
+        self.process = desktop.spawn(copy, *arguments)
+
+    def lines(self):
+        with open(self.process.output, encoding="utf-8") as file:
+            return [json.loads(line) for line in file if line.startswith("{")]
+
+    def wait_for(self, seconds=10, **expected):
+        """When the probes first told this after now; the newest answer must still be it."""
+        def shown():
+            lines = self.lines()
+            return lines and all(lines[-1].get(key) == value for key, value in expected.items()) \
+                and lines[-1]
+        try:
+            return wait_for(shown, seconds, f"{expected}")
+        except AssertionError as error:
+            raise AssertionError(f"{error}, but {self.lines()[-3:]}") from None
+
+    def end(self):
+        """The chosen sources and their cost."""
+        status, _ = end(self.process)
+        assert status == 0, (status, output_of(self.process)[-2000:])
+        return self.lines()[-1]
+
+
+def show(desktop, latencies, summary):
+    """For the record of the run."""
+    costs = ", ".join(f"{name} {summary[name + '_cost']['mean_us']:.0f} us"
+                      f" (worst {summary[name + '_cost']['worst_us']:.0f})"
+                      for name in ("foreground", "idle", "inhibition"))
+    seen = ", ".join(f"{name} {seconds * 1000:.0f} ms" for name, seconds in latencies.items())
+    print(f"{desktop}: {summary['foreground']}, {summary['idle']}, {summary['inhibition']}; "
+          f"seen after: {seen}; cost a tick: {costs}")
+
+
+class Scenario:
+    """For a TestCase with `desktop`, focus(part of an application id), touch()."""
+
+    def check_probes(self, watch, foreground, idle):
+        """A focus switch, a title, idle and input, each told by the probes."""
+        desktop = self.desktop
+        latencies = {}
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        switched = self.focus("mousepad")
+        seen = watch.wait_for(bundle=EDITOR)
+        self.assertIn(SECOND, seen["title"])
+        latencies["switch"] = max(0, seen["at"] - switched)
+        self.focus("titles")
+        watch.wait_for(bundle=TITLES, title=FIRST)
+        changed = desktop.retitle("Nouveau titre")
+        latencies["title"] = watch.wait_for(title="Nouveau titre")["at"] - changed
+
+        touched = self.touch()
+        watch.wait_for(idle=False)
+        seen = watch.wait_for(idle=True)
+        self.assertAlmostEqual(seen["at"] - seen["seconds_idle"], touched, delta=1.5)
+        touched = self.touch()
+        latencies["input"] = max(0, watch.wait_for(idle=False)["at"] - touched)
+        summary = watch.end()
+        show(self.id().split(".")[0], latencies, summary)
+        self.assertEqual((summary["foreground"], summary["idle"]), (foreground, idle))
+        for latency in latencies.values():
+            self.assertLess(latency, 1)
+        for name in ("foreground_cost", "idle_cost"):
+            self.assertLess(summary[name]["mean_us"], 1000)
+        self.assertLess(summary["inhibition_cost"]["mean_us"], 10_000)
+        return summary
+
+    def check_spans(self):
+        """The same as spans in the store."""
+        desktop = self.desktop
+        desktop.set_setting("idle_threshold", "5")
+        desktop.set_setting("min_span_seconds", "2")
+        desktop.retitle(FIRST)
+        self.focus("titles")
+        self.touch()
+        started = time.time()
+        orvanta = desktop.start_orvanta()
+        wait_for(lambda: desktop.spans()[-1]["bundle"] == TITLES, 3 * TICK, "the first window", self.touch)
+        first = desktop.spans()[-1]
+        self.assertEqual((first["title"], first["idle"]), (FIRST, 0))
+        self.assertAlmostEqual(first["start"], started, delta=2 * TICK)
+
+        switched = self.focus("mousepad")
+        wait_for(lambda: desktop.spans()[-1]["bundle"] == EDITOR, 4 * TICK,
+                 "the second window", self.touch)
+        span = desktop.spans()[-1]
+        self.assertIn(SECOND, span["title"])
+        self.assertAlmostEqual(span["start"], switched, delta=TICK)
+
+        last_input = self.touch()
+        wait_for(lambda: desktop.spans()[-1]["idle"], 5 + 3 * TICK, "idle")
+        self.assertAlmostEqual(desktop.spans()[-1]["start"], last_input, delta=TICK)
+        back = self.touch()
+        wait_for(lambda: not desktop.spans()[-1]["idle"], 2 * TICK, "back", self.touch)
+        span = desktop.spans()[-1]
+        self.assertEqual(span["bundle"], EDITOR)
+        self.assertAlmostEqual(span["start"], back, delta=TICK)
+        return orvanta
+
+    def check_mpv(self):
+        """A film for longer than the idle threshold of check_spans(), then the end of it."""
+        begun = len(self.desktop.spans())
+        film = self.desktop.spawn("mpv", "--vo=wlshm", "--no-config", "av://lavfi:testsrc=size=64x64")
+        self.touch()
+        pass_time(5 + 2 * TICK)
+        self.assertFalse(any(span["idle"] for span in self.desktop.spans()[begun:]))
+        end(film)
+        wait_for(lambda: self.desktop.spans()[-1]["idle"], 5 + 2 * TICK, "idle after the film")
