@@ -9,6 +9,7 @@
 #include "app/application.h"
 #include "app/csv_export.h"
 #include "app/route_call.h"
+#include "browser/browser_setup.h"
 #include "platform/desktop.h"
 #include "storage/data_location.h"
 
@@ -21,6 +22,8 @@ constexpr auto kUsage =
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
+    "        orvanta --connect-browsers    prépare les navigateurs, dit comment ajouter "
+    "l'extension\n"
     "        orvanta --version\n"
     "        orvanta --help\n";
 
@@ -66,6 +69,11 @@ int exportCsv(const std::vector<std::string>& words) {
   return exportCsvFile(Analytics(db, wallClock), words);
 }
 
+int connectBrowsers() {
+  printAsIs(BrowserSetup::ofUser().connectAll().c_str());
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -75,6 +83,7 @@ int main(int argc, char** argv) {
   if (words.empty()) return Application().run(argc, argv);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
+  if (words.front() == "--connect-browsers") return connectBrowsers();
   if (words.front() == "--version") {
     std::puts("orvanta " ORVANTA_VERSION);
     return 0;

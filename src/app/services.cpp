@@ -3,6 +3,8 @@
 #include <glibmm/datetime.h>
 #include <glibmm/main.h>
 
+#include "base/program_files.h"
+#include "browser/tab_socket.h"
 #include "classify/defaults.h"
 
 namespace orvanta {
@@ -13,7 +15,13 @@ Services::Services(DataLock held)
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
       sessionBus(connectBus(Gio::DBus::BusType::SESSION)),
       desktop(observeDesktop(systemBus, sessionBus, systemLog)),
-      collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition),
+      browserTabs(
+          ownProgram("orvanta-tab"), tabSocketFolder(),
+          [this](int32_t pid) { return desktop.foreground->windowTitle(pid); }, runChild, wallClock,
+          systemLog),
+      browserConnection(browserTabs, BrowserSetup::ofUser()),
+      collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition,
+                 [this](const FrontmostApp& app) { return browserTabs.browserTab(app); }),
       tracker(db, collectors),
       analytics(db, wallClock),
       router(analytics),
@@ -29,6 +37,7 @@ Services::Services(DataLock held)
                              },
                          .didWake = [this] { tracker.didWake(); }}),
       bridge("orvanta.bridge") {
+  BrowserSetup::ofUser().refresh();
   seedDefaults(db, wallClock);
   tracker.applyRetention();
   tracker.start();

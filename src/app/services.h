@@ -4,6 +4,7 @@
 #include "app/application.h"
 #include "base/serial_queue.h"
 #include "bridge/router.h"
+#include "capture/browser_connection.h"
 #include "capture/collectors.h"
 #include "capture/tracker.h"
 #include "platform/dbus/logind.h"
@@ -27,6 +28,8 @@ struct Services {
   Glib::RefPtr<Gio::DBus::Connection> systemBus;
   Glib::RefPtr<Gio::DBus::Connection> sessionBus;
   Desktop desktop;
+  BrowserTabs browserTabs;
+  BrowserConnection browserConnection;
   Collectors collectors;
   Tracker tracker;
   Analytics analytics;
