@@ -10,6 +10,7 @@
 #include "app/csv_export.h"
 #include "app/route_call.h"
 #include "browser/browser_setup.h"
+#include "platform/dbus/accessibility_switch.h"
 #include "platform/desktop.h"
 #include "storage/data_location.h"
 
@@ -24,6 +25,9 @@ constexpr auto kUsage =
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
     "        orvanta --connect-browsers    prépare les navigateurs, dit comment ajouter "
     "l'extension\n"
+    "        orvanta --accessibility       active l'accessibilité du bureau, pour lire l'onglet "
+    "sans\n"
+    "                                      extension (ralentit un peu toutes les applications)\n"
     "        orvanta --version\n"
     "        orvanta --help\n";
 
@@ -69,6 +73,12 @@ int exportCsv(const std::vector<std::string>& words) {
   return exportCsvFile(Analytics(db, wallClock), words);
 }
 
+int switchAccessibilityOn() {
+  if (dbus::switchAccessibilityOn(connectBus(Gio::DBus::BusType::SESSION))) return 0;
+  std::fputs("Orvanta : ce bureau n'a pas de service d'accessibilité\n", stderr);
+  return 1;
+}
+
 int connectBrowsers() {
   printAsIs(BrowserSetup::ofUser().connectAll().c_str());
   return 0;
@@ -84,6 +94,7 @@ int main(int argc, char** argv) {
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--connect-browsers") return connectBrowsers();
+  if (words.front() == "--accessibility") return switchAccessibilityOn();
   if (words.front() == "--version") {
     std::puts("orvanta " ORVANTA_VERSION);
     return 0;
