@@ -71,10 +71,13 @@ async function report() {
 // --- The focus ---
 
 // "No window" may mean a private window or another program. But Firefox also says it on the way from
-// one window to another, and Chromium after it named a new window: then a window says that it has
-// the focus.
+// one window to another, and Chromium after it named a new window; so the windows are asked then.
+// What no event told is asked again and again: no event might tell its end either.
 const UNFOCUS_DELAY = 100; // milliseconds
-let unfocusTimer = 0;
+const ASK_EVERY = 1000;
+let askTimer = 0;
+let turn = 0; // what is asked before an event and answered after it, is old
+let unsure = true;
 
 async function focusedWindow() {
   const windows = await api.windows.getAll();
@@ -82,35 +85,27 @@ async function focusedWindow() {
 }
 
 function setFocus(window) {
-  clearTimeout(unfocusTimer);
-  unfocusTimer = 0;
+  if (window === focused) return;
   focused = window;
   report();
 }
 
-async function lookForFocus() {
-  const timer = unfocusTimer;
+async function askFocus() {
+  const asked = turn;
   const window = await focusedWindow();
-  if (timer === unfocusTimer) setFocus(window); // else the browser told something newer
+  if (asked !== turn) return;
+  setFocus(window);
+  unsure ||= window !== NO_WINDOW;
+  if (unsure) askTimer = setTimeout(askFocus, ASK_EVERY);
 }
-
-let told = false; // whether the browser has told anything about the focus
 
 api.windows.onFocusChanged.addListener((window) => {
-  told = true;
-  if (window !== NO_WINDOW) return setFocus(window);
-  clearTimeout(unfocusTimer);
-  unfocusTimer = setTimeout(lookForFocus, UNFOCUS_DELAY);
+  clearTimeout(askTimer);
+  ++turn;
+  unsure = false;
+  if (window !== NO_WINDOW) setFocus(window);
+  else askTimer = setTimeout(askFocus, UNFOCUS_DELAY);
 });
-
-// A window that had the focus before this script ran sends no event, not even when the user comes
-// back to it from another program.
-async function findFirstFocus(delay) {
-  const window = await focusedWindow();
-  if (told) return;
-  if (window !== NO_WINDOW) return setFocus(window);
-  setTimeout(findFirstFocus, delay, Math.min(delay * 2, LONGEST_RETRY));
-}
 
 // --- What can change the answer ---
 
@@ -130,4 +125,4 @@ api.runtime.onStartup.addListener(() => {});
 api.runtime.onInstalled.addListener(() => {});
 
 connect();
-findFirstFocus(FIRST_RETRY);
+askFocus();

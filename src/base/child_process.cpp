@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -56,8 +56,9 @@ struct Attributes {
 
 // As execve takes them.
 std::vector<char*> pointers(const std::vector<std::string>& words) {
-  std::vector<char*> list;
-  for (const auto& word : words) list.push_back(const_cast<char*>(word.c_str()));
+  std::vector<char*> list(words.size());
+  std::transform(words.begin(), words.end(), list.begin(),
+                 [](const std::string& word) { return const_cast<char*>(word.c_str()); });
   return list;
 }
 

@@ -1,11 +1,12 @@
 #include "base/processes.h"
 
 #include <sys/stat.h>
-#include <time.h>
+
 #include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

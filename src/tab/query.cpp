@@ -1,11 +1,11 @@
 #include "tab/query.h"
 
-#include <signal.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>

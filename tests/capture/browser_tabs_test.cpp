@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "browser/tab_socket.h"
+#include "capture/browser_connection.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 
@@ -137,6 +138,21 @@ TEST_F(BrowserTabsTest, AWindowTitleServesOnlyWhenItIsSurelyNoPrivateOne) {
   EXPECT_FALSE(read("firefox").title);
   title = "Une page - Chromium";
   EXPECT_FALSE(read("chromium").title);
+}
+
+TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
+  helper("echo \"l'extension n'est pas connectée\" >&2; exit 3");
+  BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, ORVANTA_DATA});
+  EXPECT_EQ(connection.test("com.apple.TextEdit").error, "navigateur inconnu");
+  EXPECT_EQ(connection.test("com.vivaldi.Vivaldi").error,
+            "l'extension n'est pas connectée. Ouvrez Vivaldi, puis recommencez.");
+  EXPECT_EQ(callsSoFar(), "--test com.vivaldi.Vivaldi\n");
+  EXPECT_TRUE(fs::exists(folder.path() / "vivaldi/NativeMessagingHosts"));
+  helper("printf 'https://a.fr/\\nA'");
+  connection.resetBrowserCooldowns();
+  const auto result = connection.test("vivaldi-stable");
+  EXPECT_EQ(result.output, "https://a.fr/\nA");
+  EXPECT_EQ(result.error, "");
 }
 
 // Hosts of this very process, each on a thread until the test ends.
