@@ -1,13 +1,11 @@
 #include "browser/browsers.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <filesystem>
+#include <algorithm>
 
-#include "support/temp_store.h"
+#include "support/fake_browser.h"
 
 namespace orvanta {
 namespace {
@@ -37,28 +35,24 @@ TEST(Browsers, AreKnownByEveryName) {
 }
 
 TEST(Browsers, AreKnownByTheirProcess) {
-  const test::TempFolder folder;
-  const auto program = folder.path() / "firefox-esr";
-  std::filesystem::copy_file("/bin/sleep", program);
   const auto browserOf = [](const char* bundle, int pid) {
     const auto* browser = browserOfWindow(bundle, pid);
     return browser ? browser->bundle : "";
   };
-  const auto count = [] { return runningBrowsers().size(); };
-  const auto before = count();
-  const pid_t pid = fork();
-  if (pid == 0) {
-    execl(program.c_str(), program.c_str(), "9", nullptr);
-    _exit(1);
+  const auto before = runningBrowsers().size();
+  int32_t pid = 0;
+  {
+    const test::FakeBrowser firefox("firefox-esr");
+    pid = firefox.pid();
+    const auto running = runningBrowsers();
+    EXPECT_EQ(running.size(), before + 1);
+    EXPECT_TRUE(std::any_of(running.begin(), running.end(), [&](const RunningBrowser& one) {
+      return one.pid == pid && one.browser->name == "Firefox";
+    }));
+    EXPECT_EQ(browserOf("userapp-Firefox-7XKQZ1", pid), "org.mozilla.firefox");
+    EXPECT_EQ(browserOf("chromium", pid), "org.chromium.Chromium");
+    EXPECT_EQ(browserOf("chrome-cinhimbnkkaeohfgghhklpknlkffjgod-Default", pid), "");
   }
-  while (!browserOfProcess(pid)) usleep(1000);
-  EXPECT_EQ(count(), before + 1);
-  EXPECT_EQ(runningBrowsers().back().pid, pid);
-  EXPECT_EQ(browserOf("userapp-Firefox-7XKQZ1", pid), "org.mozilla.firefox");
-  EXPECT_EQ(browserOf("chromium", pid), "org.chromium.Chromium");
-  EXPECT_EQ(browserOf("chrome-cinhimbnkkaeohfgghhklpknlkffjgod-Default", pid), "");
-  kill(pid, SIGKILL);
-  waitpid(pid, nullptr, 0);
   EXPECT_EQ(browserOf("userapp-Firefox-7XKQZ1", pid), "");
   EXPECT_EQ(browserOf("org.gnome.Terminal", getpid()), "");
 }

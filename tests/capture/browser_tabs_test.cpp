@@ -12,6 +12,7 @@
 
 #include "browser/tab_socket.h"
 #include "capture/browser_connection.h"
+#include "support/fake_browser.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 
@@ -155,10 +156,11 @@ TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
   EXPECT_EQ(result.error, "");
 }
 
-// Hosts of this very process, each on a thread until the test ends.
+// The host of a browser, on a thread until the test ends.
 class Host {
  public:
-  Host(const fs::path& folder, int32_t number, TabState state) : server_(folder, getpid(), number) {
+  Host(const fs::path& folder, int32_t number, TabState state, int32_t browser = getpid())
+      : server_(folder, browser, number) {
     server_.setState(std::move(state));
     thread_ = std::thread([this] {
       while (!stop_) {
@@ -204,6 +206,15 @@ TEST_F(BrowserTabsTest, TheExtensionIsAskedWithoutAHelper) {
   }
   EXPECT_EQ(callsSoFar(), "--tab org.mozilla.firefox 1\n");
   EXPECT_TRUE(tabHosts(sockets).empty());
+}
+
+TEST_F(BrowserTabsTest, WhereTheDesktopTellsNoProcessTheBrowserDoes) {
+  helper("exit 0");
+  const test::FakeBrowser firefox("firefox-esr");
+  const Host host(sockets, 1, {ActiveTab{"https://a.fr/", "A"}, 10}, firefox.pid());
+  const Host other(sockets, 2, {ActiveTab{"https://b.fr/", "B"}, 20});
+  EXPECT_EQ(read("firefox").url, "https://a.fr/");
+  EXPECT_FALSE(read("librewolf").url);
 }
 
 TEST_F(BrowserTabsTest, DeadAndMuteHostsHoldNobodyUp) {
