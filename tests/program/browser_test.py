@@ -112,7 +112,9 @@ class BrowserTest(unittest.TestCase):
         # In a memory of its own: the user's settings are not the test's to change.
         self.desktop.env.pop("NO_AT_BRIDGE")
         self.desktop.env.pop("GTK_A11Y")
-        self.desktop.spawn("/usr/libexec/at-spi-bus-launcher", env={"GSETTINGS_BACKEND": "memory"})
+        service = self.desktop.spawn("/usr/libexec/at-spi-bus-launcher",
+                                     env={"GSETTINGS_BACKEND": "memory"})
+        self.addCleanup(end, service)  # in order: it has a message bus of its own to end
         bus = self.desktop.session.connect()
         wait_for(lambda: bus.name_has_owner("org.a11y.Bus"), 5, "the accessibility service")
 
