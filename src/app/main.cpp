@@ -10,6 +10,8 @@
 #include "app/application.h"
 #include "app/csv_export.h"
 #include "app/route_call.h"
+#include "browser/browser_setup.h"
+#include "platform/dbus/accessibility_switch.h"
 #include "platform/desktop.h"
 #include "storage/data_location.h"
 
@@ -26,6 +28,11 @@ constexpr auto kUsage =
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
+    "        orvanta --connect-browsers    prépare les navigateurs, dit comment ajouter "
+    "l'extension\n"
+    "        orvanta --accessibility       active l'accessibilité du bureau, pour lire l'onglet "
+    "sans\n"
+    "                                      extension (ralentit un peu toutes les applications)\n"
     "        orvanta --version\n"
     "        orvanta --help\n";
 
@@ -81,6 +88,17 @@ int exportCsv(const std::vector<std::string>& words) {
   return exportCsvFile(Analytics(db, wallClock), words);
 }
 
+int switchAccessibilityOn() {
+  if (dbus::switchAccessibilityOn(connectBus(Gio::DBus::BusType::SESSION))) return 0;
+  std::fputs("Orvanta : ce bureau n'a pas de service d'accessibilité\n", stderr);
+  return 1;
+}
+
+int connectBrowsers() {
+  printAsIs(BrowserSetup::ofUser().connectAll().c_str());
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -92,6 +110,8 @@ int main(int argc, char** argv) {
   if (startsApplication(words)) return Application().run(argc, argv);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
+  if (words.front() == "--connect-browsers") return connectBrowsers();
+  if (words.front() == "--accessibility") return switchAccessibilityOn();
   if (words.front() == "--version") {
     std::puts("orvanta " ORVANTA_VERSION);
     return 0;

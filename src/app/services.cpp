@@ -2,7 +2,9 @@
 
 #include <utility>
 
-#include "app/program_files.h"
+#include "base/program_files.h"
+#include "browser/browser_setup.h"
+#include "browser/tab_socket.h"
 #include "platform/desktop_actions.h"
 
 namespace orvanta {
@@ -13,7 +15,13 @@ Services::Services(DataLock held, Hooks hooks)
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
       sessionBus(connectBus(Gio::DBus::BusType::SESSION)),
       desktop(observeDesktop(systemBus, sessionBus, systemLog)),
-      collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition),
+      browserTabs(
+          ownProgram("orvanta-tab"), tabSocketFolder(),
+          [this](int32_t pid) { return desktop.foreground->windowTitle(pid); }, runChild, wallClock,
+          systemLog),
+      browserConnection(browserTabs, BrowserSetup::ofUser()),
+      collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition,
+                 [this](const FrontmostApp& app) { return browserTabs.browserTab(app); }),
       tracker(db, collectors),
       analytics(db, wallClock),
       telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl(), hooks.refreshMenu),
@@ -23,12 +31,13 @@ Services::Services(DataLock held, Hooks hooks)
               .telemetry = telemetry,
               .loginItem = LoginItem::ofUser(),
               .platform = platformActions(hooks)}),
-      dashboard(besideProgram("orvanta-dashboard"), router, systemLog),
+      dashboard(ownProgram("orvanta-dashboard"), router, systemLog),
       sessionClient(sessionBus, kApplicationId, [this, quit = hooks.quit] {
         tracker.shutdown();  // before the session manager hears that we are ready
         quit();
       }) {
   db.setErrorReport([this](const std::string& message) { telemetry.reportError(message); });
+  BrowserSetup::ofUser().refresh();
   desktop.session->listen({.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
                            .willSleep =
                                [this] {
@@ -62,6 +71,24 @@ PlatformActions Services::platformActions(const Hooks& hooks) {
   });
   actions.whyTitlesAreMissing = [this] { return desktop.whyTitlesAreMissing(); };
   actions.accessibilityGranted = [this] { return collectors.accessibilityGranted(); };
+  actions.runningBrowsers = [] {
+    std::vector<BrowserName> names;
+    for (const auto& running : runningBrowsers()) {
+      names.push_back({std::string(running.browser->bundle), std::string(running.browser->name)});
+    }
+    return names;
+  };
+  actions.isBrowser = [](const std::string& bundle) {
+    return BrowserConnection::browserScript(bundle).has_value();
+  };
+  actions.testBrowser = [this](const std::string& bundle) {
+    browserConnection.resetBrowserCooldowns();
+    auto result = browserConnection.test(bundle);
+    browserConnection.resetBrowserCooldowns();  // the capture is not held back by the test
+    return BrowserTest{.ok = result.output.has_value(), .error = std::move(result.error)};
+  };
+  actions.openAutomation =
+      onMainThread([this] { openFile(browserConnection.helpPage(), systemLog); });
   actions.openUrl = [this](const std::string& url) {
     mainThread.post([url] { openUrl(url, systemLog); });
   };

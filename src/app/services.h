@@ -7,6 +7,7 @@
 #include "base/main_thread.h"
 #include "bridge/dashboard_window.h"
 #include "bridge/router.h"
+#include "capture/browser_connection.h"
 #include "capture/collectors.h"
 #include "capture/tracker.h"
 #include "platform/dbus/session_client.h"
@@ -37,6 +38,8 @@ struct Services {
   Glib::RefPtr<Gio::DBus::Connection> sessionBus;
   MainThread mainThread;
   Desktop desktop;
+  BrowserTabs browserTabs;
+  BrowserConnection browserConnection;
   Collectors collectors;
   Tracker tracker;
   Analytics analytics;

@@ -22,8 +22,8 @@ std::optional<std::string> Collectors::windowTitle(int32_t pid) const {
   return std::string(trimmed);
 }
 
-BrowserTab Collectors::browserTab(const std::optional<std::string>& bundle) const {
-  return bundle && tabs_ ? tabs_(*bundle) : BrowserTab();
+std::optional<BrowserTab> Collectors::browserTab(const FrontmostApp& app) const {
+  return tabs_ ? tabs_(app) : std::nullopt;
 }
 
 bool isLoginWindow(const std::optional<std::string>& bundle) {

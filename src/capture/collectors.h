@@ -15,8 +15,10 @@ struct BrowserTab {
   std::optional<std::string> title;
 };
 
-/// Reads the active tab of the browser with this desktop-file id; nothing for any other program.
-using TabReader = std::function<BrowserTab(const std::string& bundle)>;
+/// Reads the active tab when the application is a browser; absent for any other. A browser's window
+/// title is the reader's business as well: the window may be a private one, whose title must not be
+/// recorded.
+using TabReader = std::function<std::optional<BrowserTab>(const FrontmostApp& app)>;
 
 /// All that can be observed, from whichever desktop services were chosen at start. Holds no state
 /// of its own. Called from the tracker's queue; the probes outlive it.
@@ -30,7 +32,7 @@ class Collectors {
   bool accessibilityGranted() const { return foreground_.titlesReadable(); }
   double idleSeconds() const { return idle_.idleSeconds(); }
   bool mediaPlaying() const { return inhibition_.displayKeptAwake(); }
-  BrowserTab browserTab(const std::optional<std::string>& bundle) const;
+  std::optional<BrowserTab> browserTab(const FrontmostApp& app) const;
 
  private:
   ForegroundProbe& foreground_;

@@ -86,15 +86,16 @@ Sample Engine::observeForeground() {
   if (!app) return {.app = "Inconnu"};
   if (isLoginWindow(app->bundle)) return Sample::idleSample();
 
-  auto tab = collectors_.browserTab(app->bundle);
+  auto tab = collectors_.browserTab(*app);
+  if (!tab) tab = BrowserTab{.url = {}, .title = collectors_.windowTitle(app->pid)};
   Sample sample{.app = app->name, .bundle = app->bundle};
-  sample.domain = domainOf(tab.url);
+  sample.domain = domainOf(tab->url);
   if (sample.domain && excluded(*sample.domain)) {
     sample.domain.reset();
     return sample;
   }
-  sample.url = std::move(tab.url);
-  sample.title = tab.title ? std::move(tab.title) : collectors_.windowTitle(app->pid);
+  sample.url = std::move(tab->url);
+  sample.title = std::move(tab->title);
   if ((sample.title || sample.url) && db_.setting("privacy_mode") == "domain") {
     sample.title.reset();
     sample.url.reset();

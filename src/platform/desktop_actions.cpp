@@ -35,6 +35,10 @@ void openUrl(const std::string& url, const Log& log) {
   if (mayBeOpened(url)) launch(url, log);
 }
 
+void openFile(const std::filesystem::path& file, const Log& log) {
+  launch(Gio::File::create_for_path(file.string())->get_uri(), log);
+}
+
 void revealFile(const Glib::RefPtr<Gio::DBus::Connection>& session,
                 const std::filesystem::path& file, const Log& log) {
   const auto folder = Gio::File::create_for_path(file.parent_path().string())->get_uri();

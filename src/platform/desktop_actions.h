@@ -14,6 +14,10 @@ namespace orvanta {
 /// and is refused. Main thread; returns at once, a failure is logged.
 void openUrl(const std::string& url, const Log& log);
 
+/// Opens a file of ours in the user's program for it. Main thread; returns at once, a failure is
+/// logged.
+void openFile(const std::filesystem::path& file, const Log& log);
+
 /// Shows the file in the file manager (org.freedesktop.FileManager1), or where none answers on
 /// `session` opens its folder. Main thread; returns at once.
 void revealFile(const Glib::RefPtr<Gio::DBus::Connection>& session,

@@ -217,9 +217,14 @@ TEST_F(EngineTest, KeepsTheTitleSeenLongestWithItsUrl) {
   EXPECT_EQ(lastSpan().str("domain"), "exemple.fr");
 }
 
-TEST_F(EngineTest, WithoutATabTheWindowTitleServes) {
+TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {
   desktop.browse("", "");
-  desktop.tabs.begin()->second = {};
+  desktop.tabs.begin()->second = {};  // a private window
+  run(2);
+  EXPECT_FALSE(lastSpan().str("title"));
+  EXPECT_FALSE(lastSpan().str("url"));
+  engine.finish();
+  desktop.tabs.clear();
   run(2);
   EXPECT_EQ(lastSpan().str("title"), "titre de fenêtre");
   EXPECT_FALSE(lastSpan().str("url"));

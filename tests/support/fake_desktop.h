@@ -39,9 +39,11 @@ struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
   }
   std::string source() override { return "fake"; }
 
-  Collectors collectors{*this, *this, *this, [this](const std::string& bundle) {
-                          const auto tab = tabs.find(bundle);
-                          return tab != tabs.end() ? tab->second : BrowserTab();
+  Collectors collectors{*this, *this, *this,
+                        [this](const FrontmostApp& front) -> std::optional<BrowserTab> {
+                          const auto tab = tabs.find(front.bundle.value_or(""));
+                          if (tab == tabs.end()) return {};
+                          return tab->second;
                         }};
 };
 

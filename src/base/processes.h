@@ -1,0 +1,27 @@
+// What runs on this machine, by procfs (the manual page proc(5)).
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvanta {
+
+/// The program file that the process runs: an absolute path, in the process's own view of the file
+/// system. Empty when the process is gone or is somebody else's.
+std::string programOf(int32_t pid);
+
+/// The words that the process was started with.
+std::vector<std::string> commandLineOf(int32_t pid);
+
+/// Absent when the process is gone.
+std::optional<int32_t> parentOf(int32_t pid);
+
+/// Seconds since the process was started; absent when it is gone.
+std::optional<double> ageOf(int32_t pid);
+
+/// All processes of this user, in the order of their numbers: about the order of their start.
+std::vector<int32_t> ownProcesses();
+
+}  // namespace orvanta

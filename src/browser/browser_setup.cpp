@@ -1,0 +1,217 @@
+#include "browser/browser_setup.h"
+
+#include <fmt/format.h>
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+#include "base/processes.h"
+#include "base/program_files.h"
+
+namespace orvanta {
+namespace {
+
+namespace fs = std::filesystem;
+namespace json = boost::json;
+
+constexpr auto kManifest = "fr.quellvane.orvanta.tab.json";
+
+struct Place {
+  std::string_view bundle;
+  std::string_view folder;
+};
+
+// Where Chromium's kin keep their profiles, below the configuration folder.
+constexpr std::array kConfigFolders{
+    Place{"com.google.Chrome", "google-chrome"},
+    Place{"com.google.Chrome", "google-chrome-beta"},
+    Place{"com.google.Chrome.canary", "google-chrome-unstable"},
+    Place{"com.google.Chrome.canary", "google-chrome-canary"},
+    Place{"com.brave.Browser", "BraveSoftware/Brave-Browser"},
+    Place{"com.microsoft.edgemac", "microsoft-edge"},
+    Place{"com.microsoft.edgemac", "microsoft-edge-beta"},
+    Place{"com.microsoft.edgemac", "microsoft-edge-dev"},
+    Place{"com.vivaldi.Vivaldi", "vivaldi"},
+    Place{"org.chromium.Chromium", "chromium"},
+    Place{"com.operasoftware.Opera", "opera"},
+};
+
+// Where Firefox's kin look for manifests, below the home folder.
+constexpr std::array kHomeFolders{
+    Place{"org.mozilla.firefox", ".mozilla"},
+    Place{"io.gitlab.librewolf-community", ".librewolf"},
+};
+
+std::string contents(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool isThere(const fs::path& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+fs::path userDataFolder(int32_t pid) {
+  constexpr std::string_view kOption = "--user-data-dir=";
+  for (const auto& word : commandLineOf(pid)) {
+    if (word.starts_with(kOption)) return word.substr(kOption.size());
+  }
+  return {};
+}
+
+// How a running browser was packaged, when that keeps it from starting our program.
+std::optional<std::string_view> sandboxOf(int32_t pid) {
+  if (isThere(fs::path("/proc") / std::to_string(pid) / "root/.flatpak-info")) return "Flatpak";
+  if (programOf(pid).starts_with("/snap/")) return "Snap";
+  return {};
+}
+
+}  // namespace
+
+BrowserSetup::Folders BrowserSetup::Folders::ofUser() {
+  return {g_get_home_dir(), g_get_user_config_dir()};
+}
+
+BrowserSetup::BrowserSetup(Folders folders, fs::path helper, fs::path data)
+    : folders_(std::move(folders)), helper_(std::move(helper)), data_(std::move(data)) {}
+
+BrowserSetup BrowserSetup::ofUser() {
+  return {Folders::ofUser(), ownProgram("orvanta-tab"), ownData("")};
+}
+
+bool BrowserSetup::takesExtension(const Browser& browser) {
+  const auto same = [&](const Place& place) { return place.bundle == browser.bundle; };
+  return std::any_of(kConfigFolders.begin(), kConfigFolders.end(), same) ||
+         std::any_of(kHomeFolders.begin(), kHomeFolders.end(), same);
+}
+
+std::vector<fs::path> BrowserSetup::profileFolders(const Browser& browser) const {
+  std::vector<fs::path> found;
+  for (const auto& place : kConfigFolders) {
+    if (place.bundle == browser.bundle) found.push_back(folders_.config / place.folder);
+  }
+  for (const auto& place : kHomeFolders) {
+    if (place.bundle == browser.bundle) found.push_back(folders_.home / place.folder);
+  }
+  return found;
+}
+
+std::vector<fs::path> BrowserSetup::manifestFolders(const Browser& browser) const {
+  const bool firefox = browser.kind == BrowserKind::kFirefox;
+  const auto profiles = profileFolders(browser);
+  std::vector<fs::path> folders;
+  for (const auto& profile : profiles) {
+    // Of several editions those that are there; of none, the usual one.
+    if (&profile != &profiles.front() && !isThere(profile)) continue;
+    folders.push_back(profile / (firefox ? "native-messaging-hosts" : "NativeMessagingHosts"));
+  }
+  if (firefox) return folders;
+  for (const auto& running : runningBrowsers()) {
+    const auto own = running.browser == &browser ? userDataFolder(running.pid) : fs::path();
+    if (own.is_absolute()) folders.push_back(own / "NativeMessagingHosts");
+  }
+  return folders;
+}
+
+std::string BrowserSetup::write(const Browser& browser, const fs::path& folder) const {
+  const bool firefox = browser.kind == BrowserKind::kFirefox;
+  const auto source = data_ / "native-messaging" / (firefox ? "firefox.json" : "chromium.json");
+  boost::system::error_code broken;
+  auto manifest = json::parse(contents(source), broken);
+  if (broken || !manifest.is_object()) return source.string() + " : fichier manquant ou abîmé";
+  manifest.get_object()["path"] = helper_.string();
+  const auto text = json::serialize(manifest) + "\n";
+  const auto file = folder / kManifest;
+  if (contents(file) == text) return {};
+  constexpr int kOwnerOnly = 0700;
+  if (g_mkdir_with_parents(folder.c_str(), kOwnerOnly) != 0) {
+    return folder.string() + " : " + g_strerror(errno);
+  }
+  GError* raw = nullptr;
+  if (g_file_set_contents(file.c_str(), text.data(), static_cast<gssize>(text.size()), &raw) !=
+      FALSE) {
+    return {};
+  }
+  const std::unique_ptr<GError, decltype(&g_error_free)> error(raw, g_error_free);
+  return error->message;
+}
+
+std::string BrowserSetup::connect(const Browser& browser) const {
+  std::string problem;
+  for (const auto& folder : manifestFolders(browser)) {
+    const auto failed = write(browser, folder);
+    if (!failed.empty()) problem = failed;
+  }
+  return problem;
+}
+
+std::string BrowserSetup::connectAll() const {
+  const auto running = runningBrowsers();
+  std::string text;
+  for (const auto& browser : browsers()) {
+    if (!takesExtension(browser)) continue;
+    const auto profiles = profileFolders(browser);
+    const bool installed =
+        std::any_of(profiles.begin(), profiles.end(), isThere) ||
+        std::any_of(running.begin(), running.end(),
+                    [&](const RunningBrowser& one) { return one.browser == &browser; }) ||
+        (browser.bundle == "org.mozilla.firefox" && isThere(folders_.config / "mozilla"));
+    if (!installed) continue;
+    const auto problem = connect(browser);
+    text += problem.empty() ? fmt::format("{} est prêt. {}\n", browser.name, advice(browser))
+                            : fmt::format("{} : {}\n", browser.name, problem);
+  }
+  return text.empty() ? "Aucun navigateur connu n'a été trouvé.\n" : text;
+}
+
+void BrowserSetup::refresh() const {
+  for (const auto& browser : browsers()) {
+    for (const auto& profile : profileFolders(browser)) {
+      for (const auto* name : {"native-messaging-hosts", "NativeMessagingHosts"}) {
+        if (isThere(profile / name / kManifest)) write(browser, profile / name);
+      }
+    }
+  }
+}
+
+std::string BrowserSetup::advice(const Browser& browser) const {
+  if (browser.bundle == "org.gnome.Epiphany") {
+    return "GNOME Web n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité "
+           "du bureau est activée : activez-la, puis redémarrez GNOME Web.";
+  }
+  if (!takesExtension(browser)) return fmt::format("{} n'existe pas sous Linux.", browser.name);
+  bool open = false;
+  for (const auto& running : runningBrowsers()) {
+    if (running.browser != &browser) continue;
+    open = true;
+    if (const auto sandbox = sandboxOf(running.pid)) {
+      return fmt::format(
+          "Ce {} est installé par {} : son bac à sable empêche l'extension de joindre Orvanta. "
+          "Installez-le par votre distribution ou par son éditeur.",
+          browser.name, *sandbox);
+    }
+  }
+  if (!open) return fmt::format("Ouvrez {}, puis recommencez.", browser.name);
+  if (browser.kind == BrowserKind::kFirefox) {
+    return fmt::format(
+        "Ajoutez l'extension Orvanta à {} : dans about:addons, menu de la roue dentée, « Installer "
+        "un module depuis un fichier », choisissez {}. Il faut pour cela que "
+        "xpinstall.signatures.required soit à false dans about:config. Jusqu'à la fermeture de "
+        "Firefox, elle se charge aussi dans about:debugging.",
+        browser.name, (data_ / "orvanta.xpi").string());
+  }
+  return fmt::format(
+      "Ajoutez l'extension Orvanta à {} : dans chrome://extensions, activez le « Mode "
+      "développeur », puis « Charger l'extension non empaquetée », et choisissez le dossier {}.",
+      browser.name, (data_ / "extension").string());
+}
+
+}  // namespace orvanta

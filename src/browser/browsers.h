@@ -1,0 +1,59 @@
+// The web browsers whose active tab can be read.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanta {
+
+/// Browsers of one kind are asked in one way and write their window titles in one way.
+enum class BrowserKind { kChromium, kFirefox, kWebKit };
+
+struct Browser {
+  std::string_view bundle;  ///< one identifier on every platform
+  std::string_view name;    ///< for display
+  BrowserKind kind;
+};
+
+/// The browser table.
+std::span<const Browser> browsers();
+
+/// By the identifier of the table, or by any desktop-file id or window class that the browser goes
+/// by on Linux, in any letter case. Null when it is none.
+const Browser* findBrowser(std::string_view name);
+
+/// By the program file that the process runs. Null when it is no browser.
+const Browser* browserOfProcess(int32_t pid);
+
+/// The browser that a window belongs to: by its desktop-file id, and where that tells nothing, by
+/// its process (0 when unknown). A web application in a window of its own is no browser.
+const Browser* browserOfWindow(const std::optional<std::string>& bundle, int32_t pid);
+
+/// A browser that runs: its main process.
+struct RunningBrowser {
+  const Browser* browser;
+  int32_t pid;
+};
+
+/// This user's, in the order of their process numbers; one entry an instance. They are recognised
+/// by the name of their program file.
+std::vector<RunningBrowser> runningBrowsers();
+
+/// Whether a window with this title is surely no private one. Firefox and its kin add the mark of
+/// private browsing to the title, in the user's language, so only a title that ends with the plain
+/// name of the browser is sure. Chromium and its kin mark only the title that they give to screen
+/// readers. Page titles come first in a title and cannot feign its end.
+bool showsPublicWindow(const Browser& browser, std::string_view windowTitle);
+
+/// The same of the title in the accessibility tree.
+bool showsPublicFrame(const Browser& browser, std::string_view frameName);
+
+/// Where the helper program finds the title of the window in front; which window that is,
+/// Chromium's accessibility tree does not tell.
+inline constexpr auto kWindowTitleVariable = "ORVANTA_WINDOW_TITLE";
+
+}  // namespace orvanta

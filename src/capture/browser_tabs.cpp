@@ -1,0 +1,88 @@
+#include "capture/browser_tabs.h"
+
+#include <chrono>
+#include <utility>
+
+#include "base/text.h"
+#include "browser/tab_socket.h"
+
+namespace orvanta {
+namespace {
+
+constexpr std::chrono::milliseconds kPatience{150};
+
+std::optional<std::string> unlessBlank(std::string_view text) {
+  const auto trimmed = trimBlanks(text);
+  return trimmed.empty() ? std::nullopt : std::optional<std::string>(trimmed);
+}
+
+std::string queryKey(const Browser& browser) {
+  return "browser:" + std::string(browser.bundle);
+}
+
+}  // namespace
+
+BrowserTabs::BrowserTabs(std::filesystem::path helper, std::filesystem::path socketFolder,
+                         WindowTitle windowTitle, RunChild runChild, Clock clock, Log log)
+    : helper_(std::move(helper)),
+      socketFolder_(std::move(socketFolder)),
+      windowTitle_(std::move(windowTitle)),
+      runner_(std::move(runChild), std::move(clock), std::move(log)) {}
+
+std::optional<std::string> BrowserTabs::browserScript(const std::string& bundle) {
+  const auto* browser = findBrowser(bundle);
+  return browser ? std::optional<std::string>(browser->bundle) : std::nullopt;
+}
+
+std::optional<BrowserTab> BrowserTabs::browserTab(const FrontmostApp& app) {
+  const auto* browser = browserOfWindow(app.bundle, app.pid);
+  if (!browser) return {};
+  if (auto tab = askExtension(*browser, app.pid)) return tab;
+  auto tab = askHelper(*browser, app.pid);
+  if (tab.url || tab.title) return tab;
+  const auto title = windowTitle_(app.pid);
+  if (title && showsPublicWindow(*browser, *title)) tab.title = unlessBlank(*title);
+  return tab;
+}
+
+// Absent when the browser has no extension that is connected.
+std::optional<BrowserTab> BrowserTabs::askExtension(const Browser& browser, int32_t pid) {
+  auto hosts = tabHosts(socketFolder_);
+  std::erase_if(hosts, [&](const TabHost& host) {
+    return pid > 0 ? host.browser != pid : browserOfProcess(host.browser) != &browser;
+  });
+  if (hosts.empty()) return {};
+  const auto key = "extension:" + std::string(browser.bundle);
+  if (runner_.disabled(key)) return BrowserTab();
+  const auto answer = askHosts(hosts, kPatience);
+  if (answer.kind == TabAnswer::Kind::kNoHost) return {};
+  if (answer.kind == TabAnswer::Kind::kMute) runner_.disable(key, ScriptRunner::kHangCooldown);
+  if (!answer.tab) return BrowserTab();
+  return BrowserTab{unlessBlank(answer.tab->url), unlessBlank(answer.tab->title)};
+}
+
+BrowserTab BrowserTabs::askHelper(const Browser& browser, int32_t pid) {
+  ChildCommand command{{helper_.string(), "--tab", std::string(browser.bundle)}, {}};
+  if (pid > 0) command.words.push_back(std::to_string(pid));
+  if (const auto title = windowTitle_(pid)) {
+    command.environment.push_back(std::string(kWindowTitleVariable) + "=" + *title);
+  }
+  const auto result = runner_.run(command, queryKey(browser));
+  if (!result.output || result.output->empty()) return {};
+  const std::string_view output = *result.output;
+  const auto feed = output.find('\n');
+  BrowserTab tab{.url = unlessBlank(output.substr(0, feed)), .title = {}};
+  if (feed != std::string_view::npos) tab.title = unlessBlank(output.substr(feed + 1));
+  return tab;
+}
+
+ScriptResult BrowserTabs::test(const std::string& bundle) {
+  constexpr double kCooldown = 5;
+  constexpr double kTimeout = 60;
+  const auto* browser = findBrowser(bundle);
+  if (!browser) return {{}, "navigateur inconnu"};
+  return runner_.run({{helper_.string(), "--test", std::string(browser->bundle)}, {}},
+                     queryKey(*browser), kCooldown, kTimeout);
+}
+
+}  // namespace orvanta

@@ -1,0 +1,56 @@
+// The active tab of whichever browser is in front.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "browser/browsers.h"
+#include "capture/collectors.h"
+#include "capture/script_runner.h"
+
+namespace orvanta {
+
+/// Asks, in this order: the browser's extension, through the socket of its native-messaging host
+/// (no process is started); the helper program, which can also read the accessibility tree; the
+/// title of the window. Nothing of a private window comes out: the extension does not see one, the
+/// helper drops it, and a window title is taken only when it shows that the window is no private
+/// one and no extension could have told of the window. The operations may be called from any
+/// thread.
+class BrowserTabs {
+ public:
+  using WindowTitle = std::function<std::optional<std::string>(int32_t pid)>;
+
+  /// `helper` is the program `orvanta-tab`, `socketFolder` where the hosts have their sockets.
+  BrowserTabs(std::filesystem::path helper, std::filesystem::path socketFolder,
+              WindowTitle windowTitle, RunChild runChild, Clock clock, Log log);
+
+  /// What the helper program is to be asked for this browser; absent when the bundle is none that
+  /// is known. `bundle` is an identifier of the browser table or another name of the browser.
+  static std::optional<std::string> browserScript(const std::string& bundle);
+
+  /// Of the application in front; absent when it is no browser. Blocks for 150 ms at most where the
+  /// extension is connected, otherwise for as long as ScriptRunner::run does.
+  std::optional<BrowserTab> browserTab(const FrontmostApp& app);
+
+  /// Asks the helper about any running instance of the browser, giving a connection that is being
+  /// made some seconds. `bundle` must have a script. The cool-down of the query is 5 s, its
+  /// time-out 60 s.
+  ScriptResult test(const std::string& bundle);
+
+  /// Every browser is tried again at the next tick.
+  void resetBrowserCooldowns() { runner_.resetCooldowns(); }
+
+ private:
+  std::optional<BrowserTab> askExtension(const Browser& browser, int32_t pid);
+  BrowserTab askHelper(const Browser& browser, int32_t pid);
+
+  const std::filesystem::path helper_;
+  const std::filesystem::path socketFolder_;
+  const WindowTitle windowTitle_;
+  ScriptRunner runner_;
+};
+
+}  // namespace orvanta

@@ -1,0 +1,59 @@
+#include "capture/script_runner.h"
+
+#include <utility>
+
+#include "base/text.h"
+
+namespace orvanta {
+namespace {
+
+std::string trimmed(const std::string& bytes) {
+  if (validUtf8(bytes) != bytes) return {};
+  constexpr auto kSpace = " \t\r\n\v\f";
+  const auto first = bytes.find_first_not_of(kSpace);
+  if (first == std::string::npos) return {};
+  return bytes.substr(first, bytes.find_last_not_of(kSpace) - first + 1);
+}
+
+}  // namespace
+
+ScriptRunner::ScriptRunner(RunChild runChild, Clock clock, Log log)
+    : runChild_(std::move(runChild)), clock_(std::move(clock)), log_(std::move(log)) {}
+
+ScriptResult ScriptRunner::run(const ChildCommand& command, const std::string& key, double cooldown,
+                               double timeout) {
+  if (disabled(key)) return {{}, "désactivé"};
+  const auto child = runChild_(command, timeout);
+  if (!child.launchError.empty()) return {{}, child.launchError};
+  if (child.timedOut) {
+    disable(key, kHangCooldown);
+    return {{}, "timeout"};
+  }
+  const auto error = trimmed(child.errors);
+  if (child.status != 0) {
+    disable(key, cooldown);
+    log_("Orvanta AppleScript " + key + " : " + error);
+    return {{}, error};
+  }
+  return {trimmed(child.output), error};
+}
+
+bool ScriptRunner::disabled(const std::string& key) const {
+  const double now = clock_();
+  const std::lock_guard lock(mutex_);
+  const auto entry = disabledUntil_.find(key);
+  return entry != disabledUntil_.end() && now >= entry->second.since && now < entry->second.until;
+}
+
+void ScriptRunner::disable(const std::string& key, double seconds) {
+  const double now = clock_();
+  const std::lock_guard lock(mutex_);
+  disabledUntil_[key] = {now, now + seconds};
+}
+
+void ScriptRunner::resetCooldowns() {
+  const std::lock_guard lock(mutex_);
+  disabledUntil_.clear();
+}
+
+}  // namespace orvanta

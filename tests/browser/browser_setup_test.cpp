@@ -1,0 +1,89 @@
+#include "browser/browser_setup.h"
+
+#include <glib.h>
+#include <gtest/gtest.h>
+
+#include <boost/json/parse.hpp>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "base/program_files.h"
+#include "support/temp_store.h"
+
+namespace orvanta {
+namespace {
+
+namespace fs = std::filesystem;
+
+boost::json::object readJson(const fs::path& path) {
+  std::ifstream file(path);
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  boost::system::error_code broken;
+  auto value = boost::json::parse(text, broken);
+  return broken ? boost::json::object() : value.as_object();
+}
+
+const fs::path kData = ORVANTA_DATA;
+constexpr auto kName = "fr.quellvane.orvanta.tab.json";
+
+TEST(BrowserSetup, WritesTheManifestsOfInstalledBrowsers) {
+  const test::TempFolder folder;
+  const auto home = folder.path() / "home";
+  const auto config = folder.path() / "config";
+  fs::create_directories(home / ".mozilla");
+  fs::create_directories(config / "vivaldi");
+  const BrowserSetup setup({home, config}, "/opt/é/orvanta-tab", kData);
+  const auto text = setup.connectAll();
+  EXPECT_NE(text.find("Firefox est prêt."), std::string::npos) << text;
+  EXPECT_NE(text.find("Vivaldi est prêt."), std::string::npos) << text;
+  EXPECT_EQ(text.find("Brave"), std::string::npos) << text;
+  EXPECT_FALSE(fs::exists(config / "google-chrome"));
+
+  const auto firefox = home / ".mozilla/native-messaging-hosts" / kName;
+  const auto vivaldi = config / "vivaldi/NativeMessagingHosts" / kName;
+  for (const auto& file : {firefox, vivaldi}) {
+    const auto manifest = readJson(file);
+    EXPECT_EQ(manifest.at("path"), "/opt/é/orvanta-tab");
+    EXPECT_EQ(manifest.at("name"), "fr.quellvane.orvanta.tab");
+    EXPECT_EQ(manifest.at("type"), "stdio");
+  }
+  const auto extension = readJson(kData / "extension/manifest.json");
+  EXPECT_EQ(readJson(firefox).at("allowed_extensions").at(0),
+            extension.at("browser_specific_settings").at("gecko").at("id"));
+
+  BrowserSetup({home, config}, "/ailleurs/orvanta-tab", kData).refresh();
+  EXPECT_EQ(readJson(firefox).at("path"), "/ailleurs/orvanta-tab");
+  EXPECT_EQ(readJson(vivaldi).at("path"), "/ailleurs/orvanta-tab");
+  EXPECT_FALSE(fs::exists(config / "google-chrome"));
+}
+
+TEST(BrowserSetup, SaysWhatFailedAndWhatToDo) {
+  const test::TempFolder folder;
+  std::ofstream(folder.path() / "config").put('x');  // a file where a folder should be
+  const BrowserSetup setup({folder.path(), folder.path() / "config"}, "/h", kData);
+  EXPECT_NE(setup.connect(*findBrowser("vivaldi")).find("Not a directory"), std::string::npos);
+  EXPECT_EQ(setup.advice(*findBrowser("vivaldi")), "Ouvrez Vivaldi, puis recommencez.");
+  EXPECT_EQ(setup.advice(*findBrowser("com.apple.Safari")), "Safari n'existe pas sous Linux.");
+  EXPECT_NE(setup.advice(*findBrowser("epiphany")).find("accessibilité"), std::string::npos);
+}
+
+// Chromium makes an extension's identifier of the key in its manifest.
+TEST(BrowserSetup, TheManifestAllowsTheExtensionThatWeShip) {
+  const auto key = readJson(kData / "extension/manifest.json").at("key").as_string();
+  gsize size = 0;
+  const std::unique_ptr<guchar, decltype(&g_free)> der(g_base64_decode(key.c_str(), &size), g_free);
+  const std::unique_ptr<char, decltype(&g_free)> digest(
+      g_compute_checksum_for_data(G_CHECKSUM_SHA256, der.get(), size), g_free);
+  std::string id;
+  for (const char* digit = digest.get(); id.size() < 32; ++digit) {
+    id += static_cast<char>('a' + g_ascii_xdigit_value(*digit));
+  }
+  const auto manifest = readJson(kData / "native-messaging/chromium.json");
+  EXPECT_EQ(manifest.at("allowed_origins").at(0),
+            boost::json::string("chrome-extension://" + id + "/"));
+}
+
+}  // namespace
+}  // namespace orvanta

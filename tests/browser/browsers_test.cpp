@@ -1,0 +1,94 @@
+#include "browser/browsers.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "support/fake_browser.h"
+
+namespace orvanta {
+namespace {
+
+TEST(Browsers, AreKnownByEveryName) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"com.google.Chrome", "Google Chrome"},
+      {"google-chrome", "Google Chrome"},
+      {"Google-chrome", "Google Chrome"},
+      {"com.brave.Browser", "Brave Browser"},
+      {"com.apple.Safari", "Safari"},
+      {"firefox-esr", "Firefox"},
+      {"firefox_firefox", "Firefox"},
+      {"org.mozilla.firefox", "Firefox"},
+      {"chromium", "Chromium"},
+      {"org.gnome.Epiphany", "GNOME Web"},
+  };
+  for (const auto& [name, display] : cases) {
+    const auto* browser = findBrowser(name);
+    ASSERT_TRUE(browser) << name;
+    EXPECT_EQ(browser->name, display);
+  }
+  for (const auto* name : {"", "firefo", "org.gnome.Terminal", "chromium.desktop"}) {
+    EXPECT_FALSE(findBrowser(name)) << name;
+  }
+  EXPECT_EQ(browsers().size(), 13U);
+}
+
+TEST(Browsers, AreKnownByTheirProcess) {
+  const auto browserOf = [](const char* bundle, int pid) {
+    const auto* browser = browserOfWindow(bundle, pid);
+    return browser ? browser->bundle : "";
+  };
+  const auto before = runningBrowsers().size();
+  int32_t pid = 0;
+  {
+    const test::FakeBrowser firefox("firefox-esr");
+    pid = firefox.pid();
+    const auto running = runningBrowsers();
+    EXPECT_EQ(running.size(), before + 1);
+    EXPECT_TRUE(std::any_of(running.begin(), running.end(), [&](const RunningBrowser& one) {
+      return one.pid == pid && one.browser->name == "Firefox";
+    }));
+    EXPECT_EQ(browserOf("userapp-Firefox-7XKQZ1", pid), "org.mozilla.firefox");
+    EXPECT_EQ(browserOf("chromium", pid), "org.chromium.Chromium");
+    EXPECT_EQ(browserOf("chrome-cinhimbnkkaeohfgghhklpknlkffjgod-Default", pid), "");
+  }
+  EXPECT_EQ(browserOf("userapp-Firefox-7XKQZ1", pid), "");
+  EXPECT_EQ(browserOf("org.gnome.Terminal", getpid()), "");
+}
+
+TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {
+  struct Case {
+    const char* browser;
+    const char* title;
+    bool window;
+    bool frame;
+  };
+  const Case cases[] = {
+      {"firefox", "Une page — Mozilla Firefox", true, true},
+      {"firefox", "Mozilla Firefox", true, true},
+      {"firefox", "Une page — Mozilla Firefox Private Browsing", false, false},
+      {"firefox", "Une page — Navigation privée de Mozilla Firefox", false, false},
+      {"firefox", "x — Mozilla Firefox — Приватный просмотр Mozilla Firefox", false, false},
+      {"firefox", "Une page", false, false},
+      {"firefox", "", false, false},
+      {"librewolf", "Une page — LibreWolf", true, true},
+      {"chromium", "Une page - Chromium", false, true},
+      {"chromium", "Une page - Chromium (Incognito)", false, false},
+      {"chromium", "x - Chromium - Chromium (Navigation privée)", false, false},
+      {"chromium", "x - Chromium - y", false, true},  // a profile
+      {"chromium", "Une page", false, false},
+      {"google-chrome", "Une page - Google Chrome - Camille", false, true},
+      {"google-chrome", "Une page - Google Chrome (Invité)", false, false},
+      {"epiphany", "Une page", false, true},
+  };
+  for (const auto& [name, title, window, frame] : cases) {
+    const auto* browser = findBrowser(name);
+    ASSERT_TRUE(browser);
+    EXPECT_EQ(showsPublicWindow(*browser, title), window) << title;
+    EXPECT_EQ(showsPublicFrame(*browser, title), frame) << title;
+  }
+}
+
+}  // namespace
+}  // namespace orvanta

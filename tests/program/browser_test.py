@@ -1,0 +1,168 @@
+"""Real browsers: what the file says of their tabs, and what it does not say of private windows."""
+
+import glob
+import os
+import signal
+import time
+import unittest
+
+from browsers import HELPER, Chromium, Firefox, Pages
+from desktop import ORVANTA, TICK, Desktop, end, output_of, pass_time, wait_for
+
+SECRET = "jardin"
+
+
+class BrowserTest(unittest.TestCase):
+    def setUp(self):
+        self.desktop = Desktop()
+        self.addCleanup(self.desktop.stop)
+        self.pages = Pages()
+        self.addCleanup(self.pages.stop)
+        self.desktop.set_setting("min_span_seconds", "2")
+        self.desktop.set_setting("idle_threshold", "100000")
+
+    def sockets(self):
+        return glob.glob(os.path.join(self.desktop.env["XDG_RUNTIME_DIR"], "orvanta", "tab-*"))
+
+    def last(self):
+        span = self.desktop.spans()[-1]
+        return span["domain"], span["url"], span["title"]
+
+    def expect_page(self, name, since, title=None):
+        """The newest span becomes one of this page, and begins within a tick of `since`."""
+        page = (f"{name}.localhost", self.pages.url(name))
+        wait_for(lambda: self.last()[:2] == page, 3 * TICK, f"a span of {page}, not {self.last()}")
+        span = self.desktop.spans()[-1]
+        self.assertLess(abs(span["start"] - since), 2 * TICK)
+        self.assertIn(span["title"], (f"Page {name}", title, None))
+
+    def expect_nothing(self, since):
+        """The newest span becomes one of the browser without a page."""
+        wait_for(lambda: self.last() == (None, None, None), 3 * TICK, f"nothing, not {self.last()}")
+        self.assertLess(abs(self.desktop.spans()[-1]["start"] - since), 2 * TICK)
+
+    def assert_nowhere(self, word):
+        """Not in the database, not in its journal."""
+        files = glob.glob(os.path.join(os.path.dirname(self.desktop.database()), "*"))
+        self.assertGreater(len(files), 1)
+        for path in files:
+            with open(path, "rb") as file:
+                self.assertNotIn(word.encode(), file.read(), path)
+
+    def connect(self, browser):
+        done = self.desktop.run(ORVANTA, "--connect-browsers")
+        self.assertIn(f"{browser.name} est prêt.", done.stdout.decode())
+
+    def follow(self, browser):
+        desktop, pages = self.desktop, self.pages
+        self.connect(browser)
+        first = browser.start(pages.url("un"), pages.url("deux"))
+        wait_for(lambda: browser.tab() == (0, f"{pages.url('un')}\nPage un", ""), 20,
+                 "the extension tells the first page")
+        self.assertEqual([oct(os.stat(path).st_mode & 0o777) for path in self.sockets()], ["0o600"])
+        started = time.time()
+        orvanta = desktop.start_orvanta()
+        self.expect_page("un", started)
+
+        # Another tab, whose title changes.
+        switched = time.time()
+        browser.keys("ctrl+Tab")
+        wait_for(lambda: browser.tab()[1].endswith("\nPage deux"), 2, "the other tab")
+        browser.keys("t")
+        wait_for(lambda: browser.tab()[1].endswith("\nTitre deux"), 2, "the other title")
+        self.expect_page("deux", switched, "Titre deux")
+        pass_time(TICK)
+
+        # A private window; the span before it has the title that was seen longest.
+        private = browser.open_window(browser.private_option, pages.url(SECRET))
+        self.expect_nothing(time.time())
+        self.assertEqual(desktop.spans()[-2]["title"], "Titre deux")
+        self.assertEqual(browser.tab(), (0, "", ""))
+
+        # Another window, another program, and back to the private window.
+        browser.open_window("--new-window", pages.url("trois"))
+        self.expect_page("trois", time.time())
+        _, terminal = desktop.open_window("xterm", "-e", "sleep", "1000")
+        desktop.focus(terminal)
+        pass_time(TICK)
+        self.expect_nothing(desktop.focus(private))
+
+        # The host dies: the extension starts another.
+        desktop.focus(first)
+        before = self.sockets()
+        os.kill(int(before[0].rpartition("-")[2]), signal.SIGKILL)
+        wait_for(lambda: self.sockets() and self.sockets() != before, 5, "another host")
+        self.assertEqual(len(self.sockets()), 1)
+        killed = time.time()
+        self.expect_page("deux", killed, "Titre deux")
+
+        # The browser ends, its host with it; then it comes back.
+        browser.stop()
+        wait_for(lambda: not self.sockets(), 5, "the host ends with its browser")
+        browser.start(pages.url("quatre"))
+        wait_for(lambda: self.last()[1] == pages.url("quatre"), 20, "the browser is back")
+        self.assert_nowhere(SECRET)
+        self.assertEqual(end(orvanta)[0], 0)
+        self.assert_nowhere(SECRET)
+
+    # Without the extension: what screen readers are told.
+
+    def start_accessibility(self):
+        self.assertEqual(self.desktop.run(ORVANTA, "--accessibility").returncode, 1)
+        # In a memory of its own: the user's settings are not the test's to change.
+        self.desktop.env.pop("NO_AT_BRIDGE")
+        self.desktop.env.pop("GTK_A11Y")
+        service = self.desktop.spawn("/usr/libexec/at-spi-bus-launcher",
+                                     env={"GSETTINGS_BACKEND": "memory"})
+        self.addCleanup(end, service)  # in order: it has a message bus of its own to end
+        bus = self.desktop.session.connect()
+        wait_for(lambda: bus.name_has_owner("org.a11y.Bus"), 5, "the accessibility service")
+
+    def switch_on(self):
+        done = self.desktop.run(ORVANTA, "--accessibility")
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def follow_accessible(self, browser):
+        desktop, pages = self.desktop, self.pages
+        started = time.time()
+        orvanta = desktop.start_orvanta()
+        self.expect_page("un", started)
+        switched = time.time()
+        browser.keys("ctrl+Tab")
+        self.expect_page("deux", switched)
+        browser.open_window(browser.private_option, pages.url(SECRET))
+        self.expect_nothing(time.time())
+        self.assertEqual(end(orvanta)[0], 0)
+        self.assert_nowhere(SECRET)
+
+    def test_chromium_accessible_from_the_start(self):
+        self.start_accessibility()
+        browser = Chromium(self.desktop, extension=False)
+        self.switch_on()
+        browser.start(self.pages.url("un"), self.pages.url("deux"))
+        self.follow_accessible(browser)
+
+    def test_firefox_made_accessible_while_it_runs(self):
+        self.start_accessibility()
+        browser = Firefox(self.desktop, extension=False)
+        browser.start(self.pages.url("un"), self.pages.url("deux"))
+        status, tab, error = browser.tab()
+        self.assertEqual((status, tab), (3, ""))
+        self.assertIn("l'accessibilité est désactivée", error)
+        test = self.desktop.spawn(HELPER, "--test", browser.bundle)
+        self.switch_on()
+        self.assertEqual(test.wait(timeout=15), 0, output_of(test))
+        wait_for(lambda: browser.tab()[1] == f"{self.pages.url('un')}\nPage un", 5, "the first page")
+        self.follow_accessible(browser)
+
+    # With it.
+
+    def test_chromium(self):
+        self.follow(Chromium(self.desktop))
+
+    def test_firefox(self):
+        self.follow(Firefox(self.desktop))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,139 @@
+"""Real browsers for a test, and pages for them to show."""
+
+import http.server
+import json
+import os
+import shutil
+import threading
+
+from desktop import ORVANTA, wait_for
+
+BUILD = os.path.dirname(ORVANTA)
+HELPER = os.path.join(BUILD, "orvanta-tab")
+SHARED = os.path.join(BUILD, "share", "orvanta")
+
+# The page "/a b" is titled "Page a b", until a key is pressed.
+PAGE = """<!doctype html><meta charset="utf-8"><title>Page {name}</title>
+<script>onkeydown = (event) => {{ if (event.key === "t") document.title = "Titre {name}"; }}</script>
+<p>{name}"""
+
+
+class Pages:
+    """A web server. Every name is a site of its own: http://NAME.localhost:PORT/NAME."""
+
+    def __init__(self):
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                body = PAGE.format(name=self.path.strip("/")).encode()
+                self.send_response(200)
+                self.send_header("Content-Type", "text/html; charset=utf-8")
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+
+            def log_message(self, *words):
+                pass
+
+        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def stop(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+    def url(self, name):
+        return f"http://{name}.localhost:{self.server.server_port}/{name}"
+
+
+class Browser:
+    """One that is not started yet. `extension`: with ours."""
+
+    def __init__(self, desktop, extension=True):
+        self.desktop = desktop
+        self.extension = extension
+        self.process = None
+        self.prepare()
+
+    def start(self, *urls):
+        known = self.desktop.root_windows("_NET_CLIENT_LIST")
+        self.process = self.desktop.spawn(*self.command(), *urls)
+        return wait_for(lambda: [window for window in self.desktop.root_windows("_NET_CLIENT_LIST")
+                                 if window not in known], 30, f"{self.name} has a window")[0]
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait(timeout=20)
+
+    def keys(self, *keys):
+        self.desktop.run("timeout", "5", "xdotool", "key", *keys)
+
+    def open_window(self, option, url):
+        """Another window of the running browser; returns it when it is in front with the page."""
+        known = self.desktop.root_windows("_NET_CLIENT_LIST")
+        self.desktop.spawn(*self.command(), option, url)
+        page = "Page " + url.rpartition("/")[2]
+
+        def opened():
+            active = self.desktop.root_windows("_NET_ACTIVE_WINDOW")
+            if active and active[0] not in known and self.title_of(active[0]).startswith(page):
+                return active
+            return None
+        return wait_for(opened, 15, f"a window with {page}")[0]
+
+    def title_of(self, window):
+        return self.desktop.run("xdotool", "getwindowname", str(window)).stdout.decode()
+
+    def tab(self):
+        """What the helper says of it, called by hand: status, URL and title, error text."""
+        done = self.desktop.run(HELPER, "--tab", self.bundle, str(self.process.pid))
+        return done.returncode, done.stdout.decode(), done.stderr.decode().strip()
+
+
+class Chromium(Browser):
+    name = "Chromium"
+    bundle = "org.chromium.Chromium"
+    private_option = "--incognito"
+
+    def prepare(self):
+        os.makedirs(os.path.join(self.desktop.env["XDG_CONFIG_HOME"], "chromium"), exist_ok=True)
+
+    def command(self):
+        options = ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+                   "--disable-background-networking", "--disable-component-update",
+                   "--disable-sync", "--password-store=basic"]
+        if self.extension:
+            options.append(f"--load-extension={SHARED}/extension")
+        return ["chromium", *options]
+
+
+class Firefox(Browser):
+    name = "Firefox"
+    bundle = "org.mozilla.firefox"
+    private_option = "--private-window"
+
+    def prepare(self):
+        os.makedirs(os.path.join(self.desktop.env["HOME"], ".mozilla"), exist_ok=True)
+        self.profile = os.path.join(self.desktop.folder, "firefox")
+        os.makedirs(os.path.join(self.profile, "extensions"), exist_ok=True)
+        settings = {
+            "xpinstall.signatures.required": False,
+            "extensions.autoDisableScopes": 0,
+            "browser.ctrlTab.sortByRecentlyUsed": False,
+            "browser.shell.checkDefaultBrowser": False,
+            "browser.aboutwelcome.enabled": False,
+            "browser.sessionstore.resume_from_crash": False,
+            "browser.startup.homepage_override.mstone": "ignore",
+            "browser.startup.page": 0,
+            "browser.tabs.warnOnClose": False,
+            "datareporting.policy.dataSubmissionEnabled": False,
+            "termsofuse.bypassNotification": True,
+        }
+        with open(os.path.join(self.profile, "user.js"), "w", encoding="utf-8") as file:
+            for key, value in settings.items():
+                file.write(f"user_pref({json.dumps(key)}, {json.dumps(value)});\n")
+        if self.extension:
+            shutil.copy(os.path.join(SHARED, "orvanta.xpi"), os.path.join(
+                self.profile, "extensions", "tab@orvanta.quellvane.fr.xpi"))
+
+    def command(self):
+        return ["firefox-esr", "--profile", self.profile]
