@@ -8,8 +8,8 @@
 
 namespace orvanta {
 
-/// Requests that are given up after some seconds. Main thread only; nothing blocks it. Answers come on the
-/// main thread too; none comes after the client is destroyed.
+/// Requests that are given up after some seconds. Main thread only; nothing blocks it. Answers come
+/// on the main thread too; none comes after the client is destroyed.
 class HttpClient {
  public:
   struct Answer {
