@@ -9,6 +9,7 @@
 
 #include "app/application.h"
 #include "app/csv_export.h"
+#include "app/local_call.h"
 #include "app/route_call.h"
 #include "browser/browser_setup.h"
 #include "platform/dbus/accessibility_switch.h"
@@ -64,19 +65,7 @@ int call(int argc, char** argv, const std::vector<std::string>& words) {
                                                         Gio::Application::Flags::IS_LAUNCHER)
         ->run(argc, argv);
   }
-  Database db(DataLocation::ofUser());
-  auto desktop = blindDesktop();
-  const Collectors collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition);
-  Tracker tracker(db, collectors);
-  const Analytics analytics(db, wallClock);
-  Telemetry telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl());
-  Router router({.db = db,
-                 .tracker = tracker,
-                 .analytics = analytics,
-                 .telemetry = telemetry,
-                 .loginItem = LoginItem::ofUser(),
-                 .platform = {}});
-  const auto result = callRoute(router, words);
+  const auto result = callLocally(words);
   printAsIs(result.output.c_str());
   return result.status;
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "app/desktop_routes.h"
 #include "base/program_files.h"
 #include "browser/browser_setup.h"
 #include "browser/tab_socket.h"
@@ -57,36 +58,11 @@ PlatformActions Services::platformActions(const Hooks& hooks) {
   const auto onMainThread = [this](const std::function<void()>& act) {
     return [this, act] { mainThread.post(act); };
   };
-  PlatformActions actions;
-  actions.probes = [this]() -> boost::json::object {
-    const auto sources = desktop.sources();
-    return {{"foreground", sources.foreground},
-            {"idle", sources.idle},
-            {"inhibition", sources.inhibition},
-            {"session", sources.session}};
-  };
+  auto actions = desktopActions(desktop, browserConnection);
   actions.requestAccessibility = onMainThread([this, tell = hooks.tell] {
     const auto advice = desktop.requestTitles();
     if (!advice.empty()) tell(advice);
   });
-  actions.whyTitlesAreMissing = [this] { return desktop.whyTitlesAreMissing(); };
-  actions.accessibilityGranted = [this] { return collectors.accessibilityGranted(); };
-  actions.runningBrowsers = [] {
-    std::vector<BrowserName> names;
-    for (const auto& running : runningBrowsers()) {
-      names.push_back({std::string(running.browser->bundle), std::string(running.browser->name)});
-    }
-    return names;
-  };
-  actions.isBrowser = [](const std::string& bundle) {
-    return BrowserConnection::browserScript(bundle).has_value();
-  };
-  actions.testBrowser = [this](const std::string& bundle) {
-    browserConnection.resetBrowserCooldowns();
-    auto result = browserConnection.test(bundle);
-    browserConnection.resetBrowserCooldowns();  // the capture is not held back by the test
-    return BrowserTest{.ok = result.output.has_value(), .error = std::move(result.error)};
-  };
   actions.openAutomation =
       onMainThread([this] { openFile(browserConnection.helpPage(), systemLog); });
   actions.openUrl = [this](const std::string& url) {

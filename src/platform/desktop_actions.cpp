@@ -23,13 +23,13 @@ void launch(const std::string& uri, const Log& log) {
   });
 }
 
+}  // namespace
+
 bool mayBeOpened(const std::string& url) {
   constexpr std::array<std::string_view, 3> kSchemes{"http", "https", "mailto"};
   const std::unique_ptr<char, decltype(&g_free)> scheme(g_uri_parse_scheme(url.c_str()), g_free);
   return scheme && std::find(kSchemes.begin(), kSchemes.end(), scheme.get()) != kSchemes.end();
 }
-
-}  // namespace
 
 void openUrl(const std::string& url, const Log& log) {
   if (mayBeOpened(url)) launch(url, log);

@@ -10,8 +10,11 @@
 
 namespace orvanta {
 
-/// Opens a web or mail address in the user's program for it. Any other address could start anything
-/// and is refused. Main thread; returns at once, a failure is logged.
+/// Whether it is a web or mail address. Any other could start anything.
+bool mayBeOpened(const std::string& url);
+
+/// Opens a web or mail address in the user's program for it, and nothing else. Main thread; returns
+/// at once, a failure is logged.
 void openUrl(const std::string& url, const Log& log);
 
 /// Opens a file of ours in the user's program for it. Main thread; returns at once, a failure is

@@ -1,6 +1,7 @@
 """Real browsers: what the file says of their tabs, and what it does not say of private windows."""
 
 import glob
+import json
 import os
 import signal
 import time
@@ -31,14 +32,14 @@ class BrowserTest(unittest.TestCase):
     def expect_page(self, name, since, title=None):
         """The newest span becomes one of this page, and begins within a tick of `since`."""
         page = (f"{name}.localhost", self.pages.url(name))
-        wait_for(lambda: self.last()[:2] == page, 3 * TICK, f"a span of {page}, not {self.last()}")
+        wait_for(lambda: self.last()[:2] == page, 6 * TICK, f"a span of {page}, not {self.last()}")
         span = self.desktop.spans()[-1]
         self.assertLess(abs(span["start"] - since), 2 * TICK)
         self.assertIn(span["title"], (f"Page {name}", title, None))
 
     def expect_nothing(self, since):
         """The newest span becomes one of the browser without a page."""
-        wait_for(lambda: self.last() == (None, None, None), 3 * TICK, f"nothing, not {self.last()}")
+        wait_for(lambda: self.last() == (None, None, None), 6 * TICK, f"nothing, not {self.last()}")
         self.assertLess(abs(self.desktop.spans()[-1]["start"] - since), 2 * TICK)
 
     def assert_nowhere(self, word):
@@ -63,6 +64,14 @@ class BrowserTest(unittest.TestCase):
         started = time.time()
         orvanta = desktop.start_orvanta()
         self.expect_page("un", started)
+
+        # What the dashboard is told, and its own test.
+        self.assertEqual(desktop.call("permissions.testBrowser", json.dumps({"bundle": browser.bundle})),
+                         (0, {"ok": True, "error": None}))
+        permissions = desktop.call("permissions.status")[1]
+        self.assertEqual(permissions["browsers"], {browser.bundle: "ok"})
+        self.assertIn({"bundle": browser.bundle, "name": browser.name},
+                      permissions["browsers_running"])
 
         # Another tab, whose title changes.
         switched = time.time()

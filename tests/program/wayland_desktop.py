@@ -116,6 +116,7 @@ class Scenario:
     def check_probes(self, watch, foreground, idle):
         """A focus switch, a title, idle and input, each told by the probes."""
         desktop = self.desktop
+        self.sources = [foreground, idle]
         latencies = {}
         self.focus("titles")
         watch.wait_for(bundle=TITLES, title=FIRST)
@@ -158,6 +159,10 @@ class Scenario:
         first = desktop.spans()[-1]
         self.assertEqual((first["title"], first["idle"]), (FIRST, 0))
         self.assertAlmostEqual(first["start"], started, delta=2 * TICK)
+        permissions = desktop.call("permissions.status")[1]
+        self.assertIs(permissions["accessibility"], True)
+        self.assertEqual([permissions["probes"][probe] for probe in ("foreground", "idle")],
+                         self.sources)
 
         switched = self.focus("mousepad")
         wait_for(lambda: desktop.spans()[-1]["bundle"] == EDITOR, 4 * TICK,

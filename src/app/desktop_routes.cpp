@@ -1,0 +1,38 @@
+#include "app/desktop_routes.h"
+
+#include <string>
+#include <utility>
+
+namespace orvanta {
+
+PlatformActions desktopActions(const Desktop& desktop, BrowserConnection& browsers) {
+  PlatformActions actions;
+  actions.accessibilityGranted = [&desktop] { return desktop.foreground->titlesReadable(); };
+  actions.whyTitlesAreMissing = [&desktop] { return desktop.whyTitlesAreMissing(); };
+  actions.probes = [&desktop]() -> boost::json::object {
+    const auto sources = desktop.sources();
+    return {{"foreground", sources.foreground},
+            {"idle", sources.idle},
+            {"inhibition", sources.inhibition},
+            {"session", sources.session}};
+  };
+  actions.runningBrowsers = [] {
+    std::vector<BrowserName> names;
+    for (const auto& running : runningBrowsers()) {
+      names.push_back({std::string(running.browser->bundle), std::string(running.browser->name)});
+    }
+    return names;
+  };
+  actions.isBrowser = [](const std::string& bundle) {
+    return BrowserConnection::browserScript(bundle).has_value();
+  };
+  actions.testBrowser = [&browsers](const std::string& bundle) {
+    browsers.resetBrowserCooldowns();
+    auto result = browsers.test(bundle);
+    browsers.resetBrowserCooldowns();  // the capture is not held back by the test
+    return BrowserTest{.ok = result.output.has_value(), .error = std::move(result.error)};
+  };
+  return actions;
+}
+
+}  // namespace orvanta
