@@ -1,7 +1,7 @@
 """Drives the page in the real program's window, by the web engine's own WebDriver."""
 
 import json
-import os
+import shutil
 import socket
 import urllib.error
 import urllib.request
@@ -21,7 +21,9 @@ class Page:
             env["ORVANTA_WEB"] = web
         self.driver = desktop.spawn("WebKitWebDriver", f"--port={self.port}", env=env)
         wait_for(self.listening, 10, "the WebDriver listens")
-        options = {"binary": ORVANTA, "args": ["--show"]}
+        # Whatever becomes of the driver, the program does not outlive it.
+        options = {"binary": shutil.which("setpriv"),
+                   "args": ["--pdeathsig", "KILL", ORVANTA, "--show"]}
         session = self.request("POST", "/session", {"capabilities": {
             "alwaysMatch": {"webkitgtk:browserOptions": options}}})
         self.session = "/session/" + session["sessionId"]

@@ -89,6 +89,7 @@ class WindowTest(unittest.TestCase):
                                      "pattern: 'x'.repeat(10000000)})")["ok"], True)
         self.assertEqual(page.script("return ask('rules.list').then(r => r[0].pattern.length)"),
                          len(text))
+        page.script("return ask('rules.list').then(r => ask('rules.delete', {id: r[0].id}))")
 
     def test_the_page_reaches_nothing_else(self):
         page = Page(self.desktop)
