@@ -1,8 +1,5 @@
 #include "app/app_delegate.h"
 
-#include <glib.h>
-#include <glibmm/convert.h>
-#include <glibmm/uriutils.h>
 #include <malloc.h>
 
 #include <chrono>
@@ -27,13 +24,6 @@ constexpr auto kToldNoTray = "told_no_tray";
 
 double finite(double seconds) {
   return std::isfinite(seconds) ? seconds : 0;
-}
-
-// For a browser; any other scheme would start whatever program has claimed it.
-bool isWebAddress(const std::string& url) {
-  const auto scheme = Glib::uri_parse_scheme(url);
-  return g_uri_is_valid(url.c_str(), G_URI_FLAGS_NONE, nullptr) &&
-         (scheme == "https" || scheme == "http");
 }
 
 }  // namespace
@@ -92,7 +82,7 @@ void AppDelegate::setPaused(bool paused) {
 
 void AppDelegate::openUpdate() {
   const auto update = actions_.updateAvailable();
-  if (update && isWebAddress(update->url)) actions_.openUrl(update->url);
+  if (update) actions_.openUrl(update->url);
 }
 
 void AppDelegate::refreshMenu() {

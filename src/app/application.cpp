@@ -14,6 +14,7 @@
 #include "app/legacy_agents.h"
 #include "app/route_call.h"
 #include "app/services.h"
+#include "bridge/request.h"
 #include "platform/desktop_actions.h"
 
 namespace orvanta {
@@ -134,6 +135,12 @@ void Application::follow(const std::vector<std::string>& options, bool atLaunch)
 // The caller's process waits as long as somebody holds its command line.
 void Application::answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
                          std::vector<std::string> words) {
+  if (services_->dashboard.waitsForUser()) {  // perhaps for hours
+    commandLine->set_exit_status(1);
+    commandLine->print(failure("le tableau de bord attend une réponse de l'utilisateur").json +
+                       "\n");
+    return;
+  }
   // The router outlives the queue; services_ does not name it any more while the queue ends.
   services_->dashboard.post([&router = services_->router, commandLine, words = std::move(words)] {
     auto result = callRoute(router, words);

@@ -1,5 +1,6 @@
 #include "app/services.h"
 
+#include <chrono>
 #include <utility>
 
 #include "app/desktop_routes.h"
@@ -10,7 +11,7 @@
 
 namespace orvanta {
 
-Services::Services(DataLock held, Hooks hooks)
+Services::Services(DataLock held, const Hooks& hooks)
     : lock(std::move(held)),
       db(DataLocation::ofUser()),
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
@@ -32,7 +33,7 @@ Services::Services(DataLock held, Hooks hooks)
               .telemetry = telemetry,
               .loginItem = LoginItem::ofUser(),
               .platform = platformActions(hooks)}),
-      dashboard(ownProgram("orvanta-dashboard"), router, systemLog),
+      dashboard(ownProgram("orvanta-dashboard"), router, hooks.tell, systemLog),
       sessionClient(sessionBus, kApplicationId, [this, quit = hooks.quit] {
         tracker.shutdown();  // before the session manager hears that we are ready
         quit();
@@ -72,7 +73,9 @@ PlatformActions Services::platformActions(const Hooks& hooks) {
       onMainThread([this] { revealFile(sessionBus, db.location().file(), systemLog); });
   actions.saveAs = [this](const std::string& name) { return dashboard.saveAs(name); };
   actions.refreshMenu = onMainThread(hooks.refreshMenu);
-  actions.quit = onMainThread(hooks.quit);
+  // The answer goes out first.
+  actions.quit = onMainThread(
+      [this, quit = hooks.quit] { mainThread.after(std::chrono::milliseconds(50), quit); });
   return actions;
 }
 

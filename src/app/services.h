@@ -29,7 +29,7 @@ struct Services {
     std::function<void(const std::string& text)> tell;  ///< the user, by a notification
   };
 
-  Services(DataLock lock, Hooks hooks);
+  Services(DataLock lock, const Hooks& hooks);
   ~Services();
 
   DataLock lock;

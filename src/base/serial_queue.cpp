@@ -48,6 +48,12 @@ void SerialQueue::repeat(Duration delay, Duration period, Task task) {
   changed_.notify_one();
 }
 
+void SerialQueue::discard() {
+  std::deque<Task> dropped;  // destroyed without the lock
+  const std::lock_guard lock(mutex_);
+  dropped.swap(tasks_);
+}
+
 void SerialQueue::stopRepeating() {
   const std::lock_guard lock(mutex_);
   timer_ = nullptr;

@@ -35,6 +35,9 @@ class SerialQueue {
   /// dropped. The time base stands still while the machine sleeps.
   void repeat(Duration delay, Duration period, Task task);
 
+  /// Drops what was posted and has not begun.
+  void discard();
+
   /// Ends the repetition. A firing under way is still carried out.
   void stopRepeating();
 

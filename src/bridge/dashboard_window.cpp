@@ -36,9 +36,11 @@ struct DashboardWindow::Process {
   bool reacted = false;
 };
 
-DashboardWindow::DashboardWindow(std::filesystem::path program, Router& router, Log log)
+DashboardWindow::DashboardWindow(std::filesystem::path program, Router& router,
+                                 std::function<void(const std::string&)> tell, Log log)
     : program_(std::move(program)),
       router_(router),
+      tell_(std::move(tell)),
       log_(std::move(log)),
       work_(std::make_unique<SerialQueue>("orvanta.bridge")) {}
 
@@ -48,6 +50,7 @@ DashboardWindow::~DashboardWindow() {
     ending_ = true;
   }
   fileChosen({});  // nobody waits for a user who cannot answer any more
+  work_->discard();
   work_.reset();
   patience_.disconnect();
 }
@@ -94,6 +97,7 @@ void DashboardWindow::start() {
                                      .closed = [this] { lost(); }});
   if (!process->child) {
     log_(fmt::format("Orvanta: tableau de bord : {}", error->message));
+    tellFailure();
     return;
   }
   ++generation_;
@@ -103,11 +107,22 @@ void DashboardWindow::start() {
 // The process is gone. If its window was wanted, another takes its place, but for one that has
 // never shown any: the next would not either.
 void DashboardWindow::lost() {
-  const bool wanted = patience_.connected() && process_->reacted;
+  const bool wanted = patience_.connected();
+  const bool reacted = process_->reacted;
   patience_.disconnect();
   process_.reset();
   fileChosen({});
-  if (wanted) show();
+  if (wanted && reacted) show();
+  if (wanted && !reacted) tellFailure();
+}
+
+void DashboardWindow::tellFailure() {
+  tell_("Le tableau de bord n'a pas pu s'ouvrir ; le journal du système dit pourquoi.");
+}
+
+bool DashboardWindow::waitsForUser() {
+  const std::lock_guard lock(savedMutex_);
+  return saved_.has_value();
 }
 
 void DashboardWindow::received(const std::string& line) {

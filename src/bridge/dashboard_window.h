@@ -32,7 +32,9 @@ namespace orvanta {
 class DashboardWindow {
  public:
   /// `program` is the dashboard's file; `router` outlives the window.
-  DashboardWindow(std::filesystem::path program, Router& router, Log log);
+  /// `tell` shows the user a sentence.
+  DashboardWindow(std::filesystem::path program, Router& router,
+                  std::function<void(const std::string&)> tell, Log log);
   ~DashboardWindow();
   DashboardWindow(const DashboardWindow&) = delete;
   DashboardWindow& operator=(const DashboardWindow&) = delete;
@@ -46,6 +48,9 @@ class DashboardWindow {
   /// when cancelled or without a dashboard. From any thread but the main thread.
   std::optional<std::filesystem::path> saveAs(const std::string& suggestedName);
 
+  /// Whether the page's requests, and so the tasks below, wait for the user's choice. Any thread.
+  bool waitsForUser();
+
   /// Runs `task` between the page's requests, on their queue. From any thread.
   void post(SerialQueue::Task task) { work_->post(std::move(task)); }
 
@@ -55,12 +60,14 @@ class DashboardWindow {
 
   void start();
   void lost();
+  void tellFailure();
   void received(const std::string& line);
   void answerLater(const std::string& envelope);
   void fileChosen(std::optional<std::filesystem::path> file);
 
   const std::filesystem::path program_;
   Router& router_;
+  const std::function<void(const std::string&)> tell_;
   const Log log_;
   std::unique_ptr<Process> process_;  // null while no dashboard runs
   int generation_ = 0;                // counts the starts: an answer goes to the page that asked

@@ -113,9 +113,10 @@ json::value Router::eventsAssignRange(const Body& body) {
   const auto start = body.d("start");
   const auto end = body.d("end");
   if (!start || !end) throw AppError("plage invalide");
-  const TimeRange range{*start, *end};
-  // The span that is being recorded would grow back over what is cut off from it.
-  parts_.tracker.splitOpenSpan(range);
+  TimeRange range{*start, *end};
+  // The span that is being recorded would grow back over what is cut off from it, or carry what it
+  // is given out of the range.
+  if (const auto now = parts_.tracker.splitOpenSpan(range)) range.end = std::min(range.end, *now);
   assignRange(parts_.db, range, body.s("category"), body.i("project_id"));
   return done();
 }

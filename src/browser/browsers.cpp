@@ -30,6 +30,16 @@ using Names = std::pair<std::string_view, std::string_view>;
 // Desktop-file ids, window classes and program files, in lower case, of distributions, vendors,
 // Flatpak and snap.
 constexpr std::array kAliases{
+    // Kin of Firefox that mark private windows in ways of their own: their titles never count.
+    Names{"firefox-aurora", "org.mozilla.firefox"},
+    Names{"firefox-trunk", "org.mozilla.firefox"},
+    Names{"firefox.real", "org.mozilla.firefox"},
+    Names{"tor browser", "org.mozilla.firefox"},
+    Names{"tor-browser", "org.mozilla.firefox"},
+    Names{"mullvadbrowser", "org.mozilla.firefox"},
+    Names{"zen", "org.mozilla.firefox"},
+    Names{"waterfox", "org.mozilla.firefox"},
+    Names{"floorp", "org.mozilla.firefox"},
     Names{"google-chrome", "com.google.Chrome"},
     Names{"google-chrome-stable", "com.google.Chrome"},
     Names{"google-chrome-beta", "com.google.Chrome"},
@@ -121,10 +131,15 @@ const Browser* browserOfProcess(int32_t pid) {
   return findBrowser(std::string_view(path).substr(path.rfind('/') + 1));
 }
 
-const Browser* browserOfWindow(const std::optional<std::string>& bundle, int32_t pid) {
+const Browser* browserOfWindow(const std::optional<std::string>& bundle, int32_t pid,
+                               const std::vector<std::string>& names) {
   if (bundle && isWebApp(*bundle)) return nullptr;
-  const auto* browser = bundle ? findBrowser(*bundle) : nullptr;
-  return browser ? browser : browserOfProcess(pid);
+  if (const auto* browser = bundle ? findBrowser(*bundle) : nullptr) return browser;
+  for (const auto& name : names) {
+    if (isWebApp(name)) return nullptr;
+    if (const auto* browser = findBrowser(name)) return browser;
+  }
+  return browserOfProcess(pid);
 }
 
 std::vector<RunningBrowser> runningBrowsers() {

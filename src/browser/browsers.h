@@ -30,8 +30,10 @@ const Browser* findBrowser(std::string_view name);
 const Browser* browserOfProcess(int32_t pid);
 
 /// The browser that a window belongs to: by its desktop-file id, and where that tells nothing, by
-/// its process (0 when unknown). A web application in a window of its own is no browser.
-const Browser* browserOfWindow(const std::optional<std::string>& bundle, int32_t pid);
+/// the other names that it goes by, then by its process (0 when unknown). A web application in a
+/// window of its own is no browser.
+const Browser* browserOfWindow(const std::optional<std::string>& bundle, int32_t pid,
+                               const std::vector<std::string>& names = {});
 
 /// A browser that runs: its main process.
 struct RunningBrowser {

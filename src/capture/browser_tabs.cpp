@@ -10,6 +10,7 @@ namespace orvanta {
 namespace {
 
 constexpr std::chrono::milliseconds kPatience{150};
+constexpr double kMuteCooldown = 5;  // seconds; the host may only have been busy for once
 
 std::optional<std::string> unlessBlank(std::string_view text) {
   const auto trimmed = trimBlanks(text);
@@ -35,7 +36,7 @@ std::optional<std::string> BrowserTabs::browserScript(const std::string& bundle)
 }
 
 std::optional<BrowserTab> BrowserTabs::browserTab(const FrontmostApp& app) {
-  const auto* browser = browserOfWindow(app.bundle, app.pid);
+  const auto* browser = browserOfWindow(app.bundle, app.pid, app.names);
   if (!browser) return {};
   if (auto tab = askExtension(*browser, app.pid)) return tab;
   auto tab = askHelper(*browser, app.pid);
@@ -56,7 +57,7 @@ std::optional<BrowserTab> BrowserTabs::askExtension(const Browser& browser, int3
   if (runner_.disabled(key)) return BrowserTab();
   const auto answer = askHosts(hosts, kPatience);
   if (answer.kind == TabAnswer::Kind::kNoHost) return {};
-  if (answer.kind == TabAnswer::Kind::kMute) runner_.disable(key, ScriptRunner::kHangCooldown);
+  if (answer.kind == TabAnswer::Kind::kMute) runner_.disable(key, kMuteCooldown);
   if (!answer.tab) return BrowserTab();
   return BrowserTab{unlessBlank(answer.tab->url), unlessBlank(answer.tab->title)};
 }

@@ -164,12 +164,13 @@ void Engine::finish() {
   closeSpan(closingTime());
 }
 
-void Engine::split(const TimeRange& range) {
+std::optional<double> Engine::split(const TimeRange& range) {
   const double now = closingTime();
-  if (!open_ || open_->start >= range.end || now <= range.start) return;
+  if (!open_ || open_->start >= range.end || now <= range.start) return {};
   const auto sample = open_->sample;
   closeSpan(now);
   openSpan(sample, now);
+  return now;
 }
 
 void Engine::openSpan(const Sample& sample, double at) {

@@ -42,7 +42,8 @@ class Engine {
   void finish();
 
   /// Ends the open span, if it overlaps `range`, and goes on with the same activity in a new one.
-  void split(const TimeRange& range);
+  /// Yields when that was.
+  std::optional<double> split(const TimeRange& range);
 
  private:
   struct OpenSpan {

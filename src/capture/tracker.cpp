@@ -52,8 +52,10 @@ void Tracker::didWake() {
   queue_.post([this] { engine_.didWake(); });
 }
 
-void Tracker::splitOpenSpan(const TimeRange& range) {
-  queue_.sync([this, &range] { engine_.split(range); });
+std::optional<double> Tracker::splitOpenSpan(const TimeRange& range) {
+  std::optional<double> at;
+  queue_.sync([&] { at = engine_.split(range); });
+  return at;
 }
 
 void Tracker::shutdown() {

@@ -37,9 +37,10 @@ class Tracker {
   void willSleep(std::function<void()> done);
   void didWake();
 
-  /// Sees to it that the span that is being recorded does not overlap `range` any more, so that
-  /// spans in it may be changed; returns when that is stored.
-  void splitOpenSpan(const TimeRange& range);
+  /// Should the span that is being recorded overlap `range`, ends it and begins another with the
+  /// same activity, so that what was recorded until then may be changed. Returns when that is
+  /// stored, and yields when it was.
+  std::optional<double> splitOpenSpan(const TimeRange& range);
 
   /// Stops looking and closes the open span; returns when it is stored. For the end of the program.
   void shutdown();

@@ -47,10 +47,10 @@ void assignRange(Database& db, const TimeRange& range, const std::optional<std::
       db.run("UPDATE events SET end=? WHERE id=?", {range.end, span.id});
     }
   }
-  // The upper bound on the start only says what follows from the others, for the index.
+  // The upper bound on the start is for the index; it leaves out what has just begun there.
   db.run(
       "UPDATE events SET category=?, project_id=? "
-      "WHERE start >= ?3 AND start <= ?4 AND +end <= ?4 AND idle=0",
+      "WHERE start >= ?3 AND start < ?4 AND +end <= ?4 AND idle=0",
       {category, projectId, range.start, range.end});
 }
 

@@ -98,7 +98,7 @@ struct PageView::View {
 
   static void crashed(WebKitWebView* web, WebKitWebProcessTerminationReason /*reason*/,
                       gpointer data) {
-    constexpr gint64 kTenSeconds = 10 * G_USEC_PER_SEC;
+    constexpr gint64 kTenSeconds = gint64{10} * G_USEC_PER_SEC;
     auto* const view = static_cast<View*>(data);
     const auto now = g_get_monotonic_time();
     if (view->lastCrash != 0 && now - view->lastCrash < kTenSeconds) {

@@ -1,11 +1,11 @@
 #include "dashboard/window_size.h"
 
+#include <glib/gstdio.h>
 #include <glibmm/fileutils.h>
 #include <glibmm/keyfile.h>
 #include <glibmm/miscutils.h>
 
 #include <algorithm>
-#include <system_error>
 
 namespace orvanta {
 namespace {
@@ -19,7 +19,10 @@ std::filesystem::path file() {
 }  // namespace
 
 std::filesystem::path stateFolder() {
-  return std::filesystem::path(g_get_user_state_dir()) / "orvanta";
+  auto folder = std::filesystem::path(g_get_user_state_dir()) / "orvanta";
+  constexpr int kOnlyUser = 0700;
+  g_mkdir_with_parents(folder.c_str(), kOnlyUser);
+  return folder;
 }
 
 WindowSize loadWindowSize() {
@@ -40,8 +43,6 @@ void saveWindowSize(const WindowSize& size) {
   state->set_integer(kGroup, "width", size.width);
   state->set_integer(kGroup, "height", size.height);
   state->set_boolean(kGroup, "maximized", size.maximized);
-  std::error_code ignored;
-  std::filesystem::create_directories(stateFolder(), ignored);
   try {
     state->save_to_file(file().string());
   } catch (const Glib::Error&) {

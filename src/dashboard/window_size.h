@@ -20,7 +20,8 @@ inline constexpr int kLeastHeight = 560;
 WindowSize loadWindowSize();
 void saveWindowSize(const WindowSize& size);
 
-/// `$XDG_STATE_HOME/orvanta`, also home to what the page keeps for itself.
+/// `$XDG_STATE_HOME/orvanta`, also home to what the page keeps for itself. Made if need be, for
+/// nobody but the user.
 std::filesystem::path stateFolder();
 
 }  // namespace orvanta

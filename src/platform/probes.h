@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvanta {
 
@@ -20,6 +21,7 @@ struct FrontmostApp {
   std::string name;                   ///< for display, in the user's language; never empty
   std::optional<std::string> bundle;  ///< desktop-file id without ".desktop"
   int32_t pid = 0;                    ///< 0 when the desktop does not tell
+  std::vector<std::string> names;     ///< application ids and classes that the window goes by
 
   friend bool operator==(const FrontmostApp&, const FrontmostApp&) = default;
 };

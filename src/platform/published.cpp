@@ -36,8 +36,9 @@ PublishedForeground::Window PublishedForeground::describe(const WindowClaims& cl
   for (const auto& name : claims.names) {
     if (!entry) entry = entries_.find(name);
   }
-  Window window{.app = {.name = claims.fallbackName, .bundle = {}, .pid = claims.pid},
-                .title = claims.title};
+  Window window{
+      .app = {.name = claims.fallbackName, .bundle = {}, .pid = claims.pid, .names = claims.names},
+      .title = claims.title};
   if (entry) {
     window.app.name = entry->name;
     window.app.bundle = entry->id;

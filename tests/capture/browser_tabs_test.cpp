@@ -146,7 +146,7 @@ TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
   BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, ORVANTA_DATA});
   EXPECT_EQ(connection.test("com.apple.TextEdit").error, "navigateur inconnu");
   EXPECT_EQ(connection.test("com.vivaldi.Vivaldi").error,
-            "l'extension n'est pas connectée. Ouvrez Vivaldi, puis recommencez.");
+            "Pas de réponse (l'extension n'est pas connectée). Ouvrez Vivaldi, puis recommencez.");
   EXPECT_EQ(callsSoFar(), "--test com.vivaldi.Vivaldi\n");
   EXPECT_TRUE(fs::exists(folder.path() / "vivaldi/NativeMessagingHosts"));
   helper("printf 'https://a.fr/\\nA'");

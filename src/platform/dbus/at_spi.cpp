@@ -77,6 +77,8 @@ bool AtSpi::look() {
 }
 
 void AtSpi::connect(const std::string& address) {
+  if (!connecting_) return;  // not wanted any more
+  if (cancel_) cancel_->cancel();
   cancel_ = Gio::Cancellable::create();
   Gio::DBus::Connection::create_for_address(
       address,

@@ -53,7 +53,10 @@ KwinScript::~KwinScript() {
   // Nobody waits for the answer, and the message must not end with us.
   bus_->call("/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)), {},
              kwin_.name());
-  bus_->flush_sync();
+  try {
+    bus_->flush_sync();
+  } catch (const Glib::Error&) {  // the bus ends with the session
+  }
 }
 
 // KWin is on the bus before it can load scripts, and a window list shows up a little later still.

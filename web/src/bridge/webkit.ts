@@ -15,7 +15,8 @@ declare global {
 /** Speaks to the program through the web view's message handler "api". */
 export function webkitBridge(): Bridge {
   const waiting = new Map<number, (answer: unknown) => void>();
-  let lastId = 0;
+  // Not from 0: after a reload an answer to the page before is still on its way.
+  let lastId = Date.now();
 
   window.__resolve = (id, answer) => {
     const settle = waiting.get(id);
