@@ -167,7 +167,7 @@ class PageTest(unittest.TestCase):
 
         page.click(button("Annuler"))
         self.wait_for_store([], learnt)
-        self.assertEqual(self.assigned(), [given, given, free, free])
+        wait_for(lambda: self.assigned() == [given, given, free, free], 10, "taken back")
         wait_for(lambda: PROJECT not in page.text(row("09:45")), 10, "no project any more")
 
         # One key assigns: on this keyboard the digit is Shift's. Another takes it back.
@@ -184,6 +184,10 @@ class PageTest(unittest.TestCase):
         page = self.page
         page.press("r")
         page.wait_for_text("//h1", "Règles")
+        page.press("n")
+        page.wait_for_text("//dialog//h2", "Nouvelle règle")
+        page.press("Escape")
+        wait_for(lambda: page.text("//dialog") == "", 10, "the dialogue closes")
         page.press("n")
         page.wait_for_text("//dialog//h2", "Nouvelle règle")
         page.type("ATELIER")  # into the field that has the focus

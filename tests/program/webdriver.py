@@ -18,11 +18,16 @@ FIND = """
         element.scrollIntoView({block: "nearest"});
         const box = element.getBoundingClientRect();
         const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
-        if (element.contains(document.elementFromPoint(x, y))) return [x, y].map(Math.round);
+        if (!element.contains(document.elementFromPoint(x, y))) continue;
+        window.clicked = false;
+        addEventListener("click", () => { clicked = true; }, {capture: true, once: true});
+        return [x, y].map(Math.round);
     }"""
+# What is written in the field that has the focus; nothing when none has.
 FOCUSED = """
     const field = document.activeElement;
-    return field.selectedOptions ? field.selectedOptions[0].text : field.value || "";"""
+    if (field.selectedOptions) return field.selectedOptions[0].text;
+    if (field.matches("input:not([type=radio])")) return field.value;"""
 TEXT = """
     const found = document.evaluate(arguments[0], document, null,
                                     XPathResult.FIRST_ORDERED_NODE_TYPE, null).singleNodeValue;
@@ -95,13 +100,15 @@ class Page:
     def click(self, xpath):
         x, y = wait_for(lambda: self.script(FIND, xpath), 10, f"{xpath} to click on")
         self.desktop.input("mousemove", "--window", self.window(), str(x), str(y), "click", "1")
+        wait_for(lambda: self.script("return clicked"), 10, f"{xpath} is clicked")
 
     def press(self, *keys):
         self.desktop.input("key", *keys)
 
     def type(self, text):
-        """Into whatever has the focus. Returns when it is there: the engine hands keys on one by one,
-        and a click may overtake them."""
+        """Into the field that has the focus. Returns when it is there, as a click does: the engine
+        hands on keys and clicks in two queues, and one may overtake the other."""
+        wait_for(lambda: self.script(FOCUSED) is not None, 10, "a field has the focus")
         self.desktop.input("type", "--delay", "20", text)
         wait_for(lambda: self.script(FOCUSED).startswith(text), 10, f"{text} in the field")
 
