@@ -167,11 +167,14 @@ class Desktop:
         wait_for(lambda: self.root_windows("_NET_ACTIVE_WINDOW") == [window], 5, "focus moves")
         return time.time()
 
+    def input(self, *words):
+        """Mouse and keyboard: a command of xdotool."""
+        done = self.run("timeout", "5", "xdotool", *words)
+        assert done.returncode == 0, done.stderr
+
     def touch(self):
         """Input: the mouse moves a little. Returns when."""
-        step = self.run("timeout", "5", "xdotool", "mousemove_relative", "1", "0",
-                        "mousemove_relative", "--", "-1", "0")
-        assert step.returncode == 0, step.stderr
+        self.input("mousemove_relative", "1", "0", "mousemove_relative", "--", "-1", "0")
         return time.time()
 
     # Orvanta

@@ -1,4 +1,5 @@
-"""Drives the page in the real program's window, by the web engine's own WebDriver."""
+"""Drives the page in the real program's window: looks at it by the web engine's own WebDriver,
+which knows no mouse and no keyboard there, and acts on it by those of the X server."""
 
 import json
 import shutil
@@ -6,7 +7,31 @@ import socket
 import urllib.error
 import urllib.request
 
-from desktop import ORVANTA, wait_for
+from desktop import ORVANTA, pass_time, wait_for
+
+# The first element of an XPath that a click in its middle would reach, and where that is.
+FIND = """
+    const found = document.evaluate(arguments[0], document, null,
+                                    XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
+    for (let i = 0; i < found.snapshotLength; i++) {
+        const element = found.snapshotItem(i);
+        element.scrollIntoView({block: "nearest"});
+        const box = element.getBoundingClientRect();
+        const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
+        if (!element.contains(document.elementFromPoint(x, y))) continue;
+        window.clicked = false;
+        addEventListener("click", () => { clicked = true; }, {capture: true, once: true});
+        return [x, y].map(Math.round);
+    }"""
+# What is written in the field that has the focus; nothing when none has.
+FOCUSED = """
+    const field = document.activeElement;
+    if (field.selectedOptions) return field.selectedOptions[0].text;
+    if (field.matches("input:not([type=radio])")) return field.value;"""
+TEXT = """
+    const found = document.evaluate(arguments[0], document, null,
+                                    XPathResult.FIRST_ORDERED_NODE_TYPE, null).singleNodeValue;
+    return found && found.textContent;"""
 
 
 class Page:
@@ -19,6 +44,7 @@ class Page:
         env = {"ORVANTA_AUTOMATION": "1", **(env or {})}
         if web:
             env["ORVANTA_WEB"] = web
+        self.desktop = desktop
         self.driver = desktop.spawn("WebKitWebDriver", f"--port={self.port}", env=env)
         wait_for(self.listening, 10, "the WebDriver listens")
         # Whatever becomes of the driver, the program does not outlive it.
@@ -60,3 +86,38 @@ class Page:
     def ask(self, path, body=None):
         """The answer of a route, asked through the page."""
         return self.script("return window.ask(arguments[0], arguments[1])", path, body or {})
+
+    def text(self, xpath):
+        """The text of the first element, with plain spaces for those that do not break; "" for none."""
+        text = self.script(TEXT, xpath) or ""
+        return " ".join(text.replace("\u00a0", " ").replace("\u202f", " ").split())
+
+    def wait_for_text(self, xpath, part):
+        wait_for(lambda: part in self.text(xpath), 10, f"{part} in {xpath}")
+
+    def window(self):
+        found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Orvanta$")
+        return found.stdout.split()[0].decode()
+
+    def click(self, xpath):
+        x, y = wait_for(lambda: self.script(FIND, xpath), 10, f"{xpath} to click on")
+        self.desktop.input("mousemove", "--window", self.window(), str(x), str(y), "click", "1")
+        wait_for(lambda: self.script("return clicked"), 10, f"{xpath} is clicked")
+
+    def press(self, *keys):
+        self.desktop.input("key", *keys)
+
+    def type(self, text):
+        """Into the field that has the focus. Returns when it is there, as a click does: the engine
+        hands on keys and clicks in two queues, and one may overtake the other."""
+        wait_for(lambda: self.script(FOCUSED) is not None, 10, "a field has the focus")
+        self.desktop.input("type", "--delay", "20", text)
+        wait_for(lambda: self.script(FOCUSED).startswith(text), 10, f"{text} in the field")
+
+    def answer_panel(self, name, key):
+        """Presses the key in the program's dialogue window of that name."""
+        panel = wait_for(lambda: self.desktop.run(
+            "xdotool", "search", "--onlyvisible", "--name", name).stdout.split(), 15, name)
+        pass_time(1)  # GTK takes no key before its first frame
+        self.desktop.focus(int(panel[-1]))
+        self.press(key)

@@ -128,12 +128,7 @@ class WindowTest(unittest.TestCase):
         for key, saved in (("Escape", False), ("Return", True)):
             page.script("window.exported = undefined; ask('export', {from: '2026-01-01'})"
                         ".then(answer => { window.exported = answer; })")
-            panel = wait_for(lambda: self.desktop.run(
-                "xdotool", "search", "--onlyvisible", "--name", "Exporter").stdout.split(), 15,
-                "the save panel")
-            pass_time(1)  # GTK takes no key before its first frame
-            self.desktop.focus(int(panel[-1]))
-            self.desktop.run("timeout", "5", "xdotool", "key", key)
+            page.answer_panel("Exporter", key)
             answer = wait_for(lambda: page.script("return window.exported"), 15, "an answer")
             self.assertEqual(answer, {"ok": saved})
         self.assertIn("lumaplan_2026-01-01_2026-01-01.csv", os.listdir(folder))

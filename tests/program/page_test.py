@@ -1,0 +1,252 @@
+"""The built page in the real program, by mouse and keyboard: what is done there is in the store."""
+
+import csv
+import datetime
+import os
+import sqlite3
+import time
+import unittest
+
+from desktop import TICK, Desktop, pass_time, wait_for
+from webdriver import Page
+
+SITE = "carnet-maree.example"
+TITLE = "<img src=x onerror=document.title=1> l'été & \"co\" '); DROP TABLE events;--"
+PROJECT = "Carnet de mer"
+
+# The day's spans: minutes after 9 o'clock, application, domain, title.
+SPANS = [(0, 20, "Navigateur", SITE, TITLE), (20, 45, "Atelier", None, "Plan"),
+         (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, "Sonde")]
+
+TOAST = "//*[@role = 'status'][.//button[@aria-label = 'Fermer le message']]"
+
+
+def button(name):
+    return f"//button[normalize-space() = '{name}' or @aria-label = '{name}']"
+
+
+def field(label):
+    """The field that the label names, in either of the ways that a form has."""
+    return (f"//*[self::input or self::select][@id = //label[. = '{label}']/@for"
+            f" or ancestor::label[span = '{label}'] or @aria-label = '{label}']")
+
+
+def row(text):
+    return f"//*[@role = 'option'][contains(., '{text}')]"
+
+
+class PageTest(unittest.TestCase):
+    def setUp(self):
+        self.desktop = Desktop()
+        self.addCleanup(self.desktop.stop)
+        # A French keyboard, and a zone in which it is now between two and three in the afternoon.
+        self.desktop.run("setxkbmap", "fr")
+        now = datetime.datetime.now(datetime.timezone.utc)
+        self.desktop.env.update(TZ=f"Etc/GMT{now.hour - 14:+}",
+                                XDG_STATE_HOME=self.desktop.make_folder("state"),
+                                XDG_CACHE_HOME=self.desktop.make_folder("cache"))
+        zone = datetime.timezone(datetime.timedelta(hours=14 - now.hour))
+        nine = now.astimezone(zone).replace(hour=9, minute=0, second=0, microsecond=0)
+        self.today = nine.date()
+        self.desktop.call("day")  # makes the store
+        for day in (nine - datetime.timedelta(days=1), nine):
+            for start, end, *texts in SPANS:
+                self.change("INSERT INTO events(start,end,app,domain,title) VALUES (?,?,?,?,?)",
+                            day.timestamp() + start * 60, day.timestamp() + end * 60, *texts)
+
+    def change(self, statement, *values):
+        with sqlite3.connect(self.desktop.database()) as db:
+            number = db.execute(statement, values).lastrowid
+        db.close()
+        return number
+
+    def stored(self, statement, *values):
+        db = sqlite3.connect(f"file:{self.desktop.database()}?mode=ro", uri=True)
+        try:
+            return db.execute(statement, values).fetchall()
+        finally:
+            db.close()
+
+    def setting(self, key):
+        return self.stored("SELECT value FROM settings WHERE key=?", key)[0][0]
+
+    def wait_for_store(self, expected, statement, *values):
+        wait_for(lambda: self.stored(statement, *values) == expected, 10,
+                 f"{statement} yields {expected}")
+
+    def open(self, onboarded=True):
+        if onboarded:
+            self.desktop.set_setting("onboarded", "1")
+        started = time.time()
+        self.page = Page(self.desktop)
+        # Whatever the page may not do, or does wrong, is told at the end.
+        self.page.script("""
+            window.faults = [];
+            addEventListener("securitypolicyviolation", e => faults.push(e.violatedDirective));
+            addEventListener("error", e => faults.push(e.message));
+            addEventListener("unhandledrejection", e => faults.push(String(e.reason)));""")
+        self.addCleanup(lambda: self.assertEqual(self.page.script("return faults"), []))
+        return started
+
+    def assigned(self, domain=SITE):
+        """Category and project of each of the site's spans, the oldest first."""
+        return self.stored("SELECT category, project_id FROM events WHERE domain=? ORDER BY start",
+                           domain)
+
+    def test_the_first_opening(self):
+        self.open(onboarded=False)
+        page = self.page
+        page.wait_for_text("//h1", "Bienvenue dans Orvanta")
+        self.assertIn(self.desktop.database(), page.text("//main"))
+        page.click(button("Continuer"))
+        page.wait_for_text("//h1", "Ce que ce bureau permet")
+        page.wait_for_text("//main", "Application et fenêtreX11")
+        page.click(button("Continuer"))
+        page.wait_for_text("//h1", "Un premier projet")
+        page.click(button("Créer et commencer"))
+        page.wait_for_text("//*[@role = 'alert']", "Donnez un nom au projet")
+        self.assertEqual(self.setting("onboarded"), "0")
+
+        page.click(field("Nom"))
+        page.type("L'été à Brest")
+        page.click("//input[@aria-label = 'Ocre']/..")
+        page.click(field("Mots-clés"))
+        page.type("sonde, quai")
+        page.press("Return")
+        self.wait_for_store([("L'été à Brest", "#d08c10", "travail", "sonde, quai")],
+                            "SELECT name, color, category, keywords FROM projects")
+        wait_for(lambda: self.setting("onboarded") == "1", 10, "onboarded")
+        # Its time is there at once, by its keyword.
+        page.wait_for_text("//section[@aria-label = 'Projets']", "L'été à Brest30 min")
+
+    def test_a_day_is_assigned_and_teaches(self):
+        project = self.change("INSERT INTO projects(name) VALUES (?)", PROJECT)
+        started = self.open()
+        page = self.page
+        painted = page.script("""
+            return new Promise(done => {
+                const look = () => document.querySelector("[role=option]")
+                    ? requestAnimationFrame(() => done(Date.now() / 1000))
+                    : requestAnimationFrame(look);
+                look();
+            });""")
+        print(f"\nfrom the start of the program to the first painted day: "
+              f"{painted - started:.2f} s at most, the driver's own start included")
+
+        # Yesterday, by keyboard: all of the site's blocks.
+        page.press("Left")
+        yesterday = self.today - datetime.timedelta(days=1)
+        page.wait_for_text("//h1", f" {yesterday.day} ")
+        page.press("slash")
+        page.type("carnet")
+        page.wait_for_text("//h2[starts-with(., 'Blocs')]", "2 blocs")
+        page.press("Tab", "ctrl+a", "Return")  # the list, all of it, on to the bar
+        page.wait_for_text("//form[@aria-label = 'Assigner la sélection']", "2 blocs35 min")
+        page.press("Tab")
+        page.type("Carnet")
+        page.press("Tab", "space")
+        page.wait_for_text(TOAST, "Assigné : 2 blocs (35 min).")
+        self.assertNotIn("Règle apprise", page.text(TOAST))
+        given, free = ("travail", project), (None, None)
+        self.assertEqual(self.assigned(), [given, given, free, free])
+
+        # Today, by mouse: one block, whose title is text and nothing else.
+        page.click(button("Aujourd’hui"))
+        page.wait_for_text("//h1", f" {self.today.day} ")
+        page.wait_for_text(row("09:00"), " ".join(TITLE.split()))
+        page.click(row("09:00"))
+        page.press("Return", "Tab")
+        page.type("Carnet")
+        page.click(button("Assigner"))
+        page.wait_for_text(TOAST, f"Règle apprise : {SITE} → Travail, {PROJECT}")
+        self.assertEqual(self.assigned(), [given, given, given, free])
+        learnt = ("SELECT field, pattern, category, project_id, priority FROM rules"
+                  " WHERE priority>=0")
+        self.assertEqual(self.stored(learnt), [("domain", SITE, "travail", project, 0)])
+        page.wait_for_text(row("09:45"), PROJECT)  # by the rule
+
+        page.click(button("Annuler"))
+        self.wait_for_store([], learnt)
+        wait_for(lambda: self.assigned() == [given, given, free, free], 10, "taken back")
+        wait_for(lambda: PROJECT not in page.text(row("09:45")), 10, "no project any more")
+
+        # One key assigns: on this keyboard the digit is Shift's. Another takes it back.
+        page.click(row("09:45"))
+        page.press("ampersand")
+        page.wait_for_text(TOAST, "Assigné : 1 bloc (15 min).")
+        self.assertEqual(self.assigned(), [given, given, free, ("travail", None)])
+        page.press("ctrl+z")
+        wait_for(lambda: self.assigned() == [given, given, free, free], 10, "taken back")
+        self.assertEqual(page.script("return document.title"), "Orvanta")
+
+    def test_rules_settings_export_and_pause(self):
+        project = self.change("INSERT INTO projects(name) VALUES (?)", PROJECT)
+        self.open()
+        page = self.page
+        page.press("r")
+        page.wait_for_text("//h1", "Règles")
+        page.press("n")
+        page.wait_for_text("//dialog//h2", "Nouvelle règle")
+        page.press("Escape")
+        wait_for(lambda: page.text("//dialog") == "", 10, "the dialogue closes")
+        page.press("n")
+        page.wait_for_text("//dialog//h2", "Nouvelle règle")
+        page.type("ATELIER")  # into the field that has the focus
+        page.click("//dialog//label/span[. = 'Quand']")
+        page.type("App")
+        page.click("//dialog//label/span[. = 'Catégorie']")
+        page.type("Loi")
+        page.wait_for_text("//dialog", "2 activités, 50 min ces sept derniers jours.")
+        page.wait_for_text("//dialog", "50 min changeraient de catégorie")
+        page.click(button("Enregistrer"))
+        self.wait_for_store([("app", "ATELIER", "loisir", None)],
+                            "SELECT field, pattern, category, project_id FROM rules"
+                            " WHERE priority>=0")
+        page.press("j")
+        page.wait_for_text(row("Atelier"), "Loisir")
+
+        page.press("g")
+        page.wait_for_text("//h1", "Réglages")
+        for text, error in (("abc", "Un nombre entier est attendu."), ("10", "30 au moins."),
+                            ("9999", "7200 au plus."), ("240", "")):
+            page.click(field("Seuil d’inactivité"))
+            page.press("ctrl+a")
+            page.type(text)
+            page.press("Return")
+            what = field("Seuil d’inactivité") + "/ancestor::div[2]//*[@role = 'alert']"
+            wait_for(lambda: page.text(what) == error, 10, f"{text}: {error}")
+            expected = "180" if error else text
+            wait_for(lambda: self.setting("idle_threshold") == expected, 10, text)
+        page.click(field("Sites exclus"))
+        page.type("https://banque.example/compte")
+        page.press("Return")
+        wait_for(lambda: self.setting("excluded_domains") == '["banque.example"]', 10, "excluded")
+
+        page.click(button("Aujourd’hui"))
+        page.click(button("Exporter…"))
+        page.answer_panel("Exporter", "Return")
+        page.wait_for_text(TOAST, "Exporté : du ")
+        path = os.path.join(self.desktop.env["HOME"], f"lumaplan_{self.today}_{self.today}.csv")
+        with open(path, encoding="utf-8-sig", newline="") as file:
+            rows = {line["debut"]: line for line in csv.DictReader(file, delimiter=";")}
+        first = rows[f"{self.today} 09:00:00"]
+        self.assertEqual((first["domaine"], first["titre"]), (SITE, TITLE))
+        self.assertEqual(rows[f"{self.today} 09:20:00"]["categorie"], "loisir")
+
+        page.click(button("Pause"))
+        page.wait_for_text("//header", "Suivi en pause")
+        self.assertEqual(self.setting("paused"), "1")
+        last = "SELECT max(id), max(end) FROM events"
+        before = self.stored(last)
+        pass_time(2 * TICK)
+        self.assertEqual(self.stored(last), before)
+        page.click("//header//label/span[. = 'Je travaille sur']")
+        page.type("Carnet")
+        page.click(button("Reprendre"))
+        wait_for(lambda: self.setting("paused") == "0", 10, "it tracks again")
+        wait_for(lambda: self.stored("SELECT 1 FROM events WHERE project_id=?", project), 20,
+                 "a span of the project")
+
+
+if __name__ == "__main__":
+    unittest.main()
