@@ -73,6 +73,12 @@ class Service {
 
 class TelemetryTest : public testing::Test {
  protected:
+  void SetUp() override {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the locks of GLib and libsoup are not known to the thread sanitizer";
+#endif
+  }
+
   // Runs the main loop until the check holds; false when it does not in 5 s.
   template <class Check>
   bool until(Check check) {
