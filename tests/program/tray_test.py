@@ -244,9 +244,9 @@ class TrayTest(unittest.TestCase):
 
 
 class NoTrayTest(unittest.TestCase):
-    """A desktop without a tray: the user is told, once."""
+    """A desktop without a tray, nor a screen for a dashboard: the user is told of each, once."""
 
-    def test_the_note(self):
+    def test_the_notes(self):
         desktop = Desktop(screen=False)
         self.addCleanup(desktop.stop)
         desktop.set_setting("onboarded", "1")
@@ -272,9 +272,11 @@ class NoTrayTest(unittest.TestCase):
         self.assertIn("zone d'icônes", notes[0][1])
         notifications.ActionInvoked(1, "default")
         host.wait_for(lambda: DASHBOARD in output_of(program), 10, "a click opens the dashboard")
+        host.wait_for(lambda: len(notes) == 2, 10, "a note that the dashboard cannot open")
+        self.assertIn("Le tableau de bord n'a pas pu s'ouvrir", notes[1][1])
         host.watcher.StatusNotifierHostRegistered()  # an icon after all
         self.assertEqual(end(program)[0], 0)
-        self.assertEqual(len(notes), 1)
+        self.assertEqual(len(notes), 2)
 
 
 class SessionClient(dbus.service.Object):
