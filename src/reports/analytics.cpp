@@ -131,30 +131,42 @@ json::object Analytics::totals(const std::optional<std::string>& text) const {
 }
 
 json::object Analytics::week(const std::optional<std::string>& text) const {
-  const auto monday = parseDate(text).monday();
-  SpanReader reader(db_);
-  TextTally byCat;
-  Tally<Totals::ProjectTotal> byProj;
-  json::array days;
-  for (int i = 0; i < kDaysPerWeek; ++i) {
-    const auto date = monday.plusDays(i);
+  struct Day {
+    Date date;
+    TimeRange bounds;
     Totals totals;
     Extent extent;
-    reader.each(calendar_.dayBounds(date), [&](const Ev& ev) {
-      totals.add(ev);
-      extent.add(ev);
-    });
+  };
+  const auto monday = parseDate(text).monday();
+  std::vector<Day> days;
+  for (int i = 0; i < kDaysPerWeek; ++i) {
+    const auto date = monday.plusDays(i);
+    days.push_back({date, calendar_.dayBounds(date), {}, {}});
+  }
+  SpanReader reader(db_);
+  reader.each({days.front().bounds.start, days.back().bounds.end}, [&](const Ev& ev) {
+    for (auto& [date, bounds, totals, extent] : days) {
+      if (!overlaps(ev, bounds)) continue;
+      const auto part = clipped(ev, bounds);
+      totals.add(part);
+      extent.add(part);
+    }
+  });
+  TextTally byCat;
+  Tally<Totals::ProjectTotal> byProj;
+  json::array list;
+  for (const auto& [date, bounds, totals, extent] : days) {
     for (const auto& cat : totals.byCat.entries()) byCat[cat.key].seconds += cat.seconds;
     for (const auto& project : totals.byProj.entries())
       byProj[project.key].seconds += project.seconds;
-    days.push_back({{"date", date.iso()},
+    list.push_back({{"date", date.iso()},
                     {"active", totals.active},
                     {"by_category", byCategoryJson(totals.byCat)},
                     {"first", jsonOrNull(extent.first)},
                     {"last", jsonOrNull(extent.last)}});
   }
   return {{"monday", monday.iso()},
-          {"days", std::move(days)},
+          {"days", std::move(list)},
           {"by_category", byCategoryJson(byCat)},
           {"by_project", byProjectJson(byProj, reader.projects())}};
 }

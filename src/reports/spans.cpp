@@ -19,9 +19,7 @@ SpanReader::SpanReader(Database& db) : db_(db), rules_(loadRules(db)), projects_
 }
 
 Ev SpanReader::read(const Cursor& row, const TimeRange& range) {
-  auto ev = texts_->reader.read(row);
-  if (ev.start <= range.start) ev.start = range.start;
-  if (ev.end > range.end) ev.end = range.end;
+  auto ev = clipped(texts_->reader.read(row), range);
   texts_->classifier.classify(ev);
   return ev;
 }

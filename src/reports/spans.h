@@ -1,6 +1,7 @@
 // The recorded spans of ranges of time.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -13,6 +14,18 @@
 #include "storage/project.h"
 
 namespace orvanta {
+
+/// Whether a span has a part in `range`; touching it is not enough.
+inline bool overlaps(const Ev& ev, const TimeRange& range) {
+  return ev.end > range.start && ev.start < range.end;
+}
+
+/// The part of an overlapping span that lies in `range`.
+inline Ev clipped(Ev ev, const TimeRange& range) {
+  ev.start = std::max(ev.start, range.start);
+  ev.end = std::min(ev.end, range.end);
+  return ev;
+}
 
 /// Reads and classifies spans for one request, with the rules and projects as they were when it
 /// began. The texts of its spans live as long as it does. Not thread-safe.
