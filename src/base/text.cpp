@@ -92,7 +92,14 @@ std::vector<std::string> words(std::string_view utf8) {
 }
 
 std::size_t userCharacters(std::string_view utf8) {
-  if (isAscii(utf8) && utf8.find('\r') == std::string_view::npos) return utf8.size();
+  // Below U+0300 nothing joins the character before it but a line feed. ICU's iterator would bring
+  // half a megabyte of its library into memory for what most texts do not need.
+  constexpr uint8_t kFirstThatMayJoin = 0xCC;  // lead byte of U+0300
+  const bool plain = std::none_of(utf8.begin(), utf8.end(), [](char c) {
+    return c == '\r' || static_cast<uint8_t>(c) >= kFirstThatMayJoin;
+  });
+  if (plain)
+    return static_cast<std::size_t>(g_utf8_strlen(utf8.data(), static_cast<gssize>(utf8.size())));
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::BreakIterator> characters(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));

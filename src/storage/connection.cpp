@@ -20,6 +20,8 @@ Connection::Connection(const std::filesystem::path& file, int flags) {
   int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
   handle_.reset(raw);
   if (code == SQLITE_OK) {
+    // Memory set aside for compiling statements, which are compiled once and kept.
+    sqlite3_db_config(raw, SQLITE_DBCONFIG_LOOKASIDE, nullptr, 0, 0);
     sqlite3_busy_timeout(raw, kBusyMilliseconds);
     sqlite3_exec(raw, (flags & SQLITE_OPEN_READONLY) != 0 ? kReportCache : kCache, nullptr, nullptr,
                  nullptr);

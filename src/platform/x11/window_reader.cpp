@@ -37,11 +37,12 @@ std::string_view bytesOf(const xcb_get_property_reply_t* reply) {
           static_cast<std::size_t>(xcb_get_property_value_length(reply))};
 }
 
+// Its bytes are the first 256 code points.
 std::string fromLatin1(std::string_view bytes) {
+  icu::UnicodeString text;
+  for (const char c : bytes) text.append(static_cast<UChar>(static_cast<uint8_t>(c)));
   std::string utf8;
-  icu::UnicodeString(bytes.data(), static_cast<int32_t>(bytes.size()), "ISO-8859-1")
-      .toUTF8String(utf8);
-  return utf8;
+  return text.toUTF8String(utf8);
 }
 
 // Two strings, each ended by NUL; programs that forget the last NUL exist.
