@@ -28,59 +28,72 @@ void PatternSearch::add(std::string_view pattern, const Found& found) {
   }
 }
 
+PatternSearch::State PatternSearch::child(State state, uint8_t edge) const {
+  auto child = nodes_[state].firstChild;
+  while (child != 0 && nodes_[child].edge != edge) child = nodes_[child].nextSibling;
+  return child;
+}
+
+PatternSearch::State PatternSearch::makeChild(State state, uint8_t edge) {
+  if (const auto known = child(state, edge); known != 0) return known;
+  const auto made = static_cast<State>(nodes_.size());
+  nodes_.push_back({.nextSibling = nodes_[state].firstChild, .edge = edge});
+  nodes_[state].firstChild = made;
+  atState_.emplace_back();
+  return made;
+}
+
 void PatternSearch::build() {
   // Capitals of ASCII take the class of their small letter, so that plain text needs no
   // lower-casing.
   for (char c = 'A'; c <= 'Z'; ++c) classOf_.at(byteOf(c)) = classOf_.at(byteOf(c) | 0x20);
 
-  // The trie of the patterns. 0 is the root and, since nothing leads back to it, also "none".
-  struct Node {
-    uint32_t firstChild = 0;
-    uint32_t nextSibling = 0;
-    uint8_t edge = 0;     // class of the byte that leads here
-    uint32_t suffix = 0;  // node of the longest proper suffix that is in the trie
-  };
-  std::vector<Node> trie(1);
+  nodes_.assign(1, {});
   atState_.assign(1, {});
+  for (const auto& pattern : patterns_) makeChild(0, classOf_.at(byteOf(pattern.text.front())));
+  rows_ = static_cast<State>(nodes_.size());
   for (const auto& [text, found] : patterns_) {
-    uint32_t node = 0;
-    for (const char c : text) {
-      const auto edge = classOf_.at(byteOf(c));
-      auto child = trie[node].firstChild;
-      while (child != 0 && trie[child].edge != edge) child = trie[child].nextSibling;
-      if (child == 0) {
-        child = static_cast<uint32_t>(trie.size());
-        trie.push_back({.nextSibling = trie[node].firstChild, .edge = edge});
-        trie[node].firstChild = child;
-        atState_.emplace_back();
-      }
-      node = child;
-    }
-    atState_[node].merge(found);
+    State state = 0;
+    for (const char c : text) state = makeChild(state, classOf_.at(byteOf(c)));
+    atState_[state].merge(found);
   }
   patterns_.clear();
 
-  // Breadth first: where a node has no child of its own it goes where its suffix goes, and it finds
-  // what its suffix finds.
-  next_.assign(trie.size() * classes_, 0);
-  std::vector<uint32_t> queue{0};
-  queue.reserve(trie.size());
+  // After one byte the only suffix is nothing: where no child is, the first row tells.
+  table_.resize(std::size_t{rows_} * classes_);
+  for (State state = 0; state < rows_; ++state) {
+    auto* row = &table_[std::size_t{state} * classes_];
+    std::copy_n(table_.begin(), classes_, row);
+    for (auto child = nodes_[state].firstChild; child != 0; child = nodes_[child].nextSibling) {
+      row[nodes_[child].edge] = child;
+    }
+  }
+
+  // Breadth first, so that a suffix is known before those that it is a suffix of.
+  std::vector<State> queue{0};
+  queue.reserve(nodes_.size());
   for (std::size_t i = 0; i < queue.size(); ++i) {
-    const auto node = queue[i];
-    auto* row = &next_[std::size_t{node} * classes_];
-    if (node != 0) std::copy_n(&next_[std::size_t{trie[node].suffix} * classes_], classes_, row);
-    for (auto child = trie[node].firstChild; child != 0; child = trie[child].nextSibling) {
-      auto& next = row[trie[child].edge];
-      trie[child].suffix = (next & ~kFinds) / classes_;
-      atState_[child].merge(atState_[trie[child].suffix]);
-      next = child * classes_ | (atState_[child].any() ? kFinds : 0);
+    const auto state = queue[i];
+    for (auto child = nodes_[state].firstChild; child != 0; child = nodes_[child].nextSibling) {
+      auto& node = nodes_[child];
+      if (state != 0) node.suffix = next(nodes_[state].suffix, node.edge);
+      atState_[child].merge(atState_[node.suffix]);
+      node.finds = atState_[child].any();
       queue.push_back(child);
     }
   }
 }
 
+PatternSearch::State PatternSearch::next(State state, uint8_t edge) const {
+  while (state >= rows_) {
+    if (const auto longer = child(state, edge); longer != 0) return longer;
+    state = nodes_[state].suffix;
+  }
+  return table_[std::size_t{state} * classes_ + edge];
+}
+
 PatternSearch::Found PatternSearch::search(std::string_view text) const {
-  if (next_.size() <= classes_) return {};  // no pattern at all
+  if (nodes_.size() <= 1) return {};  // no pattern at all
   return isAscii(text) ? searchBytes(text) : searchBytes(lowerCase(text));
 }
 
@@ -88,9 +101,9 @@ PatternSearch::Found PatternSearch::searchBytes(std::string_view lowered) const 
   Found found;
   State state = 0;
   for (const char c : lowered) {
-    const State next = next_[state + classOf_[byteOf(c)]];
-    state = next & ~kFinds;
-    if (next != state) found.merge(atState_[state / classes_]);
+    const auto edge = classOf_[byteOf(c)];
+    state = state < rows_ ? table_[std::size_t{state} * classes_ + edge] : next(state, edge);
+    if (nodes_[state].finds) found.merge(atState_[state]);
   }
   return found;
 }
