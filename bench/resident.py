@@ -3,7 +3,7 @@
 
 Each beside an empty program on the same libraries. Prints figures and passes no judgement.
 
-    bench/resident.py BUILD-FOLDER [--years 10] [--seconds 120] [--only start,idle,busy]
+    bench/resident.py BUILD-FOLDER [--years 10] [--seconds 120] [--only start,idle,busy,dashboard]
 """
 
 import argparse
@@ -191,13 +191,56 @@ def measure_running(name, store, seconds):
         session.close()
 
 
+def below(pid):
+    """The program's children, theirs, and so on."""
+    found = []
+    for task in tasks(pid):
+        with open(os.path.join(task, "children"), encoding="ascii") as file:
+            for child in map(int, file.read().split()):
+                found += [child, *below(child)]
+    return found
+
+
+def measure_dashboard(store):
+    """The program's memory before, with and after a dashboard, which ends 2 s after its window."""
+    session = Session(store)
+    session.desktop.env["ORVANTA_LINGER_SECONDS"] = "2"
+
+    def windows():
+        found = session.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Orvanta$")
+        return found.stdout.split()
+
+    def settled(done):
+        while not done():
+            time.sleep(0.2)
+        time.sleep(15)  # the menu has read the day again, and what came with it is given back
+
+    try:
+        empty, _ = session.start(EMPTY)
+        program, _ = session.start(ORVANTA)
+        settled(lambda: True)
+        print_memory("before a dashboard", program, empty)
+        session.desktop.run(ORVANTA, "--show")
+        settled(windows)
+        print_memory("with the dashboard open", program, empty)
+        dashboard = sum(memory(pid)[1] for pid in below(program.pid))
+        print(f"the dashboard and its web engine: {dashboard / 1024:.0f} MiB PSS")
+        session.desktop.focus(int(windows()[0]))
+        session.desktop.run("timeout", "5", "xdotool", "key", "ctrl+w")
+        settled(lambda: not below(program.pid))
+        print_memory("after it has ended", program, empty)
+        stop(program, empty)
+    finally:
+        session.close()
+
+
 def main():
     global ORVANTA, EMPTY
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("build")
     parser.add_argument("--years", type=int, default=10)
     parser.add_argument("--seconds", type=int, default=120)
-    parser.add_argument("--only", default="start,idle,busy")
+    parser.add_argument("--only", default="start,idle,busy,dashboard")
     options = parser.parse_args()
     build = os.path.realpath(options.build)
     ORVANTA = os.environ["ORVANTA"] = os.path.join(build, "orvanta")
@@ -208,6 +251,8 @@ def main():
     for measurement in options.only.split(","):
         if measurement == "start":
             measure_start(store)
+        elif measurement == "dashboard":
+            measure_dashboard(store)
         else:
             measure_running(measurement, store, options.seconds)
 
