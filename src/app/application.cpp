@@ -88,6 +88,7 @@ void Application::on_activate() {
 }
 
 void Application::on_shutdown() {
+  if (services_) services_->browserTabs.giveUp();  // the end waits for no browser
   if (delegate_) delegate_->applicationWillTerminate();
   delegate_.reset();
   services_.reset();
