@@ -4,6 +4,16 @@
 
 namespace orvanta {
 
+std::optional<WindowClaims> WindowClaims::told(const std::string& application,
+                                               const std::string& windowClass,
+                                               const std::string& title, int32_t pid) {
+  if (application.empty() && windowClass.empty() && title.empty()) return {};
+  return WindowClaims{.names = {application, windowClass},
+                      .fallbackName = windowClass.empty() ? application : windowClass,
+                      .title = title.empty() ? std::nullopt : std::optional(title),
+                      .pid = pid};
+}
+
 std::optional<FrontmostApp> PublishedForeground::frontmostApp() {
   std::optional<WindowClaims> front;
   {

@@ -20,6 +20,12 @@ struct WindowClaims {
   std::string fallbackName;        ///< shown when no installed application has one of the names
   std::optional<std::string> title;
   int32_t pid = 0;  ///< 0 when the desktop does not tell
+
+  /// What a desktop's shell tells of the window in front; absent when all texts are empty, which is
+  /// how it says that there is none.
+  static std::optional<WindowClaims> told(const std::string& application,
+                                          const std::string& windowClass, const std::string& title,
+                                          int32_t pid);
 };
 
 /// The probe's operations may be called from any thread, the protected ones from one other. The
