@@ -12,6 +12,7 @@ namespace {
 constexpr double kGap = 20.0;              // more between two ticks: the machine slept
 constexpr double kForgetProject = 3600.0;  // a gap after which the user starts something new
 constexpr double kFlushEvery = 10.0;       // at most this much is lost in a crash
+constexpr double kJitter = 0.05;           // by which a tick may follow the last one too early
 
 std::vector<std::string> stringList(const std::string& json) {
   boost::system::error_code broken;
@@ -137,7 +138,7 @@ void Engine::debounce(Sample sample, double now) {
     heartbeat(now);
     return;
   }
-  if (now - candidate_->since + kTickSeconds < numberSetting("min_span_seconds", 10.0)) {
+  if (now - candidate_->since + kTickSeconds < numberSetting("min_span_seconds", 10.0) - kJitter) {
     heartbeat(now);
     return;
   }
@@ -223,7 +224,7 @@ void Engine::heartbeat(double now) {
 }
 
 void Engine::flush(double now) {
-  if (now - open_->lastFlush < kFlushEvery) return;
+  if (now - open_->lastFlush < kFlushEvery - kJitter) return;
   storeEnd(now);
   open_->lastFlush = now;
 }

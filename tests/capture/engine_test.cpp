@@ -54,6 +54,22 @@ TEST_F(EngineTest, AnOpenSpanIsAtMostTenSecondsBehindInTheStore) {
   EXPECT_EQ(spans(), Spans{"A 2-60"});
 }
 
+TEST_F(EngineTest, ATickThatIsEarlyByAHairCounts) {
+  const auto hair = 0.01;
+  desktop.show("A");
+  jump(hair);
+  run(2);
+  jump(-hair);
+  run(10);
+  EXPECT_EQ(lastSpan().dbl("end"), clock.now);
+  desktop.show("B");
+  jump(hair);
+  run(2);
+  jump(-hair);
+  run(8);
+  EXPECT_EQ(lastSpan().str("app"), "B");
+}
+
 TEST_F(EngineTest, AGlanceIsNoSpanAndAStayIsBackDated) {
   desktop.show("A");
   run(20);
