@@ -213,14 +213,28 @@ void Engine::storeEnd(double end) {
 }
 
 void Engine::heartbeat(double now) {
-  if (const auto& title = open_->sample.title) {
-    const double seen = open_->titleTime[*title] += kTickSeconds;
-    if (seen > open_->bestTime) {
-      open_->bestTime = seen;
-      open_->bestTitle = title;
-    }
-  }
+  if (open_->sample.title) countTitle(*open_->sample.title);
   flush(now);
+}
+
+// A page may show another title at every tick, for hours: those seen least are then forgotten.
+void Engine::countTitle(const std::string& title) {
+  constexpr std::size_t kMostTitles = 128;
+  auto& times = open_->titleTime;
+  if (times.size() >= kMostTitles && !times.contains(title)) {
+    const auto least =
+        std::min_element(times.begin(), times.end(), [](const auto& a, const auto& b) {
+          return a.second < b.second;
+        })->second;
+    std::erase_if(times, [&](const auto& seen) {
+      return seen.second <= least && seen.first != open_->bestTitle;
+    });
+  }
+  const double seen = times[title] += kTickSeconds;
+  if (seen > open_->bestTime) {
+    open_->bestTime = seen;
+    open_->bestTitle = title;
+  }
 }
 
 void Engine::flush(double now) {

@@ -233,6 +233,21 @@ TEST_F(EngineTest, KeepsTheTitleSeenLongestWithItsUrl) {
   EXPECT_EQ(lastSpan().str("domain"), "exemple.fr");
 }
 
+TEST_F(EngineTest, AmongThousandsOfTitlesTheLongestIsFound) {
+  desktop.browse("https://exemple.fr/un", "Un");
+  run(40);
+  for (int i = 0; i < 2000; ++i) {
+    const bool again = i % 4 == 0;
+    desktop.browse("https://exemple.fr/", again ? "Deux" : "Titre " + std::to_string(i));
+    run(2);
+  }
+  desktop.browse("https://exemple.fr/deux", "Deux");
+  run(2);
+  engine.finish();
+  EXPECT_EQ(spans().size(), 1U);
+  EXPECT_EQ(lastSpan().str("title"), "Deux");
+}
+
 TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {
   desktop.browse("", "");
   desktop.tabs.begin()->second = {};  // a private window
