@@ -41,8 +41,8 @@ void AppDelegate::applicationDidFinishLaunching() {
   mainThread_.every(kHourlyPeriod, [this] { everyHour(); });
 }
 
-void AppDelegate::openDashboardAtLaunch(bool asked) {
-  if (asked || parts_.db.setting("onboarded") != "1") actions_.showDashboard();
+void AppDelegate::openDashboardAtLaunch(bool asked, const std::string& activationToken) {
+  if (asked || parts_.db.setting("onboarded") != "1") actions_.showDashboard(activationToken);
 }
 
 void AppDelegate::buildMenu() {

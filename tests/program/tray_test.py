@@ -1,6 +1,8 @@
 """The status menu and the icon, as a panel on a real session bus reads and clicks them."""
 
+import json
 import os
+import shutil
 import sqlite3
 import time
 import unittest
@@ -137,6 +139,38 @@ class TrayTest(unittest.TestCase):
         asked = time.time()
         self.assertEqual(self.program.wait(timeout=5), 0)
         self.assertAlmostEqual(self.desktop.spans()[-1]["end"], asked, delta=1)
+
+    def test_activation_tokens_reach_the_dashboard(self):
+        # In the place of the real one, which needs a screen.
+        told = os.path.join(self.desktop.folder, "told")
+        with open(os.path.join(self.desktop.folder, "orvanta-dashboard"), "w",
+                  encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\necho shown >&3\nexec cat <&3 >{told}\n")
+        os.chmod(file.name, 0o700)
+        self.desktop.orvanta = shutil.copy(ORVANTA, self.desktop.folder)
+        self.start()
+        tokens = []
+
+        def expect(token):
+            def lines():
+                with open(told, encoding="utf-8") as file:
+                    return [line.partition(" ") for line in file.read().splitlines()]
+            tokens.append(token)
+            self.host.wait_for(lambda: os.path.exists(told) and len(lines()) == len(tokens), 5,
+                               f"the dashboard is told to show itself by {token!r}")
+            self.assertEqual([(verb, json.loads(rest)) for verb, _, rest in lines()],
+                             [("show", token) for token in tokens])
+
+        self.host.give_token("premier")
+        self.host.activate()
+        expect("premier")
+        self.host.give_token("\"2\"\nquit é")
+        self.host.click(self.host.item("Ouvrir Orvanta"))
+        expect("\"2\"\nquit é")
+        self.host.activate()
+        expect("")  # a token is good for one click
+        self.desktop.run(self.desktop.orvanta, env={"XDG_ACTIVATION_TOKEN": "lanceur"})
+        expect("lanceur")
 
     def test_only_what_changes_is_told(self):
         self.sql("UPDATE settings SET value = '1' WHERE key = 'paused'")
