@@ -111,7 +111,7 @@ class TrayTest(unittest.TestCase):
         self.wait_for_label("○ Suivi en pause", 2)
         self.assertEqual(self.setting("paused"), "1")
         self.assertEqual(host["IconName"], "fr.quellvane.orvanta-paused-symbolic")
-        self.assertIn(("NewIcon", ()), host.signals)
+        host.wait_for(lambda: ("NewIcon", ()) in host.signals, 2, "the icon is told")
         spans = len(self.desktop.spans())
         pass_time(TICK)
         self.assertEqual(len(self.desktop.spans()), spans)
