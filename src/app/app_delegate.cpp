@@ -41,8 +41,8 @@ void AppDelegate::applicationDidFinishLaunching() {
   mainThread_.every(kHourlyPeriod, [this] { everyHour(); });
 }
 
-void AppDelegate::openDashboardAtLaunch(bool asked) {
-  if (asked || parts_.db.setting("onboarded") != "1") actions_.showDashboard();
+void AppDelegate::openDashboardAtLaunch(bool asked, const std::string& activationToken) {
+  if (asked || parts_.db.setting("onboarded") != "1") actions_.showDashboard(activationToken);
 }
 
 void AppDelegate::buildMenu() {
@@ -69,10 +69,10 @@ void AppDelegate::everyHour() {
   actions_.dailyTelemetry();
 }
 
-// Not here: on ten years of spans it takes longer than the user waits for a menu.
+// Not here: it waits a moment for what it starts.
 void AppDelegate::applyRetention() {
   retentionApplied_ = clock_();
-  queue_.post([this] { parts_.tracker.applyRetention(); });
+  queue_.post([this] { parts_.tracker.startRetention(); });
 }
 
 void AppDelegate::setPaused(bool paused) {

@@ -36,7 +36,8 @@ class AppDelegate {
 
   /// What other parts of the program do for it. Called on the main thread.
   struct Actions {
-    std::function<void()> showDashboard;
+    /// The token lets it come to the front, as DashboardWindow::show() has it.
+    std::function<void(const std::string& activationToken)> showDashboard;
     std::function<void()> dailyTelemetry;
     std::function<std::optional<Update>()> updateAvailable;
     std::function<void(const std::string& url)> openUrl;
@@ -49,9 +50,11 @@ class AppDelegate {
   /// Everything between the opened store and the running program; once.
   void applicationDidFinishLaunching();
   /// The last step of the launch: the dashboard opens if the user has never seen it or asks for it.
-  void openDashboardAtLaunch(bool asked);
+  void openDashboardAtLaunch(bool asked, const std::string& activationToken);
   /// The user has started the program again.
-  void applicationShouldHandleReopen() { actions_.showDashboard(); }
+  void applicationShouldHandleReopen(const std::string& activationToken = {}) {
+    actions_.showDashboard(activationToken);
+  }
   /// Closes the open span.
   void applicationWillTerminate() { parts_.tracker.shutdown(); }
 

@@ -34,7 +34,8 @@ bool startsApplication(const std::vector<std::string>& words) {
 }
 
 Application::Application()
-    : Gio::Application(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE) {}
+    : Gio::Application(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
+                                           Gio::Application::Flags::SEND_ENVIRONMENT) {}
 
 Application::~Application() = default;
 
@@ -67,7 +68,7 @@ void Application::launch() {
       AppDelegate::Parts{services_->db, services_->tracker, services_->analytics,
                          services_->sessionBus},
       AppDelegate::Actions{
-          .showDashboard = [this] { services_->dashboard.show(); },
+          .showDashboard = [this](const auto& token) { services_->dashboard.show(token); },
           .dailyTelemetry = [this] { services_->telemetry.daily(); },
           .updateAvailable = [this] { return services_->telemetry.updateAvailable(); },
           .openUrl = [](const std::string& url) { openUrl(url, systemLog); },
@@ -88,6 +89,7 @@ void Application::on_activate() {
 }
 
 void Application::on_shutdown() {
+  if (services_) services_->browserTabs.giveUp();  // the end waits for no browser
   if (delegate_) delegate_->applicationWillTerminate();
   delegate_.reset();
   services_.reset();
@@ -109,14 +111,15 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
     answer(commandLine, {words.begin() + 1, words.end()});
     return 0;
   }
-  follow(words, !commandLine->is_remote());
+  follow(words, !commandLine->is_remote(), commandLine->getenv("XDG_ACTIVATION_TOKEN"));
   if (words.empty() && commandLine->is_remote()) {
     commandLine->print("Orvanta est déjà en marche.\n");
   }
   return 0;
 }
 
-void Application::follow(const std::vector<std::string>& options, bool atLaunch) {
+void Application::follow(const std::vector<std::string>& options, bool atLaunch,
+                         const std::string& activationToken) {
   bool show = false;
   for (const auto& option : options) {
     if (option == "--show") {
@@ -126,9 +129,9 @@ void Application::follow(const std::vector<std::string>& options, bool atLaunch)
     }
   }
   if (atLaunch) {
-    delegate_->openDashboardAtLaunch(show);
+    delegate_->openDashboardAtLaunch(show, activationToken);
   } else if (show || options.empty()) {
-    delegate_->applicationShouldHandleReopen();
+    delegate_->applicationShouldHandleReopen(activationToken);
   }
 }
 

@@ -32,7 +32,8 @@ class Application : public Gio::Application {
 
  private:
   void launch();
-  void follow(const std::vector<std::string>& options, bool atLaunch);
+  void follow(const std::vector<std::string>& options, bool atLaunch,
+              const std::string& activationToken);
   void answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
               std::vector<std::string> words);
   void tell(const std::string& text);

@@ -26,10 +26,11 @@ PlatformActions desktopActions(const Desktop& desktop, BrowserConnection& browse
   actions.isBrowser = [](const std::string& bundle) {
     return BrowserConnection::browserScript(bundle).has_value();
   };
-  actions.testBrowser = [&browsers](const std::string& bundle) {
+  actions.testBrowser = [&browsers](const std::string& bundle) -> std::optional<BrowserTest> {
     browsers.resetBrowserCooldowns();
     auto result = browsers.test(bundle);
     browsers.resetBrowserCooldowns();  // the capture is not held back by the test
+    if (result.givenUp) return {};
     return BrowserTest{.ok = result.output.has_value(), .error = std::move(result.error)};
   };
   return actions;

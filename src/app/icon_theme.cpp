@@ -3,21 +3,18 @@
 #include <filesystem>
 #include <system_error>
 
+#include "base/program_files.h"
+
 namespace orvanta {
 
 std::string iconThemePath() {
   namespace fs = std::filesystem;
-  std::error_code error;
-  const auto program = fs::read_symlink("/proc/self/exe", error).parent_path();
-  if (error) return {};
-  for (const auto& share : {program.parent_path() / "share", program / "share"}) {
-    if (fs::is_directory(share / "icons/hicolor/symbolic/apps", error) &&
-        fs::exists(share / "icons/hicolor/symbolic/apps/fr.quellvane.orvanta-symbolic.svg",
-                   error)) {
-      return share / "icons";
-    }
-  }
-  return {};
+  const fs::path icon = "hicolor/symbolic/apps/fr.quellvane.orvanta-symbolic.svg";
+  auto folder = ownShared("icons" / icon);
+  std::error_code ignored;
+  if (!fs::exists(folder, ignored)) return {};
+  for (auto part = icon.begin(); part != icon.end(); ++part) folder = folder.parent_path();
+  return folder;
 }
 
 }  // namespace orvanta

@@ -35,6 +35,7 @@ Services::Services(DataLock held, const Hooks& hooks)
               .platform = platformActions(hooks)}),
       dashboard(ownProgram("orvanta-dashboard"), router, hooks.tell, systemLog),
       sessionClient(sessionBus, kApplicationId, [this, quit = hooks.quit] {
+        browserTabs.giveUp();
         tracker.shutdown();  // before the session manager hears that we are ready
         quit();
       }) {

@@ -32,7 +32,8 @@ StatusMenu::StatusMenu(const Glib::RefPtr<Gio::DBus::Connection>& session,
              .iconThemePath = std::move(iconThemePath),
              .menuPath = kMenuPath,
              .labelGuide = " 00 h 00"},
-            appearance(false, "", ""), [this] { actions_.openDashboard(); }) {
+            appearance(false, "", ""),
+            [this] { actions_.openDashboard(item_.takeActivationToken()); }) {
   build();
 }
 
@@ -47,7 +48,7 @@ void StatusMenu::build() {
 
   openItem_.setLabel("Ouvrir Orvanta");
   openItem_.setKey("o");
-  openItem_.onActivated([this] { actions_.openDashboard(); });
+  openItem_.onActivated([this] { actions_.openDashboard(item_.takeActivationToken()); });
   toggleItem_.onActivated([this] { actions_.toggle(); });
   updateItem_.setVisible(false);
   updateItem_.onActivated([this] { actions_.openUpdate(); });

@@ -23,7 +23,7 @@ class StatusMenu {
   /// What the user can do here.
   struct Actions {
     std::function<void(std::optional<int64_t>)> pickProject;  ///< absent: "Attribution automatique"
-    std::function<void()> openDashboard;
+    std::function<void(const std::string& activationToken)> openDashboard;
     std::function<void()> toggle;
     std::function<void()> openUpdate;
     std::function<void()> quit;

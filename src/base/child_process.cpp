@@ -24,7 +24,7 @@ using std::chrono::milliseconds;
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr milliseconds kGrace{100};      // between asking to end and making it end
-constexpr milliseconds kLongestNap{50};  // between two looks whether the child still runs
+constexpr milliseconds kLongestNap{50};  // between two looks at the child and at who waits for it
 
 struct Pipe {
   OwnedFd reader;
@@ -111,8 +111,9 @@ class Child {
   Child(pid_t pid, OwnedFd output, OwnedFd errors)
       : pid_(pid), output_(std::move(output)), errors_(std::move(errors)) {}
 
-  // Whether it ended before `deadline`.
-  bool wait(SteadyClock::time_point deadline, ChildResult& result) {
+  // Whether it ended before `deadline` and before it was to stop.
+  bool wait(SteadyClock::time_point deadline, ChildResult& result,
+            const std::stop_token& stop = {}) {
     milliseconds nap{1};
     while (true) {
       const bool done = ended();
@@ -120,7 +121,7 @@ class Child {
       drain(errors_, result.errors);
       if (done) return true;
       const auto left = std::chrono::ceil<milliseconds>(deadline - SteadyClock::now());
-      if (left.count() <= 0) return false;
+      if (left.count() <= 0 || stop.stop_requested()) return false;
       // With both pipes closed it is about to end; otherwise the pipes wake us.
       const bool open = output_ || errors_;
       std::array<pollfd, 2> pipes{pollfd{output_.get(), POLLIN, 0},
@@ -168,7 +169,7 @@ ChildResult runChild(const ChildCommand& command, double timeout) {
 
   Child child(pid, std::move(output->reader), std::move(errors->reader));
   ChildResult result;
-  if (child.wait(deadline, result)) {
+  if (child.wait(deadline, result, command.stop)) {
     result.status = child.status();
     return result;
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace orvanta {
 struct ChildCommand {
   std::vector<std::string> words;        ///< path and arguments; everybody on the machine sees them
   std::vector<std::string> environment;  ///< "NAME=VALUE" on top of ours; only the user sees it
+  std::stop_token stop;                  ///< asked to stop, the child's time is up
 };
 
 /// How a child process ended.

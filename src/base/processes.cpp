@@ -53,6 +53,12 @@ std::string programOf(int32_t pid) {
   return path;
 }
 
+std::string commandNameOf(int32_t pid) {
+  auto name = contents(folderOf(pid) / "comm");
+  if (name.ends_with('\n')) name.pop_back();
+  return name;
+}
+
 std::vector<std::string> commandLineOf(int32_t pid) {
   std::vector<std::string> words;
   std::istringstream text(contents(folderOf(pid) / "cmdline"));

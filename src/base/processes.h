@@ -12,6 +12,10 @@ namespace orvanta {
 /// system. Empty when the process is gone or is somebody else's.
 std::string programOf(int32_t pid);
 
+/// What the process is called in lists of processes: the first 15 bytes of its program's name, or
+/// what it calls itself. Empty when it is gone.
+std::string commandNameOf(int32_t pid);
+
 /// The words that the process was started with.
 std::vector<std::string> commandLineOf(int32_t pid);
 

@@ -1,14 +1,13 @@
 #include "base/program_files.h"
 
+#include <unistd.h>
+
+#include "base/processes.h"
+
 namespace orvanta {
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path ownFolder() {
-  std::error_code unknown;
-  return fs::read_symlink("/proc/self/exe", unknown).parent_path();
-}
 
 fs::path firstThatExists(const fs::path& first, const fs::path& second) {
   std::error_code ignored;
@@ -17,15 +16,22 @@ fs::path firstThatExists(const fs::path& first, const fs::path& second) {
 
 }  // namespace
 
+fs::path ownProgram() {
+  return programOf(getpid());
+}
+
 fs::path ownProgram(std::string_view name) {
-  const auto folder = ownFolder();
+  const auto folder = ownProgram().parent_path();
   return firstThatExists(folder / name, folder.parent_path() / "libexec" / name);
 }
 
+fs::path ownShared(const fs::path& inside) {
+  const auto folder = ownProgram().parent_path();
+  return firstThatExists(folder.parent_path() / "share" / inside, folder / "share" / inside);
+}
+
 fs::path ownData(std::string_view name) {
-  const auto folder = ownFolder();
-  const auto inside = fs::path("share") / "orvanta" / name;
-  return firstThatExists(folder.parent_path() / inside, folder / inside);
+  return ownShared(fs::path("orvanta") / name);
 }
 
 }  // namespace orvanta

@@ -6,10 +6,17 @@
 
 namespace orvanta {
 
-/// A program of ours: beside the one that runs, or in `../libexec` of it.
+/// The program file that runs.
+std::filesystem::path ownProgram();
+
+/// Another program of ours: beside the one that runs, or in `../libexec` of it.
 std::filesystem::path ownProgram(std::string_view name);
 
-/// A file or folder of ours: in `share/orvanta` beside the program or beside its folder.
+/// What belongs into the system's `share` folder: in `share` beside the folder of the program or
+/// beside the program. `inside` is a path in there.
+std::filesystem::path ownShared(const std::filesystem::path& inside);
+
+/// A file or folder of ours: in the folder `orvanta` of that.
 std::filesystem::path ownData(std::string_view name);
 
 }  // namespace orvanta

@@ -39,11 +39,12 @@ json::value Router::testBrowser(const Body& body) {
   const auto bundle = body.s("bundle");
   if (!bundle || !parts_.platform.isBrowser(*bundle)) throw AppError("navigateur inconnu");
   const auto test = parts_.platform.testBrowser(*bundle);
+  if (!test) throw AppError("test abandonné");
   auto permissions = browserPermissions();
-  permissions[*bundle] = test.ok ? "ok" : "denied";
+  permissions[*bundle] = test->ok ? "ok" : "denied";
   parts_.db.setSetting("browser_perms", json::serialize(permissions));
-  return {{"ok", test.ok},
-          {"error", test.error.empty() ? json::value(nullptr) : json::value(test.error)}};
+  return {{"ok", test->ok},
+          {"error", test->error.empty() ? json::value(nullptr) : json::value(test->error)}};
 }
 
 json::value Router::openAutomation(const Body& /*body*/) {

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/text.h"
 #include "bridge/request.h"
 
 namespace orvanta {
@@ -55,10 +56,10 @@ DashboardWindow::~DashboardWindow() {
   patience_.disconnect();
 }
 
-void DashboardWindow::show() {
+void DashboardWindow::show(const std::string& activationToken) {
   if (!process_) start();
   if (!process_) return;
-  process_->channel->send("show");
+  process_->channel->send("show " + json::serialize(json::value(validUtf8(activationToken))));
   if (patience_.connected()) return;
   patience_ = Glib::signal_timeout().connect(
       [this] {

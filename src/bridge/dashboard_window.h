@@ -23,7 +23,7 @@ namespace orvanta {
 /// what its page asks: one request at a time, in the order of asking, on a queue of its own. The
 /// two talk in lines over a socket pair, which has no name and so nobody else can connect to:
 ///
-///     to the dashboard:   show | reload | resolve ID JSON | save "NAME"
+///     to the dashboard:   show "TOKEN" | reload | resolve ID JSON | save "NAME"
 ///     from the dashboard: shown | post JSON | saved "PATH" | saved null
 ///
 /// A dashboard that crashed, was killed or does not react is started afresh by the next show(); the
@@ -39,8 +39,10 @@ class DashboardWindow {
   DashboardWindow(const DashboardWindow&) = delete;
   DashboardWindow& operator=(const DashboardWindow&) = delete;
 
-  /// Opens the window or brings it to the front.
-  void show();
+  /// Opens the window or brings it to the front. Wayland lets a window come to the front only with
+  /// a token of the program that the user has clicked in (the protocol xdg-activation-v1); "" where
+  /// there is none.
+  void show(const std::string& activationToken = {});
   /// Loads the page again, if there is one.
   void reload();
 

@@ -39,10 +39,10 @@ struct PlatformActions {
   std::function<bool(const std::string& bundle)> isBrowser = [](const std::string&) {
     return false;
   };
-  /// Blocks until the browser has answered or a minute is over.
-  std::function<BrowserTest(const std::string& bundle)> testBrowser = [](const std::string&) {
-    return BrowserTest();
-  };
+  /// Blocks until the browser has answered or a minute is over. Absent when that was given up,
+  /// since the program ends.
+  std::function<std::optional<BrowserTest>(const std::string& bundle)> testBrowser =
+      [](const std::string&) { return BrowserTest(); };
   std::function<void()> openAutomation = [] {};
 
   std::function<void(const std::string& url)> openUrl = [](const std::string&) {};

@@ -126,7 +126,7 @@ json::value Router::settingsSet(const Body& body) {
     if (value.is_null() || !defaultSettings().contains(key)) continue;
     parts_.db.setSetting(key, plainText(value));
   }
-  parts_.tracker.applyRetention();
+  parts_.tracker.startRetention();
   return done();
 }
 

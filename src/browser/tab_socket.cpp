@@ -1,20 +1,18 @@
 #include "browser/tab_socket.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <system_error>
+
+#include "base/unix_socket.h"
 
 namespace orvanta {
 namespace {
@@ -25,29 +23,6 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::string_view kPrefix = "tab-";
 constexpr std::size_t kMostAnswer = 65536;
-
-std::optional<sockaddr_un> addressOf(const fs::path& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.native().size() >= sizeof(address.sun_path)) return {};
-  std::memcpy(&address.sun_path[0], path.c_str(), path.native().size());
-  return address;
-}
-
-OwnedFd unixSocket() {
-  return OwnedFd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-}
-
-const sockaddr* generic(const sockaddr_un& address) {
-  return reinterpret_cast<const sockaddr*>(&address);
-}
-
-// 0, or the errno of the attempt.
-int connectTo(const OwnedFd& socket, const fs::path& path) {
-  const auto address = addressOf(path);
-  if (!socket || !address) return EINVAL;
-  return connect(socket.get(), generic(*address), sizeof *address) == 0 ? 0 : errno;
-}
 
 std::string written(const TabState& state) {
   if (!state.tab) return fmt::format("none {:.6f}", state.since);
@@ -82,9 +57,7 @@ std::optional<std::string> readAll(const OwnedFd& socket, SteadyClock::time_poin
   std::string text;
   std::array<char, 4096> buffer{};
   while (text.size() <= kMostAnswer) {
-    const auto left = std::chrono::ceil<Milliseconds>(deadline - SteadyClock::now());
-    pollfd readable{socket.get(), POLLIN, 0};
-    if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) == 0) return {};
+    if (!waitToRead(socket, deadline)) return {};
     const auto count = read(socket.get(), buffer.data(), buffer.size());
     if (count == 0) return text;
     if (count > 0) text.append(buffer.data(), static_cast<std::size_t>(count));
@@ -168,11 +141,9 @@ TabServer::TabServer(const fs::path& folder, int32_t browser, int32_t host)
   auto hidden = path_;
   hidden.replace_filename("." + path_.filename().string());
   unlink(hidden.c_str());
-  const auto address = addressOf(hidden);
-  if (!address) errno = ENAMETOOLONG;
-  check(address.has_value(), "socket");
   constexpr int kBacklog = 16;
-  check(bind(listener_.get(), generic(*address), sizeof *address) == 0, "bind");
+  errno = bindTo(listener_, hidden);
+  check(errno == 0, "bind");
   check(chmod(hidden.c_str(), S_IRUSR | S_IWUSR) == 0, "chmod");
   check(listen(listener_.get(), kBacklog) == 0, "listen");
   check(rename(hidden.c_str(), path_.c_str()) == 0, "rename");

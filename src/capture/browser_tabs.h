@@ -43,6 +43,9 @@ class BrowserTabs {
   /// Every browser is tried again at the next tick.
   void resetBrowserCooldowns() { runner_.resetCooldowns(); }
 
+  /// Ends what the helper is being asked, and asks it nothing any more.
+  void giveUp() { runner_.giveUp(); }
+
  private:
   std::optional<BrowserTab> askExtension(const Browser& browser, int32_t pid);
   BrowserTab askHelper(const Browser& browser, int32_t pid);

@@ -12,6 +12,7 @@ namespace {
 constexpr double kGap = 20.0;              // more between two ticks: the machine slept
 constexpr double kForgetProject = 3600.0;  // a gap after which the user starts something new
 constexpr double kFlushEvery = 10.0;       // at most this much is lost in a crash
+constexpr double kJitter = 0.05;           // by which a tick may follow the last one too early
 
 std::vector<std::string> stringList(const std::string& json) {
   boost::system::error_code broken;
@@ -137,7 +138,7 @@ void Engine::debounce(Sample sample, double now) {
     heartbeat(now);
     return;
   }
-  if (now - candidate_->since + kTickSeconds < numberSetting("min_span_seconds", 10.0)) {
+  if (now - candidate_->since + kTickSeconds < numberSetting("min_span_seconds", 10.0) - kJitter) {
     heartbeat(now);
     return;
   }
@@ -212,18 +213,32 @@ void Engine::storeEnd(double end) {
 }
 
 void Engine::heartbeat(double now) {
-  if (const auto& title = open_->sample.title) {
-    const double seen = open_->titleTime[*title] += kTickSeconds;
-    if (seen > open_->bestTime) {
-      open_->bestTime = seen;
-      open_->bestTitle = title;
-    }
-  }
+  if (open_->sample.title) countTitle(*open_->sample.title);
   flush(now);
 }
 
+// A page may show another title at every tick, for hours: those seen least are then forgotten.
+void Engine::countTitle(const std::string& title) {
+  constexpr std::size_t kMostTitles = 128;
+  auto& times = open_->titleTime;
+  if (times.size() >= kMostTitles && !times.contains(title)) {
+    const auto least =
+        std::min_element(times.begin(), times.end(), [](const auto& a, const auto& b) {
+          return a.second < b.second;
+        })->second;
+    std::erase_if(times, [&](const auto& seen) {
+      return seen.second <= least && seen.first != open_->bestTitle;
+    });
+  }
+  const double seen = times[title] += kTickSeconds;
+  if (seen > open_->bestTime) {
+    open_->bestTime = seen;
+    open_->bestTitle = title;
+  }
+}
+
 void Engine::flush(double now) {
-  if (now - open_->lastFlush < kFlushEvery) return;
+  if (now - open_->lastFlush < kFlushEvery - kJitter) return;
   storeEnd(now);
   open_->lastFlush = now;
 }

@@ -53,7 +53,7 @@ class Engine {
     std::optional<int64_t> project;
     double start = 0;
     double lastFlush = 0;
-    std::map<std::string, double> titleTime;  // seconds seen per title
+    std::map<std::string, double> titleTime;  // seconds seen per title, of the latest and longest
     std::optional<std::string> bestTitle;     // the title of titleTime with the most
     double bestTime = 0;
     std::optional<std::string> storedTitle;  // what the row holds
@@ -82,6 +82,7 @@ class Engine {
   void storeEnd(double end);
   void closeSpan(double at);
   void heartbeat(double now);
+  void countTitle(const std::string& title);
   void flush(double now);
   void writeTitle();
   void publish();

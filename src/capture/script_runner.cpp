@@ -20,10 +20,12 @@ std::string trimmed(const std::string& bytes) {
 ScriptRunner::ScriptRunner(RunChild runChild, Clock clock, Log log)
     : runChild_(std::move(runChild)), clock_(std::move(clock)), log_(std::move(log)) {}
 
-ScriptResult ScriptRunner::run(const ChildCommand& command, const std::string& key, double cooldown,
+ScriptResult ScriptRunner::run(ChildCommand command, const std::string& key, double cooldown,
                                double timeout) {
   if (disabled(key)) return {{}, "désactivé"};
+  command.stop = end_.get_token();
   const auto child = runChild_(command, timeout);
+  if (end_.stop_requested()) return {{}, "abandonné", true};
   if (!child.launchError.empty()) return {{}, child.launchError};
   if (child.timedOut) {
     disable(key, kHangCooldown);

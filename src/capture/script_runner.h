@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 #include "base/child_process.h"
@@ -16,6 +17,7 @@ namespace orvanta {
 struct ScriptResult {
   std::optional<std::string> output;  ///< absent when it failed
   std::string error;                  ///< what it said on standard error, or why there is no output
+  bool givenUp = false;               ///< by giveUp(): says nothing about the query
 };
 
 /// A query that failed is not run again for a while. The operations may be called from any thread;
@@ -36,8 +38,11 @@ class ScriptRunner {
   /// - what it wrote to standard error: its exit status was not 0; this is logged, and the
   /// cool-down
   ///   is `cooldown` seconds.
-  ScriptResult run(const ChildCommand& command, const std::string& key, double cooldown = kCooldown,
+  ScriptResult run(ChildCommand command, const std::string& key, double cooldown = kCooldown,
                    double timeout = kTimeout);
+
+  /// Ends what runs and runs nothing any more: for the end of the program.
+  void giveUp() { end_.request_stop(); }
 
   /// Whether the query is in a cool-down.
   bool disabled(const std::string& key) const;
@@ -53,6 +58,7 @@ class ScriptRunner {
   const RunChild runChild_;
   const Clock clock_;
   const Log log_;
+  std::stop_source end_;
   mutable std::mutex mutex_;  // never held while a child runs
   std::map<std::string, Cooldown> disabledUntil_;
 };

@@ -1,30 +1,16 @@
 #include "capture/tracker.h"
 
-#include <charconv>
 #include <chrono>
-#include <cmath>
-#include <limits>
 #include <utility>
 
 namespace orvanta {
-namespace {
-
-constexpr double kSecondsPerDay = 86400.0;
-
-std::optional<int64_t> wholeNumber(const std::string& text) {
-  int64_t number = 0;
-  const auto* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
-}  // namespace
 
 Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock)
     : db_(db),
       clock_(std::move(clock)),
       live_(clock_, db.setting("paused") == "1"),
       engine_(db, collectors, live_, clock_),
+      retention_(db, clock_),
       queue_("orvanta.tracker") {}
 
 void Tracker::start() {
@@ -61,33 +47,6 @@ std::optional<double> Tracker::splitOpenSpan(const TimeRange& range) {
 void Tracker::shutdown() {
   queue_.stopRepeating();
   queue_.sync([this] { engine_.finish(); });
-}
-
-void Tracker::applyRetention() {
-  const auto days = wholeNumber(db_.setting("retention_days"));
-  if (!days || *days < 1) {
-    db_.exec("DROP INDEX IF EXISTS idx_events_titled");
-    return;
-  }
-  // Holds what is not stripped yet, so that years of stripped spans are not walked at every start.
-  // Only where there is a retention: an index on `end` costs a write at every heartbeat.
-  db_.exec(
-      "CREATE INDEX IF NOT EXISTS idx_events_titled ON events(end) "
-      "WHERE title IS NOT NULL OR url IS NOT NULL");
-  const Args cutOff{clock_() - static_cast<double>(*days) * kSecondsPerDay};
-  // By some thousand spans, so that nobody waits long for the store in between.
-  bool left = true;
-  while (left) {
-    left = false;
-    db_.each(
-        "SELECT 1 FROM events WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL) LIMIT 1",
-        cutOff, [&](const Cursor&) { left = true; });
-    left = left && db_.run(
-                       "UPDATE events SET title=NULL, url=NULL WHERE id IN "
-                       "(SELECT id FROM events WHERE end < ? AND "
-                       "(title IS NOT NULL OR url IS NOT NULL) LIMIT 4000)",
-                       cutOff) >= 0;
-  }
 }
 
 std::optional<Tracker::Current> Tracker::current() const {

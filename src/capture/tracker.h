@@ -10,6 +10,7 @@
 #include "capture/collectors.h"
 #include "capture/engine.h"
 #include "capture/live_state.h"
+#include "capture/retention.h"
 #include "storage/database.h"
 
 namespace orvanta {
@@ -45,9 +46,9 @@ class Tracker {
   /// Stops looking and closes the open span; returns when it is stored. For the end of the program.
   void shutdown();
 
-  /// Removes title and URL from spans older than the setting "retention_days"; the spans, their
-  /// application and domain stay for the reports. On the caller's thread.
-  void applyRetention();
+  /// See Retention::apply and Retention::start.
+  void applyRetention() { retention_.apply(); }
+  void startRetention() { retention_.start(); }
 
   std::optional<Current> current() const;
   bool paused() const { return live_.paused(); }
@@ -60,7 +61,8 @@ class Tracker {
   Database& db_;
   const Clock clock_;
   LiveState live_;
-  Engine engine_;      // only touched on queue_
+  Engine engine_;  // only touched on queue_
+  Retention retention_;
   SerialQueue queue_;  // last: it ends before what its tasks use
 };
 

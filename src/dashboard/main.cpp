@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,13 @@ constexpr unsigned kLingerSeconds = 600;
 unsigned lingerSeconds() {
   const char* chosen = std::getenv("ORVANTA_LINGER_SECONDS");
   return chosen ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : kLingerSeconds;
+}
+
+std::optional<std::string> textIn(const std::string& line) {
+  boost::system::error_code broken;
+  const auto value = json::parse(line, broken);
+  if (broken || !value.is_string()) return {};
+  return std::string(value.get_string());
 }
 
 class Dashboard {
@@ -61,16 +69,14 @@ class Dashboard {
     const auto rest = space != std::string::npos ? line.substr(space + 1) : std::string();
     if (verb == "show") {
       ending_.disconnect();
-      window_.present();
+      window_.comeToFront(textIn(rest).value_or(""));
       channel_.send("shown");
     } else if (verb == "reload") {
       window_.page().reload();
     } else if (verb == "resolve") {
       resolve(rest);
     } else if (verb == "save") {
-      boost::system::error_code broken;
-      const auto name = json::parse(rest, broken);
-      if (!broken && name.is_string()) window_.askWhereToSave(std::string(name.get_string()));
+      if (const auto name = textIn(rest)) window_.askWhereToSave(*name);
     }
   }
 

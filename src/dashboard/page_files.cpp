@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "base/program_files.h"
+
 namespace orvanta {
 namespace {
 
@@ -31,9 +33,8 @@ std::string mimeTypeOf(const fs::path& file) {
 fs::path pageFolder() {
   if (const char* chosen = std::getenv("ORVANTA_WEB"); chosen && *chosen) return chosen;
   std::error_code ignored;
-  const auto here = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-  const auto built = here / "Web";
-  return fs::exists(built / "index.html", ignored) ? built : here / "../share/orvanta/Web";
+  const auto built = ownProgram().parent_path() / "Web";
+  return fs::exists(built / "index.html", ignored) ? built : ownData("Web");
 }
 
 std::optional<PageFile> pageFile(const fs::path& folder, std::string_view path) {

@@ -1,5 +1,6 @@
 #include "dashboard/window.h"
 
+#include <gdk/wayland/gdkwayland.h>
 #include <glibmm/miscutils.h>
 #include <gtkmm/dialog.h>
 #include <gtkmm/filefilter.h>
@@ -28,6 +29,19 @@ Window::Window(Listener listener)
   keys->add_shortcut(Gtk::Shortcut::create(Gtk::ShortcutTrigger::parse_string("<Control>q"),
                                            Gtk::NamedAction::create("window.close")));
   add_controller(keys);
+}
+
+void Window::comeToFront(const std::string& activationToken) {
+  auto* const display = get_display()->gobj();
+  if (activationToken.empty()) {
+    // The toolkit asks for a token of its own, which few compositors take.
+  } else if (GDK_IS_WAYLAND_DISPLAY(display)) {
+    // What set_startup_id() is given does not get there.
+    gdk_wayland_display_set_startup_notification_id(display, activationToken.c_str());
+  } else {
+    set_startup_id(activationToken);
+  }
+  present();
 }
 
 bool Window::on_close_request() {

@@ -27,6 +27,9 @@ class Window : public Gtk::ApplicationWindow {
 
   PageView& page() { return page_; }
 
+  /// Opens or raises the window, by this token where it is not "".
+  void comeToFront(const std::string& activationToken);
+
   /// Asks where to save; fileChosen tells the answer, absent when the user cancelled.
   void askWhereToSave(const std::string& suggestedName);
 

@@ -2,48 +2,22 @@
 
 #include <giomm/desktopappinfo.h>
 
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
 #include "base/text.h"
 
 namespace orvanta {
 namespace {
 
-using AppInfo = Glib::RefPtr<Gio::DesktopAppInfo>;
+constexpr std::string_view kSuffix = ".desktop";
 
-AppInfo byId(const std::string& id) {
+std::optional<DesktopEntry> byId(const std::string& id) {
   // A name with a slash would be a path.
   if (id.empty() || id.find('/') != std::string::npos) return {};
-  return Gio::DesktopAppInfo::create(id + ".desktop");
-}
-
-AppInfo byStartupClass(const std::string& name) {
-  for (const auto& app : Gio::AppInfo::get_all()) {
-    auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
-    if (desktop && desktop->get_startup_wm_class() == name) return desktop;
-  }
-  return {};
-}
-
-// "mousepad" of org.xfce.mousepad.desktop: on Wayland older toolkits name a window after the
-// program.
-AppInfo byProgram(const std::string& name) {
-  const auto suffix = "." + lowerCase(name) + ".desktop";
-  for (const auto& app : Gio::AppInfo::get_all()) {
-    auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
-    if (desktop && lowerCase(desktop->get_id()).ends_with(suffix)) return desktop;
-  }
-  return {};
-}
-
-std::optional<DesktopEntry> search(const std::string& name) {
-  auto info = byId(name);
-  if (!info) info = byStartupClass(name);
-  if (!info) info = byId(lowerCase(name));
-  if (!info) info = byProgram(name);
-  if (!info) return {};
-  constexpr std::string_view kSuffix = ".desktop";
-  std::string id = info->get_id();
-  if (id.ends_with(kSuffix)) id.resize(id.size() - kSuffix.size());
-  return DesktopEntry{id, info->get_name()};
+  const auto info = Gio::DesktopAppInfo::create(id + std::string(kSuffix));
+  return info ? std::optional(DesktopEntry{id, info->get_name()}) : std::nullopt;
 }
 
 }  // namespace
@@ -51,14 +25,45 @@ std::optional<DesktopEntry> search(const std::string& name) {
 std::optional<DesktopEntry> DesktopEntries::find(const std::string& name) {
   if (name.empty()) return {};
   constexpr std::chrono::minutes kKept{5};
+  constexpr std::size_t kMostNames = 256;  // a window may call itself anything
+  const std::lock_guard lock(mutex_);
   const auto now = std::chrono::steady_clock::now();
   if (now - since_ > kKept) {
     known_.clear();
+    index_.reset();
     since_ = now;
   }
-  const auto [known, isNew] = known_.try_emplace(name);
-  if (isNew) known->second = search(name);
-  return known->second;
+  if (const auto known = known_.find(name); known != known_.end()) return known->second;
+  if (known_.size() >= kMostNames) known_.clear();
+  return known_[name] = search(name);
+}
+
+std::optional<DesktopEntry> DesktopEntries::search(const std::string& name) {
+  if (auto entry = byId(name)) return entry;
+  if (!index_) index_ = readAll();
+  const auto claimed = index_->byClass.find(name);
+  if (claimed != index_->byClass.end()) return byId(claimed->second);
+  const auto lowered = lowerCase(name);
+  if (auto entry = byId(lowered)) return entry;
+  // "mousepad" of org.xfce.mousepad: on Wayland older toolkits name a window after the program.
+  const auto id = std::find_if(index_->ids.begin(), index_->ids.end(), [&](const auto& installed) {
+    return lowerCase(installed).ends_with("." + lowered);
+  });
+  return id != index_->ids.end() ? byId(*id) : std::nullopt;
+}
+
+DesktopEntries::Index DesktopEntries::readAll() {
+  Index index;
+  for (const auto& app : Gio::AppInfo::get_all()) {
+    const auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
+    std::string id = desktop ? desktop->get_id() : std::string();
+    if (!id.ends_with(kSuffix)) continue;
+    id.resize(id.size() - kSuffix.size());
+    const std::string claimed = desktop->get_startup_wm_class();
+    if (!claimed.empty()) index.byClass.emplace(claimed, id);
+    index.ids.push_back(std::move(id));
+  }
+  return index;
 }
 
 }  // namespace orvanta

@@ -3,8 +3,10 @@
 
 #include <chrono>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvanta {
 
@@ -15,8 +17,8 @@ struct DesktopEntry {
 };
 
 /// Finds the desktop file of a window by the names that the window gives itself. Answers are kept
-/// for some minutes: the search may read every installed desktop file, and applications come and
-/// go. Not thread-safe.
+/// for some minutes, since applications come and go. A name that no file has makes it read all that
+/// are installed, once in that time: some ten milliseconds. From any thread.
 class DesktopEntries {
  public:
   /// By application id ("org.gnome.TextEditor"): the desktop file of that name.
@@ -25,8 +27,19 @@ class DesktopEntries {
   std::optional<DesktopEntry> find(const std::string& name);
 
  private:
+  /// What all desktop files say of themselves.
+  struct Index {
+    std::map<std::string, std::string> byClass;  // StartupWMClass to id
+    std::vector<std::string> ids;
+  };
+
+  static Index readAll();
+  std::optional<DesktopEntry> search(const std::string& name);
+
+  std::mutex mutex_;  // guards all
   std::chrono::steady_clock::time_point since_;
   std::map<std::string, std::optional<DesktopEntry>> known_;
+  std::optional<Index> index_;
 };
 
 }  // namespace orvanta

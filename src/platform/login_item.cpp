@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "base/program_files.h"
+
 namespace orvanta {
 namespace {
 
@@ -36,9 +38,7 @@ bool flag(const Glib::RefPtr<Glib::KeyFile>& file, const char* key, bool fallbac
 }  // namespace
 
 LoginItem LoginItem::ofUser() {
-  std::error_code ignored;
-  return {std::filesystem::path(Glib::get_user_config_dir()) / "autostart",
-          std::filesystem::read_symlink("/proc/self/exe", ignored)};
+  return {std::filesystem::path(Glib::get_user_config_dir()) / "autostart", ownProgram()};
 }
 
 bool LoginItem::enabled() const {

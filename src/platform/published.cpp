@@ -4,14 +4,42 @@
 
 namespace orvanta {
 
+std::optional<WindowClaims> WindowClaims::told(const std::string& application,
+                                               const std::string& windowClass,
+                                               const std::string& title, int32_t pid) {
+  if (application.empty() && windowClass.empty() && title.empty()) return {};
+  return WindowClaims{.names = {application, windowClass},
+                      .fallbackName = windowClass.empty() ? application : windowClass,
+                      .title = title.empty() ? std::nullopt : std::optional(title),
+                      .pid = pid};
+}
+
 std::optional<FrontmostApp> PublishedForeground::frontmostApp() {
-  const std::lock_guard lock(mutex_);
-  return front_ ? std::optional(front_->app) : std::nullopt;
+  std::optional<WindowClaims> front;
+  {
+    const std::lock_guard lock(mutex_);
+    front = front_;
+  }
+  if (!front) return {};
+  std::optional<DesktopEntry> entry;
+  for (const auto& name : front->names) {
+    if (!entry) entry = entries_.find(name);
+  }
+  FrontmostApp app{.name = std::move(front->fallbackName),
+                   .bundle = {},
+                   .pid = front->pid,
+                   .names = std::move(front->names)};
+  if (entry) {
+    app.name = entry->name;
+    app.bundle = entry->id;
+  }
+  if (app.name.empty()) app.name = "Inconnu";
+  return app;
 }
 
 std::optional<std::string> PublishedForeground::windowTitle(int32_t pid) {
   const std::lock_guard lock(mutex_);
-  return front_ && front_->app.pid == pid ? front_->title : std::nullopt;
+  return front_ && front_->pid == pid ? front_->title : std::nullopt;
 }
 
 bool PublishedForeground::titlesReadable() {
@@ -25,26 +53,9 @@ void PublishedForeground::setReadable(bool readable) {
   if (!readable) front_.reset();
 }
 
-void PublishedForeground::publish(const std::optional<WindowClaims>& window) {
-  auto described = window ? std::optional(describe(*window)) : std::nullopt;
+void PublishedForeground::publish(std::optional<WindowClaims> window) {
   const std::lock_guard lock(mutex_);
-  front_ = std::move(described);
-}
-
-PublishedForeground::Window PublishedForeground::describe(const WindowClaims& claims) {
-  std::optional<DesktopEntry> entry;
-  for (const auto& name : claims.names) {
-    if (!entry) entry = entries_.find(name);
-  }
-  Window window{
-      .app = {.name = claims.fallbackName, .bundle = {}, .pid = claims.pid, .names = claims.names},
-      .title = claims.title};
-  if (entry) {
-    window.app.name = entry->name;
-    window.app.bundle = entry->id;
-  }
-  if (window.app.name.empty()) window.app.name = "Inconnu";
-  return window;
+  front_ = std::move(window);
 }
 
 std::optional<double> PublishedIdle::idleSeconds() {

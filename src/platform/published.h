@@ -20,9 +20,16 @@ struct WindowClaims {
   std::string fallbackName;        ///< shown when no installed application has one of the names
   std::optional<std::string> title;
   int32_t pid = 0;  ///< 0 when the desktop does not tell
+
+  /// What a desktop's shell tells of the window in front; absent when all texts are empty, which is
+  /// how it says that there is none.
+  static std::optional<WindowClaims> told(const std::string& application,
+                                          const std::string& windowClass, const std::string& title,
+                                          int32_t pid);
 };
 
-/// The probe's operations may be called from any thread, the protected ones from one other.
+/// The probe's operations may be called from any thread, the protected ones from one other. The
+/// installed applications are looked up by who asks: that may read files.
 class PublishedForeground : public ForegroundProbe {
  public:
   std::optional<FrontmostApp> frontmostApp() override;
@@ -33,19 +40,12 @@ class PublishedForeground : public ForegroundProbe {
  protected:
   /// Whether the desktop's service is there. Forgets the window when it is not.
   void setReadable(bool readable);
-  void publish(const std::optional<WindowClaims>& window);
+  void publish(std::optional<WindowClaims> window);
 
  private:
-  struct Window {
-    FrontmostApp app;
-    std::optional<std::string> title;
-  };
-
-  Window describe(const WindowClaims& claims);
-
-  DesktopEntries entries_;  // only on the publishing thread
+  DesktopEntries entries_;
   std::mutex mutex_;
-  std::optional<Window> front_;
+  std::optional<WindowClaims> front_;
   bool readable_ = false;
 };
 

@@ -13,6 +13,16 @@ constexpr int kBusyMilliseconds = 5000;
 constexpr auto kCache = "PRAGMA cache_size=-512";
 constexpr auto kReportCache = "PRAGMA cache_size=-2048";
 
+std::string withoutIndex(std::string_view sql) {
+  constexpr std::string_view kHint = "INDEXED BY ";
+  std::string plain(sql);
+  const auto hint = plain.find(kHint);
+  if (hint != std::string::npos) {
+    plain.erase(hint, plain.find(' ', hint + kHint.size()) - hint);
+  }
+  return plain;
+}
+
 }  // namespace
 
 Connection::Connection(const std::filesystem::path& file, int flags) {
@@ -33,6 +43,10 @@ Connection::Connection(const std::filesystem::path& file, int flags) {
 Statement* Connection::prepared(std::string_view sql) {
   if (const auto found = statements_.find(sql); found != statements_.end()) return &found->second;
   Statement statement(handle_.get(), sql);
+  if (!statement.ok()) {
+    const auto plain = withoutIndex(sql);
+    if (plain != sql) statement = Statement(handle_.get(), plain);
+  }
   if (!statement.ok()) return nullptr;
   if (statements_.size() >= kMostStatements) statements_.clear();
   return &statements_.emplace(sql, std::move(statement)).first->second;

@@ -26,6 +26,8 @@ class Connection {
   sqlite3* get() const { return handle_.get(); }
 
   /// The statement of this text, compiled at its first use and kept; null when it does not compile.
+  /// An index that it names and that the file lacks, since it could never be brought up to date, is
+  /// done without: the same answer, later.
   Statement* prepared(std::string_view sql);
 
  private:

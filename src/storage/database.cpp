@@ -121,16 +121,24 @@ void Database::each(std::string_view sql, const Args& args,
 
 void Database::scan(std::string_view sql, const Args& args,
                     const std::function<void(const Cursor&)>& visit) {
+  int code = SQLITE_OK;
+  std::string message;
   {
     const std::lock_guard lock(scanMutex_);
     // Our own lock is lock enough; SQLite would take its mutex for every column of every row.
     if (!scanner_) scanner_ = Connection(where_.file(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
     if (auto* statement = scanner_ ? scanner_.prepared(sql) : nullptr) {
-      statement->visitRows(args, visit);
-      return;
+      code = statement->visitRows(args, visit);
+      if (code == SQLITE_DONE) return;
+      message = sqlite3_errmsg(scanner_.get());
     }
   }
-  each(sql, args, visit);
+  if (code == SQLITE_OK) return each(sql, args, visit);
+  {
+    const std::lock_guard lock(mutex_);
+    if (!worthTelling(code)) return;
+  }
+  log_(fmt::format("Orvanta SQL: {} — {}", message, sql));
 }
 
 std::vector<Row> Database::query(std::string_view sql, const Args& args) {

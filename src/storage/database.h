@@ -56,7 +56,8 @@ class Database {
             const std::function<void(const Cursor&)>& visit);
 
   /// Like each, for the long reads of reports: on a connection of its own, which only reads and
-  /// sees all that has been written. A scan keeps another scan waiting, but nothing else.
+  /// sees all that has been written. A scan keeps another scan waiting, but nothing else. An error
+  /// in the middle of it is logged: what has been shown until then is not all.
   void scan(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 

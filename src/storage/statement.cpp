@@ -44,11 +44,13 @@ void Statement::bind(const Args& args) {
   }
 }
 
-void Statement::visitRows(const Args& args, const std::function<void(const Cursor&)>& visit) {
+int Statement::visitRows(const Args& args, const std::function<void(const Cursor&)>& visit) {
   bind(args);
   const Cursor cursor(handle_.get());
-  while (step() == SQLITE_ROW) visit(cursor);
+  int code = step();
+  for (; code == SQLITE_ROW; code = step()) visit(cursor);
   reset();
+  return code;
 }
 
 void Statement::reset() {

@@ -46,8 +46,9 @@ class Statement {
   void bind(const Args& args);
   /// SQLITE_ROW, SQLITE_DONE or an error code.
   int step() { return sqlite3_step(handle_.get()); }
-  /// Binds, shows every row to `visit`, resets; an error ends the rows.
-  void visitRows(const Args& args, const std::function<void(const Cursor&)>& visit);
+  /// Binds, shows every row to `visit`, resets. SQLITE_DONE, or the code of the error that ended
+  /// the rows; the connection then holds its message.
+  int visitRows(const Args& args, const std::function<void(const Cursor&)>& visit);
   /// Ready for the next use; ends the read transaction.
   void reset();
 

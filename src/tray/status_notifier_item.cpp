@@ -43,6 +43,7 @@ constexpr auto kInterfaceXml = R"xml(<node>
     </method>
     <method name="ContextMenu"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
     <method name="Scroll"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
+    <method name="ProvideXdgActivationToken"><arg type="s" direction="in"/></method>
     <signal name="NewIcon"/>
     <signal name="NewToolTip"/>
     <signal name="XAyatanaNewLabel"><arg type="s"/><arg type="s"/></signal>
@@ -71,9 +72,10 @@ StatusNotifierItem::StatusNotifierItem(Glib::RefPtr<Gio::DBus::Connection> sessi
       activated_(std::move(activated)),
       vtable_(
           [this](const auto&, const auto&, const auto&, const auto&, const Glib::ustring& method,
-                 const auto&, const Glib::RefPtr<Gio::DBus::MethodInvocation>& invocation) {
+                 const Reply& arguments,
+                 const Glib::RefPtr<Gio::DBus::MethodInvocation>& invocation) {
             invocation->return_value({});
-            if (method == "Activate") activated_();
+            called(method, arguments);
           },
           [this](Glib::VariantBase& value, const auto&, const auto&, const auto&, const auto&,
                  const Glib::ustring& name) { property(value, name); }) {
@@ -106,6 +108,16 @@ void StatusNotifierItem::exportObject() {
         session_->register_object(kItemPath, node->lookup_interface(kItemInterface), vtable_);
   } catch (const Glib::Error&) {
     // The connection has just closed: there is no panel either.
+  }
+}
+
+void StatusNotifierItem::called(const Glib::ustring& method, const Reply& arguments) {
+  if (method == "ProvideXdgActivationToken") {  // comes before the click itself
+    Glib::Variant<Glib::ustring> token;
+    arguments.get_child(token, 0);
+    activationToken_ = token.get();
+  } else if (method == "Activate") {
+    activated_();
   }
 }
 

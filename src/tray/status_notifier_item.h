@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "base/main_thread.h"
 
@@ -25,8 +26,9 @@ struct Appearance {
 
 /// A StatusNotifierItem as KDE defined it
 /// (https://www.freedesktop.org/wiki/Specifications/StatusNotifierItem/), with the label that
-/// Ayatana added. Registers with the desktop's org.kde.StatusNotifierWatcher when that appears,
-/// and again with the next when a panel restarts. Main thread only.
+/// Ayatana added and the activation tokens of Plasma's panel. Registers with the desktop's
+/// org.kde.StatusNotifierWatcher when that appears, and again with the next when a panel restarts.
+/// Main thread only.
 class StatusNotifierItem {
  public:
   struct Identity {
@@ -47,6 +49,10 @@ class StatusNotifierItem {
   /// Tells the panel what has changed; nothing when nothing has.
   void show(const Appearance& appearance);
 
+  /// What lets a window of ours come to the front on Wayland: the token that the panel gave with
+  /// the click which is being answered; "" where it gave none. Each only once.
+  std::string takeActivationToken() { return std::exchange(activationToken_, {}); }
+
   /// Whether a panel shows the item now.
   bool shown() const { return registered_ && hosted_; }
   /// Is called when shown() has changed.
@@ -56,6 +62,7 @@ class StatusNotifierItem {
   using Reply = Glib::VariantContainerBase;
 
   void exportObject();
+  void called(const Glib::ustring& method, const Reply& arguments);
   void property(Glib::VariantBase& value, const Glib::ustring& name) const;
   void emit(const char* signal, const Reply& arguments = {});
   void registerItem();
@@ -68,6 +75,7 @@ class StatusNotifierItem {
   Glib::RefPtr<Gio::DBus::Connection> session_;
   const Identity identity_;
   Appearance appearance_;
+  std::string activationToken_;
   std::function<void()> activated_;
   std::function<void()> shownChanged_;
   Gio::DBus::InterfaceVTable vtable_;

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 #include <chrono>
+#include <stop_token>
+#include <thread>
 
 namespace orvanta {
 namespace {
@@ -55,9 +57,17 @@ TEST_F(ChildProcess, EndsInTimeWhateverItDoes) {
     EXPECT_TRUE(shell(script, 0.2).timedOut) << script;
     EXPECT_LT(seconds() - before, 1.0) << script;
   }
+  std::stop_source end;
+  const std::jthread user([&end] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    end.request_stop();
+  });
+  const double before = seconds();
+  EXPECT_TRUE(runChild({{"/bin/sleep", "60"}, {}, end.get_token()}, 60).timedOut);
+  EXPECT_LT(seconds() - before, 1.0) << "given up";
   // Its own end counts, not that of somebody who inherited its pipe.
   EXPECT_EQ(shell("setsid sleep 2 & echo fini").output, "fini\n");
-  EXPECT_LT(seconds(), 4);
+  EXPECT_LT(seconds(), 5);
 }
 
 }  // namespace

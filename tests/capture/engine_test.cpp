@@ -54,6 +54,22 @@ TEST_F(EngineTest, AnOpenSpanIsAtMostTenSecondsBehindInTheStore) {
   EXPECT_EQ(spans(), Spans{"A 2-60"});
 }
 
+TEST_F(EngineTest, ATickThatIsEarlyByAHairCounts) {
+  const auto hair = 0.01;
+  desktop.show("A");
+  jump(hair);
+  run(2);
+  jump(-hair);
+  run(10);
+  EXPECT_EQ(lastSpan().dbl("end"), clock.now);
+  desktop.show("B");
+  jump(hair);
+  run(2);
+  jump(-hair);
+  run(8);
+  EXPECT_EQ(lastSpan().str("app"), "B");
+}
+
 TEST_F(EngineTest, AGlanceIsNoSpanAndAStayIsBackDated) {
   desktop.show("A");
   run(20);
@@ -215,6 +231,21 @@ TEST_F(EngineTest, KeepsTheTitleSeenLongestWithItsUrl) {
   EXPECT_EQ(lastSpan().str("title"), "Deux");
   EXPECT_EQ(lastSpan().str("url"), "https://exemple.fr/deux");
   EXPECT_EQ(lastSpan().str("domain"), "exemple.fr");
+}
+
+TEST_F(EngineTest, AmongThousandsOfTitlesTheLongestIsFound) {
+  desktop.browse("https://exemple.fr/un", "Un");
+  run(40);
+  for (int i = 0; i < 2000; ++i) {
+    const bool again = i % 4 == 0;
+    desktop.browse("https://exemple.fr/", again ? "Deux" : "Titre " + std::to_string(i));
+    run(2);
+  }
+  desktop.browse("https://exemple.fr/deux", "Deux");
+  run(2);
+  engine.finish();
+  EXPECT_EQ(spans().size(), 1U);
+  EXPECT_EQ(lastSpan().str("title"), "Deux");
 }
 
 TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {

@@ -1,6 +1,7 @@
 """The program as its user has it: the command line, the files, and how it ends."""
 
 import datetime
+import glob
 import os
 import signal
 import sqlite3
@@ -12,6 +13,14 @@ from desktop import ORVANTA, TICK, Desktop, end, output_of, pass_time, wait_for
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 APP = "Éditeur de thèmes"
+
+
+def has_children(pid):
+    for path in glob.glob(f"/proc/{pid}/task/*/children"):
+        with open(path, encoding="utf-8") as file:
+            if file.read().strip():
+                return True
+    return False
 
 
 class ProgramTest(unittest.TestCase):
@@ -121,6 +130,18 @@ class ProgramTest(unittest.TestCase):
                 closed = self.desktop.spans()[-1]
                 self.assertEqual(closed["id"], opened["id"])
                 self.assertAlmostEqual(closed["end"], asked, delta=1)
+
+    def test_the_end_does_not_wait_for_a_browser(self):
+        program = self.desktop.start_orvanta()
+        test = self.desktop.spawn(ORVANTA, "--call", "permissions.testBrowser",
+                                  '{"bundle": "org.mozilla.firefox"}')
+        wait_for(lambda: has_children(program.pid), 5, "the browser is looked for")
+        status, asked = end(program)
+        self.assertEqual(status, 0)
+        self.assertLess(time.time() - asked, 4)
+        self.assertAlmostEqual(self.desktop.spans()[-1]["end"], asked, delta=0.5)
+        self.assertNotEqual(test.wait(timeout=5), 0)
+        self.assertEqual(self.desktop.call("permissions.status")[1]["browsers"], {})
 
     def test_the_session_bus_goes_away(self):
         program = self.desktop.start_orvanta()

@@ -3,10 +3,12 @@
 import glob
 import json
 import os
+import shutil
 import time
 import unittest
 
-from desktop import end, wait_for
+from desktop import ORVANTA, end, output_of, wait_for
+from tray_host import TrayHost
 from wayland_desktop import FIRST, TITLES, Scenario, WaylandDesktop
 
 CONFIG = """
@@ -70,6 +72,24 @@ class SwayTest(Scenario, unittest.TestCase):
         self.check_probes(self.desktop.watch(), "wlr-foreign-toplevel", "kwin-idle")
         orvanta = self.check_spans()
         self.check_mpv()
+        self.assertEqual(end(orvanta)[0], 0)
+
+    def test_the_panels_token_reaches_the_compositor(self):
+        desktop = self.desktop
+        desktop.set_setting("onboarded", "1")
+        shutil.copy(os.path.join(os.path.dirname(ORVANTA), "orvanta-dashboard"), desktop.folder)
+        desktop.write("index.html", "<p>Bonjour</p>")
+        panel = TrayHost(desktop.session)
+        self.addCleanup(panel.close)
+        orvanta = desktop.spawn(desktop.orvanta, env={
+            "WAYLAND_DEBUG": "1", "ORVANTA_WEB": desktop.env["HOME"],
+            "XDG_STATE_HOME": desktop.make_folder("state"),
+            "XDG_CACHE_HOME": desktop.make_folder("cache")})
+        panel.wait_for_item()
+        for token in ("fenêtre neuve", "même fenêtre"):
+            panel.give_token(token)
+            panel.activate()
+            panel.wait_for(lambda: f'.activate("{token}", wl_surface' in output_of(orvanta), 20, token)
         self.assertEqual(end(orvanta)[0], 0)
 
     def test_a_compositor_that_restarts(self):

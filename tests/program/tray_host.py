@@ -84,6 +84,9 @@ class TrayHost:
     def activate(self):
         self.object().Activate(0, 0, dbus_interface=ITEM)
 
+    def give_token(self, token):
+        self.object().ProvideXdgActivationToken(token, dbus_interface=ITEM)
+
     def layout(self):
         return self.object(self["Menu"]).GetLayout(
             0, -1, dbus.Array([], "s"), dbus_interface=MENU)[1]

@@ -1,7 +1,11 @@
 """The status menu and the icon, as a panel on a real session bus reads and clicks them."""
 
+import http.server
+import json
 import os
+import shutil
 import sqlite3
+import threading
 import time
 import unittest
 
@@ -107,7 +111,7 @@ class TrayTest(unittest.TestCase):
         self.wait_for_label("○ Suivi en pause", 2)
         self.assertEqual(self.setting("paused"), "1")
         self.assertEqual(host["IconName"], "fr.quellvane.orvanta-paused-symbolic")
-        self.assertIn(("NewIcon", ()), host.signals)
+        host.wait_for(lambda: ("NewIcon", ()) in host.signals, 2, "the icon is told")
         spans = len(self.desktop.spans())
         pass_time(TICK)
         self.assertEqual(len(self.desktop.spans()), spans)
@@ -137,6 +141,93 @@ class TrayTest(unittest.TestCase):
         asked = time.time()
         self.assertEqual(self.program.wait(timeout=5), 0)
         self.assertAlmostEqual(self.desktop.spans()[-1]["end"], asked, delta=1)
+
+    def test_an_update_is_offered_and_its_page_opened(self):
+        feed = {"version": "99.0", "url": "https://exemple.fr/télécharger?v=99.0&os=linux"}
+
+        class Service(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                body = json.dumps(feed if self.path == "/appcast.json" else {}).encode()
+                self.send_response(200)
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+
+            def log_message(self, *_):
+                pass
+
+        service = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Service)
+        threading.Thread(target=service.serve_forever, daemon=True).start()
+        self.addCleanup(service.server_close)
+        self.addCleanup(service.shutdown)
+        self.desktop.env["ORVANTA_SERVICE_URL"] = f"http://127.0.0.1:{service.server_port}"
+
+        # The user's browser.
+        opened = os.path.join(self.desktop.folder, "opened")
+        browser = os.path.join(self.desktop.folder, "browser")
+        applications = os.path.join(self.desktop.env["XDG_DATA_HOME"], "applications")
+        os.mkdir(applications)
+        for path, text in (
+                (browser, f'#!/bin/sh\nprintf %s "$1" >{opened}.new\nmv {opened}.new {opened}\n'),
+                (os.path.join(applications, "essai.desktop"),
+                 f"[Desktop Entry]\nType=Application\nName=Essai\nExec={browser} %u\n"),
+                (os.path.join(self.desktop.env["XDG_CONFIG_HOME"], "mimeapps.list"),
+                 "[Default Applications]\nx-scheme-handler/https=essai.desktop\n")):
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(text)
+        os.chmod(browser, 0o700)
+
+        self.start()
+        offer = "⬇︎ Mise à jour disponible : Orvanta 99.0"
+        self.assertFalse([label for label in self.host.labels() if label.startswith(offer)])
+        self.desktop.call("update.check")
+        self.wait_for_label(offer)
+        item = self.host.item(offer)
+        self.host.click(item)
+        self.host.wait_for(lambda: os.path.exists(opened), 5, "the browser opens")
+        with open(opened, encoding="utf-8") as file:
+            self.assertEqual(file.read(), feed["url"])
+
+        feed["version"] = "0.0.1"  # withdrawn
+        self.desktop.call("update.check")
+        self.host.wait_for(lambda: not any(label.startswith(offer) for label in self.host.labels()),
+                           REFRESH, "nothing is offered")
+        os.remove(opened)
+        self.host.click(item)
+        pass_time(0.5)
+        self.assertFalse(os.path.exists(opened))
+
+    def test_activation_tokens_reach_the_dashboard(self):
+        # In the place of the real one, which needs a screen.
+        told = os.path.join(self.desktop.folder, "told")
+        with open(os.path.join(self.desktop.folder, "orvanta-dashboard"), "w",
+                  encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\necho shown >&3\nexec cat <&3 >{told}\n")
+        os.chmod(file.name, 0o700)
+        self.desktop.orvanta = shutil.copy(ORVANTA, self.desktop.folder)
+        self.start()
+        tokens = []
+
+        def expect(token):
+            def lines():
+                with open(told, encoding="utf-8") as file:
+                    return [line.partition(" ") for line in file.read().splitlines()]
+            tokens.append(token)
+            self.host.wait_for(lambda: os.path.exists(told) and len(lines()) == len(tokens), 5,
+                               f"the dashboard is told to show itself by {token!r}")
+            self.assertEqual([(verb, json.loads(rest)) for verb, _, rest in lines()],
+                             [("show", token) for token in tokens])
+
+        self.host.give_token("premier")
+        self.host.activate()
+        expect("premier")
+        self.host.give_token("\"2\"\nquit é")
+        self.host.click(self.host.item("Ouvrir Orvanta"))
+        expect("\"2\"\nquit é")
+        self.host.activate()
+        expect("")  # a token is good for one click
+        self.desktop.run(self.desktop.orvanta, env={"XDG_ACTIVATION_TOKEN": "lanceur"})
+        expect("lanceur")
 
     def test_only_what_changes_is_told(self):
         self.sql("UPDATE settings SET value = '1' WHERE key = 'paused'")

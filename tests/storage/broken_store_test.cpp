@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "storage/database.h"
+#include "storage/overlap.h"
 #include "support/temp_store.h"
 
 namespace orvanta {
@@ -74,6 +75,32 @@ TEST(BrokenStore, AFullDiskIsToldOnceUntilItHasRoomAgain) {
   EXPECT_EQ(store.log.lines().size(), 2U);
 }
 
+TEST(BrokenStore, DamageInTheMiddleOfAReportIsToldOnce) {
+  TempFolder folder;
+  const auto where = folder.location();
+  {
+    Database db(where, LogLines().sink());
+    db.run(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 9000) "
+        "INSERT INTO events(start,end,app) SELECT i, i + 1, 'Éditeur' FROM n");
+  }
+  const auto size = fs::file_size(where.file());
+  std::fstream file(where.file(), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(static_cast<std::streamoff>(size / 4 * 3));
+  file << std::string(16384, '\xff');
+  file.close();
+  LogLines log;
+  Database db(where, log.sink());
+  int spans = 0;
+  for (int report = 0; report < 2; ++report) {
+    db.scan("SELECT * FROM events", {}, [&](const Cursor&) { ++spans; });
+  }
+  EXPECT_GT(spans, 0);
+  EXPECT_LT(spans, 2 * 9000);
+  ASSERT_EQ(log.lines().size(), 1U);
+  EXPECT_NE(log.lines().front().find("malformed — SELECT * FROM events"), std::string::npos);
+}
+
 // As a user who may not write, since root may write anywhere.
 int inUnprivilegedChild(const std::function<bool()>& check) {
   const pid_t child = fork();
@@ -106,6 +133,33 @@ TEST(BrokenStore, AReadOnlyFileIsToldOnceAndStillRead) {
   });
   EXPECT_EQ(status, 0);
   EXPECT_EQ(contentOf(where.file()), before);
+  chmod(where.dir.c_str(), 0700);
+}
+
+TEST(BrokenStore, AnOldReadOnlyFileIsReadWithoutTheIndexThatItLacks) {
+  TempFolder folder;
+  const auto where = folder.location();
+  {
+    Database db(where, LogLines().sink());
+    db.exec("INSERT INTO events(start, end, app) VALUES (0, 50000, 'A'), (40000, 40010, 'B')");
+    db.exec("DROP INDEX idx_events_long; PRAGMA journal_mode=DELETE");
+  }
+  chmod(folder.path().c_str(), 0755);
+  chmod(where.dir.c_str(), 0555);
+  chmod(where.file().c_str(), 0444);
+  const int status = inUnprivilegedChild([&] {
+    LogLines log;
+    Database db(where, log.sink());
+    const OverlapQuery query("app");
+    std::string apps;
+    for (const auto& sql : {query.longBefore, query.fromShortlyBefore}) {
+      const auto take = [&](const Cursor& row) { apps += *row.str(0); };
+      db.scan(sql, OverlapQuery::args({40000, 41000}), take);
+      db.each(sql, OverlapQuery::args({40000, 41000}), take);
+    }
+    return log.lines().size() == 1 && apps == "AABB";
+  });
+  EXPECT_EQ(status, 0);
   chmod(where.dir.c_str(), 0700);
 }
 

@@ -3,11 +3,11 @@
 #include <giomm/asyncresult.h>
 #include <glibmm/main.h>
 
-#include <fstream>
 #include <tuple>
 #include <utility>
 #include <vector>
 
+#include "base/processes.h"
 #include "base/text.h"
 
 namespace orvanta::dbus {
@@ -23,12 +23,6 @@ constexpr int kPatienceMilliseconds = 2000;
 constexpr guint32 kActive = 1U << 1U;  // ATSPI_STATE_ACTIVE
 
 using Reference = std::tuple<Glib::ustring, Glib::DBusObjectPathString>;
-
-std::string programOf(guint32 pid) {
-  std::string name;
-  std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/comm"), name);
-  return validUtf8(name);
-}
 
 std::string textIn(const Reply& reply) {
   const auto value = argument<Glib::VariantBase>(reply);
@@ -169,7 +163,7 @@ void AtSpi::activated(const Frame& frame) {
         if (active_ != frame) return;
         const auto pid = argument<guint32>(reply);
         claims_.pid = static_cast<int32_t>(pid);
-        claims_.names.push_back(programOf(pid));
+        claims_.names.push_back(validUtf8(commandNameOf(claims_.pid)));
         show();
       });
   ask(frame.application, kRoot, kProperties, "Get",

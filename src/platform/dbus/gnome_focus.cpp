@@ -1,6 +1,5 @@
 #include "platform/dbus/gnome_focus.h"
 
-#include <optional>
 #include <string_view>
 
 #include "base/text.h"
@@ -33,11 +32,7 @@ void GnomeFocus::focused(const Reply& window) {
   const auto title = validUtf8(argument<Glib::ustring>(window, 2).raw());
   const auto pid = static_cast<int32_t>(argument<guint32>(window, 3));
   setReadable(true);
-  if (application.empty() && windowClass.empty() && title.empty() && pid == 0) return publish({});
-  publish(WindowClaims{.names = {application, windowClass},
-                       .fallbackName = windowClass.empty() ? application : windowClass,
-                       .title = title.empty() ? std::nullopt : std::optional(title),
-                       .pid = pid});
+  publish(WindowClaims::told(application, windowClass, title, pid));
 }
 
 }  // namespace orvanta::dbus

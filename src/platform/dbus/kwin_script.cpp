@@ -123,15 +123,9 @@ void KwinScript::report(const Reply& arguments) {
   const auto text = [&](std::size_t index) {
     return validUtf8(argument<Glib::ustring>(arguments, index).raw());
   };
-  const auto application = text(0);
-  const auto windowClass = text(1);
-  const auto title = text(2);
   setReadable(true);
-  if (application.empty() && windowClass.empty() && title.empty()) return publish({});
-  publish(WindowClaims{.names = {application, windowClass},
-                       .fallbackName = windowClass.empty() ? application : windowClass,
-                       .title = title.empty() ? std::nullopt : std::optional(title),
-                       .pid = static_cast<int32_t>(parseNumber(text(3)).value_or(0))});
+  publish(WindowClaims::told(text(0), text(1), text(2),
+                             static_cast<int32_t>(parseNumber(text(3)).value_or(0))));
 }
 
 }  // namespace orvanta::dbus

@@ -1,8 +1,6 @@
 #include "platform/sway/tree.h"
 
-#include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
@@ -14,6 +12,8 @@
 #include <optional>
 #include <utility>
 
+#include "base/unix_socket.h"
+
 namespace orvanta::sway {
 namespace {
 
@@ -24,38 +24,10 @@ constexpr uint32_t kLongestTree = 64U << 20U;
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-struct File {
-  explicit File(int descriptor) : number(descriptor) {}
-  ~File() {
-    if (number >= 0) close(number);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  const int number;
-};
-
-bool waitFor(int file, short events, Deadline deadline) {
-  using std::chrono::milliseconds;
-  const auto left =
-      std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
-  if (left.count() <= 0) return false;
-  pollfd entry{file, events, 0};
-  return poll(&entry, 1, static_cast<int>(left.count())) > 0;
-}
-
-bool connectTo(int file, const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return false;
-  std::memcpy(&address.sun_path[0], path.data(), path.size());
-  // A local connection is made at once or, when sway hangs and its queue is full, not at all.
-  return connect(file, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-}
-
-bool readAll(int file, char* into, std::size_t size, Deadline deadline) {
+bool readAll(const OwnedFd& socket, char* into, std::size_t size, Deadline deadline) {
   while (size > 0) {
-    if (!waitFor(file, POLLIN, deadline)) return false;
-    const auto got = recv(file, into, size, 0);
+    if (!waitToRead(socket, deadline)) return false;
+    const auto got = recv(socket.get(), into, size, 0);
     if (got <= 0) return false;
     into += got;
     size -= static_cast<std::size_t>(got);
@@ -64,20 +36,20 @@ bool readAll(int file, char* into, std::size_t size, Deadline deadline) {
 }
 
 std::optional<std::string> readTree(const std::string& path, Deadline deadline) {
-  const File file(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (file.number < 0 || !connectTo(file.number, path)) return {};
+  const auto socket = unixSocket();
+  if (connectTo(socket, path) != 0) return {};
   std::array<char, kHeaderSize> header{};
   std::memcpy(header.data(), kMagic.data(), kMagic.size());
   std::memcpy(header.data() + kMagic.size() + sizeof(uint32_t), &kGetTree, sizeof kGetTree);
-  if (send(file.number, header.data(), header.size(), MSG_NOSIGNAL) != ssize_t{kHeaderSize}) {
+  if (send(socket.get(), header.data(), header.size(), MSG_NOSIGNAL) != ssize_t{kHeaderSize}) {
     return {};
   }
-  if (!readAll(file.number, header.data(), header.size(), deadline)) return {};
+  if (!readAll(socket, header.data(), header.size(), deadline)) return {};
   uint32_t length = 0;
   std::memcpy(&length, header.data() + kMagic.size(), sizeof length);
   if (length > kLongestTree) return {};
   std::string tree(length, '\0');
-  if (!readAll(file.number, tree.data(), tree.size(), deadline)) return {};
+  if (!readAll(socket, tree.data(), tree.size(), deadline)) return {};
   return tree;
 }
 

@@ -1,0 +1,115 @@
+#include "capture/retention.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <future>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace orvanta {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr double kSecondsPerDay = 86400.0;
+constexpr int kStep = 2000;  // spans; a step takes 1 to 10 ms
+
+std::optional<int64_t> wholeNumber(const std::string& text) {
+  int64_t number = 0;
+  const auto* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+// Does `step` until it says that nothing is left, and pauses after each for as long as it took: a
+// mutex that is taken again at once lets nobody else in. False when asked to stop.
+template <class Step>
+bool inSteps(const std::stop_token& stop, Step step) {
+  while (!stop.stop_requested()) {
+    const auto begin = SteadyClock::now();
+    if (!step()) return true;
+    std::this_thread::sleep_for(SteadyClock::now() - begin);
+  }
+  return false;
+}
+
+}  // namespace
+
+Retention::Retention(Database& db, Clock clock) : db_(db), clock_(std::move(clock)) {}
+
+void Retention::start() {
+  constexpr std::chrono::milliseconds kPatience{250};
+  const std::lock_guard lock(mutex_);
+  std::promise<void> promise;
+  const auto done = promise.get_future();
+  work_ = {};  // ends the earlier one
+  work_ = std::jthread([this, promise = std::move(promise)](const std::stop_token& stop) mutable {
+    apply(stop);
+    promise.set_value();
+  });
+  done.wait_for(kPatience);
+}
+
+// The index holds what is not stripped yet, so that years of stripped spans are not walked at every
+// start. Only where there is a retention: an index on `end` costs a write at every heartbeat. It is
+// made after the first walk, when little is left for it to hold: making it is one statement, for
+// which everybody waits.
+void Retention::apply(const std::stop_token& stop) {
+  const auto days = wholeNumber(db_.setting("retention_days"));
+  if (!days || *days < 1) {
+    db_.exec("DROP INDEX IF EXISTS idx_events_titled");
+    return;
+  }
+  const double cutOff = clock_() - static_cast<double>(*days) * kSecondsPerDay;
+  if (!indexed()) {
+    if (!walk(cutOff, stop)) return;
+    db_.exec(
+        "CREATE INDEX IF NOT EXISTS idx_events_titled ON events(end) "
+        "WHERE title IS NOT NULL OR url IS NOT NULL");
+  }
+  strip(cutOff, stop);
+}
+
+bool Retention::indexed() {
+  bool found = false;
+  db_.each("SELECT 1 FROM sqlite_master WHERE name='idx_events_titled'", {},
+           [&](const Cursor&) { found = true; });
+  return found;
+}
+
+// Over all spans in the order in which they lie in the file.
+bool Retention::walk(double cutOff, const std::stop_token& stop) {
+  int64_t from = std::numeric_limits<int64_t>::min();
+  return inSteps(stop, [&] {
+    std::optional<int64_t> to;
+    db_.each("SELECT id FROM events WHERE id > ? ORDER BY id LIMIT 1 OFFSET ?", {from, kStep - 1},
+             [&](const Cursor& row) { to = row.int_(0); });
+    const bool good =
+        db_.run(
+            "UPDATE events SET title=NULL, url=NULL WHERE id > ? AND id <= ? AND end < ? "
+            "AND (title IS NOT NULL OR url IS NOT NULL)",
+            {from, to.value_or(std::numeric_limits<int64_t>::max()), cutOff}) >= 0;
+    from = to.value_or(from);
+    return to && good;
+  });
+}
+
+// By the index.
+void Retention::strip(double cutOff, const std::stop_token& stop) {
+  inSteps(stop, [&] {
+    bool left = false;
+    db_.each(
+        "SELECT 1 FROM events WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL) LIMIT 1",
+        {cutOff}, [&](const Cursor&) { left = true; });
+    return left && db_.run(
+                       "UPDATE events SET title=NULL, url=NULL WHERE id IN "
+                       "(SELECT id FROM events WHERE end < ? AND "
+                       "(title IS NOT NULL OR url IS NOT NULL) LIMIT ?)",
+                       {cutOff, kStep}) >= 0;
+  });
+}
+
+}  // namespace orvanta
