@@ -1,5 +1,5 @@
 import { useEffect, useState } from "preact/hooks";
-import type { Block, Day, Project, RuleRow } from "../../bridge/routes";
+import type { Block, Day, Project, RuleRow, Seconds } from "../../bridge/routes";
 import { assignable, categoryLabel, isAssignable } from "../../model/categories";
 import type { Target } from "../../model/changes";
 import { patternOf, type Pattern, type Reason } from "../../model/matching";
@@ -11,7 +11,10 @@ import type { Range } from "./timeline";
 
 interface Props {
   day: Day;
+  /** The selected blocks, or those that the range touches. */
   blocks: readonly Block[];
+  /** Their activity, within the range. */
+  time: Seconds;
   range: Range | null;
   projects: readonly Project[];
   why: Reason | null;
@@ -26,6 +29,7 @@ interface Props {
 export function AssignBar({
   day,
   blocks,
+  time,
   range,
   projects,
   why,
@@ -49,10 +53,9 @@ export function AssignBar({
     setProjectId(same ? first.pid : null);
   }, [what]);
 
-  const total = range ? range.end - range.start : blocks.reduce((sum, block) => sum + block.duration, 0);
   const one = !range && blocks.length === 1 ? blocks[0] : undefined;
   const toAutomatic = category === null && projectId === null;
-  const isAutomatic = !range && blocks.every((block) => !block.manual);
+  const isAutomatic = blocks.every((block) => !block.manual);
   const open = projects.filter((project) => !project.archived || project.id === projectId);
 
   const chooseProject = (id: number | null) => {
@@ -64,7 +67,7 @@ export function AssignBar({
 
   return (
     <form
-      class="assign"
+      class={one || range ? "assign tall" : "assign"}
       aria-label="Assigner la sélection"
       onSubmit={(event) => {
         event.preventDefault();
@@ -80,14 +83,23 @@ export function AssignBar({
         ) : (
           <b>{one ? clip(one.domain ?? one.app, 40) : count(blocks.length, "bloc")}</b>
         )}
-        <span class="quiet">{duration(total)}</span>
+        <span class="quiet">{time > 0 ? duration(time) : "aucune activité"}</span>
         {one?.title && (
           <span class="assign-title">
             <Foreign text={one.title} />
           </span>
         )}
-        {one && why && <Why why={why} onEditRule={onEditRule} />}
+        {one && why && <Why block={one} why={why} onEditRule={onEditRule} />}
       </div>
+      <button
+        type="button"
+        class="button ghost square assign-close"
+        aria-label="Ne rien sélectionner"
+        title="Échap"
+        onClick={onClose}
+      >
+        <Icon name="close" />
+      </button>
       <div class="assign-how">
         <fieldset class="segmented">
           <legend class="sr-only">Catégorie</legend>
@@ -130,7 +142,11 @@ export function AssignBar({
             </option>
           ))}
         </select>
-        <button type="submit" class="button primary" disabled={toAutomatic && isAutomatic}>
+        <button
+          type="submit"
+          class="button primary"
+          disabled={time === 0 || (toAutomatic && isAutomatic)}
+        >
           {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
         </button>
         {one && (
@@ -138,24 +154,26 @@ export function AssignBar({
             Créer une règle…
           </button>
         )}
-        <button
-          type="button"
-          class="button ghost square"
-          aria-label="Ne rien sélectionner"
-          title="Échap"
-          onClick={onClose}
-        >
-          <Icon name="close" />
-        </button>
       </div>
     </form>
   );
 }
 
-function Why({ why, onEditRule }: { why: Reason; onEditRule: (rule: RuleRow) => void }) {
+interface WhyProps {
+  block: Block;
+  why: Reason;
+  onEditRule: (rule: RuleRow) => void;
+}
+
+function Why({ block, why, onEditRule }: WhyProps) {
   if (why.kind === "manual") return <span class="quiet">assigné à la main</span>;
   if (why.kind === "keyword") return <span class="quiet">par le mot-clé « {clip(why.keyword, 30)} »</span>;
-  if (why.kind === "none") return <span class="quiet">aucune règle visible</span>;
+  if (why.kind === "none") {
+    const free = block.cat === "nonclasse" && block.pid === null;
+    return (
+      <span class="quiet">{free ? "aucune règle" : "par une règle sur l’adresse ou un autre titre"}</span>
+    );
+  }
   const { rule } = why;
   return (
     <button type="button" class="link" onClick={() => onEditRule(rule)}>

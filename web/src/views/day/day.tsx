@@ -2,7 +2,7 @@ import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { PeriodProps } from "../../app";
 import type { Block, RuleRow, Status } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
-import { assignable } from "../../model/categories";
+import { activeTime, assignable } from "../../model/categories";
 import { assignBlocks, assignRange, type Target } from "../../model/changes";
 import {
   everything,
@@ -15,6 +15,7 @@ import {
 import { type Pattern, reason } from "../../model/matching";
 import { nothing, selectedBlocks, type Selection } from "../../model/selection";
 import { addDays, capitalize, clock, count, duration, longDay } from "../../model/time";
+import { activity } from "../../model/timeline";
 import { Empty, Failure, projectRows, ShareList } from "../../ui/parts";
 import { openCalendar, PeriodBar } from "../../ui/period";
 import { useShortcuts } from "../../ui/shortcuts";
@@ -46,6 +47,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const blocks = report?.blocks ?? noBlocks;
   const listed = useMemo(() => filterBlocks(blocks, filter), [blocks, filter]);
   const selected = useMemo(() => selectedBlocks(selection, blocks), [selection, blocks]);
+  const [touched, time] = useMemo(() => {
+    if (!range) return [selected, selected.reduce((sum, block) => sum + block.duration, 0)] as const;
+    const { start, end } = range;
+    const inside = blocks.filter((block) => !block.idle && block.end > start && block.start < end);
+    return [inside, activeTime(activity(report?.segments ?? [], start, end))] as const;
+  }, [range, selected, blocks, report]);
 
   const clear = () => {
     setSelection((old) => ({ ...nothing, active: old.active }));
@@ -77,12 +84,9 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
         ? await assignRange(client, range.start, range.end, blocks, target)
         : await assignBlocks(client, selected, target);
       const what = range ? `${clock(range.start)} – ${clock(range.end)}` : count(selected.length, "bloc");
-      const time = duration(
-        range ? range.end - range.start : selected.reduce((sum, block) => sum + block.duration, 0),
-      );
       const automatic = target.category === null && target.projectId === null;
       notify({
-        text: automatic ? `De nouveau automatique : ${what} (${time}).` : `Assigné : ${what} (${time}).`,
+        text: `${automatic ? "De nouveau automatique" : "Assigné"} : ${what} (${duration(time)}).`,
         details: change.learned.map(learnedText),
         undo: change.undo,
       });
@@ -93,10 +97,10 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     });
   // One key gives a category and leaves the project that was given by hand.
   const quick = (category: string | null) => {
-    if (!range && selected.length === 0) return false;
-    const [first] = selected;
+    if (time === 0) return false;
+    const [first] = touched;
     const keep =
-      category !== null && first && selected.every((block) => block.manual && block.pid === first.pid);
+      category !== null && first && touched.every((block) => block.manual && block.pid === first.pid);
     void assign({ category, projectId: keep ? first.pid : null });
     return true;
   };
@@ -134,7 +138,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
       />
       {error && <Failure text={error} retry={reload} />}
       {report && totals && blocks.length === 0 && report.segments.length === 0 && totals.active === 0 && (
-        <EmptyDay isToday={isToday} paused={status?.paused ?? false} onToday={() => onDay(today)} />
+        <EmptyDay
+          isToday={isToday}
+          paused={status?.paused ?? false}
+          onToday={() => onDay(today)}
+          onYesterday={() => onDay(addDays(today, -1))}
+        />
       )}
       {report && totals && (blocks.length > 0 || totals.active > 0) && (
         <div class={report.date === day ? "" : "stale"}>
@@ -188,7 +197,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               <ListTools
                 filter={filter}
                 projects={projects}
-                count={listed.length}
+                blocks={listed}
                 onChange={change}
                 onReset={() => setFilter(everything)}
               />
@@ -225,7 +234,8 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
       {(range || selected.length > 0) && (
         <AssignBar
           day={day}
-          blocks={selected}
+          blocks={touched}
+          time={time}
           range={range}
           projects={projects}
           why={why}
@@ -251,7 +261,14 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   );
 }
 
-function EmptyDay({ isToday, paused, onToday }: { isToday: boolean; paused: boolean; onToday: () => void }) {
+interface EmptyProps {
+  isToday: boolean;
+  paused: boolean;
+  onToday: () => void;
+  onYesterday: () => void;
+}
+
+function EmptyDay({ isToday, paused, onToday, onYesterday }: EmptyProps) {
   const client = useClient();
   const attempt = useAttempt();
   if (isToday && paused) {
@@ -272,6 +289,9 @@ function EmptyDay({ isToday, paused, onToday }: { isToday: boolean; paused: bool
     return (
       <Empty title="La journée commence.">
         <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
+        <button type="button" class="button" onClick={onYesterday}>
+          Voir hier
+        </button>
       </Empty>
     );
   }

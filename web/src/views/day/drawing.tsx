@@ -9,10 +9,12 @@ import { projectColor } from "../../ui/icons";
 // Pixels from the top: the hours, the lanes, the projects.
 const laneHeight = 16;
 const laneGap = 5;
-const strip = 5;
+const strip = 7;
 export const axis = 20;
 export const lanesBottom = axis + categories.length * (laneHeight + laneGap);
-export const height = lanesBottom + strip + 4;
+// Centred where one lane more would be.
+const stripTop = lanesBottom + (laneHeight - strip) / 2;
+export const height = stripTop + strip + 4;
 
 export function Ticks({ view, day, width }: { view: View; day: View; width: number }) {
   const scale = width / (view.to - view.from);
@@ -20,11 +22,10 @@ export function Ticks({ view, day, width }: { view: View; day: View; width: numb
     <g class="ticks">
       {ticks(view, day, width).map((time) => {
         const at = (time - view.from) * scale;
-        const anchor = at < 20 ? "start" : at > width - 20 ? "end" : "middle";
         return (
           <g key={time}>
             <line x1={at} x2={at} y1={axis - 6} y2={height} />
-            <text x={at} y={10} text-anchor={anchor}>
+            <text x={at} y={10} text-anchor="middle">
               {clock(time)}
             </text>
           </g>
@@ -67,6 +68,7 @@ export function Bars({ report, view, width }: { report: DayReport; view: View; w
             patternUnits="userSpaceOnUse"
             patternTransform="rotate(45)"
           >
+            <rect class="hatch-ground" width="6" height="6" />
             <line class="hatch-line" x1="0" x2="0" y1="0" y2="6" />
           </pattern>
         </defs>
@@ -98,7 +100,7 @@ export function Bars({ report, view, width }: { report: DayReport; view: View; w
         {strips.map(({ project, rects }) => (
           <path
             key={project.id}
-            d={path(rects, lanesBottom, strip)}
+            d={path(rects, stripTop, strip)}
             style={{ fill: projectColor(project.color) }}
           />
         ))}

@@ -1,8 +1,9 @@
 import { useEffect, useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
 import { categories, categoryLabel } from "../../model/categories";
-import { clamp, fit, path, segmentAt, type View, zoom } from "../../model/timeline";
+import { clamp, fit, hours, path, segmentAt, type View, zoom } from "../../model/timeline";
 import { clock, duration, longDay } from "../../model/time";
+import { CategoryTable } from "../../ui/category_table";
 import { CategoryMark, Icon } from "../../ui/icons";
 import { useShortcuts } from "../../ui/shortcuts";
 import { axis, Bars, height, lanesBottom, Ticks } from "./drawing";
@@ -26,6 +27,10 @@ interface Props {
 export function Timeline({ report, now, selected, range, onRange, onPick }: Props) {
   const { segments } = report;
   const day: View = useMemo(() => ({ from: report.start, to: report.end }), [report.start, report.end]);
+  const hourly = useMemo(
+    () => hours(segments, day).map(({ from, parts }) => ({ name: clock(from), parts })),
+    [segments, day],
+  );
   const [chosenView, setChosenView] = useState<View | null>(null);
   const view = chosenView ? clamp(chosenView, day) : fit(day, report.first, report.last);
   const [cursor, setCursor] = useState<number | null>(null);
@@ -246,6 +251,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
           />
         )}
       </div>
+      <CategoryTable caption="Activité heure par heure" head="Heure" rows={hourly} />
       <div class="zoom">
         <button
           type="button"
@@ -280,19 +286,20 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
         <button
           type="button"
           class="button ghost small"
-          onClick={() => {
-            const middle = current ?? {
-              start: Math.round(((view.from + view.to) / 2 - 1800) / 60) * 60,
-              end: 0,
-            };
-            onRange({ start: middle.start, end: middle.end || middle.start + 3600 });
-          }}
+          onClick={() => onRange(current ?? lastHour(report, view))}
         >
           Plage…
         </button>
       </div>
     </section>
   );
+}
+
+// A range to start from: the last hour of activity that is in sight.
+function lastHour(report: DayReport, view: View): Range {
+  const last = Math.min(report.last ?? view.to, view.to);
+  const end = Math.max(Math.ceil(last / 60) * 60, report.start + 3600);
+  return { start: end - 3600, end };
 }
 
 function describe(

@@ -1,5 +1,5 @@
 import { useState } from "preact/hooks";
-import type { ProjectRow } from "../../bridge/routes";
+import type { ProjectRow, Seconds } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { clip, duration } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
@@ -9,6 +9,10 @@ import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useNotice } from "../../ui/toast";
 import { ProjectEditor } from "./project_editor";
 import { Suggestions } from "./suggestions";
+
+function Time({ seconds }: { seconds: Seconds }) {
+  return seconds > 0 ? <>{duration(seconds)}</> : <span class="quiet">–</span>;
+}
 
 export function ProjectsView() {
   const client = useClient();
@@ -101,11 +105,11 @@ export function ProjectsView() {
                     <CategoryName cat={project.category ?? "travail"} />
                     <span class="number">
                       <span class="sr-only">Cette semaine </span>
-                      {duration(time(project.id, "current"))}
+                      <Time seconds={time(project.id, "current")} />
                     </span>
                     <span class="number quiet">
                       <span class="sr-only">la précédente </span>
-                      {duration(time(project.id, "previous"))}
+                      <Time seconds={time(project.id, "previous")} />
                     </span>
                     <span class="row-actions">
                       <button

@@ -65,7 +65,6 @@ export function Suggestions() {
               <ProjectDot color={suggestion.color} />
               <Foreign text={suggestion.project} length={60} />
             </span>
-            <span class="spacer" />
             <button
               type="button"
               class="button small"
@@ -76,7 +75,7 @@ export function Suggestions() {
             </button>
             <button
               type="button"
-              class="button primary small"
+              class="button soft small"
               onClick={() => void accept(suggestion)}
               aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
             >

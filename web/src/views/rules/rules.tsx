@@ -98,7 +98,7 @@ export function RulesView({ today }: { today: Day }) {
             id="rule-search"
             class="input"
             type="search"
-            placeholder="Chercher un texte, une catégorie, un projet"
+            placeholder="Texte, catégorie ou projet"
             aria-label="Chercher une règle"
             title="Chercher (/)"
             value={filter.text}

@@ -67,6 +67,9 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
         label="Mise à jour"
         help={`Version installée : ${status?.version ?? "–"}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
       >
+        <span class="quiet" role="status">
+          {checked && !update && "Pas de version plus récente trouvée."}
+        </span>
         {update ? (
           <button
             type="button"
@@ -89,9 +92,6 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
             {waiting ? "Vérification…" : "Vérifier maintenant"}
           </button>
         )}
-        <span class="quiet" role="status">
-          {checked && !update && "Pas de version plus récente trouvée."}
-        </span>
       </Row>
     </>
   );
