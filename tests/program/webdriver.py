@@ -104,6 +104,14 @@ class Page:
         self.desktop.input("mousemove", "--window", self.window(), str(x), str(y), "click", "1")
         wait_for(lambda: self.script("return clicked"), 10, f"{xpath} is clicked")
 
+    def drag(self, start, end):
+        """From one place of the page to another, with the button held."""
+        window = self.window()
+        for place, action in ((start, "mousedown"), (end, "mouseup")):
+            x, y = (str(round(number)) for number in place)
+            self.desktop.input("mousemove", "--window", window, x, y)
+            self.desktop.input(action, "1")
+
     def press(self, *keys):
         self.desktop.input("key", *keys)
 

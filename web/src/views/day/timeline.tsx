@@ -70,26 +70,29 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     return Math.round(time / 60) * 60;
   };
 
-  const drag = useRef<{ from: UnixTime; x: number } | null>(null);
+  // What is dragged is known at once, not with the next drawing: the button may come up before that.
+  const drag = useRef<{ from: UnixTime; x: number; range: Range | null } | null>(null);
   const onPointerDown = (event: PointerEvent) => {
     if (event.button !== 0) return;
-    drag.current = { from: timeAt(event), x: event.clientX };
+    drag.current = { from: timeAt(event), x: event.clientX, range: null };
     plot.current?.setPointerCapture(event.pointerId);
   };
   const onPointerMove = (event: PointerEvent) => {
     const time = timeAt(event);
     setHover(time);
-    const from = drag.current;
-    if (!from || (!dragged && Math.abs(event.clientX - from.x) < 4)) return;
-    const [a, b] = [snapped(from.from), snapped(time)];
-    setDragged({ start: Math.min(a, b), end: Math.max(a, b) });
+    const held = drag.current;
+    if (!held || (!held.range && Math.abs(event.clientX - held.x) < 4)) return;
+    const [a, b] = [snapped(held.from), snapped(time)];
+    held.range = { start: Math.min(a, b), end: Math.max(a, b) };
+    setDragged(held.range);
   };
   const onPointerUp = (event: PointerEvent) => {
     if (!drag.current) return;
+    const { range: held } = drag.current;
     drag.current = null;
-    if (dragged) {
+    if (held) {
       setDragged(null);
-      onRange(dragged.end > dragged.start ? dragged : null);
+      onRange(held.end > held.start ? held : null);
       return;
     }
     const index = segmentAt(segments, timeAt(event), 4 * perPixel);
