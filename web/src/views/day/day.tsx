@@ -68,9 +68,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     setSelection(nothing);
     setRange(next);
   };
-  // A stretch of the timeline stands for the blocks that begin in it.
-  const pickBlocks = (start: number, end: number) => {
-    const inside = listed.filter((block) => !block.idle && block.end > start && block.start < end);
+  // A stretch of the timeline stands for the listed blocks in it; one more for all up to it.
+  const pickBlocks = (start: number, end: number, extend: boolean) => {
+    const known = extend ? selected : [];
+    const from = Math.min(start, ...known.map((block) => block.start));
+    const to = Math.max(end, ...known.map((block) => block.end));
+    const inside = listed.filter((block) => !block.idle && block.end > from && block.start < to);
     const first = inside[0]?.ids[0] ?? null;
     setRange(null);
     setSelection({ ids: new Set(inside.flatMap((block) => block.ids)), active: first, anchor: first });

@@ -25,7 +25,7 @@ export function ListTools({ filter, projects, blocks, onChange, onReset }: Props
   ];
   return (
     <div class="list-tools">
-      <h2>
+      <h2 title="Sans les passages plus brefs que le réglage « Bloc le plus court »">
         {count(active.length, "bloc")}{" "}
         <span class="quiet">{duration(active.reduce((sum, block) => sum + block.duration, 0))}</span>
       </h2>

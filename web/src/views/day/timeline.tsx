@@ -20,7 +20,8 @@ interface Props {
   selected: readonly Block[];
   range: Range | null;
   onRange: (range: Range | null) => void;
-  onPick: (start: UnixTime, end: UnixTime) => void;
+  /** A stretch was clicked on; `extend` when it joins what is selected. */
+  onPick: (start: UnixTime, end: UnixTime, extend: boolean) => void;
 }
 
 /** The day from left to right, one lane a category; projects as a thin strip beneath. */
@@ -98,7 +99,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     const index = segmentAt(segments, timeAt(event), 4 * perPixel);
     const segment = segments[index];
     setCursor(segment ? index : null);
-    if (segment) onPick(segment.start, segment.end);
+    if (segment) onPick(segment.start, segment.end, event.shiftKey);
     else onRange(null);
   };
 
@@ -146,7 +147,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     if (target !== undefined) reach(target, event.shiftKey);
     else if (event.key === "Enter" || event.key === " ") {
       const segment = segments[at];
-      if (segment) onPick(segment.start, segment.end);
+      if (segment) onPick(segment.start, segment.end, event.shiftKey);
     } else return;
     event.preventDefault();
   };
