@@ -28,7 +28,7 @@ after(async () => {
 const open = (query = "", options = {}) =>
   demo.open({ query: `?now=${now}${query}`, viewport: { width: 1180, height: 780 }, ...options });
 const blocks = (page) => page.locator(".block:not(.idle)");
-const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ");
+const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ").replace(/[\u2068\u2069]/g, "");
 
 async function violations(page) {
   // Put there from outside the page: its own policy lets no such script in.
@@ -166,6 +166,35 @@ test("a drag over the timeline assigns the range that it names", async () => {
       /Loisir[\s\S]*Assigné à la main/,
     );
   }
+  await page.context().close();
+});
+
+test("the keyboard reaches the timeline's stretches and ranges, and comes back", async () => {
+  const page = await open();
+  const focused = () =>
+    page.evaluate(() => document.activeElement?.ariaLabel ?? document.activeElement?.type);
+  const plot = page.getByRole("slider");
+  await plot.focus();
+  await page.keyboard.press("Home");
+  await page.keyboard.press("ArrowRight");
+  await page.locator(".tip").waitFor();
+  await page.keyboard.press("Enter");
+  await page.waitForFunction(() => document.activeElement?.type === "radio");
+  await page.keyboard.press("Escape");
+  assert.match(await focused(), /^Passages du/);
+  assert.equal(await page.locator(".assign").count(), 0);
+
+  const [first, second] = await page.locator(".tip p:first-child").allInnerTexts();
+  assert.ok(first && !second);
+  await page.keyboard.press("Shift+ArrowRight");
+  await page.keyboard.press("Enter");
+  await page.waitForFunction(() => document.activeElement?.ariaLabel === "Début de la plage");
+  assert.ok(first.startsWith(await page.getByLabel("Début de la plage").inputValue()));
+  assert.equal(await page.getByRole("button", { name: "Assigner", exact: true }).isDisabled(), true);
+  await page.locator(".assign").getByText("Autre").click();
+  await page.keyboard.press("Enter");
+  await page.waitForSelector(".toast");
+  assert.match(await focused(), /^Passages du/);
   await page.context().close();
 });
 

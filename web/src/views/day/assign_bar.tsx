@@ -81,7 +81,7 @@ export function AssignBar({
         {range ? (
           <RangeFields day={day} range={range} onRange={onRange} />
         ) : (
-          <b>{one ? clip(one.domain ?? one.app, 40) : count(blocks.length, "bloc")}</b>
+          <b>{one ? <Foreign text={one.domain ?? one.app} length={40} /> : count(blocks.length, "bloc")}</b>
         )}
         <span class="quiet">{time > 0 ? duration(time) : "aucune activité"}</span>
         {one?.title && (
@@ -142,11 +142,7 @@ export function AssignBar({
             </option>
           ))}
         </select>
-        <button
-          type="submit"
-          class="button primary"
-          disabled={time === 0 || (toAutomatic && isAutomatic)}
-        >
+        <button type="submit" class="button primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
           {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
         </button>
         {one && (
@@ -167,7 +163,14 @@ interface WhyProps {
 
 function Why({ block, why, onEditRule }: WhyProps) {
   if (why.kind === "manual") return <span class="quiet">assigné à la main</span>;
-  if (why.kind === "keyword") return <span class="quiet">par le mot-clé « {clip(why.keyword, 30)} »</span>;
+  if (why.kind === "keyword")
+    return (
+      <span class="quiet">
+        par le mot-clé « 
+        <Foreign text={why.keyword} length={30} />
+         »
+      </span>
+    );
   if (why.kind === "none") {
     const free = block.cat === "nonclasse" && block.pid === null;
     return (
@@ -177,7 +180,9 @@ function Why({ block, why, onEditRule }: WhyProps) {
   const { rule } = why;
   return (
     <button type="button" class="link" onClick={() => onEditRule(rule)}>
-      par la règle : {fieldLabel(rule.field).toLowerCase()} contient « {clip(rule.pattern, 30)} »
+      par la règle : {fieldLabel(rule.field).toLowerCase()} contient « 
+      <Foreign text={rule.pattern} length={30} />
+       »
     </button>
   );
 }

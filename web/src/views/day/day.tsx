@@ -81,6 +81,20 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     if (at >= 0) reveal(list.current?.querySelector<HTMLElement>(".blocks") ?? null, at);
   };
 
+  // To the bar, and back to where one came from.
+  const origin = useRef<HTMLElement | null>(null);
+  const enterBar = () => {
+    origin.current = document.activeElement instanceof HTMLElement ? document.activeElement : null;
+    document.querySelector<HTMLElement>(".assign .clock, .assign input:checked")?.focus();
+  };
+  const leaveBar = () => {
+    if (document.activeElement?.closest(".assign")) {
+      const blocks = list.current?.querySelector<HTMLElement>(".blocks");
+      (origin.current?.isConnected ? origin.current : blocks)?.focus({ preventScroll: true });
+    }
+    clear();
+  };
+
   const assign = (target: Target) =>
     attempt(async () => {
       const change = range
@@ -93,10 +107,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
         details: change.learned.map(learnedText),
         undo: change.undo,
       });
-      if (document.activeElement?.closest(".assign")) {
-        list.current?.querySelector<HTMLElement>(".blocks")?.focus({ preventScroll: true });
-      }
-      clear();
+      leaveBar();
     });
   // One key gives a category and leaves the project that was given by hand.
   const quick = (category: string | null) => {
@@ -107,7 +118,6 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     void assign({ category, projectId: keep ? first.pid : null });
     return true;
   };
-  const focusBar = () => document.querySelector<HTMLElement>(".assign input:checked, .assign input")?.focus();
 
   useShortcuts({
     ...Object.fromEntries(assignable.map((cat, index) => [String(index + 1), () => quick(cat)])),
@@ -158,6 +168,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
             range={range}
             onRange={pickRange}
             onPick={pickBlocks}
+            onOpen={() => requestAnimationFrame(enterBar)}
           />
           <div class="day-columns">
             <div class="breakdown">
@@ -227,7 +238,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
                     setRange(null);
                     setSelection(next);
                   }}
-                  onOpen={focusBar}
+                  onOpen={enterBar}
                 />
               )}
             </section>
@@ -256,7 +267,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               replaces: rule,
             })
           }
-          onClose={clear}
+          onClose={leaveBar}
         />
       )}
       {draft && <RuleEditor draft={draft} today={today} onClose={() => setDraft(null)} />}

@@ -22,10 +22,12 @@ interface Props {
   onRange: (range: Range | null) => void;
   /** A stretch was clicked on; `extend` when it joins what is selected. */
   onPick: (start: UnixTime, end: UnixTime, extend: boolean) => void;
+  /** On to the choice of category and project, for what was picked just now. */
+  onOpen: () => void;
 }
 
 /** The day from left to right, one lane a category; projects as a thin strip beneath. */
-export function Timeline({ report, now, selected, range, onRange, onPick }: Props) {
+export function Timeline({ report, now, selected, range, onRange, onPick, onOpen }: Props) {
   const { segments } = report;
   const day: View = useMemo(() => ({ from: report.start, to: report.end }), [report.start, report.end]);
   const hourly = useMemo(
@@ -147,7 +149,8 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     if (target !== undefined) reach(target, event.shiftKey);
     else if (event.key === "Enter" || event.key === " ") {
       const segment = segments[at];
-      if (segment) onPick(segment.start, segment.end, event.shiftKey);
+      if (segment && !range) onPick(segment.start, segment.end, event.shiftKey);
+      if ((segment || range) && event.key === "Enter") onOpen();
     } else return;
     event.preventDefault();
   };
@@ -290,7 +293,10 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
         <button
           type="button"
           class="button ghost small"
-          onClick={() => onRange(current ?? lastHour(report, view))}
+          onClick={() => {
+            onRange(current ?? lastHour(report, view));
+            onOpen();
+          }}
         >
           Plage…
         </button>

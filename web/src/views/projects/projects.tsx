@@ -1,7 +1,7 @@
 import { useState } from "preact/hooks";
 import type { ProjectRow, Seconds } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
-import { clip, duration } from "../../model/time";
+import { clip, duration, isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { CategoryName, Icon, ProjectDot } from "../../ui/icons";
 import { Empty, Failure, Foreign } from "../../ui/parts";
@@ -40,8 +40,8 @@ export function ProjectsView() {
       await put(archived);
       notify({
         text: archived
-          ? `« ${clip(project.name, 60)} » est archivé.`
-          : `« ${clip(project.name, 60)} » est de nouveau actif.`,
+          ? `« ${isolated(project.name, 60)} » est archivé.`
+          : `« ${isolated(project.name, 60)} » est de nouveau actif.`,
         undo: async () => {
           await put(archived ? 0 : 1);
         },
@@ -155,13 +155,13 @@ export function ProjectsView() {
       )}
       {deleting && (
         <Confirm
-          title={`Supprimer « ${clip(deleting.name, 60)} » ?`}
+          title={`Supprimer « ${isolated(deleting.name, 60)} » ?`}
           action="Supprimer"
           danger
           onClose={() => setDeleting(null)}
           onConfirm={async () => {
             await client.call("projects.delete", { id: deleting.id });
-            notify({ text: `« ${clip(deleting.name, 60)} » est supprimé.` });
+            notify({ text: `« ${isolated(deleting.name, 60)} » est supprimé.` });
           }}
         >
           <p>
