@@ -7,7 +7,7 @@ import { clip, clock, count, duration, instant, readClock } from "../../model/ti
 import { CategoryMark, Icon } from "../../ui/icons";
 import { Foreign } from "../../ui/parts";
 import { fieldLabel } from "../rules/labels";
-import type { Range } from "./timeline";
+import type { Range } from "./drawing";
 
 interface Props {
   day: Day;
@@ -166,9 +166,9 @@ function Why({ block, why, onEditRule }: WhyProps) {
   if (why.kind === "keyword")
     return (
       <span class="quiet">
-        par le mot-clé « 
+        {"par le mot-clé «\u00a0"}
         <Foreign text={why.keyword} length={30} />
-         »
+        {"\u00a0»"}
       </span>
     );
   if (why.kind === "none") {
@@ -180,9 +180,9 @@ function Why({ block, why, onEditRule }: WhyProps) {
   const { rule } = why;
   return (
     <button type="button" class="link" onClick={() => onEditRule(rule)}>
-      par la règle : {fieldLabel(rule.field).toLowerCase()} contient « 
+      {`par la règle\u00a0: ${fieldLabel(rule.field).toLowerCase()} contient «\u00a0`}
       <Foreign text={rule.pattern} length={30} />
-       »
+      {"\u00a0»"}
     </button>
   );
 }

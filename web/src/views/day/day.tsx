@@ -24,9 +24,10 @@ import { learnedText } from "../rules/learned_text";
 import { RuleEditor, type RuleDraft } from "../rules/rule_editor";
 import { AssignBar } from "./assign_bar";
 import { BlockList, reveal } from "./block_list";
+import type { Range } from "./drawing";
 import { ListTools } from "./list_tools";
 import { Summary } from "./summary";
-import { type Range, Timeline } from "./timeline";
+import { Timeline } from "./timeline";
 
 const noBlocks: Block[] = [];
 

@@ -1,17 +1,22 @@
 // What the timeline draws of a day, whoever points at it: hours, bars, time away, projects.
 import { useMemo } from "preact/hooks";
-import type { DayReport, UnixTime } from "../../bridge/routes";
+import type { Block, DayReport, UnixTime } from "../../bridge/routes";
 import { categories, categoryClass } from "../../model/categories";
 import { bars, path, ticks, type View } from "../../model/timeline";
 import { clock } from "../../model/time";
 import { projectColor } from "../../ui/icons";
+
+export interface Range {
+  start: UnixTime;
+  end: UnixTime;
+}
 
 // Pixels from the top: the hours, the lanes, the projects.
 const laneHeight = 16;
 const laneGap = 5;
 const strip = 7;
 export const axis = 20;
-export const lanesBottom = axis + categories.length * (laneHeight + laneGap);
+const lanesBottom = axis + categories.length * (laneHeight + laneGap);
 // Centred where one lane more would be.
 const stripTop = lanesBottom + (laneHeight - strip) / 2;
 export const height = stripTop + strip + 4;
@@ -107,4 +112,60 @@ export function Bars({ report, view, width }: { report: DayReport; view: View; w
       </g>
     );
   }, [report, view.from, view.to, width]);
+}
+
+interface MarksProps {
+  view: View;
+  width: number;
+  selected: readonly Block[];
+  hovered: Range | undefined;
+  cursor: Range | undefined;
+  range: Range | null;
+}
+
+/** What is pointed at and selected, cut off where the plot ends. */
+export function Marks({ view, width, selected, hovered, cursor, range }: MarksProps) {
+  const scale = width / (view.to - view.from);
+  const x = (time: UnixTime) => (time - view.from) * scale;
+  const frame = (name: string, stretch: Range | undefined) =>
+    stretch && (
+      <rect
+        class={name}
+        x={x(stretch.start) - 1}
+        y={axis - 1}
+        width={(stretch.end - stretch.start) * scale + 2}
+        height={lanesBottom - axis}
+        rx="3"
+      />
+    );
+  return (
+    <svg class="marks" width={width} height={height}>
+      {selected.length > 0 && (
+        <path
+          class="selected"
+          d={path(
+            selected
+              .filter((block) => block.end > view.from && block.start < view.to)
+              .map((block) => ({
+                x: x(block.start),
+                width: Math.max((block.end - block.start) * scale, 2),
+              })),
+            axis - 4,
+            3,
+          )}
+        />
+      )}
+      {frame("hovered", hovered)}
+      {frame("cursor", cursor)}
+      {range && (
+        <rect
+          class="range"
+          x={x(range.start)}
+          y={axis - 6}
+          width={Math.max((range.end - range.start) * scale, 1)}
+          height={height - axis + 6}
+        />
+      )}
+    </svg>
+  );
 }

@@ -1,18 +1,13 @@
 import { useEffect, useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
 import { categories, categoryLabel } from "../../model/categories";
-import { clamp, fit, hours, path, segmentAt, type View, zoom } from "../../model/timeline";
+import { clamp, fit, hours, segmentAt, type View, zoom } from "../../model/timeline";
 import { clock, duration, longDay } from "../../model/time";
 import { CategoryTable } from "../../ui/category_table";
 import { CategoryMark, Icon } from "../../ui/icons";
 import { useShortcuts } from "../../ui/shortcuts";
-import { axis, Bars, height, lanesBottom, Ticks } from "./drawing";
+import { axis, Bars, height, Marks, type Range, Ticks } from "./drawing";
 import { SegmentTip } from "./segment_tip";
-
-export interface Range {
-  start: UnixTime;
-  end: UnixTime;
-}
 
 interface Props {
   report: DayReport;
@@ -50,8 +45,11 @@ export function Timeline({ report, now, selected, range, onRange, onPick, onOpen
     setHover(null);
   }, [report.date]);
 
-  const zoomBy = (factor: number, around = (view.from + view.to) / 2) =>
-    setChosenView(zoom(view, factor, around, day));
+  // Around the pointer, or else what is at hand.
+  const zoomBy = (factor: number, around?: UnixTime) => {
+    const { start, end } = range ?? segments[cursor ?? -1] ?? { start: view.from, end: view.to };
+    setChosenView(zoom(view, factor, around ?? (start + end) / 2, day));
+  };
   useShortcuts({
     "+": () => zoomBy(0.6),
     "=": () => zoomBy(0.6),
@@ -199,40 +197,14 @@ export function Timeline({ report, now, selected, range, onRange, onPick, onOpen
         <svg width={width} height={height} aria-hidden="true">
           <Ticks view={view} day={day} width={width} />
           <Bars report={report} view={view} width={width} />
-          {selected.length > 0 && (
-            <path
-              class="selected"
-              d={path(
-                selected
-                  .filter((block) => block.end > view.from && block.start < view.to)
-                  .map((block) => ({
-                    x: x(block.start),
-                    width: Math.max((block.end - block.start) / perPixel, 2),
-                  })),
-                axis - 4,
-                3,
-              )}
-            />
-          )}
-          {current && (focused || !tip) && (
-            <rect
-              class="cursor"
-              x={x(current.start) - 1}
-              y={axis - 1}
-              width={(current.end - current.start) / perPixel + 2}
-              height={lanesBottom - axis}
-              rx="3"
-            />
-          )}
-          {shown && (
-            <rect
-              class="range"
-              x={x(shown.start)}
-              y={axis - 6}
-              width={Math.max(x(shown.end) - x(shown.start), 1)}
-              height={height - axis + 6}
-            />
-          )}
+          <Marks
+            view={view}
+            width={width}
+            selected={selected}
+            hovered={segments[under]}
+            cursor={focused || !tip ? current : undefined}
+            range={shown}
+          />
           {now !== null && now >= view.from && now <= view.to && (
             <g class="now-marker">
               <line x1={x(now)} x2={x(now)} y1={axis - 6} y2={height} />
@@ -240,7 +212,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick, onOpen
             </g>
           )}
         </svg>
-        {shown && (
+        {shown && shown.end > view.from && shown.start < view.to && (
           <span
             class="range-label"
             style={{ left: `${Math.min(Math.max(x(shown.start), 0), width - 150)}px` }}

@@ -40,7 +40,7 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
         on={status?.telemetry ?? false}
         onChange={(enabled) => void attempt(() => client.call("telemetry.set", { enabled }))}
       />
-      <Row label="Exactement ce qui est envoyé">
+      <Row wide label="Exactement ce qui est envoyé">
         <details class="sent">
           <summary>Voir les champs</summary>
           <dl>
