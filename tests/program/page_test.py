@@ -14,10 +14,11 @@ from weeks import WEEKDAYS, Period, changed, spelt
 SITE = "carnet-maree.example"
 TITLE = "<img src=x onerror=document.title=1> l'été & \"co\" '); DROP TABLE events;--"
 PROJECT = "Carnet de mer"
+LONG = "Sonde \u202e\u2067" + "👩‍👩‍👧" * 50 + "x" * 10_000
 
 # The day's spans: minutes after 9 o'clock, application, domain, title.
 SPANS = [(0, 20, "Navigateur", SITE, TITLE), (20, 45, "Atelier", None, "Plan"),
-         (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, "Sonde")]
+         (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, LONG)]
 
 CATEGORIES = {"travail": "Travail", "loisir": "Loisir", "autre": "Autre", None: "Non classé"}
 
@@ -89,6 +90,9 @@ class PageTest(unittest.TestCase):
             addEventListener("error", e => faults.push(e.message));
             addEventListener("unhandledrejection", e => faults.push(String(e.reason)));""")
         self.addCleanup(lambda: self.assertEqual(self.page.script("return faults"), []))
+        self.addCleanup(lambda: self.assertEqual(self.page.script("""
+            const main = document.querySelector("main");
+            return main.scrollWidth - main.clientWidth;"""), 0, "too wide"))
         return started
 
     def assigned(self, domain=SITE):
@@ -344,8 +348,8 @@ class PageTest(unittest.TestCase):
         nine = self.nine.timestamp()
 
         def stored():
-            return self.stored("SELECT round((start - ?) / 60), round((end - ?) / 60), app, category,"
-                               " project_id FROM events WHERE start >= ? ORDER BY start",
+            return self.stored("SELECT round((start - ?) / 60), round((end - ?) / 60), app,"
+                               " category, project_id FROM events WHERE start >= ? ORDER BY start",
                                nine, nine, nine)
         untouched = [(start, end, app, None, None) for start, end, app, _, _ in SPANS]
 

@@ -145,6 +145,24 @@ test("a live refresh keeps selection, focus and scroll", async () => {
   await page.context().close();
 });
 
+test("a reopened page shows the same place, and a day later that day", async () => {
+  const page = await open();
+  const reopened = async () => {
+    await page.reload();
+    await page.waitForSelector(".block");
+    return (await page.locator("h1").innerText()).split(" ")[0];
+  };
+  await page.keyboard.press("ArrowLeft");
+  await page.waitForFunction(() => document.querySelector("h1").textContent.startsWith("Mercredi"));
+  assert.equal(await reopened(), "Mercredi");
+  await page.evaluate(() => {
+    const place = JSON.parse(localStorage["orvanta.place"]);
+    localStorage["orvanta.place"] = JSON.stringify({ ...place, left: "2026-01-01" });
+  });
+  assert.equal(await reopened(), "Jeudi");
+  await page.context().close();
+});
+
 test("a drag over the timeline assigns the range that it names", async () => {
   const page = await open();
   const plot = await page.locator(".plot").boundingBox();
@@ -153,6 +171,13 @@ test("a drag over the timeline assigns the range that it names", async () => {
   await page.mouse.down();
   await page.mouse.move(at(10.5), plot.y + 40, { steps: 5 });
   await page.mouse.up();
+  // Lunch: nothing to assign.
+  await page.getByLabel("Fin de la plage").fill("13:10");
+  await page.getByLabel("Début de la plage").fill("12:40");
+  await page.keyboard.press("Enter");
+  await page.getByText("aucune activité").waitFor();
+  await page.locator(".assign").getByText("Autre").click();
+  assert.equal(await page.getByRole("button", { name: "Assigner", exact: true }).isDisabled(), true);
   await page.getByLabel("Début de la plage").fill("9h35");
   await page.getByLabel("Fin de la plage").fill("10:10");
   await page.keyboard.press("Enter");
