@@ -20,6 +20,10 @@ interface Props {
   why: Reason | null;
   onAssign: (target: Target) => void;
   onRange: (range: Range) => void;
+  /** How many listed blocks the range touches. */
+  whole: number;
+  /** These blocks instead of the range: they teach rules, a range does not. */
+  onWhole: () => void;
   onRule: (pattern: Pattern) => void;
   onEditRule: (rule: RuleRow) => void;
   onClose: () => void;
@@ -35,6 +39,8 @@ export function AssignBar({
   why,
   onAssign,
   onRange,
+  whole,
+  onWhole,
   onRule,
   onEditRule,
   onClose,
@@ -84,6 +90,11 @@ export function AssignBar({
           <b>{one ? <Foreign text={one.domain ?? one.app} length={40} /> : count(blocks.length, "bloc")}</b>
         )}
         <span class="quiet">{time > 0 ? duration(time) : "aucune activité"}</span>
+        {whole > 0 && (
+          <button type="button" class="link" onClick={onWhole}>
+            {whole === 1 ? "Plutôt le bloc entier" : `Plutôt les ${count(whole, "bloc")} entiers`}
+          </button>
+        )}
         {one?.title && (
           <span class="assign-title">
             <Foreign text={one.title} />

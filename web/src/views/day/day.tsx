@@ -1,6 +1,6 @@
 import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { PeriodProps } from "../../app";
-import type { Block, RuleRow, Status } from "../../bridge/routes";
+import type { Block, RuleRow, Status, UnixTime } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { activeTime, assignable } from "../../model/categories";
 import { assignBlocks, assignRange, type Target } from "../../model/changes";
@@ -31,6 +31,10 @@ import { Timeline } from "./timeline";
 
 const noBlocks: Block[] = [];
 
+function within(blocks: readonly Block[], start: UnixTime, end: UnixTime): Block[] {
+  return blocks.filter((block) => !block.idle && block.end > start && block.start < end);
+}
+
 export function DayView({ day, today, onDay, status }: PeriodProps & { status: Status | undefined }) {
   const client = useClient();
   const attempt = useAttempt();
@@ -51,8 +55,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const [touched, time] = useMemo(() => {
     if (!range) return [selected, selected.reduce((sum, block) => sum + block.duration, 0)] as const;
     const { start, end } = range;
-    const inside = blocks.filter((block) => !block.idle && block.end > start && block.start < end);
-    return [inside, activeTime(activity(report?.segments ?? [], start, end))] as const;
+    return [within(blocks, start, end), activeTime(activity(report?.segments ?? [], start, end))] as const;
   }, [range, selected, blocks, report]);
 
   const clear = () => {
@@ -74,7 +77,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     const known = extend ? selected : [];
     const from = Math.min(start, ...known.map((block) => block.start));
     const to = Math.max(end, ...known.map((block) => block.end));
-    const inside = listed.filter((block) => !block.idle && block.end > from && block.start < to);
+    const inside = within(listed, from, to);
     const first = inside[0]?.ids[0] ?? null;
     setRange(null);
     setSelection({ ids: new Set(inside.flatMap((block) => block.ids)), active: first, anchor: first });
@@ -256,6 +259,8 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
           why={why}
           onAssign={(target) => void assign(target)}
           onRange={setRange}
+          whole={range ? within(listed, range.start, range.end).length : 0}
+          onWhole={() => range && pickBlocks(range.start, range.end, false)}
           onRule={(pattern: Pattern) =>
             setDraft({ ...pattern, category: one?.cat ?? null, projectId: one?.pid ?? null })
           }
