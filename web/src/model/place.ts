@@ -1,5 +1,5 @@
-// Where the user is in the page, kept so that a reopened window shows the same place; tomorrow, though,
-// it is tomorrow that one wants to see.
+// Where the user is in the page, kept so that a reopened window shows the same place. The day is kept
+// only until midnight: whoever opens the window in the morning wants to see today.
 import type { Day } from "../bridge/routes";
 import { load, save } from "./stored";
 import { dayOf, isDay } from "./time";

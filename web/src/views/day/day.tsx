@@ -72,7 +72,8 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     setSelection(nothing);
     setRange(next);
   };
-  // A stretch of the timeline stands for the listed blocks in it; one more for all up to it.
+  // A stretch of the timeline stands for the listed blocks in it, and an extension for all that lie
+  // between it and what is selected.
   const pickBlocks = (start: number, end: number, extend: boolean) => {
     const known = extend ? selected : [];
     const from = Math.min(start, ...known.map((block) => block.start));
@@ -96,6 +97,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
       const blocks = list.current?.querySelector<HTMLElement>(".blocks");
       (origin.current?.isConnected ? origin.current : blocks)?.focus({ preventScroll: true });
     }
+    origin.current = null;
     clear();
   };
 
