@@ -9,14 +9,18 @@ import unittest
 
 from desktop import TICK, Desktop, pass_time, wait_for
 from webdriver import Page
+from weeks import WEEKDAYS, Period, changed, spelt
 
 SITE = "carnet-maree.example"
 TITLE = "<img src=x onerror=document.title=1> l'été & \"co\" '); DROP TABLE events;--"
 PROJECT = "Carnet de mer"
+LONG = "Sonde \u202e\u2067" + "👩‍👩‍👧" * 50 + "x" * 10_000
 
 # The day's spans: minutes after 9 o'clock, application, domain, title.
 SPANS = [(0, 20, "Navigateur", SITE, TITLE), (20, 45, "Atelier", None, "Plan"),
-         (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, "Sonde")]
+         (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, LONG)]
+
+CATEGORIES = {"travail": "Travail", "loisir": "Loisir", "autre": "Autre", None: "Non classé"}
 
 TOAST = "//*[@role = 'status'][.//button[@aria-label = 'Fermer le message']]"
 
@@ -47,7 +51,7 @@ class PageTest(unittest.TestCase):
                                 XDG_CACHE_HOME=self.desktop.make_folder("cache"))
         zone = datetime.timezone(datetime.timedelta(hours=14 - now.hour))
         nine = now.astimezone(zone).replace(hour=9, minute=0, second=0, microsecond=0)
-        self.today = nine.date()
+        self.nine, self.today = nine, nine.date()
         self.desktop.call("day")  # makes the store
         for day in (nine - datetime.timedelta(days=1), nine):
             for start, end, *texts in SPANS:
@@ -86,6 +90,9 @@ class PageTest(unittest.TestCase):
             addEventListener("error", e => faults.push(e.message));
             addEventListener("unhandledrejection", e => faults.push(String(e.reason)));""")
         self.addCleanup(lambda: self.assertEqual(self.page.script("return faults"), []))
+        self.addCleanup(lambda: self.assertEqual(self.page.script("""
+            const main = document.querySelector("main");
+            return main.scrollWidth - main.clientWidth;"""), 0, "too wide"))
         return started
 
     def assigned(self, domain=SITE):
@@ -139,7 +146,7 @@ class PageTest(unittest.TestCase):
         page.wait_for_text("//h1", f" {yesterday.day} ")
         page.press("slash")
         page.type("carnet")
-        page.wait_for_text("//h2[starts-with(., 'Blocs')]", "2 blocs")
+        page.wait_for_text("//h2[contains(., 'bloc')]", "2 blocs")
         page.press("Tab", "ctrl+a", "Return")  # the list, all of it, on to the bar
         page.wait_for_text("//form[@aria-label = 'Assigner la sélection']", "2 blocs35 min")
         page.press("Tab")
@@ -246,6 +253,202 @@ class PageTest(unittest.TestCase):
         wait_for(lambda: self.setting("paused") == "0", 10, "it tracks again")
         wait_for(lambda: self.stored("SELECT 1 FROM events WHERE project_id=?", project), 20,
                  "a span of the project")
+
+    def weeks(self):
+        """Last week and this one, as the store has them."""
+        zone = self.nine.tzinfo
+        at = datetime.datetime.fromtimestamp
+        spans = [(at(start, zone), at(end, zone), *rest) for start, end, *rest in self.stored(
+            "SELECT start, end, category, project_id, idle FROM events ORDER BY start")]
+        monday = self.nine.replace(hour=0) - datetime.timedelta(days=self.nine.weekday())
+        return Period(spans, monday - datetime.timedelta(days=7)), Period(spans, monday)
+
+    def check_week(self, week):
+        page = self.page
+        page.wait_for_text("//h1", f"Semaine du {week.name()}")
+        page.wait_for_text("//section[@aria-label = 'Résumé de la semaine']", spelt(week.active))
+        for start in week.days:
+            day, date = week.day(start), start.date()
+            name = WEEKDAYS[date.weekday()].capitalize()
+            shown = page.text("//section[@aria-label = 'Jours de la semaine']"
+                              f"//button[starts-with(@title, '{name} ')]")
+            at = [span for span in day.spans if not span[4]]
+            expected = f"{name[:3]}. {date.day}" + (
+                f"{spelt(day.active)}{at[0][0]:%H:%M} – {max(span[1] for span in at):%H:%M}"
+                if at else "–")
+            self.assertEqual(shown.strip(), expected)
+            cells = "".join(spelt(day.by(2).get(category, 0)) for category in CATEGORIES)
+            row = f"//table//tr[starts-with(th, '{name} {date.day} ')]"
+            self.assertTrue(page.text(row).endswith(cells), (page.text(row), cells))
+
+    def check_recap(self, week, before):
+        page = self.page
+        page.wait_for_text("//h1", f"Bilan du {week.name()}")
+        active = [(week.day(day).active, day) for day in week.days if week.day(day).active > 0]
+        count, count_before = len(active), sum(before.day(day).active > 0 for day in before.days)
+        for tile, now, then in (
+                ("Temps actif", week.active, before.active),
+                ("Moyenne par jour actif", week.active / count, before.active / count_before),
+                ("Plus longue session", week.longest_session(), before.longest_session())):
+            page.wait_for_text(f"//dl/div[dt = '{tile}']/dd",
+                               f"{spelt(now)}{changed(now - then)}avant : {spelt(then)}")
+        best, day = max(active)
+        page.wait_for_text("//dl/div[dt = 'Meilleur jour']/dd",
+                           f"{spelt(best)}{WEEKDAYS[day.weekday()].capitalize()} {day.day}")
+        now, then = week.by(2), before.by(2)
+        order = sorted(CATEGORIES, key=lambda one: -abs(now.get(one, 0) - then.get(one, 0)))
+        expected = "".join(
+            f"{CATEGORIES[one]}{changed(now.get(one, 0) - then.get(one, 0))}"
+            f", {spelt(now.get(one, 0))} contre {spelt(then.get(one, 0))}"
+            for one in order if abs(now.get(one, 0) - then.get(one, 0)) >= 60)
+        page.wait_for_text("//section[@aria-label = 'Catégories']/ul", expected)
+
+    def test_weeks_agree_with_the_store(self):
+        project = self.change("INSERT INTO projects(name) VALUES (?)", PROJECT)
+        # Days from this week's Monday on and minutes; the last but one passes midnight and Sunday.
+        monday = self.weeks()[1].days[0].timestamp()
+        for day, start, end, category, owner, idle in (
+                (-7, 540, 700, "travail", project, 0), (-5, 600, 640, "loisir", None, 0),
+                (-5, 640, 670, None, None, 1), (-5, 670, 700, "autre", project, 0),
+                (-1, 1410, 1475, "loisir", None, 0),
+                (self.nine.weekday(), 641, 671, "travail", project, 0)):
+            self.change("INSERT INTO events(start,end,app,idle,category,project_id)"
+                        " VALUES (?,?,?,?,?,?)",
+                        monday + day * 86400 + start * 60, monday + day * 86400 + end * 60,
+                        "Inactif" if idle else "Atelier", idle, category, owner)
+        self.desktop.set_setting("paused", "1")
+        before, week = self.weeks()
+        self.open()
+        page = self.page
+        page.press("s")
+        self.check_week(week)
+        page.click(button("Semaine précédente"))
+        self.check_week(before)
+        page.wait_for_text("//section[@aria-label = 'Projets']",
+                           f"{PROJECT}{spelt(before.by(3)[project])}")
+        page.click("//section[@aria-label = 'Jours de la semaine']"
+                   "//button[starts-with(@title, 'Mercredi ')]")
+        page.wait_for_text("//h1", f"Mercredi {before.days[2].day} ")
+        page.wait_for_text(row("10:40 – 11:10"), "Inactif")
+        page.press("s")
+        page.click(button("Semaine suivante"))
+        self.check_week(week)
+        self.assertEqual(page.script("return document.querySelector("
+                                     "'[aria-label=\"Semaine suivante\"]').disabled"), True)
+        page.press("b")
+        self.check_recap(week, before)
+        change = changed(week.by(3)[project] - before.by(3)[project])
+        page.wait_for_text("//section[@aria-label = 'Projets']", f"{PROJECT}{change}")
+
+    def test_a_range_by_mouse_and_blocks_by_keyboard(self):
+        project = self.change("INSERT INTO projects(name) VALUES (?)", PROJECT)
+        self.desktop.set_setting("paused", "1")
+        self.open()
+        page = self.page
+        nine = self.nine.timestamp()
+
+        def stored():
+            return self.stored("SELECT round((start - ?) / 60), round((end - ?) / 60), app,"
+                               " category, project_id FROM events WHERE start >= ? ORDER BY start",
+                               nine, nine, nine)
+        untouched = [(start, end, app, None, None) for start, end, app, _, _ in SPANS]
+
+        # Along the hours that the timeline names.
+        page.wait_for_text("//*[@role = 'slider']", "10:00")
+        page.drag(*page.script("""
+            const box = document.querySelector("[role=slider]").getBoundingClientRect();
+            const hours = new Map([...document.querySelectorAll("[role=slider] text")].map(text => {
+                const at = text.getBoundingClientRect();
+                return [text.textContent, at.x + at.width / 2];
+            }));
+            const [nine, ten] = [hours.get("09:00"), hours.get("10:00")];
+            return [10, 40].map(minute =>
+                [nine + (ten - nine) * minute / 60, box.y + box.height / 2]);"""))
+        bar = "//form[@aria-label = 'Assigner la sélection']"
+        page.wait_for_text(bar, "De")
+        start, end = (int(text[:2]) * 60 + int(text[3:]) - 540 for text in page.script("""
+            return [...document.querySelectorAll("[aria-label$='de la plage']")]
+                .map(field => field.value);"""))
+        self.assertLessEqual(max(abs(start - 10), abs(end - 40)), 1)
+        page.click(bar + "//label[. = 'Loisir']")
+        page.press("Tab")
+        page.type("Carnet")
+        page.click(button("Assigner"))
+        page.wait_for_text(TOAST, f"({spelt((end - start) * 60)}).")
+        given = ("loisir", project)
+        self.assertEqual(stored(), [
+            (0, start, "Navigateur", None, None), (start, 20, "Navigateur", *given),
+            (20, end, "Atelier", *given), (end, 45, "Atelier", None, None), *untouched[2:]])
+        page.wait_for_text(row(f"09:{start:02} – "), PROJECT)
+        page.click(button("Annuler"))
+        wait_for(lambda: {span[3:] for span in stored()} == {(None, None)}, 10, "taken back")
+
+        # The second and third of the blocks, and the last.
+        page.wait_for_text("//h2[contains(., 'bloc')]", "4 blocs")
+        page.press("slash", "Tab", "Down", "Down", "shift+Down", "ctrl+Down", "space")
+        page.wait_for_text(bar, "3 blocs1 h 10")
+        page.press("eacute")  # 2, on this keyboard
+        page.wait_for_text(TOAST, "Assigné : 3 blocs (1 h 10).")
+        self.assertEqual({(span[0] >= 20, span[3]) for span in stored()},
+                         {(False, None), (True, "loisir")})
+
+    def test_projects_and_their_suggestions(self):
+        self.desktop.set_setting("paused", "1")
+        self.open()
+        page = self.page
+        projects = "SELECT name, color, category, keywords, archived FROM projects"
+        page.press("p")
+        page.wait_for_text("//h1", "Projets")
+        page.press("n")
+        page.wait_for_text("//dialog//h2", "Nouveau projet")
+        page.type(PROJECT)
+        page.click("//dialog//input[@aria-label = 'Turquoise']/..")
+        page.click("//dialog//label/span[. = 'Mots-clés']")
+        page.type("sonde")
+        page.click(button("Enregistrer"))
+        self.wait_for_store([(PROJECT, "#0e9aa7", "travail", "sonde", 0)], projects)
+        project = self.stored("SELECT id FROM projects")[0][0]
+
+        page.click(button(f"Modifier {PROJECT}"))
+        page.wait_for_text("//dialog//h2", "Modifier le projet")
+        page.press("ctrl+a")
+        page.type("Carnet")
+        page.click("//dialog//input[@aria-label = 'Rose']/..")
+        page.click("//dialog//label/span[. = 'Catégorie']")
+        page.type("Loi")
+        page.click("//dialog//label/span[. = 'Mots-clés']")
+        page.press("ctrl+a")
+        page.type("plan, quai")
+        page.press("Return")
+        edited = ("Carnet", "#c254a5", "loisir", "plan, quai", 0)
+        self.wait_for_store([edited], projects)
+
+        # An hour and ten minutes of a site that is called like it: one click.
+        suggestion = "//section[@aria-label = 'Suggestions']"
+        page.wait_for_text(suggestion, f"{SITE}1 h 10→Carnet")
+        page.click(button(f"Accepter {SITE} pour Carnet"))
+        made = ("SELECT field, pattern, category, project_id, priority FROM rules"
+                " WHERE priority>=0")
+        self.wait_for_store([("domain", SITE, None, project, 0)], made)
+        wait_for(lambda: page.text(suggestion) == "", 10, "it is suggested no longer")
+        self.change("UPDATE events SET project_id=? WHERE app='Chaloupe'", project)
+
+        page.click(button("Archiver Carnet"))
+        self.wait_for_store([(*edited[:4], 1)], projects)
+        page.wait_for_text(TOAST, "est archivé")
+        page.click(button("Réactiver Carnet"))
+        self.wait_for_store([edited], projects)
+
+        page.click(button("Supprimer Carnet"))
+        page.wait_for_text("//dialog//h2", "Supprimer « Carnet » ?")
+        page.press("Return")  # the focus is on the way out
+        wait_for(lambda: page.text("//dialog") == "", 10, "the dialogue closes")
+        self.assertEqual(self.stored(projects), [edited])
+        page.click(button("Supprimer Carnet"))
+        page.click("//dialog" + button("Supprimer"))
+        self.wait_for_store([], projects)
+        self.wait_for_store([(None,)], "SELECT DISTINCT project_id FROM events")
+        self.assertEqual(self.stored(made), [("domain", SITE, None, None, 0)])
 
 
 if __name__ == "__main__":

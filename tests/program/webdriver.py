@@ -28,6 +28,8 @@ FOCUSED = """
     const field = document.activeElement;
     if (field.selectedOptions) return field.selectedOptions[0].text;
     if (field.matches("input:not([type=radio])")) return field.value;"""
+# Spaces that do not break, and the marks that keep a foreign text's direction to itself.
+PLAIN = str.maketrans("\u00a0\u202f", "  ", "\u2068\u2069")
 TEXT = """
     const found = document.evaluate(arguments[0], document, null,
                                     XPathResult.FIRST_ORDERED_NODE_TYPE, null).singleNodeValue;
@@ -90,7 +92,7 @@ class Page:
     def text(self, xpath):
         """The text of the first element, with plain spaces for those that do not break; "" for none."""
         text = self.script(TEXT, xpath) or ""
-        return " ".join(text.replace("\u00a0", " ").replace("\u202f", " ").split())
+        return " ".join(text.translate(PLAIN).split())
 
     def wait_for_text(self, xpath, part):
         wait_for(lambda: part in self.text(xpath), 10, f"{part} in {xpath}")
@@ -103,6 +105,14 @@ class Page:
         x, y = wait_for(lambda: self.script(FIND, xpath), 10, f"{xpath} to click on")
         self.desktop.input("mousemove", "--window", self.window(), str(x), str(y), "click", "1")
         wait_for(lambda: self.script("return clicked"), 10, f"{xpath} is clicked")
+
+    def drag(self, start, end):
+        """From one place of the page to another, with the button held."""
+        window = self.window()
+        for place, action in ((start, "mousedown"), (end, "mouseup")):
+            x, y = (str(round(number)) for number in place)
+            self.desktop.input("mousemove", "--window", window, x, y)
+            self.desktop.input(action, "1")
 
     def press(self, *keys):
         self.desktop.input("key", *keys)

@@ -223,7 +223,7 @@ export function cannedBridge(canned: Canned): Bridge {
         ["gallica.bnf.fr", "domain", 4],
         ["LibreOffice Writer", "app", 2],
       ] as const;
-      return wanted.flatMap(([name, field, id]) => {
+      const found = wanted.flatMap(([name, field, id]) => {
         const project = projects.find((candidate) => candidate.id === id);
         if (!project || taken.has(name)) return [];
         return [
@@ -237,6 +237,7 @@ export function cannedBridge(canned: Canned): Bridge {
           },
         ];
       });
+      return found.sort((a, b) => b.duration - a.duration);
     },
     "projects.list": () =>
       [...projects].sort((a, b) => (a.archived ?? 0) - (b.archived ?? 0) || (a.name < b.name ? -1 : 1)),

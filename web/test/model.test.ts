@@ -7,7 +7,7 @@ import { changes } from "../src/model/recap";
 import { changedBy } from "../src/model/rules";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
 import { numberError, numberSettings, readDomain, readList } from "../src/model/settings";
-import { bars, clamp, fit, segmentAt, ticks, zoom } from "../src/model/timeline";
+import { activity, bars, clamp, fit, hours, segmentAt, ticks, zoom } from "../src/model/timeline";
 
 let lastId = 0;
 function block(part: Partial<Block>): Block {
@@ -173,6 +173,19 @@ test("bars too thin to be told apart are drawn as one, others never", () => {
     [0.5, 50, 300, 501.5, -5].map((time) => segmentAt(thin, time, 2)),
     [0, 3, -1, 5, -1],
   );
+});
+
+test("activity is counted within a stretch, and hour by hour", () => {
+  const day = { from: 0, to: 24 * 3600 };
+  const segments = [segment(3000, 9000), segment(9000, 9060, "loisir"), segment(80_000, 80_010, "nonclasse")];
+  assert.deepEqual(activity(segments, 8000, 9030), { travail: 1000, loisir: 30 });
+  assert.deepEqual(activity(segments, 10_000, 20_000), {});
+  assert.deepEqual(hours(segments, day), [
+    { from: 0, parts: { travail: 600 } },
+    { from: 3600, parts: { travail: 3600 } },
+    { from: 7200, parts: { travail: 1800, loisir: 60 } },
+    { from: 79_200, parts: { nonclasse: 10 } },
+  ]);
 });
 
 test("the recap orders changes by their size and names what is gone", () => {

@@ -28,7 +28,7 @@ after(async () => {
 const open = (query = "", options = {}) =>
   demo.open({ query: `?now=${now}${query}`, viewport: { width: 1180, height: 780 }, ...options });
 const blocks = (page) => page.locator(".block:not(.idle)");
-const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ");
+const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ").replace(/[\u2068\u2069]/g, "");
 
 async function violations(page) {
   // Put there from outside the page: its own policy lets no such script in.
@@ -145,6 +145,24 @@ test("a live refresh keeps selection, focus and scroll", async () => {
   await page.context().close();
 });
 
+test("a reopened page shows the same place, and a day later that day", async () => {
+  const page = await open();
+  const reopened = async () => {
+    await page.reload();
+    await page.waitForSelector(".block");
+    return (await page.locator("h1").innerText()).split(" ")[0];
+  };
+  await page.keyboard.press("ArrowLeft");
+  await page.waitForFunction(() => document.querySelector("h1").textContent.startsWith("Mercredi"));
+  assert.equal(await reopened(), "Mercredi");
+  await page.evaluate(() => {
+    const place = JSON.parse(localStorage["orvanta.place"]);
+    localStorage["orvanta.place"] = JSON.stringify({ ...place, left: "2026-01-01" });
+  });
+  assert.equal(await reopened(), "Jeudi");
+  await page.context().close();
+});
+
 test("a drag over the timeline assigns the range that it names", async () => {
   const page = await open();
   const plot = await page.locator(".plot").boundingBox();
@@ -153,6 +171,13 @@ test("a drag over the timeline assigns the range that it names", async () => {
   await page.mouse.down();
   await page.mouse.move(at(10.5), plot.y + 40, { steps: 5 });
   await page.mouse.up();
+  // Lunch: nothing to assign.
+  await page.getByLabel("Fin de la plage").fill("13:10");
+  await page.getByLabel("Début de la plage").fill("12:40");
+  await page.keyboard.press("Enter");
+  await page.getByText("aucune activité").waitFor();
+  await page.locator(".assign").getByText("Autre").click();
+  assert.equal(await page.getByRole("button", { name: "Assigner", exact: true }).isDisabled(), true);
   await page.getByLabel("Début de la plage").fill("9h35");
   await page.getByLabel("Fin de la plage").fill("10:10");
   await page.keyboard.press("Enter");
@@ -166,6 +191,48 @@ test("a drag over the timeline assigns the range that it names", async () => {
       /Loisir[\s\S]*Assigné à la main/,
     );
   }
+  await page.context().close();
+});
+
+test("the keyboard reaches the timeline's stretches and ranges, and comes back", async () => {
+  const page = await open();
+  const focused = () =>
+    page.evaluate(() => document.activeElement?.ariaLabel ?? document.activeElement?.type);
+  const plot = page.getByRole("slider");
+  await plot.focus();
+  await page.keyboard.press("Home");
+  await page.keyboard.press("ArrowRight");
+  await page.locator(".tip").waitFor();
+  await page.keyboard.press("Enter");
+  await page.waitForFunction(() => document.activeElement?.type === "radio");
+  await page.keyboard.press("Escape");
+  assert.match(await focused(), /^Passages du/);
+  assert.equal(await page.locator(".assign").count(), 0);
+
+  const [first, second] = await page.locator(".tip p:first-child").allInnerTexts();
+  assert.ok(first && !second);
+  await page.keyboard.press("Shift+ArrowRight");
+  await page.keyboard.press("Enter");
+  await page.waitForFunction(() => document.activeElement?.ariaLabel === "Début de la plage");
+  assert.ok(first.startsWith(await page.getByLabel("Début de la plage").inputValue()));
+  const range = await page.getByLabel("Début de la plage").inputValue();
+  const whole = page.getByRole("button", { name: /Plutôt les . blocs entiers/ });
+  const count = /\d+/.exec(await whole.innerText())[0];
+  await whole.click();
+  await page.getByText(`${count}\u00a0blocs`, { exact: true }).waitFor();
+  assert.equal(await page.locator(".block[aria-selected=true]").count(), Number(count));
+  await page.keyboard.press("Escape");
+  await plot.focus();
+  await page.keyboard.press("ArrowLeft");
+  await page.keyboard.press("Shift+ArrowRight");
+  await page.keyboard.press("Enter");
+  await page.waitForFunction(() => document.activeElement?.ariaLabel === "Début de la plage");
+  assert.equal(await page.getByLabel("Début de la plage").inputValue(), range);
+  assert.equal(await page.getByRole("button", { name: "Assigner", exact: true }).isDisabled(), true);
+  await page.locator(".assign").getByText("Autre").click();
+  await page.keyboard.press("Enter");
+  await page.waitForSelector(".toast");
+  assert.match(await focused(), /^Passages du/);
   await page.context().close();
 });
 

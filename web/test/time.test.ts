@@ -10,6 +10,7 @@ import {
   durationChange,
   instant,
   isDay,
+  isolated,
   mondayOf,
   readClock,
   share,
@@ -89,4 +90,6 @@ test("a cut text never ends in half a character", () => {
   assert.equal(clip("abc", 3), "abc");
   assert.equal(clip("abcd", 3), "abc…");
   assert.equal(clip("a😀b", 2), "a…");
+  // What turns the direction of the text turns back before the sentence goes on.
+  assert.equal(isolated("\u202eabc", 3), "\u2068\u202eab…\u2069");
 });

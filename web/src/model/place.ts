@@ -1,7 +1,8 @@
-// Where the user is in the page, kept so that a reopened window shows the same place.
+// Where the user is in the page, kept so that a reopened window shows the same place. The day is kept
+// only until midnight: whoever opens the window in the morning wants to see today.
 import type { Day } from "../bridge/routes";
 import { load, save } from "./stored";
-import { isDay } from "./time";
+import { dayOf, isDay } from "./time";
 
 export const viewNames = ["day", "week", "recap", "projects", "rules", "settings"] as const;
 export type ViewName = (typeof viewNames)[number];
@@ -13,6 +14,7 @@ export interface Place {
 }
 
 const key = "place";
+const today = () => dayOf(Date.now() / 1000);
 
 function valid(value: unknown): boolean {
   const { view, day } = (value ?? {}) as Partial<Place>;
@@ -20,9 +22,10 @@ function valid(value: unknown): boolean {
 }
 
 export function loadPlace(): Place {
-  return load<Place>(key, { view: "day", day: null }, valid);
+  const { view, day, left } = load<Place & { left?: Day }>(key, { view: "day", day: null }, valid);
+  return { view, day: left === today() ? day : null };
 }
 
 export function savePlace(place: Place): void {
-  save(key, place);
+  save(key, { ...place, left: today() });
 }

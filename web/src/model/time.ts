@@ -132,6 +132,11 @@ export function capitalize(text: string): string {
   return text.charAt(0).toLocaleUpperCase("fr-FR") + text.slice(1);
 }
 
+/** Clipped text from the outside for the middle of a sentence, whose direction it cannot turn. */
+export function isolated(text: string, length: number): string {
+  return `\u2068${clip(text, length)}\u2069`;
+}
+
 /** At most `length` characters, never half of one; what is cut shows as "…". */
 export function clip(text: string, length: number): string {
   if (text.length <= length) return text;

@@ -1,5 +1,5 @@
 // The geometry of the day's timeline: pure, so that it can be tested without a page.
-import type { Category, Segment, UnixTime } from "../bridge/routes";
+import type { ByCategory, Category, Seconds, Segment, UnixTime } from "../bridge/routes";
 
 export interface View {
   from: UnixTime;
@@ -82,6 +82,30 @@ export function bars(segments: readonly Segment[], lane: Category, view: View, w
   }
   for (const bar of result) bar.width = Math.max(bar.width, 1);
   return result;
+}
+
+/** How much of a stretch of the day is activity, and of which kind. */
+export function activity(segments: readonly Segment[], from: UnixTime, to: UnixTime): ByCategory {
+  const result: ByCategory = {};
+  for (const segment of segments) {
+    const seconds: Seconds = Math.min(segment.end, to) - Math.max(segment.start, from);
+    if (seconds > 0) result[laneOf(segment)] = (result[laneOf(segment)] ?? 0) + seconds;
+  }
+  return result;
+}
+
+/** The day's hours that hold activity, with what of it is of which kind. */
+export function hours(segments: readonly Segment[], day: View): { from: UnixTime; parts: ByCategory }[] {
+  const found = new Map<number, ByCategory>();
+  for (const { start, end, ...segment } of segments) {
+    for (let at = day.from + Math.floor((start - day.from) / hour) * hour; at < end; at += hour) {
+      const parts = found.get(at) ?? {};
+      const lane = laneOf({ start, end, ...segment });
+      parts[lane] = (parts[lane] ?? 0) + Math.min(end, at + hour) - Math.max(start, at);
+      found.set(at, parts);
+    }
+  }
+  return [...found].map(([from, parts]) => ({ from, parts })).sort((a, b) => a.from - b.from);
 }
 
 /** The lane that a segment is drawn in; a category that the page does not know counts as none. */

@@ -131,6 +131,7 @@ export function DayButton({ label, text, icon, id, day, today, onPick }: DayButt
   };
   useEffect(() => {
     if (!open) return;
+    root.current?.querySelector(".popover")?.scrollIntoView({ block: "nearest" });
     const outside = (event: Event) => {
       if (event.target instanceof Node && !root.current?.contains(event.target)) setOpen(false);
     };

@@ -17,6 +17,8 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
   useEffect(() => {
     const before = document.activeElement;
     ref.current?.showModal();
+    // Nothing to fill in: the reading starts at the title.
+    if (!ref.current?.querySelector("[autofocus]")) ref.current?.querySelector("h2")?.focus();
     return () => {
       if (before instanceof HTMLElement && before.isConnected) before.focus();
     };
@@ -33,7 +35,9 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
       onKeyDown={(event) => event.stopPropagation()}
     >
       <header class="dialog-head">
-        <h2 id={heading}>{title}</h2>
+        <h2 id={heading} tabIndex={-1}>
+          {title}
+        </h2>
         <button type="button" class="button ghost square" aria-label="Fermer" onClick={onClose}>
           <Icon name="close" />
         </button>
@@ -68,7 +72,7 @@ export function Confirm({ title, children, action, danger, onConfirm, onClose }:
       <div class="dialog-body prose">{children}</div>
       <FormError text={error} />
       <footer class="dialog-foot">
-        <button type="button" class="button" onClick={onClose}>
+        <button type="button" class="button" autoFocus onClick={onClose}>
           Annuler
         </button>
         <button

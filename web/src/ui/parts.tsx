@@ -19,6 +19,9 @@ interface EmptyProps {
 export function Empty({ title, children }: EmptyProps) {
   return (
     <div class="empty">
+      <span class="empty-sign">
+        <Icon name="activity" />
+      </span>
       <p class="empty-title">{title}</p>
       {children}
     </div>

@@ -31,6 +31,7 @@ const groups: Group[] = [
     title: "Partout",
     keys: [
       ["/", "Rechercher"],
+      ["N", "Nouveau projet, nouvelle règle"],
       ["Maj + P", "Mettre en pause, reprendre"],
       ["?", "Cette aide"],
     ],

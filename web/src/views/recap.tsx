@@ -56,7 +56,19 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
             />
             <CategoryLegend byCategory={recap.current.by_category} />
           </section>
-          <h2 class="section-title">Ce qui a le plus changé</h2>
+          <h2 class="section-title">
+            Ce qui a le plus changé
+            <span class="change-key" aria-hidden="true">
+              <span>
+                <span class="share-fill now" />
+                {isCurrent ? "cette semaine" : "cette semaine-là"}
+              </span>
+              <span>
+                <span class="share-fill before" />
+                la précédente
+              </span>
+            </span>
+          </h2>
           <div class="change-columns">
             <Changes title="Catégories" recap={recap} dimension="category" />
             <Changes title="Projets" recap={recap} dimension="project" />

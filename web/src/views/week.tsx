@@ -13,6 +13,7 @@ import {
   weekName,
   weekdayShort,
 } from "../model/time";
+import { CategoryTable } from "../ui/category_table";
 import { CategoryBar, CategoryLegend, Empty, Failure, projectRows, ShareList } from "../ui/parts";
 import { openCalendar, PeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
@@ -40,8 +41,12 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
       />
       {error && <Failure text={error} retry={reload} />}
       {week && active === 0 && (
-        <Empty title="Rien d’enregistré cette semaine-là.">
-          {!isCurrent && (
+        <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>
+          {isCurrent ? (
+            <button type="button" class="button" onClick={() => onDay(addDays(monday, -7))}>
+              Voir la semaine dernière
+            </button>
+          ) : (
             <button type="button" class="button" onClick={() => onDay(today)}>
               Revenir à cette semaine
             </button>
@@ -82,9 +87,9 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
   );
 }
 
-// Lines every hour, two or four, so that there are about four of them.
+// Lines every so many hours, about five of them.
 function gridStep(hours: number): number {
-  return [1, 2, 3, 4, 6].find((step) => hours / step <= 4.5) ?? 6;
+  return [1, 2, 3, 4].find((step) => hours / step <= 5) ?? 6;
 }
 
 /** Seven columns of stacked categories; each is a button that opens its day. */
@@ -141,16 +146,16 @@ function Chart({
                     ? `${clock(day.first)} – ${clock(day.last)}`
                     : "\u00a0"}
                 </span>
-                <span class="sr-only">
-                  {parts
-                    .map((cat) => `, ${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`)
-                    .join("")}
-                </span>
               </button>
             </li>
           );
         })}
       </ol>
+      <CategoryTable
+        caption="Temps par jour et par catégorie"
+        head="Jour"
+        rows={week.days.map((day) => ({ name: capitalize(plainDay(day.date)), parts: day.by_category }))}
+      />
     </section>
   );
 }

@@ -1,5 +1,5 @@
 import { useEffect, useState } from "preact/hooks";
-import type { Block, Day, Project, RuleRow } from "../../bridge/routes";
+import type { Block, Day, Project, RuleRow, Seconds } from "../../bridge/routes";
 import { assignable, categoryLabel, isAssignable } from "../../model/categories";
 import type { Target } from "../../model/changes";
 import { patternOf, type Pattern, type Reason } from "../../model/matching";
@@ -7,16 +7,23 @@ import { clip, clock, count, duration, instant, readClock } from "../../model/ti
 import { CategoryMark, Icon } from "../../ui/icons";
 import { Foreign } from "../../ui/parts";
 import { fieldLabel } from "../rules/labels";
-import type { Range } from "./timeline";
+import type { Range } from "./drawing";
 
 interface Props {
   day: Day;
+  /** The selected blocks, or those that the range touches. */
   blocks: readonly Block[];
+  /** Their activity, within the range. */
+  time: Seconds;
   range: Range | null;
   projects: readonly Project[];
   why: Reason | null;
   onAssign: (target: Target) => void;
   onRange: (range: Range) => void;
+  /** How many listed blocks the range touches. */
+  whole: number;
+  /** These blocks instead of the range: they teach rules, a range does not. */
+  onWhole: () => void;
   onRule: (pattern: Pattern) => void;
   onEditRule: (rule: RuleRow) => void;
   onClose: () => void;
@@ -26,11 +33,14 @@ interface Props {
 export function AssignBar({
   day,
   blocks,
+  time,
   range,
   projects,
   why,
   onAssign,
   onRange,
+  whole,
+  onWhole,
   onRule,
   onEditRule,
   onClose,
@@ -49,10 +59,9 @@ export function AssignBar({
     setProjectId(same ? first.pid : null);
   }, [what]);
 
-  const total = range ? range.end - range.start : blocks.reduce((sum, block) => sum + block.duration, 0);
   const one = !range && blocks.length === 1 ? blocks[0] : undefined;
   const toAutomatic = category === null && projectId === null;
-  const isAutomatic = !range && blocks.every((block) => !block.manual);
+  const isAutomatic = blocks.every((block) => !block.manual);
   const open = projects.filter((project) => !project.archived || project.id === projectId);
 
   const chooseProject = (id: number | null) => {
@@ -64,7 +73,7 @@ export function AssignBar({
 
   return (
     <form
-      class="assign"
+      class={one || range ? "assign tall" : "assign"}
       aria-label="Assigner la sélection"
       onSubmit={(event) => {
         event.preventDefault();
@@ -78,16 +87,30 @@ export function AssignBar({
         {range ? (
           <RangeFields day={day} range={range} onRange={onRange} />
         ) : (
-          <b>{one ? clip(one.domain ?? one.app, 40) : count(blocks.length, "bloc")}</b>
+          <b>{one ? <Foreign text={one.domain ?? one.app} length={40} /> : count(blocks.length, "bloc")}</b>
         )}
-        <span class="quiet">{duration(total)}</span>
+        <span class="quiet">{time > 0 ? duration(time) : "aucune activité"}</span>
+        {whole > 0 && (
+          <button type="button" class="link" onClick={onWhole}>
+            {whole === 1 ? "Plutôt le bloc entier" : `Plutôt les ${count(whole, "bloc")} entiers`}
+          </button>
+        )}
         {one?.title && (
           <span class="assign-title">
             <Foreign text={one.title} />
           </span>
         )}
-        {one && why && <Why why={why} onEditRule={onEditRule} />}
+        {one && why && <Why block={one} why={why} onEditRule={onEditRule} />}
       </div>
+      <button
+        type="button"
+        class="button ghost square assign-close"
+        aria-label="Ne rien sélectionner"
+        title="Échap"
+        onClick={onClose}
+      >
+        <Icon name="close" />
+      </button>
       <div class="assign-how">
         <fieldset class="segmented">
           <legend class="sr-only">Catégorie</legend>
@@ -130,7 +153,7 @@ export function AssignBar({
             </option>
           ))}
         </select>
-        <button type="submit" class="button primary" disabled={toAutomatic && isAutomatic}>
+        <button type="submit" class="button primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
           {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
         </button>
         {one && (
@@ -138,28 +161,39 @@ export function AssignBar({
             Créer une règle…
           </button>
         )}
-        <button
-          type="button"
-          class="button ghost square"
-          aria-label="Ne rien sélectionner"
-          title="Échap"
-          onClick={onClose}
-        >
-          <Icon name="close" />
-        </button>
       </div>
     </form>
   );
 }
 
-function Why({ why, onEditRule }: { why: Reason; onEditRule: (rule: RuleRow) => void }) {
+interface WhyProps {
+  block: Block;
+  why: Reason;
+  onEditRule: (rule: RuleRow) => void;
+}
+
+function Why({ block, why, onEditRule }: WhyProps) {
   if (why.kind === "manual") return <span class="quiet">assigné à la main</span>;
-  if (why.kind === "keyword") return <span class="quiet">par le mot-clé « {clip(why.keyword, 30)} »</span>;
-  if (why.kind === "none") return <span class="quiet">aucune règle visible</span>;
+  if (why.kind === "keyword")
+    return (
+      <span class="quiet">
+        {"par le mot-clé «\u00a0"}
+        <Foreign text={why.keyword} length={30} />
+        {"\u00a0»"}
+      </span>
+    );
+  if (why.kind === "none") {
+    const free = block.cat === "nonclasse" && block.pid === null;
+    return (
+      <span class="quiet">{free ? "aucune règle" : "par une règle sur l’adresse ou un autre titre"}</span>
+    );
+  }
   const { rule } = why;
   return (
     <button type="button" class="link" onClick={() => onEditRule(rule)}>
-      par la règle : {fieldLabel(rule.field).toLowerCase()} contient « {clip(rule.pattern, 30)} »
+      {`par la règle\u00a0: ${fieldLabel(rule.field).toLowerCase()} contient «\u00a0`}
+      <Foreign text={rule.pattern} length={30} />
+      {"\u00a0»"}
     </button>
   );
 }

@@ -180,7 +180,7 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
       <span class="block-manual" title={block.manual ? "Assigné à la main" : undefined}>
         {block.manual && (
           <>
-            <Icon name="hand" />
+            <Icon name="person" />
             <span class="sr-only">Assigné à la main</span>
           </>
         )}

@@ -1,8 +1,8 @@
 import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { PeriodProps } from "../../app";
-import type { Block, RuleRow, Status } from "../../bridge/routes";
+import type { Block, RuleRow, Status, UnixTime } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
-import { assignable } from "../../model/categories";
+import { activeTime, assignable } from "../../model/categories";
 import { assignBlocks, assignRange, type Target } from "../../model/changes";
 import {
   everything,
@@ -15,6 +15,7 @@ import {
 import { type Pattern, reason } from "../../model/matching";
 import { nothing, selectedBlocks, type Selection } from "../../model/selection";
 import { addDays, capitalize, clock, count, duration, longDay } from "../../model/time";
+import { activity } from "../../model/timeline";
 import { Empty, Failure, projectRows, ShareList } from "../../ui/parts";
 import { openCalendar, PeriodBar } from "../../ui/period";
 import { useShortcuts } from "../../ui/shortcuts";
@@ -23,11 +24,16 @@ import { learnedText } from "../rules/learned_text";
 import { RuleEditor, type RuleDraft } from "../rules/rule_editor";
 import { AssignBar } from "./assign_bar";
 import { BlockList, reveal } from "./block_list";
+import type { Range } from "./drawing";
 import { ListTools } from "./list_tools";
 import { Summary } from "./summary";
-import { type Range, Timeline } from "./timeline";
+import { Timeline } from "./timeline";
 
 const noBlocks: Block[] = [];
+
+function within(blocks: readonly Block[], start: UnixTime, end: UnixTime): Block[] {
+  return blocks.filter((block) => !block.idle && block.end > start && block.start < end);
+}
 
 export function DayView({ day, today, onDay, status }: PeriodProps & { status: Status | undefined }) {
   const client = useClient();
@@ -46,6 +52,11 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const blocks = report?.blocks ?? noBlocks;
   const listed = useMemo(() => filterBlocks(blocks, filter), [blocks, filter]);
   const selected = useMemo(() => selectedBlocks(selection, blocks), [selection, blocks]);
+  const [touched, time] = useMemo(() => {
+    if (!range) return [selected, selected.reduce((sum, block) => sum + block.duration, 0)] as const;
+    const { start, end } = range;
+    return [within(blocks, start, end), activeTime(activity(report?.segments ?? [], start, end))] as const;
+  }, [range, selected, blocks, report]);
 
   const clear = () => {
     setSelection((old) => ({ ...nothing, active: old.active }));
@@ -61,14 +72,33 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     setSelection(nothing);
     setRange(next);
   };
-  // A stretch of the timeline stands for the blocks that begin in it.
-  const pickBlocks = (start: number, end: number) => {
-    const inside = listed.filter((block) => !block.idle && block.end > start && block.start < end);
+  // A stretch of the timeline stands for the listed blocks in it, and an extension for all that lie
+  // between it and what is selected.
+  const pickBlocks = (start: number, end: number, extend: boolean) => {
+    const known = extend ? selected : [];
+    const from = Math.min(start, ...known.map((block) => block.start));
+    const to = Math.max(end, ...known.map((block) => block.end));
+    const inside = within(listed, from, to);
     const first = inside[0]?.ids[0] ?? null;
     setRange(null);
     setSelection({ ids: new Set(inside.flatMap((block) => block.ids)), active: first, anchor: first });
     const at = inside[0] ? listed.indexOf(inside[0]) : -1;
     if (at >= 0) reveal(list.current?.querySelector<HTMLElement>(".blocks") ?? null, at);
+  };
+
+  // To the bar, and back to where one came from.
+  const origin = useRef<HTMLElement | null>(null);
+  const enterBar = () => {
+    origin.current = document.activeElement instanceof HTMLElement ? document.activeElement : null;
+    document.querySelector<HTMLElement>(".assign .clock, .assign input:checked")?.focus();
+  };
+  const leaveBar = () => {
+    if (document.activeElement?.closest(".assign")) {
+      const blocks = list.current?.querySelector<HTMLElement>(".blocks");
+      (origin.current?.isConnected ? origin.current : blocks)?.focus({ preventScroll: true });
+    }
+    origin.current = null;
+    clear();
   };
 
   const assign = (target: Target) =>
@@ -77,30 +107,23 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
         ? await assignRange(client, range.start, range.end, blocks, target)
         : await assignBlocks(client, selected, target);
       const what = range ? `${clock(range.start)} – ${clock(range.end)}` : count(selected.length, "bloc");
-      const time = duration(
-        range ? range.end - range.start : selected.reduce((sum, block) => sum + block.duration, 0),
-      );
       const automatic = target.category === null && target.projectId === null;
       notify({
-        text: automatic ? `De nouveau automatique : ${what} (${time}).` : `Assigné : ${what} (${time}).`,
+        text: `${automatic ? "De nouveau automatique" : "Assigné"} : ${what} (${duration(time)}).`,
         details: change.learned.map(learnedText),
         undo: change.undo,
       });
-      if (document.activeElement?.closest(".assign")) {
-        list.current?.querySelector<HTMLElement>(".blocks")?.focus({ preventScroll: true });
-      }
-      clear();
+      leaveBar();
     });
   // One key gives a category and leaves the project that was given by hand.
   const quick = (category: string | null) => {
-    if (!range && selected.length === 0) return false;
-    const [first] = selected;
+    if (time === 0) return false;
+    const [first] = touched;
     const keep =
-      category !== null && first && selected.every((block) => block.manual && block.pid === first.pid);
+      category !== null && first && touched.every((block) => block.manual && block.pid === first.pid);
     void assign({ category, projectId: keep ? first.pid : null });
     return true;
   };
-  const focusBar = () => document.querySelector<HTMLElement>(".assign input:checked, .assign input")?.focus();
 
   useShortcuts({
     ...Object.fromEntries(assignable.map((cat, index) => [String(index + 1), () => quick(cat)])),
@@ -134,7 +157,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
       />
       {error && <Failure text={error} retry={reload} />}
       {report && totals && blocks.length === 0 && report.segments.length === 0 && totals.active === 0 && (
-        <EmptyDay isToday={isToday} paused={status?.paused ?? false} onToday={() => onDay(today)} />
+        <EmptyDay
+          isToday={isToday}
+          paused={status?.paused ?? false}
+          onToday={() => onDay(today)}
+          onYesterday={() => onDay(addDays(today, -1))}
+        />
       )}
       {report && totals && (blocks.length > 0 || totals.active > 0) && (
         <div class={report.date === day ? "" : "stale"}>
@@ -146,6 +174,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
             range={range}
             onRange={pickRange}
             onPick={pickBlocks}
+            onOpen={() => requestAnimationFrame(enterBar)}
           />
           <div class="day-columns">
             <div class="breakdown">
@@ -188,7 +217,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               <ListTools
                 filter={filter}
                 projects={projects}
-                count={listed.length}
+                blocks={listed}
                 onChange={change}
                 onReset={() => setFilter(everything)}
               />
@@ -215,7 +244,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
                     setRange(null);
                     setSelection(next);
                   }}
-                  onOpen={focusBar}
+                  onOpen={enterBar}
                 />
               )}
             </section>
@@ -225,12 +254,15 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
       {(range || selected.length > 0) && (
         <AssignBar
           day={day}
-          blocks={selected}
+          blocks={touched}
+          time={time}
           range={range}
           projects={projects}
           why={why}
           onAssign={(target) => void assign(target)}
           onRange={setRange}
+          whole={range ? within(listed, range.start, range.end).length : 0}
+          onWhole={() => range && pickBlocks(range.start, range.end, false)}
           onRule={(pattern: Pattern) =>
             setDraft({ ...pattern, category: one?.cat ?? null, projectId: one?.pid ?? null })
           }
@@ -243,7 +275,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               replaces: rule,
             })
           }
-          onClose={clear}
+          onClose={leaveBar}
         />
       )}
       {draft && <RuleEditor draft={draft} today={today} onClose={() => setDraft(null)} />}
@@ -251,7 +283,14 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   );
 }
 
-function EmptyDay({ isToday, paused, onToday }: { isToday: boolean; paused: boolean; onToday: () => void }) {
+interface EmptyProps {
+  isToday: boolean;
+  paused: boolean;
+  onToday: () => void;
+  onYesterday: () => void;
+}
+
+function EmptyDay({ isToday, paused, onToday, onYesterday }: EmptyProps) {
   const client = useClient();
   const attempt = useAttempt();
   if (isToday && paused) {
@@ -272,6 +311,9 @@ function EmptyDay({ isToday, paused, onToday }: { isToday: boolean; paused: bool
     return (
       <Empty title="La journée commence.">
         <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
+        <button type="button" class="button" onClick={onYesterday}>
+          Voir hier
+        </button>
       </Empty>
     );
   }

@@ -1,18 +1,25 @@
 // What the timeline draws of a day, whoever points at it: hours, bars, time away, projects.
 import { useMemo } from "preact/hooks";
-import type { DayReport, UnixTime } from "../../bridge/routes";
+import type { Block, DayReport, UnixTime } from "../../bridge/routes";
 import { categories, categoryClass } from "../../model/categories";
 import { bars, path, ticks, type View } from "../../model/timeline";
 import { clock } from "../../model/time";
 import { projectColor } from "../../ui/icons";
 
+export interface Range {
+  start: UnixTime;
+  end: UnixTime;
+}
+
 // Pixels from the top: the hours, the lanes, the projects.
 const laneHeight = 16;
 const laneGap = 5;
-const strip = 5;
+const strip = 7;
 export const axis = 20;
-export const lanesBottom = axis + categories.length * (laneHeight + laneGap);
-export const height = lanesBottom + strip + 4;
+const lanesBottom = axis + categories.length * (laneHeight + laneGap);
+// Centred where one lane more would be.
+const stripTop = lanesBottom + (laneHeight - strip) / 2;
+export const height = stripTop + strip + 4;
 
 export function Ticks({ view, day, width }: { view: View; day: View; width: number }) {
   const scale = width / (view.to - view.from);
@@ -20,11 +27,10 @@ export function Ticks({ view, day, width }: { view: View; day: View; width: numb
     <g class="ticks">
       {ticks(view, day, width).map((time) => {
         const at = (time - view.from) * scale;
-        const anchor = at < 20 ? "start" : at > width - 20 ? "end" : "middle";
         return (
           <g key={time}>
             <line x1={at} x2={at} y1={axis - 6} y2={height} />
-            <text x={at} y={10} text-anchor={anchor}>
+            <text x={at} y={10} text-anchor="middle">
               {clock(time)}
             </text>
           </g>
@@ -67,6 +73,7 @@ export function Bars({ report, view, width }: { report: DayReport; view: View; w
             patternUnits="userSpaceOnUse"
             patternTransform="rotate(45)"
           >
+            <rect class="hatch-ground" width="6" height="6" />
             <line class="hatch-line" x1="0" x2="0" y1="0" y2="6" />
           </pattern>
         </defs>
@@ -98,11 +105,67 @@ export function Bars({ report, view, width }: { report: DayReport; view: View; w
         {strips.map(({ project, rects }) => (
           <path
             key={project.id}
-            d={path(rects, lanesBottom, strip)}
+            d={path(rects, stripTop, strip)}
             style={{ fill: projectColor(project.color) }}
           />
         ))}
       </g>
     );
   }, [report, view.from, view.to, width]);
+}
+
+interface MarksProps {
+  view: View;
+  width: number;
+  selected: readonly Block[];
+  hovered: Range | undefined;
+  cursor: Range | undefined;
+  range: Range | null;
+}
+
+/** What is pointed at and selected, cut off where the plot ends. */
+export function Marks({ view, width, selected, hovered, cursor, range }: MarksProps) {
+  const scale = width / (view.to - view.from);
+  const x = (time: UnixTime) => (time - view.from) * scale;
+  const frame = (name: string, stretch: Range | undefined) =>
+    stretch && (
+      <rect
+        class={name}
+        x={x(stretch.start) - 1}
+        y={axis - 1}
+        width={(stretch.end - stretch.start) * scale + 2}
+        height={lanesBottom - axis}
+        rx="3"
+      />
+    );
+  return (
+    <svg class="marks" width={width} height={height}>
+      {selected.length > 0 && (
+        <path
+          class="selected"
+          d={path(
+            selected
+              .filter((block) => block.end > view.from && block.start < view.to)
+              .map((block) => ({
+                x: x(block.start),
+                width: Math.max((block.end - block.start) * scale, 2),
+              })),
+            axis - 4,
+            3,
+          )}
+        />
+      )}
+      {frame("hovered", hovered)}
+      {frame("cursor", cursor)}
+      {range && (
+        <rect
+          class="range"
+          x={x(range.start)}
+          y={axis - 6}
+          width={Math.max((range.end - range.start) * scale, 1)}
+          height={height - axis + 6}
+        />
+      )}
+    </svg>
+  );
 }

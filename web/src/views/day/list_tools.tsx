@@ -1,19 +1,21 @@
-import type { Project } from "../../bridge/routes";
+import type { Block, Project } from "../../bridge/routes";
 import { categoryLabel } from "../../model/categories";
 import { type Filter, isFiltering } from "../../model/filter";
-import { clip, count } from "../../model/time";
+import { clip, count, duration } from "../../model/time";
 import { Icon } from "../../ui/icons";
 
 interface Props {
   filter: Filter;
   projects: readonly Project[];
-  count: number;
+  /** Those that are listed. */
+  blocks: readonly Block[];
   onChange: (part: Partial<Filter>) => void;
   onReset: () => void;
 }
 
 /** Search, and what the list is narrowed to. */
-export function ListTools({ filter, projects, count: blocks, onChange, onReset }: Props) {
+export function ListTools({ filter, projects, blocks, onChange, onReset }: Props) {
+  const active = blocks.filter(({ idle }) => !idle);
   const project = projects.find(({ id }) => id === filter.project);
   const narrowed: [string | null | undefined, Partial<Filter>][] = [
     [filter.cat && categoryLabel(filter.cat), { cat: null }],
@@ -23,8 +25,9 @@ export function ListTools({ filter, projects, count: blocks, onChange, onReset }
   ];
   return (
     <div class="list-tools">
-      <h2>
-        Blocs <span class="quiet">{count(blocks, "bloc")}</span>
+      <h2 title="Sans les passages plus brefs que le réglage « Bloc le plus court »">
+        {count(active.length, "bloc")}{" "}
+        <span class="quiet">{duration(active.reduce((sum, block) => sum + block.duration, 0))}</span>
       </h2>
       {narrowed.map(
         ([label, without]) =>

@@ -1,5 +1,6 @@
 import type { Project, Segment } from "../../bridge/routes";
-import { categoryLabel } from "../../model/categories";
+import { categories, categoryLabel } from "../../model/categories";
+import { activity } from "../../model/timeline";
 import { clock, count, duration } from "../../model/time";
 import { CategoryMark, ProjectDot } from "../../ui/icons";
 import { Foreign } from "../../ui/parts";
@@ -24,6 +25,7 @@ export function SegmentTip({ segment, projects, x, width, near }: Props) {
   const first = together ? near[0] : segment;
   const last = together ? near[near.length - 1] : segment;
   const total = near.reduce((sum, { start, end }) => sum + end - start, 0);
+  const kinds = together ? activity(near, -Infinity, Infinity) : {};
   return (
     <div class="tip" style={{ left: `${left}px`, width: `${size}px` }} aria-hidden="true">
       <p>
@@ -33,7 +35,21 @@ export function SegmentTip({ segment, projects, x, width, near }: Props) {
         <span>{duration(together ? total : segment.end - segment.start)}</span>
       </p>
       {together ? (
-        <p>{count(near.length, "passage bref", "passages brefs")}</p>
+        <>
+          <p class="quiet">{count(near.length, "passage bref", "passages brefs")}</p>
+          {categories.map(
+            (cat) =>
+              kinds[cat] !== undefined && (
+                <p key={cat}>
+                  <span class="category">
+                    <CategoryMark cat={cat} />
+                    {categoryLabel(cat)}
+                  </span>
+                  <span>{duration(kinds[cat])}</span>
+                </p>
+              ),
+          )}
+        </>
       ) : (
         <>
           <p>

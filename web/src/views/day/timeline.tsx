@@ -1,17 +1,13 @@
 import { useEffect, useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
 import { categories, categoryLabel } from "../../model/categories";
-import { clamp, fit, path, segmentAt, type View, zoom } from "../../model/timeline";
+import { clamp, fit, hours, segmentAt, type View, zoom } from "../../model/timeline";
 import { clock, duration, longDay } from "../../model/time";
+import { CategoryTable } from "../../ui/category_table";
 import { CategoryMark, Icon } from "../../ui/icons";
 import { useShortcuts } from "../../ui/shortcuts";
-import { axis, Bars, height, lanesBottom, Ticks } from "./drawing";
+import { axis, Bars, height, Marks, type Range, Ticks } from "./drawing";
 import { SegmentTip } from "./segment_tip";
-
-export interface Range {
-  start: UnixTime;
-  end: UnixTime;
-}
 
 interface Props {
   report: DayReport;
@@ -19,13 +15,20 @@ interface Props {
   selected: readonly Block[];
   range: Range | null;
   onRange: (range: Range | null) => void;
-  onPick: (start: UnixTime, end: UnixTime) => void;
+  /** A stretch was clicked on; `extend` when it joins what is selected. */
+  onPick: (start: UnixTime, end: UnixTime, extend: boolean) => void;
+  /** On to the choice of category and project, for what was picked just now. */
+  onOpen: () => void;
 }
 
 /** The day from left to right, one lane a category; projects as a thin strip beneath. */
-export function Timeline({ report, now, selected, range, onRange, onPick }: Props) {
+export function Timeline({ report, now, selected, range, onRange, onPick, onOpen }: Props) {
   const { segments } = report;
   const day: View = useMemo(() => ({ from: report.start, to: report.end }), [report.start, report.end]);
+  const hourly = useMemo(
+    () => hours(segments, day).map(({ from, parts }) => ({ name: clock(from), parts })),
+    [segments, day],
+  );
   const [chosenView, setChosenView] = useState<View | null>(null);
   const view = chosenView ? clamp(chosenView, day) : fit(day, report.first, report.last);
   const [cursor, setCursor] = useState<number | null>(null);
@@ -42,8 +45,11 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     setHover(null);
   }, [report.date]);
 
-  const zoomBy = (factor: number, around = (view.from + view.to) / 2) =>
-    setChosenView(zoom(view, factor, around, day));
+  // Around the pointer, or else what is at hand.
+  const zoomBy = (factor: number, around?: UnixTime) => {
+    const { start, end } = range ?? segments[cursor ?? -1] ?? { start: view.from, end: view.to };
+    setChosenView(zoom(view, factor, around ?? (start + end) / 2, day));
+  };
   useShortcuts({
     "+": () => zoomBy(0.6),
     "=": () => zoomBy(0.6),
@@ -65,32 +71,35 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     return Math.round(time / 60) * 60;
   };
 
-  const drag = useRef<{ from: UnixTime; x: number } | null>(null);
+  // What is dragged is known at once, not with the next drawing: the button may come up before that.
+  const drag = useRef<{ from: UnixTime; x: number; range: Range | null } | null>(null);
   const onPointerDown = (event: PointerEvent) => {
     if (event.button !== 0) return;
-    drag.current = { from: timeAt(event), x: event.clientX };
+    drag.current = { from: timeAt(event), x: event.clientX, range: null };
     plot.current?.setPointerCapture(event.pointerId);
   };
   const onPointerMove = (event: PointerEvent) => {
     const time = timeAt(event);
     setHover(time);
-    const from = drag.current;
-    if (!from || (!dragged && Math.abs(event.clientX - from.x) < 4)) return;
-    const [a, b] = [snapped(from.from), snapped(time)];
-    setDragged({ start: Math.min(a, b), end: Math.max(a, b) });
+    const held = drag.current;
+    if (!held || (!held.range && Math.abs(event.clientX - held.x) < 4)) return;
+    const [a, b] = [snapped(held.from), snapped(time)];
+    held.range = { start: Math.min(a, b), end: Math.max(a, b) };
+    setDragged(held.range);
   };
   const onPointerUp = (event: PointerEvent) => {
     if (!drag.current) return;
+    const { range: held } = drag.current;
     drag.current = null;
-    if (dragged) {
+    if (held) {
       setDragged(null);
-      onRange(dragged.end > dragged.start ? dragged : null);
+      onRange(held.end > held.start ? held : null);
       return;
     }
     const index = segmentAt(segments, timeAt(event), 4 * perPixel);
     const segment = segments[index];
     setCursor(segment ? index : null);
-    if (segment) onPick(segment.start, segment.end);
+    if (segment) onPick(segment.start, segment.end, event.shiftKey);
     else onRange(null);
   };
 
@@ -138,7 +147,8 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
     if (target !== undefined) reach(target, event.shiftKey);
     else if (event.key === "Enter" || event.key === " ") {
       const segment = segments[at];
-      if (segment) onPick(segment.start, segment.end);
+      if (segment && !range) onPick(segment.start, segment.end, event.shiftKey);
+      if ((segment || range) && event.key === "Enter") onOpen();
     } else return;
     event.preventDefault();
   };
@@ -187,40 +197,14 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
         <svg width={width} height={height} aria-hidden="true">
           <Ticks view={view} day={day} width={width} />
           <Bars report={report} view={view} width={width} />
-          {selected.length > 0 && (
-            <path
-              class="selected"
-              d={path(
-                selected
-                  .filter((block) => block.end > view.from && block.start < view.to)
-                  .map((block) => ({
-                    x: x(block.start),
-                    width: Math.max((block.end - block.start) / perPixel, 2),
-                  })),
-                axis - 4,
-                3,
-              )}
-            />
-          )}
-          {current && (focused || !tip) && (
-            <rect
-              class="cursor"
-              x={x(current.start) - 1}
-              y={axis - 1}
-              width={(current.end - current.start) / perPixel + 2}
-              height={lanesBottom - axis}
-              rx="3"
-            />
-          )}
-          {shown && (
-            <rect
-              class="range"
-              x={x(shown.start)}
-              y={axis - 6}
-              width={Math.max(x(shown.end) - x(shown.start), 1)}
-              height={height - axis + 6}
-            />
-          )}
+          <Marks
+            view={view}
+            width={width}
+            selected={selected}
+            hovered={segments[under]}
+            cursor={focused || !tip ? current : undefined}
+            range={shown}
+          />
           {now !== null && now >= view.from && now <= view.to && (
             <g class="now-marker">
               <line x1={x(now)} x2={x(now)} y1={axis - 6} y2={height} />
@@ -228,7 +212,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
             </g>
           )}
         </svg>
-        {shown && (
+        {shown && shown.end > view.from && shown.start < view.to && (
           <span
             class="range-label"
             style={{ left: `${Math.min(Math.max(x(shown.start), 0), width - 150)}px` }}
@@ -246,6 +230,7 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
           />
         )}
       </div>
+      <CategoryTable caption="Activité heure par heure" head="Heure" rows={hourly} />
       <div class="zoom">
         <button
           type="button"
@@ -281,11 +266,8 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
           type="button"
           class="button ghost small"
           onClick={() => {
-            const middle = current ?? {
-              start: Math.round(((view.from + view.to) / 2 - 1800) / 60) * 60,
-              end: 0,
-            };
-            onRange({ start: middle.start, end: middle.end || middle.start + 3600 });
+            onRange(current ?? lastHour(report, view));
+            onOpen();
           }}
         >
           Plage…
@@ -293,6 +275,13 @@ export function Timeline({ report, now, selected, range, onRange, onPick }: Prop
       </div>
     </section>
   );
+}
+
+// A range to start from: the last hour of activity that is in sight.
+function lastHour(report: DayReport, view: View): Range {
+  const last = Math.min(report.last ?? view.to, view.to);
+  const end = Math.max(Math.ceil(last / 60) * 60, report.start + 3600);
+  return { start: end - 3600, end };
 }
 
 function describe(

@@ -1,7 +1,7 @@
 import { useState } from "preact/hooks";
-import type { ProjectRow } from "../../bridge/routes";
+import type { ProjectRow, Seconds } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
-import { clip, duration } from "../../model/time";
+import { clip, duration, isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { CategoryName, Icon, ProjectDot } from "../../ui/icons";
 import { Empty, Failure, Foreign } from "../../ui/parts";
@@ -9,6 +9,10 @@ import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useNotice } from "../../ui/toast";
 import { ProjectEditor } from "./project_editor";
 import { Suggestions } from "./suggestions";
+
+function Time({ seconds }: { seconds: Seconds }) {
+  return seconds > 0 ? <>{duration(seconds)}</> : <span class="quiet">–</span>;
+}
 
 export function ProjectsView() {
   const client = useClient();
@@ -36,8 +40,8 @@ export function ProjectsView() {
       await put(archived);
       notify({
         text: archived
-          ? `« ${clip(project.name, 60)} » est archivé.`
-          : `« ${clip(project.name, 60)} » est de nouveau actif.`,
+          ? `« ${isolated(project.name, 60)} » est archivé.`
+          : `« ${isolated(project.name, 60)} » est de nouveau actif.`,
         undo: async () => {
           await put(archived ? 0 : 1);
         },
@@ -101,11 +105,11 @@ export function ProjectsView() {
                     <CategoryName cat={project.category ?? "travail"} />
                     <span class="number">
                       <span class="sr-only">Cette semaine </span>
-                      {duration(time(project.id, "current"))}
+                      <Time seconds={time(project.id, "current")} />
                     </span>
                     <span class="number quiet">
                       <span class="sr-only">la précédente </span>
-                      {duration(time(project.id, "previous"))}
+                      <Time seconds={time(project.id, "previous")} />
                     </span>
                     <span class="row-actions">
                       <button
@@ -151,13 +155,13 @@ export function ProjectsView() {
       )}
       {deleting && (
         <Confirm
-          title={`Supprimer « ${clip(deleting.name, 60)} » ?`}
+          title={`Supprimer « ${isolated(deleting.name, 60)} » ?`}
           action="Supprimer"
           danger
           onClose={() => setDeleting(null)}
           onConfirm={async () => {
             await client.call("projects.delete", { id: deleting.id });
-            notify({ text: `« ${clip(deleting.name, 60)} » est supprimé.` });
+            notify({ text: `« ${isolated(deleting.name, 60)} » est supprimé.` });
           }}
         >
           <p>

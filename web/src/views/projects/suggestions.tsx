@@ -2,7 +2,7 @@ import { useState } from "preact/hooks";
 import type { Suggestion } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { load, save } from "../../model/stored";
-import { clip, duration } from "../../model/time";
+import { clip, duration, isolated } from "../../model/time";
 import { ProjectDot } from "../../ui/icons";
 import { Foreign } from "../../ui/parts";
 import { useAttempt, useNotice } from "../../ui/toast";
@@ -36,8 +36,8 @@ export function Suggestions() {
       const category = old?.category ?? null;
       const rule = await client.call("rules.save", { field, pattern, category, project_id });
       notify({
-        text: `${clip(pattern, 60)} va désormais à ${clip(project, 60)}.`,
-        details: [`Règle créée : ${fieldLabel(field).toLowerCase()} contient « ${clip(pattern, 60)} ».`],
+        text: `${isolated(pattern, 60)} va désormais à ${isolated(project, 60)}.`,
+        details: [`Règle créée : ${fieldLabel(field).toLowerCase()} contient « ${isolated(pattern, 60)} ».`],
         undo: async () => {
           if (old) await client.call("rules.save", { field, pattern, category, project_id: old.project_id });
           else await client.call("rules.delete", { id: rule.id });
@@ -65,7 +65,6 @@ export function Suggestions() {
               <ProjectDot color={suggestion.color} />
               <Foreign text={suggestion.project} length={60} />
             </span>
-            <span class="spacer" />
             <button
               type="button"
               class="button small"
@@ -76,7 +75,7 @@ export function Suggestions() {
             </button>
             <button
               type="button"
-              class="button primary small"
+              class="button soft small"
               onClick={() => void accept(suggestion)}
               aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
             >

@@ -3,7 +3,7 @@ import type { RuleField } from "../../bridge/routes";
 export const fields: readonly RuleField[] = ["domain", "app", "title", "url"];
 
 const labels: Record<RuleField, string> = {
-  domain: "Domaine",
+  domain: "Site",
   app: "Application",
   title: "Titre",
   url: "Adresse",

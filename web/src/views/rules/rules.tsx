@@ -3,7 +3,7 @@ import type { Day, RuleRow } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { learnedRules } from "../../model/learned";
 import { filterRules, type RuleFilter, type Source, sourceOf } from "../../model/rules";
-import { clip, count } from "../../model/time";
+import { clip, count, isolated } from "../../model/time";
 import { CategoryName, Icon, ProjectDot } from "../../ui/icons";
 import { Confirm } from "../../ui/dialog";
 import { Empty, Failure, Foreign } from "../../ui/parts";
@@ -51,13 +51,13 @@ export function RulesView({ today }: { today: Day }) {
       learnedRules.remove([rule.id]);
       if (source === "builtin") {
         notify({
-          text: `Règle intégrée supprimée : ${clip(rule.pattern, 60)}.`,
+          text: `Règle intégrée supprimée : ${isolated(rule.pattern, 60)}.`,
           details: ["« Rétablir les règles intégrées » la ramène."],
         });
         return;
       }
       notify({
-        text: `Règle supprimée : ${clip(rule.pattern, 60)}.`,
+        text: `Règle supprimée : ${isolated(rule.pattern, 60)}.`,
         undo: async () => {
           const { field, pattern, category, project_id } = rule;
           const { id } = await client.call("rules.save", { field, pattern, category, project_id });
@@ -98,7 +98,7 @@ export function RulesView({ today }: { today: Day }) {
             id="rule-search"
             class="input"
             type="search"
-            placeholder="Chercher un texte, une catégorie, un projet"
+            placeholder="Texte, catégorie ou projet"
             aria-label="Chercher une règle"
             title="Chercher (/)"
             value={filter.text}

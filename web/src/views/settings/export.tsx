@@ -36,6 +36,7 @@ export function Export({ today }: { today: Day }) {
   };
   return (
     <Row
+      wide
       label="Exporter"
       help="Un fichier CSV, une ligne par activité, que tout tableur ouvre. Les deux jours sont compris."
     >

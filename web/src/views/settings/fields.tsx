@@ -22,12 +22,14 @@ interface RowProps {
   label: ComponentChildren;
   help?: ComponentChildren;
   htmlFor?: string;
+  /** Whose controls need more than half of the row. */
+  wide?: boolean;
   children: ComponentChildren;
 }
 
-export function Row({ label, help, htmlFor, children }: RowProps) {
+export function Row({ label, help, htmlFor, wide, children }: RowProps) {
   return (
-    <div class="settings-row">
+    <div class={wide ? "settings-row wide" : "settings-row"}>
       <div class="settings-label">
         {htmlFor ? <label for={htmlFor}>{label}</label> : <span>{label}</span>}
         {help && <small id={htmlFor && `${htmlFor}-help`}>{help}</small>}

@@ -40,7 +40,7 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
         on={status?.telemetry ?? false}
         onChange={(enabled) => void attempt(() => client.call("telemetry.set", { enabled }))}
       />
-      <Row label="Exactement ce qui est envoyé">
+      <Row wide label="Exactement ce qui est envoyé">
         <details class="sent">
           <summary>Voir les champs</summary>
           <dl>
@@ -67,6 +67,9 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
         label="Mise à jour"
         help={`Version installée : ${status?.version ?? "–"}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
       >
+        <span class="quiet" role="status">
+          {checked && !update && "Pas de version plus récente trouvée."}
+        </span>
         {update ? (
           <button
             type="button"
@@ -89,9 +92,6 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
             {waiting ? "Vérification…" : "Vérifier maintenant"}
           </button>
         )}
-        <span class="quiet" role="status">
-          {checked && !update && "Pas de version plus récente trouvée."}
-        </span>
       </Row>
     </>
   );
