@@ -58,11 +58,20 @@ class Browser:
         known = self.desktop.root_windows("_NET_CLIENT_LIST")
         self.process = self.desktop.spawn(*self.command(), *urls)
         return wait_for(lambda: [window for window in self.desktop.root_windows("_NET_CLIENT_LIST")
-                                 if window not in known], 30, f"{self.name} has a window")[0]
+                                 if window not in known], 60, f"{self.name} has a window")[0]
 
     def stop(self):
+        mine = self.windows()
         self.process.terminate()
         self.process.wait(timeout=20)
+        # The next to start may be given the same window identifiers.
+        wait_for(lambda: not mine & set(self.desktop.root_windows("_NET_CLIENT_LIST")), 10,
+                 "its windows are gone")
+
+    def windows(self):
+        pid = str(self.process.pid).encode()
+        return {window for window in self.desktop.root_windows("_NET_CLIENT_LIST")
+                if self.desktop.run("xdotool", "getwindowpid", str(window)).stdout.strip() == pid}
 
     def keys(self, *keys):
         self.desktop.run("timeout", "5", "xdotool", "key", *keys)

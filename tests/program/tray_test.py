@@ -245,7 +245,8 @@ class TrayTest(unittest.TestCase):
 
         self.add_project("Nouveau")
         self.host.wait_for(lambda: "Nouveau" in self.projects(), REFRESH, "the new project")
-        self.assertIn("LayoutUpdated", {member for member, _ in self.host.signals})
+        self.host.wait_for(lambda: "LayoutUpdated" in {member for member, _ in self.host.signals},
+                           5, "the panel is told")
         now = time.time()
         self.sql("INSERT INTO events(start, end, app) VALUES (?, ?, 'A')", now - 100, now)
         del self.host.signals[:]

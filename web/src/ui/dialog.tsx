@@ -95,3 +95,20 @@ export function FormError({ text }: { text: string }) {
     </p>
   );
 }
+
+/** What ends the form of an editor: what is wrong, and the two ways out. */
+export function EditorFoot({ error, onClose }: { error: string; onClose: () => void }) {
+  return (
+    <>
+      <FormError text={error} />
+      <footer class="dialog-foot">
+        <button type="button" class="button" onClick={onClose}>
+          Annuler
+        </button>
+        <button type="submit" class="button primary">
+          Enregistrer
+        </button>
+      </footer>
+    </>
+  );
+}

@@ -1,6 +1,7 @@
 import type { Day } from "../bridge/routes";
 import { Icon } from "./icons";
 import { DayButton } from "./calendar";
+import { addDays, mondayOf, weekName } from "../model/time";
 
 interface Props {
   title: string;
@@ -52,6 +53,29 @@ export function PeriodBar({ title, previous, next, back, day, today, isCurrent, 
         {back}
       </button>
     </div>
+  );
+}
+
+/** The bar of a view of the week that `day` is in. */
+export function WeekPeriodBar({
+  name,
+  day,
+  today,
+  onDay,
+}: { name: string } & Pick<Props, "day" | "today" | "onDay">) {
+  const monday = mondayOf(day);
+  return (
+    <PeriodBar
+      title={`${name} du ${weekName(monday)}`}
+      previous="Semaine précédente"
+      next="Semaine suivante"
+      back="Cette semaine"
+      day={day}
+      today={today}
+      isCurrent={monday === mondayOf(today)}
+      onStep={(direction) => onDay(addDays(day, 7 * direction))}
+      onDay={onDay}
+    />
   );
 }
 

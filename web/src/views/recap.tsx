@@ -3,10 +3,10 @@ import type { PeriodProps } from "../app";
 import type { RecapReport, WeekSummary } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { changes, type Compared, type Dimension } from "../model/recap";
-import { addDays, capitalize, dayInWeek, duration, durationChange, mondayOf, weekName } from "../model/time";
+import { capitalize, dayInWeek, duration, durationChange, mondayOf } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
 import { CategoryBar, CategoryLegend, Empty, Failure, Foreign } from "../ui/parts";
-import { openCalendar, PeriodBar } from "../ui/period";
+import { openCalendar, WeekPeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
 
 export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
@@ -18,17 +18,7 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
   const nothing = recap && recap.current.active === 0 && recap.previous.active === 0;
   return (
     <div class="view">
-      <PeriodBar
-        title={`Bilan du ${weekName(monday)}`}
-        previous="Semaine précédente"
-        next="Semaine suivante"
-        back="Cette semaine"
-        day={day}
-        today={today}
-        isCurrent={isCurrent}
-        onStep={(direction) => onDay(addDays(day, 7 * direction))}
-        onDay={onDay}
-      />
+      <WeekPeriodBar name="Bilan" day={day} today={today} onDay={onDay} />
       {error && <Failure text={error} retry={reload} />}
       {nothing && (
         <Empty title="Rien à comparer.">

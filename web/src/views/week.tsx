@@ -10,12 +10,11 @@ import {
   duration,
   mondayOf,
   plainDay,
-  weekName,
   weekdayShort,
 } from "../model/time";
 import { CategoryTable } from "../ui/category_table";
 import { CategoryBar, CategoryLegend, Empty, Failure, projectRows, ShareList } from "../ui/parts";
-import { openCalendar, PeriodBar } from "../ui/period";
+import { openCalendar, WeekPeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
 
 export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
@@ -28,17 +27,7 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
   const daysActive = week ? week.days.filter((one) => one.active > 0).length : 0;
   return (
     <div class="view">
-      <PeriodBar
-        title={`Semaine du ${weekName(monday)}`}
-        previous="Semaine précédente"
-        next="Semaine suivante"
-        back="Cette semaine"
-        day={day}
-        today={today}
-        isCurrent={isCurrent}
-        onStep={(direction) => onDay(addDays(day, 7 * direction))}
-        onDay={onDay}
-      />
+      <WeekPeriodBar name="Semaine" day={day} today={today} onDay={onDay} />
       {error && <Failure text={error} retry={reload} />}
       {week && active === 0 && (
         <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>

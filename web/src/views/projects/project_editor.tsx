@@ -2,7 +2,7 @@ import { useState } from "preact/hooks";
 import type { ProjectRow } from "../../bridge/routes";
 import { errorText, useClient } from "../../client";
 import { assignable, categoryLabel, isAssignable } from "../../model/categories";
-import { Dialog, FormError } from "../../ui/dialog";
+import { Dialog, EditorFoot } from "../../ui/dialog";
 
 /** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
 export const palette: [string, string][] = [
@@ -153,15 +153,7 @@ export function ProjectEditor({ project, others, onClose }: Props) {
             }}
           />
         </div>
-        <FormError text={error} />
-        <footer class="dialog-foot">
-          <button type="button" class="button" onClick={onClose}>
-            Annuler
-          </button>
-          <button type="submit" class="button primary">
-            Enregistrer
-          </button>
-        </footer>
+        <EditorFoot error={error} onClose={onClose} />
       </form>
     </Dialog>
   );

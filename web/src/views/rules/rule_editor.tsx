@@ -6,7 +6,7 @@ import { learnedRules } from "../../model/learned";
 import { preview } from "../../model/matching";
 import { changedBy } from "../../model/rules";
 import { addDays, clip, count, duration } from "../../model/time";
-import { Dialog, FormError } from "../../ui/dialog";
+import { Dialog, EditorFoot } from "../../ui/dialog";
 import { Foreign } from "../../ui/parts";
 import { fieldLabel, fields } from "./labels";
 
@@ -137,15 +137,7 @@ export function RuleEditor({ draft, today, onClose }: Props) {
           </div>
           <RulePreview field={field} pattern={pattern.trim()} category={category} today={today} />
         </div>
-        <FormError text={error} />
-        <footer class="dialog-foot">
-          <button type="button" class="button" onClick={onClose}>
-            Annuler
-          </button>
-          <button type="submit" class="button primary">
-            Enregistrer
-          </button>
-        </footer>
+        <EditorFoot error={error} onClose={onClose} />
       </form>
     </Dialog>
   );
