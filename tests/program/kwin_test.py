@@ -106,8 +106,9 @@ class KwinTest(Scenario, unittest.TestCase):
         self.desktop.open_windows()
         self.show_windows(watch)
         self.check_probes(watch, "kwin-script", "ext-idle-notify")
-        loaded = self.desktop.scripting("isScriptLoaded", "s", "fr.quellvane.orvanta.focus")
-        self.assertFalse(loaded, "nothing is left in KWin")
+        wait_for(lambda: not self.desktop.scripting("isScriptLoaded", "s",
+                                                    "fr.quellvane.orvanta.focus"),
+                 10, "nothing is left in KWin")
 
 
 if __name__ == "__main__":
