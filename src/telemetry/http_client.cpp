@@ -43,10 +43,10 @@ void finished(GObject* /*session*/, GAsyncResult* result, gpointer data) {
     return;
   }
   gsize size = 0;
-  const auto* data_ = static_cast<const char*>(g_bytes_get_data(body.get(), &size));
+  const auto* text = static_cast<const char*>(g_bytes_get_data(body.get(), &size));
   request->done(HttpClient::Answer{
       .status = static_cast<int>(soup_message_get_status(request->message.get())),
-      .body = size <= kMostBytes && data_ ? std::string(data_, size) : std::string()});
+      .body = size <= kMostBytes && text ? std::string(text, size) : std::string()});
 }
 
 }  // namespace
