@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <string>
 #include <vector>
 
 #include "export_memory.h"
@@ -58,7 +59,12 @@ void expectRatio(const std::string& name, const std::string& floor, double limit
 }  // namespace orvanta::bench
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
+  // The repetitions of all in turn: a slow moment of the machine falls on both sides of a ratio.
+  std::string inTurn = "--benchmark_enable_random_interleaving=true";
+  std::vector<char*> words(argv, argv + argc);
+  words.insert(words.begin() + 1, inTurn.data());
+  argc = static_cast<int>(words.size());
+  benchmark::Initialize(&argc, words.data());
   orvanta::bench::Fastest reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   fmt::print("\n");

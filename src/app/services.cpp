@@ -1,5 +1,7 @@
 #include "app/services.h"
 
+#include <malloc.h>
+
 #include <chrono>
 #include <utility>
 
@@ -33,7 +35,13 @@ Services::Services(DataLock held, const Hooks& hooks)
               .telemetry = telemetry,
               .loginItem = LoginItem::ofUser(),
               .platform = platformActions(hooks)}),
-      dashboard(ownProgram("orvanta-dashboard"), router, hooks.tell, systemLog),
+      dashboard(
+          ownProgram("orvanta-dashboard"), router, hooks.tell,
+          [this] {
+            db.releaseScanMemory();
+            malloc_trim(0);
+          },
+          systemLog),
       sessionClient(sessionBus, kApplicationId, [this, quit = hooks.quit] {
         browserTabs.giveUp();
         tracker.shutdown();  // before the session manager hears that we are ready

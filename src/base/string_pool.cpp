@@ -9,7 +9,7 @@
 namespace orvanta {
 
 StringPool::StringPool() {
-  constexpr std::size_t kUsual = 2048;  // a day's worth; growing costs more than the room
+  constexpr std::size_t kUsual = 4096;  // a week's worth; growing costs more than the room
   index_.reserve(kUsual);
 }
 

@@ -38,10 +38,12 @@ struct DashboardWindow::Process {
 };
 
 DashboardWindow::DashboardWindow(std::filesystem::path program, Router& router,
-                                 std::function<void(const std::string&)> tell, Log log)
+                                 std::function<void(const std::string&)> tell,
+                                 SerialQueue::Task ended, Log log)
     : program_(std::move(program)),
       router_(router),
       tell_(std::move(tell)),
+      ended_(std::move(ended)),
       log_(std::move(log)),
       work_(std::make_unique<SerialQueue>("orvanta.bridge")) {}
 
@@ -113,6 +115,7 @@ void DashboardWindow::lost() {
   patience_.disconnect();
   process_.reset();
   fileChosen({});
+  work_->post(ended_);
   if (wanted && reacted) show();
   if (wanted && !reacted) tellFailure();
 }

@@ -32,9 +32,10 @@ namespace orvanta {
 class DashboardWindow {
  public:
   /// `program` is the dashboard's file; `router` outlives the window.
-  /// `tell` shows the user a sentence.
+  /// `tell` shows the user a sentence. `ended` runs on the requests' queue when a dashboard has
+  /// ended, after the last of its requests.
   DashboardWindow(std::filesystem::path program, Router& router,
-                  std::function<void(const std::string&)> tell, Log log);
+                  std::function<void(const std::string&)> tell, SerialQueue::Task ended, Log log);
   ~DashboardWindow();
   DashboardWindow(const DashboardWindow&) = delete;
   DashboardWindow& operator=(const DashboardWindow&) = delete;
@@ -70,6 +71,7 @@ class DashboardWindow {
   const std::filesystem::path program_;
   Router& router_;
   const std::function<void(const std::string&)> tell_;
+  const SerialQueue::Task ended_;
   const Log log_;
   std::unique_ptr<Process> process_;  // null while no dashboard runs
   int generation_ = 0;                // counts the starts: an answer goes to the page that asked

@@ -1,6 +1,7 @@
 #include "classify/pattern_search.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "base/text.h"
 
@@ -60,9 +61,10 @@ void PatternSearch::build() {
   patterns_.clear();
 
   // After one byte the only suffix is nothing: where no child is, the first row tells.
-  table_.resize(std::size_t{rows_} * classes_);
+  rowBits_ = static_cast<uint32_t>(std::bit_width(classes_ - 1));
+  table_.resize(std::size_t{rows_} << rowBits_);
   for (State state = 0; state < rows_; ++state) {
-    auto* row = &table_[std::size_t{state} * classes_];
+    auto* row = &table_[std::size_t{state} << rowBits_];
     std::copy_n(table_.begin(), classes_, row);
     for (auto child = nodes_[state].firstChild; child != 0; child = nodes_[child].nextSibling) {
       row[nodes_[child].edge] = child;
@@ -89,7 +91,7 @@ PatternSearch::State PatternSearch::next(State state, uint8_t edge) const {
     if (const auto longer = child(state, edge); longer != 0) return longer;
     state = nodes_[state].suffix;
   }
-  return table_[std::size_t{state} * classes_ + edge];
+  return table_[(std::size_t{state} << rowBits_) + edge];
 }
 
 PatternSearch::Found PatternSearch::search(std::string_view text) const {
@@ -102,7 +104,7 @@ PatternSearch::Found PatternSearch::searchBytes(std::string_view lowered) const 
   State state = 0;
   for (const char c : lowered) {
     const auto edge = classOf_[byteOf(c)];
-    state = state < rows_ ? table_[std::size_t{state} * classes_ + edge] : next(state, edge);
+    state = state < rows_ ? table_[(std::size_t{state} << rowBits_) + edge] : next(state, edge);
     if (nodes_[state].finds) found.merge(atState_[state]);
   }
   return found;

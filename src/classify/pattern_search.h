@@ -64,6 +64,7 @@ class PatternSearch {
   std::vector<Node> nodes_;     // by state: the first rows_ of at most one byte
   std::vector<Found> atState_;  // what is found on arrival
   State rows_ = 0;
+  uint32_t rowBits_ = 0;      // a row has 2 to this power places
   std::vector<State> table_;  // where the first rows_ states lead, by state and class
 };
 

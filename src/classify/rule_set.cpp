@@ -1,15 +1,41 @@
 #include "classify/rule_set.h"
 
 #include <fmt/format.h>
+#include <glib.h>
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace orvanta {
 
+// Sorted here: SQLite takes as long to sort them as to read them.
 std::vector<Rule> loadRules(Database& db) {
-  static const auto kSelect = fmt::format(
-      "SELECT {} FROM rules ORDER BY priority DESC, length(pattern) DESC, id", Rule::kColumns);
+  constexpr std::size_t kUsual = 300;
+  static const auto kSelect = fmt::format("SELECT {} FROM rules", Rule::kColumns);
   std::vector<Rule> rules;
+  rules.reserve(kUsual);
   db.scan(kSelect, {}, [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
-  return rules;
+
+  struct Place {
+    int64_t priority;
+    glong length;  // characters
+    int64_t id;
+    std::size_t at;
+  };
+  std::vector<Place> order;
+  order.reserve(rules.size());
+  for (const auto& rule : rules) {
+    order.push_back(
+        {rule.priority, g_utf8_strlen(rule.pattern.c_str(), -1), rule.id, order.size()});
+  }
+  std::sort(order.begin(), order.end(), [](const Place& a, const Place& b) {
+    return std::tie(b.priority, b.length, a.id) < std::tie(a.priority, a.length, b.id);
+  });
+  std::vector<Rule> sorted;
+  sorted.reserve(rules.size());
+  for (const auto& place : order) sorted.push_back(std::move(rules[place.at]));
+  return sorted;
 }
 
 Projects loadProjects(Database& db) {

@@ -8,10 +8,10 @@ namespace {
 // The program speaks some dozens of statements; beyond this the cache holds text built on the fly.
 constexpr std::size_t kMostStatements = 64;
 constexpr int kBusyMilliseconds = 5000;
-// KiB. Ticks touch a few pages. A report of a week or two reads a megabyte, and the dashboard asks
-// for it again and again; only what was read is held.
+// KiB. Ticks touch a few pages. Two weeks, which a recap compares, are two to three megabytes, and
+// an open dashboard asks for them again and again; only what was read is held.
 constexpr auto kCache = "PRAGMA cache_size=-512";
-constexpr auto kReportCache = "PRAGMA cache_size=-2048";
+constexpr auto kReportCache = "PRAGMA cache_size=-4096";
 
 std::string withoutIndex(std::string_view sql) {
   constexpr std::string_view kHint = "INDEXED BY ";

@@ -141,6 +141,11 @@ void Database::scan(std::string_view sql, const Args& args,
   log_(fmt::format("Orvanta SQL: {} — {}", message, sql));
 }
 
+void Database::releaseScanMemory() {
+  const std::lock_guard lock(scanMutex_);
+  scanner_ = {};
+}
+
 std::vector<Row> Database::query(std::string_view sql, const Args& args) {
   std::vector<Row> rows;
   std::shared_ptr<Row::Columns> columns;

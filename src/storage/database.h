@@ -61,6 +61,9 @@ class Database {
   void scan(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
+  /// Gives back what scans hold to be quick when they are asked the same again.
+  void releaseScanMemory();
+
   /// A number that grows whenever the content may have changed, whoever changed it, this process or
   /// another; to be asked before what is read and kept.
   int64_t revision();
