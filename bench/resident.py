@@ -221,6 +221,8 @@ def measure_dashboard(store):
         settled(lambda: True)
         print_memory("before a dashboard", program, empty)
         session.desktop.run(ORVANTA, "--show")
+        for report in ("week", "recap", "suggestions"):
+            session.desktop.call(report)
         settled(windows)
         print_memory("with the dashboard open", program, empty)
         dashboard = sum(memory(pid)[1] for pid in below(program.pid))
