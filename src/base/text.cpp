@@ -91,6 +91,14 @@ std::vector<std::string> words(std::string_view utf8) {
   return found;
 }
 
+std::size_t codePoints(std::string_view utf8) {
+  constexpr uint8_t kContinues = 0x80;
+  constexpr uint8_t kTwoBits = 0xC0;
+  return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
+    return (static_cast<uint8_t>(c) & kTwoBits) != kContinues;
+  }));
+}
+
 std::size_t userCharacters(std::string_view utf8) {
   // Below U+0300 nothing joins the character before it but a line feed. ICU's iterator would bring
   // half a megabyte of its library into memory for what most texts do not need.
@@ -98,8 +106,7 @@ std::size_t userCharacters(std::string_view utf8) {
   const bool plain = std::none_of(utf8.begin(), utf8.end(), [](char c) {
     return c == '\r' || static_cast<uint8_t>(c) >= kFirstThatMayJoin;
   });
-  if (plain)
-    return static_cast<std::size_t>(g_utf8_strlen(utf8.data(), static_cast<gssize>(utf8.size())));
+  if (plain) return codePoints(utf8);
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::BreakIterator> characters(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));

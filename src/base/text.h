@@ -20,6 +20,9 @@ std::string withoutAccents(std::string_view utf8);
 /// The runs of letters and digits in `utf8`.
 std::vector<std::string> words(std::string_view utf8);
 
+/// The number of code points of a text; of invalid UTF-8, of the bytes that do not continue one.
+std::size_t codePoints(std::string_view utf8);
+
 /// Number of characters as a reader sees them (extended grapheme clusters): "é" is one however it
 /// is encoded.
 std::size_t userCharacters(std::string_view utf8);

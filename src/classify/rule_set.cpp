@@ -1,11 +1,12 @@
 #include "classify/rule_set.h"
 
 #include <fmt/format.h>
-#include <glib.h>
 
 #include <algorithm>
 #include <tuple>
 #include <utility>
+
+#include "base/text.h"
 
 namespace orvanta {
 
@@ -19,15 +20,14 @@ std::vector<Rule> loadRules(Database& db) {
 
   struct Place {
     int64_t priority;
-    glong length;  // characters
+    std::size_t length;
     int64_t id;
     std::size_t at;
   };
   std::vector<Place> order;
   order.reserve(rules.size());
   for (const auto& rule : rules) {
-    order.push_back(
-        {rule.priority, g_utf8_strlen(rule.pattern.c_str(), -1), rule.id, order.size()});
+    order.push_back({rule.priority, codePoints(rule.pattern), rule.id, order.size()});
   }
   std::sort(order.begin(), order.end(), [](const Place& a, const Place& b) {
     return std::tie(b.priority, b.length, a.id) < std::tie(a.priority, a.length, b.id);

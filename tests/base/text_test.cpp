@@ -22,6 +22,8 @@ TEST(Text, CountsCharactersAsAReaderDoes) {
   EXPECT_EQ(userCharacters("e\u0301te\u0301"), 3U);
   EXPECT_EQ(userCharacters("👩‍👩‍👧🇫🇷"), 2U);
   EXPECT_EQ(userCharacters("a\r\nb"), 3U);
+  EXPECT_EQ(userCharacters(std::string_view("a\0\xC3\xA9", 4)), 3U);
+  EXPECT_EQ(codePoints("\xC3\xA9t\xE2"), 3U);  // its last character is cut off
 }
 
 TEST(Text, TrimsBlanksButNotLineFeeds) {
