@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include <boost/json/array.hpp>
+#include <cstdlib>
 
 #include "classify/defaults.h"
 #include "classify/learning.h"
@@ -23,16 +24,22 @@ constexpr double kSecondsPerDay = 86400;
 struct Program {
   explicit Program(int days) : store(openStoreToChange(days)) { tracker.applyRetention(); }
 
+  void run(std::string_view sql, const Args& args = {}) {
+    if (!db.run(sql, args)) std::abort();
+  }
+
   std::unique_ptr<Database> store;
   Database& db = *store;
   Desktop desktop = blindDesktop();
   Collectors collectors{*desktop.foreground, *desktop.idle, *desktop.inhibition};
   Tracker tracker{db, collectors};
   Analytics analytics{db, wallClock};
+  History history{db};
   Telemetry telemetry{db, {}, ""};
   Router router{{.db = db,
                  .tracker = tracker,
                  .analytics = analytics,
+                 .history = history,
                  .telemetry = telemetry,
                  .loginItem = {"", ""},
                  .platform = {}}};
@@ -56,24 +63,26 @@ void learn(benchmark::State& state, Program& program) {
                   });
   ids.resize(kSpans);
   for (const auto id : ids) {
-    program.db.run("UPDATE events SET category='loisir', project_id=3 WHERE id=?", {id});
+    program.run("UPDATE events SET category='loisir', project_id=3 WHERE id=?", {id});
   }
   std::size_t learned = 0;
   for (auto _ : state) {
-    learned = afterManualAssign(program.db, wallClock, {}, ids, "loisir", 3).size();
+    Transaction change(program.db);
+    learned = afterManualAssign(change, wallClock, {}, ids, "loisir", 3).size();
+    if (!change.commit()) state.SkipWithError("not stored");
     state.PauseTiming();
-    program.db.run("DELETE FROM rules WHERE priority=0");
+    program.run("DELETE FROM rules WHERE priority=0");
     state.ResumeTiming();
   }
   state.counters["rules"] = static_cast<double>(learned);
-  program.db.run("UPDATE events SET category=NULL, project_id=NULL WHERE project_id=3");
+  program.run("UPDATE events SET category=NULL, project_id=NULL WHERE project_id=3");
 }
 
 void deleteProject(benchmark::State& state, Program& program) {
   for (auto _ : state) {
     state.PauseTiming();
-    program.db.run("INSERT OR IGNORE INTO projects(id, name) VALUES (77, 'Passager')");
-    program.db.run(
+    program.run("INSERT OR IGNORE INTO projects(id, name) VALUES (77, 'Passager')");
+    program.run(
         "UPDATE events SET project_id=77 WHERE id IN "
         "(SELECT id FROM events ORDER BY id DESC LIMIT ?)",
         {kSpans});
@@ -87,7 +96,7 @@ void retention(benchmark::State& state, Program& program) {
   const double from = today() - 35 * kSecondsPerDay;
   for (auto _ : state) {
     state.PauseTiming();
-    program.db.run(
+    program.run(
         "UPDATE events SET title='Titre', url='https://exemple.fr/' "
         "WHERE start >= ? AND start < ?",
         {from, from + kSecondsPerDay});

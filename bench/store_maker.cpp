@@ -2,11 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <cstdlib>
 #include <random>
 
 #include "base/calendar.h"
 #include "base/clock.h"
 #include "classify/defaults.h"
+#include "storage/transaction.h"
 
 namespace orvanta::bench {
 namespace {
@@ -17,7 +19,7 @@ constexpr double kWorkingDay = 15 * 3600;
 
 class Life {
  public:
-  explicit Life(Database& db) : db_(db) {}
+  explicit Life(Transaction& change) : change_(change) {}
 
   void live(int day, double midnight) {
     insert(midnight - kSecondsPerDay + kMorning + kWorkingDay, midnight + kMorning, "Inactif", {},
@@ -47,12 +49,12 @@ class Life {
 
   void insert(double start, double end, const std::string& app, std::optional<std::string> title,
               std::optional<std::string> url, std::optional<std::string> domain, bool idle) {
-    db_.run(
+    change_.run(
         "INSERT INTO events(start,end,app,bundle,title,url,domain,idle) VALUES (?,?,?,?,?,?,?,?)",
         {start, end, app, "org.example." + app, title, url, domain, idle});
   }
 
-  Database& db_;
+  Transaction& change_;
   std::mt19937 random_{7};  // NOLINT(cert-msc51-cpp): the same life every time
 };
 
@@ -80,7 +82,7 @@ std::unique_ptr<Database> openStoreToChange(int days) {
     fs::copy_file(from.file(), to.file());
   }
   auto db = std::make_unique<Database>(to);
-  db->setSetting("retention_days", "30");
+  if (!db->setSetting("retention_days", "30")) std::abort();
   return db;
 }
 
@@ -88,18 +90,17 @@ std::unique_ptr<Database> openStore(int days) {
   auto db = std::make_unique<Database>(storeLocation(days));
   if (db->setting("bench_made") == "1") return db;
   seedDefaults(*db, wallClock);
-  db->exec("BEGIN");
-  db->exec("DELETE FROM events");
+  Transaction change(*db);
+  change.run("DELETE FROM events");
   for (int i = 1; i <= 10; ++i) {
-    db->run(
+    change.run(
         "INSERT OR IGNORE INTO projects(name, keywords) VALUES (?, ?)",
         {fmt::format("Projet {}", i), fmt::format("document {}, client numéro {}", 150 + i, i)});
   }
-  Life life(*db);
+  Life life(change);
   for (int day = 0; day < days; ++day) life.live(day, today() - (days - 1 - day) * kSecondsPerDay);
-  db->exec("COMMIT");
-  db->exec("PRAGMA wal_checkpoint(TRUNCATE)");
-  db->setSetting("bench_made", "1");
+  change.run("INSERT OR REPLACE INTO settings VALUES ('bench_made', '1')");
+  if (!change.commit() || !db->truncateLog()) std::abort();
   return db;
 }
 

@@ -17,8 +17,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kMenuPeriod = 5s;
 constexpr auto kHourlyPeriod = 3600s;
-constexpr auto kPauseLands = 300ms;  // it is applied on the capture's queue
-constexpr auto kPanelStarts = 20s;   // at login a panel may come later than we do
+constexpr auto kPanelStarts = 20s;  // at login a panel may come later than we do
 // In the settings table while the user has been told that this desktop has no tray.
 constexpr auto kToldNoTray = "told_no_tray";
 
@@ -42,7 +41,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::openDashboardAtLaunch(bool asked, const std::string& activationToken) {
-  if (asked || parts_.db.setting("onboarded") != "1") actions_.showDashboard(activationToken);
+  if (asked || (parts_.db.setting("onboarded") != "1" && parts_.db.readable()))
+    actions_.showDashboard(activationToken);
 }
 
 void AppDelegate::buildMenu() {
@@ -76,8 +76,11 @@ void AppDelegate::applyRetention() {
 }
 
 void AppDelegate::setPaused(bool paused) {
-  parts_.tracker.setPaused(paused);
-  mainThread_.after(kPauseLands, [this] { refreshMenu(); });
+  // Not here: the choice is stored, and the store may be busy.
+  queue_.post([this, paused] {
+    parts_.tracker.setPaused(paused).forget();
+    mainThread_.post([this] { refreshMenu(); });
+  });
 }
 
 void AppDelegate::openUpdate() {
@@ -133,7 +136,7 @@ void AppDelegate::trayChanged() {
     mainThread_.after(kPanelStarts, [this] { missTray(); });
   } else {
     queue_.post([this] {
-      if (!parts_.db.setting(kToldNoTray).empty()) parts_.db.setSetting(kToldNoTray, "");
+      if (!parts_.db.setting(kToldNoTray).empty()) parts_.db.setSetting(kToldNoTray, "").forget();
     });
   }
 }
@@ -143,7 +146,7 @@ void AppDelegate::missTray() {
   if (menu_->item().shown()) return;
   queue_.post([this] {
     if (!parts_.db.setting(kToldNoTray).empty()) return;
-    parts_.db.setSetting(kToldNoTray, "1");
+    parts_.db.setSetting(kToldNoTray, "1").forget();
     parts_.db.log()(
         "Orvanta: pas de zone d'icônes sur ce bureau, « orvanta » ouvre le tableau de bord");
     mainThread_.post(actions_.tellNoTray);

@@ -46,6 +46,7 @@ CallResult callLocally(const std::vector<std::string>& words) {
   const Collectors collectors(*desktop.foreground, *desktop.idle, *desktop.inhibition);
   Tracker tracker(db, collectors);
   const Analytics analytics(db, wallClock);
+  History history(db);
   Telemetry telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl());
 
   const auto open = [](const std::string& uri) {
@@ -68,6 +69,7 @@ CallResult callLocally(const std::vector<std::string>& words) {
   Router router({.db = db,
                  .tracker = tracker,
                  .analytics = analytics,
+                 .history = history,
                  .telemetry = telemetry,
                  .loginItem = LoginItem::ofUser(),
                  .platform = std::move(actions)});

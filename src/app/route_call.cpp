@@ -1,7 +1,8 @@
 #include "app/route_call.h"
 
-#include <boost/json/parse.hpp>
+#include <utility>
 
+#include "base/exact_json.h"
 #include "bridge/request.h"
 
 namespace orvanta {
@@ -16,9 +17,9 @@ CallResult callRoute(Router& router, const std::vector<std::string>& words) {
   }
   json::value body = json::object();
   if (words.size() > 1) {
-    boost::system::error_code broken;
-    body = json::parse(words[1], broken);
-    if (broken) return line(failure("arguments illisibles : ce n'est pas du JSON"));
+    auto read = parseJson(words[1]);
+    if (!read) return line(failure("arguments illisibles : ce n'est pas du JSON"));
+    body = std::move(*read);
   }
   if (!body.is_object()) {
     return line(failure("arguments illisibles : un objet JSON est attendu"));

@@ -15,6 +15,7 @@
 #include "reports/analytics.h"
 #include "storage/data_lock.h"
 #include "storage/database.h"
+#include "storage/history.h"
 #include "telemetry/telemetry.h"
 
 namespace orvanta {
@@ -43,6 +44,7 @@ struct Services {
   Collectors collectors;
   Tracker tracker;
   Analytics analytics;
+  History history;
   Telemetry telemetry;
   Router router;
   DashboardWindow dashboard;

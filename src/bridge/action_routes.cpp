@@ -15,13 +15,11 @@ namespace orvanta {
 namespace json = boost::json;
 
 json::value Router::trackerPause(const Body& /*body*/) {
-  parts_.tracker.setPaused(true);
-  return done();
+  return told(parts_.tracker.setPaused(true));
 }
 
 json::value Router::trackerResume(const Body& /*body*/) {
-  parts_.tracker.setPaused(false);
-  return done();
+  return told(parts_.tracker.setPaused(false));
 }
 
 json::value Router::trackerProject(const Body& body) {
@@ -42,9 +40,9 @@ json::value Router::testBrowser(const Body& body) {
   if (!test) throw AppError("test abandonné");
   auto permissions = browserPermissions();
   permissions[*bundle] = test->ok ? "ok" : "denied";
-  parts_.db.setSetting("browser_perms", json::serialize(permissions));
-  return {{"ok", test->ok},
-          {"error", test->error.empty() ? json::value(nullptr) : json::value(test->error)}};
+  return told(parts_.db.setSetting("browser_perms", json::serialize(permissions)),
+              {{"ok", test->ok},
+               {"error", test->error.empty() ? json::value(nullptr) : json::value(test->error)}});
 }
 
 json::value Router::openAutomation(const Body& /*body*/) {
@@ -58,8 +56,8 @@ json::value Router::launchAtLogin(const Body& body) {
 }
 
 json::value Router::telemetrySet(const Body& body) {
-  parts_.telemetry.setEnabled(body.b("enabled").value_or(false));
-  return {{"ok", true}, {"enabled", parts_.telemetry.enabled()}};
+  const auto written = parts_.telemetry.setEnabled(body.b("enabled").value_or(false));
+  return told(written, {{"ok", true}, {"enabled", parts_.telemetry.enabled()}});
 }
 
 json::value Router::updateCheck(const Body& /*body*/) {

@@ -1,12 +1,12 @@
 #include "bridge/request.h"
 
 #include <algorithm>
-#include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <cmath>
 #include <new>
 #include <utility>
 
+#include "base/exact_json.h"
 #include "base/text.h"
 #include "bridge/app_error.h"
 
@@ -33,12 +33,9 @@ bool isFinite(const json::value& value) {
 
 std::optional<Request> parseRequest(std::string_view text) {
   constexpr std::size_t kDeepest = 501;  // the envelope is a level of its own
-  json::parse_options options;
-  options.max_depth = kDeepest;
-  boost::system::error_code broken;
-  auto envelope = json::parse(text, broken, {}, options);
-  if (broken || !envelope.is_object()) return {};
-  auto& object = envelope.get_object();
+  auto envelope = parseJson(text, kDeepest);
+  if (!envelope || !envelope->is_object()) return {};
+  auto& object = envelope->get_object();
   const auto* id = object.if_contains("id");
   const auto* path = object.if_contains("path");
   if (!id || !id->is_int64() || !path || !path->is_string()) return {};

@@ -20,19 +20,6 @@ json::value toJson(const Value& value) {
   return nullptr;
 }
 
-// Rows as the store has them, column by column.
-json::array rows(Database& db, std::string_view sql) {
-  json::array list;
-  for (const auto& row : db.query(sql)) {
-    json::object object;
-    for (std::size_t i = 0; i < row.columns().size(); ++i) {
-      object[row.columns()[i]] = toJson(row.values()[i]);
-    }
-    list.push_back(std::move(object));
-  }
-  return list;
-}
-
 }  // namespace
 
 struct Router::Route {
@@ -40,7 +27,7 @@ struct Router::Route {
   Json (Router::*answer)(const Body&);
 };
 
-const std::array<Router::Route, 31> Router::kRoutes{{
+const std::vector<Router::Route> Router::kRoutes{
     {"status", &Router::status},
     {"day", &Router::day},
     {"week", &Router::week},
@@ -72,7 +59,10 @@ const std::array<Router::Route, 31> Router::kRoutes{{
     {"openURL", &Router::openUrl},
     {"revealData", &Router::revealData},
     {"quit", &Router::quit},
-}};
+    {"changes.list", &Router::changesList},
+    {"changes.undo", &Router::changesUndo},
+    {"changes.redo", &Router::changesRedo},
+};
 
 Router::Router(Parts parts, Clock clock, Calendar calendar)
     : parts_(std::move(parts)), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
@@ -84,8 +74,30 @@ json::value Router::handle(std::string_view name, const json::object& body) {
   throw AppError("route inconnue : " + std::string(name));
 }
 
+json::object told(const Written& written, json::object answer) {
+  if (written) return answer;
+  answer["stored"] = false;
+  answer["message"] = Database::whyNot(written);
+  return answer;
+}
+
+// Rows as the store has them, column by column. An empty list would say that there are none.
+json::array Router::rows(std::string_view sql) {
+  auto& db = parts_.db;
+  json::array list;
+  const bool all = db.each(sql, {}, [&](const Cursor& row) {
+    json::object object;
+    for (int i = 0; i < row.columns(); ++i) object[row.name(i)] = toJson(row.value(i));
+    list.push_back(std::move(object));
+  });
+  if (all) return list;
+  const auto condition = db.condition();
+  throw AppError(condition ? std::string(sentenceOf(condition->trouble))
+                           : "le fichier des données ne peut pas être lu");
+}
+
 json::value Router::status(const Body& /*body*/) {
-  auto& [db, tracker, analytics, telemetry, loginItem, platform] = parts_;
+  auto& [db, tracker, analytics, history, telemetry, loginItem, platform] = parts_;
   json::value current(nullptr);
   if (const auto now = tracker.current()) {
     current = {{"app", now->sample.app},
@@ -105,19 +117,25 @@ json::value Router::status(const Body& /*body*/) {
   if (const auto newer = telemetry.updateAvailable()) {
     update = {{"version", newer->version}, {"url", newer->url}};
   }
-  return {{"paused", tracker.paused()},
-          {"current", std::move(current)},
-          {"now", clock_()},
-          {"accessibility", platform.accessibilityGranted()},
-          {"current_project", jsonOrNull(project)},
-          {"current_project_name", std::move(projectName)},
-          {"current_project_since", jsonOrNull(tracker.currentProjectSince())},
-          {"db", db.location().file().string()},
-          {"onboarded", db.setting("onboarded") == "1"},
-          {"telemetry", telemetry.enabled()},
-          {"install_id", db.setting("install_id")},
-          {"version", telemetry.appVersion()},
-          {"update", std::move(update)}};
+  json::object answer{{"paused", tracker.paused()},
+                      {"current", std::move(current)},
+                      {"now", clock_()},
+                      {"accessibility", platform.accessibilityGranted()},
+                      {"current_project", jsonOrNull(project)},
+                      {"current_project_name", std::move(projectName)},
+                      {"current_project_since", jsonOrNull(tracker.currentProjectSince())},
+                      {"db", db.location().file().string()},
+                      {"onboarded", db.setting("onboarded") == "1" || !db.readable()},
+                      {"telemetry", telemetry.enabled()},
+                      {"install_id", db.setting("install_id")},
+                      {"version", telemetry.appVersion()},
+                      {"update", std::move(update)}};
+  if (const auto condition = db.condition()) {
+    answer["store"] = {{"state", nameOf(condition->trouble)},
+                       {"message", sentenceOf(condition->trouble)},
+                       {"since", condition->since}};
+  }
+  return answer;
 }
 
 json::value Router::day(const Body& body) {
@@ -137,11 +155,11 @@ json::value Router::suggestions(const Body& /*body*/) {
 }
 
 json::value Router::projectsList(const Body& /*body*/) {
-  return rows(parts_.db, "SELECT * FROM projects ORDER BY archived, name");
+  return rows("SELECT * FROM projects ORDER BY archived, name");
 }
 
 json::value Router::rulesList(const Body& /*body*/) {
-  return rows(parts_.db, "SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id");
+  return rows("SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id");
 }
 
 json::value Router::settingsGet(const Body& /*body*/) {

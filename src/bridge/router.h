@@ -1,10 +1,13 @@
 // Answers requests by name.
 #pragma once
 
-#include <array>
+#include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/calendar.h"
 #include "base/clock.h"
@@ -14,13 +17,14 @@
 #include "platform/login_item.h"
 #include "reports/analytics.h"
 #include "storage/database.h"
+#include "storage/history.h"
 #include "telemetry/telemetry.h"
 
 namespace orvanta {
 
-/// Everything that the dashboard, scripts and status bars can ask or have done. What reads or
-/// writes the store never fails: the store tells of its failures itself. One thread at a time calls
-/// it.
+/// Everything that the dashboard, scripts and status bars can ask or have done. An answer to what
+/// could not be stored has "stored": false and a "message" that says why; a report that is not
+/// whole has "incomplete", a sentence. One thread at a time calls it.
 class Router {
  public:
   /// What the router works on; all but the last two outlive it.
@@ -28,6 +32,7 @@ class Router {
     Database& db;
     Tracker& tracker;
     const Analytics& analytics;
+    History& history;
     Telemetry& telemetry;
     LoginItem loginItem;
     PlatformActions platform;
@@ -42,7 +47,7 @@ class Router {
  private:
   using Json = boost::json::value;
   struct Route;
-  static const std::array<Route, 31> kRoutes;
+  static const std::vector<Route> kRoutes;
 
   // Routes that only read.
   Json status(const Body& body);
@@ -66,6 +71,11 @@ class Router {
   Json settingsSet(const Body& body);
   Json onboardingDone(const Body& body);
 
+  // Routes about the store itself, in store_routes.cpp.
+  Json changesList(const Body& body);
+  Json changesUndo(const Body& body);
+  Json changesRedo(const Body& body);
+
   // Routes that act on the program or the desktop, in action_routes.cpp.
   Json trackerPause(const Body& body);
   Json trackerResume(const Body& body);
@@ -82,15 +92,24 @@ class Router {
   Json quit(const Body& body);
 
   boost::json::object browserPermissions() const;
+  boost::json::array rows(std::string_view sql);
+  Json turned(History::Outcome outcome, std::string_view done);
+  Written writable();
+  std::optional<std::string> projectName(const std::optional<int64_t>& id);
+  static TimeRange rangeOf(const Body& body);
 
   Parts parts_;
   const Clock clock_;
   const Calendar calendar_;
+  int64_t lastProject_ = 0;  // the highest id that a project had
 };
 
 /// The answer of what was done.
 inline boost::json::object done() {
   return {{"ok", true}};
 }
+
+/// The answer of what was written, which says so when it was not stored.
+boost::json::object told(const Written& written, boost::json::object answer = done());
 
 }  // namespace orvanta

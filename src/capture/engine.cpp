@@ -1,35 +1,31 @@
 #include "capture/engine.h"
 
 #include <algorithm>
-#include <boost/json/parse.hpp>
 #include <utility>
-
-#include "base/text.h"
 
 namespace orvanta {
 namespace {
 
-constexpr double kGap = 20.0;              // more between two ticks: the machine slept
+constexpr double kGap = 20.0;              // more between two ticks: something happened
+constexpr double kSlow = 120.0;            // longer than that is no slowness of the machine
+constexpr double kUnknown = 1209600.0;     // two weeks: nobody knows what happened meanwhile
 constexpr double kForgetProject = 3600.0;  // a gap after which the user starts something new
 constexpr double kFlushEvery = 10.0;       // at most this much is lost in a crash
 constexpr double kJitter = 0.05;           // by which a tick may follow the last one too early
-
-std::vector<std::string> stringList(const std::string& json) {
-  boost::system::error_code broken;
-  const auto parsed = boost::json::parse(json, broken);
-  std::vector<std::string> list;
-  if (broken || !parsed.is_array()) return list;
-  for (const auto& entry : parsed.get_array()) {
-    if (!entry.is_string()) return {};
-    list.emplace_back(entry.get_string());
-  }
-  return list;
-}
+constexpr double kFallsAsleep = 60.0;      // at most, after it was said
 
 }  // namespace
 
-Engine::Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock)
-    : db_(db), collectors_(collectors), live_(live), clock_(std::move(clock)), lastTick_(clock_()) {
+Engine::Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock,
+               UptimeClock uptime)
+    : db_(db),
+      collectors_(collectors),
+      live_(live),
+      clock_(std::move(clock)),
+      uptime_(std::move(uptime)),
+      log_(db),
+      lastTick_(clock_()),
+      lastUptime_(uptime_()) {
   // What an earlier run recorded stays its own: idle time is not back-dated into it.
   db_.each("SELECT max(end) FROM events", {}, [this](const Cursor& row) { lastEnd_ = row.dbl(0); });
   if (lastEnd_ > lastTick_) lastEnd_ = 0;
@@ -46,34 +42,79 @@ double Engine::steadyNow() {
   return now;
 }
 
+// The wall clock alone would take a slow machine for an absence, and a clock that was set for years
+// of it.
+Engine::Break Engine::breakBefore(double now) const {
+  if (now - lastTick_ <= kGap) return Break::None;
+  const auto uptime = uptime_();
+  const double passed = uptime.total - lastUptime_.total;
+  const double slept = passed - (uptime.awake - lastUptime_.awake);
+  if (slept > kGap || passed > kSlow) return Break::Absence;
+  return passed > kGap ? Break::None : Break::ClockSet;
+}
+
 // A process that was stopped with the machine learns late that it should close: the sleep is not
 // activity, so the span ends where it was last seen.
 double Engine::closingTime() {
   const double now = steadyNow();
-  if (now - lastTick_ <= kGap) lastTick_ = now;
+  if (breakBefore(now) == Break::None) {
+    lastTick_ = now;
+    lastUptime_ = uptime_();
+  }
   return lastTick_;
 }
 
 void Engine::tick() {
   const double now = steadyNow();
-  if (now - lastTick_ > kGap) bridgeGap(now);
+  switch (breakBefore(now)) {
+    case Break::None:
+      break;
+    case Break::Absence:
+      bridgeGap(now);
+      break;
+    case Break::ClockSet:
+      closeSpan(lastTick_);
+      candidate_.reset();
+      break;
+  }
   lastTick_ = now;
-  if (live_.paused() || asleep_) return;
+  lastUptime_ = uptime_();
+  keepUp();
+  if (live_.paused() || asleep()) return;
   consider(observe(now), now);
+}
+
+// The machine that was about to sleep is awake, and nobody has said so.
+bool Engine::asleep() {
+  if (asleepSince_ && lastUptime_.awake - *asleepSince_ > kFallsAsleep) asleepSince_.reset();
+  return asleepSince_.has_value();
+}
+
+// What waits is brought into the store also while nothing is recorded.
+void Engine::keepUp() {
+  if (lastUptime_.awake - lastKeptUp_ < kFlushEvery - kJitter) return;
+  lastKeptUp_ = lastUptime_.awake;
+  db_.look();
+  if (log_.waiting() == 0) return;
+  log_.write();
+  publish();
 }
 
 void Engine::bridgeGap(double now) {
   closeSpan(lastTick_);
-  openSpan(Sample::idleSample(), std::max(lastTick_, lastEnd_));
-  closeSpan(now);
+  if (now - lastTick_ <= kUnknown) {
+    openSpan(Sample::idleSample(), std::max(lastTick_, lastEnd_));
+    closeSpan(now);
+  }
   candidate_.reset();
   if (now - lastTick_ > kForgetProject) live_.setCurrentProjectId({});
 }
 
 Engine::Observation Engine::observe(double now) {
+  readSettings();
   if (locked_) return {Sample::idleSample(), now};
   const double idle = collectors_.idleSeconds();
-  if (idle < numberSetting("idle_threshold", 180.0)) return {observeForeground(), now};
+  if (idle < settings_.idleThreshold) return {observeForeground(), now};
   if (collectors_.mediaPlaying()) {
     lastPresence_ = now;
     return {observeForeground(), now};
@@ -91,25 +132,24 @@ Sample Engine::observeForeground() {
   if (!tab) tab = BrowserTab{.url = {}, .title = collectors_.windowTitle(app->pid)};
   Sample sample{.app = app->name, .bundle = app->bundle};
   sample.domain = domainOf(tab->url);
-  if (sample.domain && excluded(*sample.domain)) {
+  if (sample.domain && settings_.excludes(*sample.domain)) {
     sample.domain.reset();
     return sample;
   }
   sample.url = std::move(tab->url);
   sample.title = std::move(tab->title);
-  if ((sample.title || sample.url) && db_.setting("privacy_mode") == "domain") {
+  if (settings_.domainsOnly) {
     sample.title.reset();
     sample.url.reset();
   }
   return sample;
 }
 
-bool Engine::excluded(const std::string& domain) {
-  const auto entries = stringList(db_.setting("excluded_domains"));
-  return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
-    const auto lowered = lowerCase(entry);
-    return domain == lowered || domain.ends_with("." + lowered);
-  });
+void Engine::readSettings() {
+  auto texts = db_.settingsNow();
+  if (!texts || texts == settingTexts_) return;
+  settings_ = CaptureSettings::of(*texts);
+  settingTexts_ = std::move(texts);
 }
 
 void Engine::consider(Observation seen, double now) {
@@ -138,7 +178,7 @@ void Engine::debounce(Sample sample, double now) {
     heartbeat(now);
     return;
   }
-  if (now - candidate_->since + kTickSeconds < numberSetting("min_span_seconds", 10.0) - kJitter) {
+  if (now - candidate_->since + kTickSeconds < settings_.minSpan - kJitter) {
     heartbeat(now);
     return;
   }
@@ -148,16 +188,13 @@ void Engine::debounce(Sample sample, double now) {
   candidate_.reset();
 }
 
-void Engine::setPaused(bool paused) {
-  live_.setPaused(paused);
-  db_.setSetting("paused", paused ? "1" : "0");
-  if (!paused) return;
+void Engine::pause() {
   closeSpan(closingTime());
   candidate_.reset();
 }
 
 void Engine::willSleep() {
-  asleep_ = true;
+  asleepSince_ = uptime_().awake;
   closeSpan(closingTime());
 }
 
@@ -171,45 +208,37 @@ std::optional<double> Engine::split(const TimeRange& range) {
   const auto sample = open_->sample;
   closeSpan(now);
   openSpan(sample, now);
+  // What was about to take over cannot have begun before what it takes over from.
+  if (candidate_) candidate_->since = std::max(candidate_->since, now);
   return now;
 }
 
 void Engine::openSpan(const Sample& sample, double at) {
   OpenSpan span{.key = sample.key(), .sample = sample, .start = at, .lastFlush = at};
-  span.bestTitle = span.storedTitle = sample.title;
-  span.storedUrl = sample.url;
+  span.bestTitle = sample.title;
   if (sample.title) span.titleTime[*sample.title] = 0;
-  if (!sample.idle) span.project = live_.currentProjectId();
   open_ = std::move(span);
-  insertSpan(at);
-}
-
-void Engine::insertSpan(double end) {
-  const auto& sample = open_->sample;
-  open_->id = db_.run(
-      "INSERT INTO events(start,end,app,bundle,title,url,domain,idle,project_id) "
-      "VALUES (?,?,?,?,?,?,?,?,?)",
-      {open_->start, end, sample.app, sample.bundle, open_->storedTitle, open_->storedUrl,
-       sample.domain, sample.idle, open_->project});
+  log_.open({.start = at,
+             .end = at,
+             .app = sample.app,
+             .bundle = sample.bundle,
+             .title = sample.title,
+             .url = sample.url,
+             .domain = sample.domain,
+             .idle = sample.idle,
+             .project = sample.idle ? std::nullopt : live_.currentProjectId()});
+  log_.write();
   publish();
 }
 
 void Engine::closeSpan(double at) {
   if (!open_) return;
-  storeEnd(std::max(open_->start, at));
+  describe();
   lastEnd_ = std::max(open_->start, at);
+  log_.close(lastEnd_);
+  log_.write();
   open_.reset();
   publish();
-}
-
-// A span that could not be stored when it began (the disk was full) is stored as soon as it can be.
-void Engine::storeEnd(double end) {
-  writeTitle();
-  if (open_->id < 1) {
-    insertSpan(end);
-  } else {
-    db_.run("UPDATE events SET end=max(start, ?) WHERE id=?", {end, open_->id});
-  }
 }
 
 void Engine::heartbeat(double now) {
@@ -239,27 +268,24 @@ void Engine::countTitle(const std::string& title) {
 
 void Engine::flush(double now) {
   if (now - open_->lastFlush < kFlushEvery - kJitter) return;
-  storeEnd(now);
+  describe();
+  log_.extend(now);
+  log_.write();
   open_->lastFlush = now;
+  publish();
 }
 
 // The stored URL must be one that was seen with the stored title, so the pair is written only while
 // the title seen longest is the one in front.
-void Engine::writeTitle() {
+void Engine::describe() {
   const auto& sample = open_->sample;
-  if (!sample.title || sample.title != open_->bestTitle) return;
-  if (sample.title == open_->storedTitle && sample.url == open_->storedUrl) return;
-  db_.run("UPDATE events SET title=?, url=? WHERE id=?", {sample.title, sample.url, open_->id});
-  open_->storedTitle = sample.title;
-  open_->storedUrl = sample.url;
+  if (sample.title && sample.title == open_->bestTitle) log_.describe(sample.title, sample.url);
 }
 
 void Engine::publish() {
-  live_.setActivity(open_ ? std::optional(OpenActivity{open_->id, open_->sample}) : std::nullopt);
-}
-
-double Engine::numberSetting(const char* key, double fallback) {
-  return parseNumber(db_.setting(key)).value_or(fallback);
+  live_.setActivity(open_ ? std::optional(OpenActivity{log_.openId(), open_->sample})
+                          : std::nullopt);
+  live_.setWaiting(log_.waiting());
 }
 
 }  // namespace orvanta

@@ -7,9 +7,11 @@
 
 #include "base/calendar.h"
 #include "base/clock.h"
+#include "capture/capture_settings.h"
 #include "capture/collectors.h"
 #include "capture/live_state.h"
 #include "capture/sample.h"
+#include "capture/span_log.h"
 #include "storage/database.h"
 
 namespace orvanta {
@@ -20,23 +22,26 @@ namespace orvanta {
 ///
 /// Spans of one run follow each other without overlap and never end before they start, also when
 /// the wall clock is set back: a step of seconds makes time stand still until the clock has caught
-/// up, a larger one closes the span at the last tick and starts afresh.
+/// up, a larger one, and one forward, closes the span at the last tick and starts afresh. A tick
+/// that comes late because the machine is slow loses nothing; one after sleep finds an absence.
+/// What the store cannot take at once waits, see SpanLog.
 class Engine {
  public:
   /// The time between two ticks, as the title bookkeeping and the debouncing count it.
   static constexpr double kTickSeconds = 2.0;
 
   /// All outlive the engine.
-  Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock);
+  Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock,
+         UptimeClock uptime = machineUptime);
 
   /// One observation. Call every kTickSeconds.
   void tick();
 
-  /// Pauses, closing the open span, or resumes at the next tick; the choice is stored.
-  void setPaused(bool paused);
+  /// Closes the open span. LiveState says whether the next tick opens one.
+  void pause();
   void setLocked(bool locked) { locked_ = locked; }
   void willSleep();
-  void didWake() { asleep_ = false; }
+  void didWake() { asleepSince_.reset(); }
 
   /// Closes the open span. The next tick opens a new one.
   void finish();
@@ -45,19 +50,17 @@ class Engine {
   /// Yields when that was.
   std::optional<double> split(const TimeRange& range);
 
+  void forgetProject(int64_t project) { log_.forgetProject(project); }
+
  private:
   struct OpenSpan {
-    int64_t id = -1;  // -1 until it could be stored
     std::string key;
     Sample sample;  // the latest sample that belongs to the span
-    std::optional<int64_t> project;
     double start = 0;
     double lastFlush = 0;
     std::map<std::string, double> titleTime;  // seconds seen per title, of the latest and longest
     std::optional<std::string> bestTitle;     // the title of titleTime with the most
     double bestTime = 0;
-    std::optional<std::string> storedTitle;  // what the row holds
-    std::optional<std::string> storedUrl;
   };
   struct Candidate {
     Sample sample;
@@ -68,34 +71,42 @@ class Engine {
     double at = 0;  // when it began
   };
 
+  enum class Break { None, Absence, ClockSet };
+
   double steadyNow();
+  Break breakBefore(double now) const;
+  bool asleep();
+  void keepUp();
   double closingTime();
   void bridgeGap(double now);
   Observation observe(double now);
   Sample observeForeground();
-  bool excluded(const std::string& domain);
+  void readSettings();
   void consider(Observation seen, double now);
   void debounce(Sample sample, double now);
 
   void openSpan(const Sample& sample, double at);
-  void insertSpan(double end);
-  void storeEnd(double end);
   void closeSpan(double at);
   void heartbeat(double now);
   void countTitle(const std::string& title);
   void flush(double now);
-  void writeTitle();
+  void describe();
   void publish();
-  double numberSetting(const char* key, double fallback);
 
   Database& db_;
   const Collectors& collectors_;
   LiveState& live_;
-  Clock clock_;
+  const Clock clock_;
+  const UptimeClock uptime_;
+  SpanLog log_;
+  CaptureSettings settings_;
+  std::optional<Database::Settings> settingTexts_;  // what settings_ was read from
 
   bool locked_ = false;
-  bool asleep_ = false;
+  std::optional<double> asleepSince_;  // of the uptime without sleep
   double lastTick_;
+  Uptime lastUptime_;
+  double lastKeptUp_ = 0;    // of the uptime without sleep
   double lastEnd_ = 0;       // end of the last closed span: nothing is recorded before it again
   double lastPresence_ = 0;  // when a playing video last told that somebody is watching
   std::optional<OpenSpan> open_;

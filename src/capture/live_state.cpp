@@ -16,6 +16,16 @@ void LiveState::setActivity(std::optional<OpenActivity> activity) {
   activity_ = std::move(activity);
 }
 
+std::size_t LiveState::waiting() const {
+  const std::lock_guard lock(mutex_);
+  return waiting_;
+}
+
+void LiveState::setWaiting(std::size_t spans) {
+  const std::lock_guard lock(mutex_);
+  waiting_ = spans;
+}
+
 bool LiveState::paused() const {
   const std::lock_guard lock(mutex_);
   return paused_;

@@ -1,6 +1,7 @@
 // The few facts of the running capture that other threads look at or change.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -25,6 +26,10 @@ class LiveState {
   std::optional<OpenActivity> activity() const;
   void setActivity(std::optional<OpenActivity> activity);
 
+  /// Spans that could not be stored yet.
+  std::size_t waiting() const;
+  void setWaiting(std::size_t spans);
+
   bool paused() const;
   void setPaused(bool paused);
 
@@ -38,6 +43,7 @@ class LiveState {
   const Clock clock_;
   mutable std::mutex mutex_;
   std::optional<OpenActivity> activity_;
+  std::size_t waiting_ = 0;
   bool paused_;
   std::optional<int64_t> project_;
   std::optional<double> projectSince_;

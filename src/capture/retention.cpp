@@ -9,6 +9,8 @@
 #include <string>
 #include <utility>
 
+#include "storage/transaction.h"
+
 namespace orvanta {
 namespace {
 
@@ -38,7 +40,13 @@ bool inSteps(const std::stop_token& stop, Step step) {
 
 }  // namespace
 
-Retention::Retention(Database& db, Clock clock) : db_(db), clock_(std::move(clock)) {}
+Retention::Retention(Database& db, Clock clock, UptimeClock uptime)
+    : db_(db), time_(db, std::move(clock), std::move(uptime)) {}
+
+void Retention::setErased(Erased erased) {
+  const std::lock_guard lock(erasedMutex_);
+  erased_ = std::move(erased);
+}
 
 void Retention::start() {
   constexpr std::chrono::milliseconds kPatience{250};
@@ -60,17 +68,27 @@ void Retention::start() {
 void Retention::apply(const std::stop_token& stop) {
   const auto days = wholeNumber(db_.setting("retention_days"));
   if (!days || *days < 1) {
-    db_.exec("DROP INDEX IF EXISTS idx_events_titled");
+    if (indexed()) db_.exec("DROP INDEX IF EXISTS idx_events_titled").forget();
     return;
   }
-  const double cutOff = clock_() - static_cast<double>(*days) * kSecondsPerDay;
+  const double cutOff = time_.now() - static_cast<double>(*days) * kSecondsPerDay;
+  stripped_ = false;
   if (!indexed()) {
     if (!walk(cutOff, stop)) return;
+    // Without it, the next walk takes as long as this one.
     db_.exec(
-        "CREATE INDEX IF NOT EXISTS idx_events_titled ON events(end) "
-        "WHERE title IS NOT NULL OR url IS NOT NULL");
+           "CREATE INDEX IF NOT EXISTS idx_events_titled ON events(end) "
+           "WHERE title IS NOT NULL OR url IS NOT NULL")
+        .forget();
   }
-  strip(cutOff, stop);
+  if (!strip(cutOff, stop)) return;
+  if (stripped_) db_.truncateLog();
+  Erased erased;
+  {
+    const std::lock_guard lock(erasedMutex_);
+    erased = erased_;
+  }
+  if (erased) erased(cutOff);
 }
 
 bool Retention::indexed() {
@@ -83,33 +101,46 @@ bool Retention::indexed() {
 // Over all spans in the order in which they lie in the file.
 bool Retention::walk(double cutOff, const std::stop_token& stop) {
   int64_t from = std::numeric_limits<int64_t>::min();
-  return inSteps(stop, [&] {
+  bool failed = false;
+  const bool walked = inSteps(stop, [&] {
     std::optional<int64_t> to;
     db_.each("SELECT id FROM events WHERE id > ? ORDER BY id LIMIT 1 OFFSET ?", {from, kStep - 1},
              [&](const Cursor& row) { to = row.int_(0); });
-    const bool good =
-        db_.run(
-            "UPDATE events SET title=NULL, url=NULL WHERE id > ? AND id <= ? AND end < ? "
-            "AND (title IS NOT NULL OR url IS NOT NULL)",
-            {from, to.value_or(std::numeric_limits<int64_t>::max()), cutOff}) >= 0;
+    failed = !step(
+        "UPDATE events SET title=NULL, url=NULL WHERE id > ? AND id <= ? AND end < ? "
+        "AND (title IS NOT NULL OR url IS NOT NULL)",
+        {from, to.value_or(std::numeric_limits<int64_t>::max()), cutOff});
     from = to.value_or(from);
-    return to && good;
+    return to && !failed;
   });
+  return walked && !failed;
 }
 
 // By the index.
-void Retention::strip(double cutOff, const std::stop_token& stop) {
-  inSteps(stop, [&] {
+bool Retention::strip(double cutOff, const std::stop_token& stop) {
+  bool failed = false;
+  const bool stripped = inSteps(stop, [&] {
     bool left = false;
     db_.each(
         "SELECT 1 FROM events WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL) LIMIT 1",
         {cutOff}, [&](const Cursor&) { left = true; });
-    return left && db_.run(
-                       "UPDATE events SET title=NULL, url=NULL WHERE id IN "
-                       "(SELECT id FROM events WHERE end < ? AND "
-                       "(title IS NOT NULL OR url IS NOT NULL) LIMIT ?)",
-                       {cutOff, kStep}) >= 0;
+    failed = left && !step(
+                         "UPDATE events SET title=NULL, url=NULL WHERE id IN "
+                         "(SELECT id FROM events WHERE end < ? AND "
+                         "(title IS NOT NULL OR url IS NOT NULL) LIMIT ?)",
+                         {cutOff, kStep});
+    return left && !failed;
   });
+  return stripped && !failed;
+}
+
+bool Retention::step(std::string_view sql, const Args& args) {
+  Transaction change(db_);
+  change.run(sql, args);
+  const bool stripped = change.changes() > 0;
+  if (!change.commit()) return false;
+  stripped_ = stripped_ || stripped;
+  return true;
 }
 
 }  // namespace orvanta

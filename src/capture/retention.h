@@ -1,22 +1,32 @@
 // Forgets what the user does not want kept for ever.
 #pragma once
 
+#include <atomic>
+#include <functional>
 #include <mutex>
 #include <stop_token>
 #include <thread>
 
 #include "base/clock.h"
+#include "capture/trusted_time.h"
 #include "storage/database.h"
 
 namespace orvanta {
 
 /// Removes title and URL from spans that ended longer ago than the setting "retention_days" says;
 /// the spans, their application and domain stay for the reports. Works in steps of some
-/// milliseconds, and leaves the store to others in between. From any thread.
+/// milliseconds, and leaves the store to others in between. What it has removed is in no file of
+/// the store any more. From any thread.
 class Retention {
  public:
+  using Erased = std::function<void(double before)>;
+
   /// `db` outlives the object, which ends the work under way when it is destroyed.
-  Retention(Database& db, Clock clock);
+  Retention(Database& db, Clock clock, UptimeClock uptime = machineUptime);
+
+  /// Is called on the working thread when what ended before that time, Unix seconds, has been
+  /// stripped.
+  void setErased(Erased erased);
 
   /// On the caller's thread, until it is done or asked to stop.
   void apply(const std::stop_token& stop = {});
@@ -28,12 +38,16 @@ class Retention {
  private:
   bool indexed();
   bool walk(double cutOff, const std::stop_token& stop);
-  void strip(double cutOff, const std::stop_token& stop);
+  bool strip(double cutOff, const std::stop_token& stop);
+  bool step(std::string_view sql, const Args& args);
 
   Database& db_;
-  const Clock clock_;
-  std::mutex mutex_;   // guards the next
-  std::jthread work_;  // last: it ends before what it uses
+  TrustedTime time_;
+  std::mutex erasedMutex_;  // guards the next
+  Erased erased_;
+  std::atomic<bool> stripped_ = false;  // since it was last applied
+  std::mutex mutex_;                    // guards the next
+  std::jthread work_;                   // last: it ends before what it uses
 };
 
 }  // namespace orvanta

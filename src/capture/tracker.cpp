@@ -5,12 +5,12 @@
 
 namespace orvanta {
 
-Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock)
+Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock, UptimeClock uptime)
     : db_(db),
       clock_(std::move(clock)),
       live_(clock_, db.setting("paused") == "1"),
-      engine_(db, collectors, live_, clock_),
-      retention_(db, clock_),
+      engine_(db, collectors, live_, clock_, uptime),
+      retention_(db, clock_, uptime),
       queue_("orvanta.tracker") {}
 
 void Tracker::start() {
@@ -19,8 +19,15 @@ void Tracker::start() {
   db_.log()("Orvanta: capture démarrée (" + db_.location().file().string() + ")");
 }
 
-void Tracker::setPaused(bool paused) {
-  queue_.post([this, paused] { engine_.setPaused(paused); });
+Written Tracker::setPaused(bool paused) {
+  live_.setPaused(paused);
+  if (paused) queue_.post([this] { engine_.pause(); });
+  return db_.setSetting("paused", paused ? "1" : "0");
+}
+
+void Tracker::forgetProject(int64_t project) {
+  if (live_.currentProjectId() == project) live_.setCurrentProjectId({});
+  queue_.post([this, project] { engine_.forgetProject(project); });
 }
 
 void Tracker::setLocked(bool locked) {

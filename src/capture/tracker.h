@@ -27,12 +27,14 @@ class Tracker {
   };
 
   /// `db` and `collectors` outlive the tracker. Starts paused when the setting "paused" is "1".
-  Tracker(Database& db, const Collectors& collectors, Clock clock = wallClock);
+  Tracker(Database& db, const Collectors& collectors, Clock clock = wallClock,
+          UptimeClock uptime = machineUptime);
 
   /// Begins: the first tick comes after 1 s, then one every 2 s.
   void start();
 
-  void setPaused(bool paused);
+  /// Holds at once; yields whether the choice is stored.
+  Written setPaused(bool paused);
   void setLocked(bool locked);
   /// `done` is called on the tracker's queue once the open span is closed.
   void willSleep(std::function<void()> done);
@@ -45,6 +47,12 @@ class Tracker {
 
   /// Stops looking and closes the open span; returns when it is stored. For the end of the program.
   void shutdown();
+
+  /// What is recorded from now on names this project no more. Returns at once.
+  void forgetProject(int64_t project);
+
+  /// Spans that could not be stored yet.
+  std::size_t waiting() const { return live_.waiting(); }
 
   /// See Retention::apply and Retention::start.
   void applyRetention() { retention_.apply(); }

@@ -1,16 +1,12 @@
 #include "classify/defaults.h"
 
 #include <array>
-#include <boost/json/array.hpp>
-#include <boost/json/serialize.hpp>
 #include <unordered_set>
 
 #include "base/text.h"
 
 namespace orvanta {
 namespace {
-
-namespace json = boost::json;
 
 // A domain is looked for inside the visited host, so an entry also catches its sub-domains, and
 // should be long enough not to catch strangers ("x.com" would be dropbox.com). Of two that match,
@@ -372,26 +368,28 @@ std::vector<DefaultRule> defaultRules() {
   return rules;
 }
 
-int seedDefaults(Database& db, const Clock& clock, bool force) {
-  if (!force && db.setting("rules_seeded") == "1") return 0;
+int addDefaults(Transaction& change, const Clock& clock) {
   std::unordered_set<std::string> present;
-  for (const auto& row : db.query("SELECT field, pattern FROM rules")) {
-    present.insert(keyOf(row.str("field").value_or(""), row.str("pattern").value_or("")));
-  }
-  json::array missing;
+  change.each("SELECT field, pattern FROM rules", {}, [&](const Cursor& row) {
+    present.insert(keyOf(row.str(0).value_or(""), row.str(1).value_or("")));
+  });
+  int added = 0;
+  const double now = clock();
   for (const auto& rule : defaultRules()) {
     if (present.contains(keyOf(rule.field, rule.pattern))) continue;
-    missing.push_back(json::array{rule.field, rule.pattern, rule.category});
+    change.run("INSERT INTO rules(field, pattern, category, priority, created) VALUES (?,?,?,?,?)",
+               {rule.field, rule.pattern, rule.category, kDefaultPriority, now});
+    ++added;
   }
-  // One statement for all of them: they are added together or, when that fails, at the next start.
-  if (!missing.empty() &&
-      db.run("INSERT INTO rules(field, pattern, category, priority, created) "
-             "SELECT value->>0, value->>1, value->>2, ?2, ?3 FROM json_each(?1)",
-             {json::serialize(missing), kDefaultPriority, clock()}) < 0) {
-    return 0;
-  }
-  db.setSetting("rules_seeded", "1");
-  return static_cast<int>(missing.size());
+  change.run("INSERT OR REPLACE INTO settings(key, value) VALUES ('rules_seeded', '1')");
+  return added;
+}
+
+int seedDefaults(Database& db, const Clock& clock) {
+  if (db.setting("rules_seeded") == "1") return 0;
+  Transaction change(db);
+  const int added = addDefaults(change, clock);
+  return change.commit() ? added : 0;
 }
 
 }  // namespace orvanta

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "base/clock.h"
-#include "storage/database.h"
+#include "storage/transaction.h"
 
 namespace orvanta {
 
@@ -22,10 +22,12 @@ struct DefaultRule {
 /// The 287 built-in rules. No two have the same field and pattern, whatever the case.
 std::vector<DefaultRule> defaultRules();
 
+/// Adds those that are missing and yields their number. A rule with the same field and pattern (in
+/// any case) suppresses the built-in one; existing rules are never changed.
+int addDefaults(Transaction& change, const Clock& clock);
+
 /// Writes the built-in rules into the store, once: later starts do nothing, so that a rule the user
-/// deleted stays deleted. With `force`, those missing are added again. A rule with the same field
-/// and pattern (in any case) suppresses the built-in one; existing rules are never changed. Yields
-/// the number of rules added.
-int seedDefaults(Database& db, const Clock& clock, bool force = false);
+/// deleted stays deleted. Yields the number of rules added, 0 when they could not be stored.
+int seedDefaults(Database& db, const Clock& clock);
 
 }  // namespace orvanta

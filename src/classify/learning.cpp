@@ -17,28 +17,28 @@ namespace json = boost::json;
 // Field and value of what an assignment may teach.
 using Key = std::pair<std::string_view, std::string>;
 
-std::set<Key> keysOf(Database& db, const std::vector<int64_t>& ids) {
+std::set<Key> keysOf(Transaction& change, const std::vector<int64_t>& ids) {
   std::set<Key> keys;
-  db.each("SELECT app, domain FROM events WHERE id IN (SELECT value FROM json_each(?))",
-          {json::serialize(json::array(ids.begin(), ids.end()))}, [&](const Cursor& row) {
-            const auto app = row.str(0);
-            const auto domain = row.str(1);
-            const auto value = domain ? domain : app;
-            if (value && !value->empty()) keys.emplace(domain ? "domain" : "app", *value);
-          });
+  change.each("SELECT app, domain FROM events WHERE id IN (SELECT value FROM json_each(?))",
+              {json::serialize(json::array(ids.begin(), ids.end()))}, [&](const Cursor& row) {
+                const auto app = row.str(0);
+                const auto domain = row.str(1);
+                const auto value = domain ? domain : app;
+                if (value && !value->empty()) keys.emplace(domain ? "domain" : "app", *value);
+              });
   return keys;
 }
 
-bool userHasRule(Database& db, const Key& key) {
+bool userHasRule(Transaction& change, const Key& key) {
   bool found = false;
-  db.each("SELECT 1 FROM rules WHERE field=? AND lower(pattern)=lower(?) AND priority>=0",
-          {key.first, key.second}, [&](const Cursor&) { found = true; });
+  change.each("SELECT 1 FROM rules WHERE field=? AND lower(pattern)=lower(?) AND priority>=0",
+              {key.first, key.second}, [&](const Cursor&) { found = true; });
   return found;
 }
 
 // Whether spans of the key carry this very assignment on two local days: those of the first and the
 // last of them.
-bool isHabit(Database& db, const Calendar& calendar, const Key& key,
+bool isHabit(Transaction& change, const Calendar& calendar, const Key& key,
              const std::optional<std::string>& category, std::optional<int64_t> projectId) {
   constexpr auto kOfDomain =
       "SELECT min(start), max(start) FROM events WHERE domain=? AND category IS ? "
@@ -47,10 +47,10 @@ bool isHabit(Database& db, const Calendar& calendar, const Key& key,
       "SELECT min(start), max(start) FROM events WHERE app=? AND domain IS NULL AND category IS ? "
       "AND project_id IS ? AND (category IS NOT NULL OR project_id IS NOT NULL)";
   bool habit = false;
-  db.each(key.first == "domain" ? kOfDomain : kOfApp, {key.second, category, projectId},
-          [&](const Cursor& row) {
-            habit = calendar.dateOf(row.dbl(0)) != calendar.dateOf(row.dbl(1));
-          });
+  change.each(key.first == "domain" ? kOfDomain : kOfApp, {key.second, category, projectId},
+              [&](const Cursor& row) {
+                habit = calendar.dateOf(row.dbl(0)) != calendar.dateOf(row.dbl(1));
+              });
   return habit;
 }
 
@@ -63,7 +63,7 @@ json::object LearnedRule::json() const {
           {"project", jsonOrNull(project)}};
 }
 
-std::vector<LearnedRule> afterManualAssign(Database& db, const Clock& clock,
+std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clock,
                                            const Calendar& calendar,
                                            const std::vector<int64_t>& ids,
                                            const std::optional<std::string>& category,
@@ -73,18 +73,18 @@ std::vector<LearnedRule> afterManualAssign(Database& db, const Clock& clock,
 
   std::optional<std::string> project;
   if (projectId) {
-    const auto projects = loadProjects(db);
+    const auto projects = loadProjects(change.database());
     const auto found = projects.find(*projectId);
     if (found != projects.end()) project = found->second.name;
   }
   std::vector<LearnedRule> learned;
-  for (const auto& key : keysOf(db, ids)) {
-    if (userHasRule(db, key) || !isHabit(db, calendar, key, category, projectId)) continue;
-    db.run(
+  for (const auto& key : keysOf(change, ids)) {
+    if (userHasRule(change, key) || !isHabit(change, calendar, key, category, projectId)) continue;
+    const auto id = change.run(
         "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
         "VALUES (?,?,?,?,0,?)",
         {key.first, key.second, category, projectId, clock()});
-    learned.push_back({std::string(key.first), key.second, category, project});
+    learned.push_back({id, std::string(key.first), key.second, category, project});
   }
   return learned;
 }

@@ -9,12 +9,13 @@
 
 #include "base/calendar.h"
 #include "base/clock.h"
-#include "storage/database.h"
+#include "storage/transaction.h"
 
 namespace orvanta {
 
 /// A rule that was learnt.
 struct LearnedRule {
+  int64_t id = 0;
   std::string field;  ///< "domain" or "app"
   std::string pattern;
   std::optional<std::string> category;
@@ -25,11 +26,12 @@ struct LearnedRule {
 };
 
 /// Turns a repeated habit into rules: call it after `category` and `projectId` were stored on the
-/// spans `ids`. For each of their domains (their applications where there is no domain) that has no
-/// rule of the user and carries exactly this assignment on spans of at least two local days, adds a
-/// rule and yields it. Learns nothing when both are absent, and nothing for a category with a
-/// single quote in it: no category of ours has one. What cannot be read teaches nothing.
-std::vector<LearnedRule> afterManualAssign(Database& db, const Clock& clock,
+/// spans `ids`, in the same transaction. For each of their domains (their applications where there
+/// is no domain) that has no rule of the user and carries exactly this assignment on spans of at
+/// least two local days, adds a rule and yields it. Learns nothing when both are absent, and
+/// nothing for a category with a single quote in it: no category of ours has one. What cannot be
+/// read teaches nothing.
+std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clock,
                                            const Calendar& calendar,
                                            const std::vector<int64_t>& ids,
                                            const std::optional<std::string>& category,

@@ -83,6 +83,15 @@ class DayTotals {
   Total* day_ = nullptr;  // that of bounds_
 };
 
+// The report, which says so when it does not show all that is recorded.
+json::object whole(json::object report, const SpanReader& reader) {
+  if (!reader.whole()) {
+    report["incomplete"] =
+        "Une partie du fichier des données est illisible : ce rapport n'est pas complet.";
+  }
+  return report;
+}
+
 json::array byName(const Projects& projects) {
   std::vector<const Project*> sorted;
   for (const auto& [id, project] : projects) sorted.push_back(&project);
@@ -112,15 +121,16 @@ json::object Analytics::day(const std::optional<std::string>& text) const {
   const double minSeconds = parseNumber(db_.setting("min_block_seconds")).value_or(kShortestBlock);
   Extent extent;
   for (const auto& ev : spans) extent.add(ev);
-  return {{"date", date.iso()},
-          {"start", bounds.start},
-          {"end", bounds.end},
-          {"first", jsonOrNull(extent.first)},
-          {"last", jsonOrNull(extent.last)},
-          {"segments", segments(spans)},
-          {"blocks", blocks(spans, minSeconds)},
-          {"totals", aggJson(aggregate(spans), reader.projects())},
-          {"projects", byName(reader.projects())}};
+  return whole({{"date", date.iso()},
+                {"start", bounds.start},
+                {"end", bounds.end},
+                {"first", jsonOrNull(extent.first)},
+                {"last", jsonOrNull(extent.last)},
+                {"segments", segments(spans)},
+                {"blocks", blocks(spans, minSeconds)},
+                {"totals", aggJson(aggregate(spans), reader.projects())},
+                {"projects", byName(reader.projects())}},
+               reader);
 }
 
 json::object Analytics::totals(const std::optional<std::string>& text) const {
@@ -165,18 +175,22 @@ json::object Analytics::week(const std::optional<std::string>& text) const {
                     {"first", jsonOrNull(extent.first)},
                     {"last", jsonOrNull(extent.last)}});
   }
-  return {{"monday", monday.iso()},
-          {"days", std::move(list)},
-          {"by_category", byCategoryJson(byCat)},
-          {"by_project", byProjectJson(byProj, reader.projects())}};
+  return whole({{"monday", monday.iso()},
+                {"days", std::move(list)},
+                {"by_category", byCategoryJson(byCat)},
+                {"by_project", byProjectJson(byProj, reader.projects())}},
+               reader);
 }
 
 json::object Analytics::recap(const std::optional<std::string>& text) const {
   const auto monday = parseDate(text).monday();
   SpanReader reader(db_);
-  return {{"monday", monday.iso()},
-          {"current", summary(reader, monday)},
-          {"previous", summary(reader, monday.plusDays(-kDaysPerWeek))}};
+  auto current = summary(reader, monday);
+  auto previous = summary(reader, monday.plusDays(-kDaysPerWeek));
+  return whole({{"monday", monday.iso()},
+                {"current", std::move(current)},
+                {"previous", std::move(previous)}},
+               reader);
 }
 
 json::object Analytics::summary(SpanReader& reader, const Date& monday) const {
@@ -212,7 +226,7 @@ json::array Analytics::suggestions() const {
   return finder.suggestions();
 }
 
-void Analytics::exportCsv(const std::optional<std::string>& from,
+bool Analytics::exportCsv(const std::optional<std::string>& from,
                           const std::optional<std::string>& to,
                           const std::function<void(std::string_view)>& write) const {
   const TimeRange range{calendar_.startOf(parseDate(from)),
@@ -221,6 +235,7 @@ void Analytics::exportCsv(const std::optional<std::string>& from,
   CsvWriter csv(calendar_, reader.projects(), write);
   if (range.start < range.end) reader.stream(range, [&](const Ev& ev) { csv.add(ev); });
   csv.finish();
+  return reader.whole();
 }
 
 }  // namespace orvanta

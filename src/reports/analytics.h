@@ -17,7 +17,9 @@ namespace orvanta {
 class SpanReader;
 
 /// Builds each report from the store at the moment it is asked for. Reports never fail: missing
-/// data gives empty lists and zero totals. Holds no state; may be called from any thread.
+/// data gives empty lists and zero totals, and a report of a day, a week or two that could not read
+/// all of its spans says so under "incomplete", in a French sentence. Holds no state; may be called
+/// from any thread.
 class Analytics {
  public:
   /// `db` outlives it.
@@ -44,8 +46,8 @@ class Analytics {
   /// The spans of the days `from` to `to`, both included, as CSV; `write` gets it piece by piece,
   /// so that a long range takes no more memory than a short one. Only the header when `to` is
   /// before `from`. A date that is absent or none means today. `write` must not call into the
-  /// database.
-  void exportCsv(const std::optional<std::string>& from, const std::optional<std::string>& to,
+  /// database. False when some of the spans could not be read.
+  bool exportCsv(const std::optional<std::string>& from, const std::optional<std::string>& to,
                  const std::function<void(std::string_view)>& write) const;
 
  private:

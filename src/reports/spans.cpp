@@ -26,8 +26,9 @@ Ev SpanReader::read(const Cursor& row, const TimeRange& range) {
 
 void SpanReader::walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit) {
   const auto args = OverlapQuery::args(range);
-  db_.scan(query().longBefore, args, visit);
-  db_.scan(query().fromShortlyBefore, args, visit);
+  for (const auto& sql : {query().longBefore, query().fromShortlyBefore}) {
+    whole_ = db_.scan(sql, args, visit) && whole_;
+  }
 }
 
 void SpanReader::each(const TimeRange& range, const std::function<void(const Ev&)>& visit) {

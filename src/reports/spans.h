@@ -49,6 +49,9 @@ class SpanReader {
   /// All of them, for reports that go over them more than once.
   std::vector<Ev> all(const TimeRange& range);
 
+  /// False once something could not be read: what was shown is not all.
+  bool whole() const { return whole_; }
+
   const Projects& projects() const { return projects_; }
   const std::vector<Rule>& rules() const { return rules_; }
 
@@ -57,6 +60,7 @@ class SpanReader {
   void walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit);
 
   Database& db_;
+  bool whole_ = true;
   const std::vector<Rule> rules_;
   const Projects projects_;
 

@@ -22,8 +22,18 @@ class Connection {
   /// shows whether it is a database at all. Nothing is held when that fails.
   Connection(const std::filesystem::path& file, int flags);
 
+  /// Opens a file where nothing can be written, not even the files that SQLite keeps beside it
+  /// while it reads: as it is, without what its write-ahead log holds.
+  static Connection immutable(const std::filesystem::path& file);
+
   explicit operator bool() const { return handle_ != nullptr; }
   sqlite3* get() const { return handle_.get(); }
+  /// SQLite's extended code of the failure to open it, SQLITE_OK without one.
+  int code() const { return code_; }
+  /// The errno behind it, 0 if none.
+  int systemError() const { return systemError_; }
+  /// Whether it can only be read.
+  bool readOnly() const { return handle_ && sqlite3_db_readonly(handle_.get(), "main") != 0; }
 
   /// The statement of this text, compiled at its first use and kept; null when it does not compile.
   /// An index that it names and that the file lacks, since it could never be brought up to date, is
@@ -41,7 +51,11 @@ class Connection {
     }
   };
 
+  void open(const std::string& name, int flags);
+
   std::unique_ptr<sqlite3, Close> handle_;
+  int code_ = SQLITE_OK;
+  int systemError_ = 0;
   std::unordered_map<std::string, Statement, Hash, std::equal_to<>> statements_;
 };
 

@@ -1,35 +1,46 @@
 // The one SQLite file in which everything is kept.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <set>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/clock.h"
 #include "base/log.h"
 #include "storage/connection.h"
 #include "storage/data_location.h"
 #include "storage/statement.h"
+#include "storage/store_health.h"
 #include "storage/value.h"
+#include "storage/written.h"
 
 namespace orvanta {
 
+class Transaction;
+
 /// The single owner of the database file. Every operation may be called from any thread and blocks
-/// until it is done; one statement runs at a time, but for scan(). None throws: a failure yields
-/// false, -1 or an empty list, is logged, and is told to the error-report hook. The program runs on
-/// without a usable file, with nothing in it; a file that is not a database is left as it is.
+/// until it is done; one statement runs at a time, but for scan(). A write waits up to two seconds
+/// for another program that holds the file, and nobody else waits with it. None throws: a failure
+/// yields a Written that says so, false or an empty list, is logged, and is told to the
+/// error-report hook. The program runs on without a usable file, with nothing in it. What belongs
+/// together is written in a Transaction.
 ///
 /// What is wrong with the file itself (read-only, disk full, damaged) would fail every statement of
 /// every tick: it is told once, and again only after a write has succeeded in between.
 class Database {
  public:
   using ErrorReport = std::function<void(const std::string& message)>;
+  using Settings = std::map<std::string, std::string>;
 
-  /// Prepares the location, opens the file and brings it up to date.
-  explicit Database(DataLocation where, Log log = systemLog);
+  /// Prepares the location, opens the file and brings it up to date; writes nothing when it is.
+  /// `beforeUpgrade` is called while a file of an older form is as it was.
+  explicit Database(DataLocation where, Log log = systemLog, Clock clock = wallClock,
+                    const std::function<void()>& beforeUpgrade = {});
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
@@ -40,25 +51,23 @@ class Database {
   /// It may use the database.
   void setErrorReport(ErrorReport report);
 
-  /// Several statements without parameters. True on success.
-  bool exec(const std::string& sql);
+  /// Several statements without parameters.
+  Written exec(const std::string& sql);
 
-  /// One statement. After success the row id that the connection inserted last (meaningful after
-  /// INSERT only), -1 on failure. A UNIQUE conflict and a repeated ADD COLUMN fail silently.
-  int64_t run(std::string_view sql, const Args& args = {});
+  /// One statement. A UNIQUE conflict and a repeated ADD COLUMN fail silently.
+  Written run(std::string_view sql, const Args& args = {});
 
   /// All rows; empty on failure, the rows before the error when it comes late.
   std::vector<Row> query(std::string_view sql, const Args& args = {});
 
-  /// Like query, but shows each row to `visit` in place, without copying it. `visit` must not call
-  /// into the database: it would wait for itself.
-  void each(std::string_view sql, const Args& args,
+  /// Like query, but shows each row to `visit` in place, without copying it; false when those were
+  /// not all. `visit` must not call into the database: it would disturb the rows.
+  bool each(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
   /// Like each, for the long reads of reports: on a connection of its own, which only reads and
-  /// sees all that has been written. A scan keeps another scan waiting, but nothing else. An error
-  /// in the middle of it is logged: what has been shown until then is not all.
-  void scan(std::string_view sql, const Args& args,
+  /// sees all that has been written. A scan keeps another scan waiting, but nothing else.
+  bool scan(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
   /// Gives back what scans hold to be quick when they are asked the same again.
@@ -68,27 +77,96 @@ class Database {
   /// another; to be asked before what is read and kept.
   int64_t revision();
 
-  /// The stored value, else the default, else "".
+  /// The stored value, else the default, else "". What was set and could not be stored holds all
+  /// the same until the program ends, and is stored by look() as soon as that is possible.
   std::string setting(const std::string& key);
-  void setSetting(const std::string& key, const std::string& value);
   /// The defaults overlaid by what is stored.
-  std::map<std::string, std::string> allSettings();
+  Settings allSettings();
+  /// The same without waiting for anybody; absent when the store is busy or cannot be read.
+  std::optional<Settings> settingsNow();
+  Written setSetting(const std::string& key, const std::string& value);
+  /// All of them are stored, or none.
+  Written setSettings(const Settings& values);
+
+  /// What is wrong with the file, if anything.
+  std::optional<StoreHealth::Condition> condition() const { return health_.condition(); }
+  /// A French sentence for the user that says why this was not stored.
+  static std::string whyNot(const Written& written);
+  /// False for a file that could not be opened.
+  bool readable();
+
+  /// To be called every few seconds: opens the file again where it was taken away, replaced by
+  /// another or could not be opened, and stores the settings that wait. Does nothing while another
+  /// thread is at work.
+  void look();
+  /// Counts the files opened one after the other: a row id of one means nothing in the next.
+  int64_t generation() const { return generation_; }
+  /// Is called by look() on its caller's thread when the file has become another, with a French
+  /// sentence that says so. It may use the database.
+  void setReplaced(std::function<void(const std::string& sentence)> replaced);
+
+  /// Lets `work` put another file in the place of ours: nothing has it open meanwhile, and every
+  /// other caller waits. Opens what is there afterwards. Yields what `work` yields.
+  bool exchange(const std::function<bool()>& work);
+
+  /// Empties the write-ahead log into the file, so that what was erased is in neither. False when a
+  /// reader of another program is in the way.
+  bool truncateLog();
 
  private:
-  bool worthTelling(int code);
-  void report(const std::string& message);
+  friend class Transaction;
+  using Attempt = std::function<Written()>;
+  struct Identity {
+    uint64_t device = 0;
+    uint64_t number = 0;
+    friend bool operator==(const Identity&, const Identity&) = default;
+  };
 
-  DataLocation where_;
-  Log log_;
-  std::mutex reportMutex_;
+  // To be called with mutex_ held.
+  void open();
+  void openReadOnly();
+  void bringUpToDate();
+  Written execLocked(const std::string& sql);
+  Written runLocked(std::string_view sql, const Args& args);
+  enum class Tell { Log, LogAndReport };
+  Written failed(int code, std::string_view sql, Tell tell = Tell::LogAndReport);
+  std::optional<Identity> identity() const;
+  std::optional<Settings> storedSettings();
+  std::string replaceFile();
+
+  Written patiently(const Attempt& attempt);
+  Written storeSettings(Transaction& change, const Settings& values);
+  void storeWaiting();
+  void tell();
+
+  const DataLocation where_;
+  const Log log_;
+  const std::function<void()> beforeUpgrade_;
+  StoreHealth health_;
+
+  std::mutex hookMutex_;  // guards the next three
   ErrorReport report_;
+  std::function<void(const std::string&)> replaced_;
+  struct Untold {
+    std::string message;
+    std::string sql;
+    Tell tell;
+  };
+  std::vector<Untold> untold_;
 
-  std::mutex mutex_;  // guards the next two: one statement at a time
+  std::recursive_mutex mutex_;  // guards the next: one statement at a time
   Connection connection_;
-  std::set<int> told_;  // conditions of the file, by SQLite's code, told since the last good write
+  std::optional<Identity> identity_;  // of the open file
+  bool upToDate_ = false;
+  bool upgrading_ = false;
+  int depth_ = 0;  // of transactions
 
-  std::mutex scanMutex_;  // guards the next
+  std::mutex settingsMutex_;  // guards the next
+  Settings waiting_;          // set, and not stored yet
+
+  std::mutex scanMutex_;  // guards the next; taken after mutex_ where both are
   Connection scanner_;    // opened by the first scan
+  std::atomic<int64_t> generation_ = 0;
 };
 
 }  // namespace orvanta

@@ -1,6 +1,15 @@
 #include "storage/schema.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <span>
+#include <string_view>
+
 #include "storage/database.h"
+#include "storage/transaction.h"
 
 namespace orvanta {
 namespace {
@@ -46,20 +55,79 @@ const std::map<std::string, std::string>& defaultSettings() {
   return defaults;
 }
 
-void migrate(Database& db) {
-  db.exec(kSchema);
-  for (const std::string column : {"external_id TEXT", "client TEXT", "keywords TEXT"}) {
-    db.run("ALTER TABLE projects ADD COLUMN " + column);
+namespace {
+
+// Columns of `projects` that the first version did not have.
+constexpr std::array<const char*, 3> kLaterColumns{"external_id", "client", "keywords"};
+constexpr std::array<std::string_view, 8> kObjects{
+    "events",          "projects",          "rules",           "settings", "idx_events_end",
+    "idx_events_long", "idx_events_manual", "idx_events_start"};
+constexpr auto kObsolete =
+    "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')";
+
+// Text of every row's first column.
+std::set<std::string, std::less<>> names(Database& db, std::string_view sql) {
+  std::set<std::string, std::less<>> found;
+  db.each(sql, {}, [&](const Cursor& row) { found.emplace(row.str(0).value_or("")); });
+  return found;
+}
+
+bool settingsComplete(Database& db) {
+  const auto keys = names(db, "SELECT key FROM settings");
+  const auto& defaults = defaultSettings();
+  return std::all_of(defaults.begin(), defaults.end(),
+                     [&](const auto& entry) { return keys.contains(entry.first); }) &&
+         names(db, std::string("SELECT key FROM settings WHERE key IN ") + kObsolete).empty();
+}
+
+int versionOf(Database& db) {
+  int64_t version = 0;
+  db.each("PRAGMA user_version", {}, [&](const Cursor& row) { version = row.int_(0).value_or(0); });
+  return static_cast<int>(version);
+}
+
+bool writesAhead(Database& db) {
+  return names(db, "PRAGMA journal_mode").contains("wal");
+}
+
+}  // namespace
+
+StoreAge ageOf(Database& db) {
+  const auto objects = names(db, "SELECT name FROM sqlite_master");
+  if (objects.empty()) return StoreAge::New;
+  const auto columns = names(db, "SELECT name FROM pragma_table_info('projects')");
+  const auto has = [&](const auto& wanted) {
+    return std::all_of(wanted.begin(), wanted.end(),
+                       [&](auto name) { return objects.contains(name) || columns.contains(name); });
+  };
+  const std::span tables(kObjects.begin(), 4);
+  if (!has(tables) || !has(kLaterColumns)) return StoreAge::Older;
+  const bool current = has(kObjects) && !objects.contains("calendar_links") &&
+                       versionOf(db) >= kSchemaVersion && writesAhead(db) && settingsComplete(db);
+  return current ? StoreAge::Current : StoreAge::Unkempt;
+}
+
+bool migrate(Database& db) {
+  Transaction change(db, Patience::None);
+  change.exec(kSchema);
+  const auto columns = names(db, "SELECT name FROM pragma_table_info('projects')");
+  for (const std::string column : kLaterColumns) {
+    if (!columns.contains(column))
+      change.exec("ALTER TABLE projects ADD COLUMN " + column + " TEXT");
   }
-  db.exec(kLongSpanIndex);
-  db.exec(kManualIndex);
+  change.exec(kLongSpanIndex);
+  change.exec(kManualIndex);
   for (const auto& [key, value] : defaultSettings()) {
-    db.run("INSERT OR IGNORE INTO settings(key, value) VALUES (?, ?)", {key, value});
+    change.run("INSERT OR IGNORE INTO settings(key, value) VALUES (?, ?)", {key, value});
   }
-  db.run(
-      "DELETE FROM settings WHERE key IN "
-      "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')");
-  db.run("DROP TABLE IF EXISTS calendar_links");
+  change.exec(std::string("DELETE FROM settings WHERE key IN ") + kObsolete);
+  change.exec("DROP TABLE IF EXISTS calendar_links");
+  if (versionOf(db) < kSchemaVersion) {
+    change.exec(fmt::format("PRAGMA user_version={}", kSchemaVersion));
+  }
+  if (!change.commit()) return false;
+  if (!writesAhead(db)) db.exec("PRAGMA journal_mode=WAL").forget();
+  return true;
 }
 
 }  // namespace orvanta

@@ -16,8 +16,23 @@ const std::map<std::string, std::string>& defaultSettings();
 /// SpanReader. A night away from the machine is one; a working day has none.
 inline constexpr double kLongSpan = 14400;
 
+/// The form of the tables, as PRAGMA user_version holds it. A file of a later form is left as it
+/// is.
+inline constexpr int kSchemaVersion = 1;
+
+enum class StoreAge {
+  New,      ///< nothing in it yet
+  Older,    ///< tables or columns are missing
+  Unkempt,  ///< only an index, a setting or the version number is missing, or an old one too many
+  Current,  ///< nothing is to be written
+};
+
+/// Only reads.
+StoreAge ageOf(Database& db);
+
 /// Creates what is missing, adds columns of later versions, fills missing settings and drops what
-/// no version reads any more. Never overwrites a stored value; safe to repeat at every start.
-void migrate(Database& db);
+/// no version reads any more: all of it or, where that fails, nothing. Never overwrites a stored
+/// value. Does not wait for another program: false, and to be repeated.
+bool migrate(Database& db);
 
 }  // namespace orvanta

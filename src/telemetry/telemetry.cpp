@@ -64,24 +64,28 @@ bool Telemetry::enabled() const {
   return db_.setting("telemetry") == "1";
 }
 
-void Telemetry::setEnabled(bool on) {
-  db_.setSetting("telemetry", on ? "1" : "0");
-  if (on) {
-    if (db_.setting("install_id").empty()) db_.setSetting("install_id", newInstallId());
-    daily();
-  } else {
-    db_.setSetting("install_id", "");
+Written Telemetry::setEnabled(bool on) {
+  Database::Settings settings{{"telemetry", on ? "1" : "0"}};
+  if (!on) {
+    settings["install_id"] = "";
+  } else if (db_.setting("install_id").empty()) {
+    settings["install_id"] = newInstallId();
   }
+  auto written = db_.setSettings(settings);
+  if (on) daily();
+  return written;
 }
 
 void Telemetry::daily() {
   if (!enabled()) return;
   const auto today = todayIso();
   if (db_.setting("telemetry_first_sent").empty()) {
-    send("first_launch", {}, [this, today] { db_.setSetting("telemetry_first_sent", today); });
+    send("first_launch", {},
+         [this, today] { db_.setSetting("telemetry_first_sent", today).forget(); });
   }
   if (db_.setting("telemetry_last_heartbeat") != today) {
-    send("heartbeat", {}, [this, today] { db_.setSetting("telemetry_last_heartbeat", today); });
+    send("heartbeat", {},
+         [this, today] { db_.setSetting("telemetry_last_heartbeat", today).forget(); });
   }
   checkUpdate();
 }

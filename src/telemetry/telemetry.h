@@ -51,7 +51,7 @@ class Telemetry {
 
   bool enabled() const;
   /// Switching on makes a random identifier of this installation, switching off forgets it.
-  void setEnabled(bool on);
+  Written setEnabled(bool on);
 
   /// For the launch, and once an hour.
   void daily();

@@ -32,14 +32,15 @@ class EngineTest : public testing::Test {
 
   Row lastSpan() { return store.db.query("SELECT * FROM events ORDER BY id DESC LIMIT 1").front(); }
 
-  void jump(double seconds) { clock.now = clock.now + seconds; }
+  void sleep(double seconds) { clock.sleep(seconds); }
+  void setClock(double seconds) { clock.step(seconds); }
 
   test::TempStore store;
   test::FakeDesktop desktop;
   test::FakeClock clock;
   const double begin = clock.now;
   LiveState live{clock.read(), false};
-  Engine engine{store.db, desktop.collectors, live, clock.read()};
+  Engine engine{store.db, desktop.collectors, live, clock.read(), clock.uptime()};
 };
 
 TEST_F(EngineTest, AnOpenSpanIsAtMostTenSecondsBehindInTheStore) {
@@ -57,15 +58,15 @@ TEST_F(EngineTest, AnOpenSpanIsAtMostTenSecondsBehindInTheStore) {
 TEST_F(EngineTest, ATickThatIsEarlyByAHairCounts) {
   const auto hair = 0.01;
   desktop.show("A");
-  jump(hair);
+  setClock(hair);
   run(2);
-  jump(-hair);
+  setClock(-hair);
   run(10);
   EXPECT_EQ(lastSpan().dbl("end"), clock.now);
   desktop.show("B");
-  jump(hair);
+  setClock(hair);
   run(2);
-  jump(-hair);
+  setClock(-hair);
   run(8);
   EXPECT_EQ(lastSpan().str("app"), "B");
 }
@@ -152,12 +153,12 @@ TEST_F(EngineTest, AGapIsIdleTimeAndALongOneEndsTheProject) {
   live.setCurrentProjectId(5);
   desktop.show("A");
   run(10);
-  jump(1800);
+  sleep(1800);
   engine.tick();
   EXPECT_EQ(live.currentProjectId(), 5);
   run(10);
   EXPECT_EQ(lastSpan().int_("project_id"), 5);
-  jump(3700);
+  sleep(3700);
   engine.tick();
   engine.finish();
   EXPECT_FALSE(live.currentProjectId() || live.currentProjectSince());
@@ -169,11 +170,11 @@ TEST_F(EngineTest, AGapIsIdleTimeAndALongOneEndsTheProject) {
 TEST_F(EngineTest, SleepEndsTheSpanAndIsCountedOnce) {
   desktop.show("A");
   run(10);
-  jump(1);
+  sleep(1);
   engine.willSleep();
-  jump(1);
+  sleep(1);
   engine.tick();  // still awake for a moment
-  jump(600);
+  sleep(600);
   engine.didWake();
   desktop.idle = 500;  // the machine was woken by its clock
   engine.tick();
@@ -185,7 +186,7 @@ TEST_F(EngineTest, SleepEndsTheSpanAndIsCountedOnce) {
 TEST_F(EngineTest, NewsOfSleepThatArrivesAfterItDoesNotCountTheSleep) {
   desktop.show("A");
   run(10);
-  jump(600);
+  sleep(600);
   engine.willSleep();
   engine.didWake();
   engine.tick();
@@ -195,14 +196,13 @@ TEST_F(EngineTest, NewsOfSleepThatArrivesAfterItDoesNotCountTheSleep) {
 TEST_F(EngineTest, PausedMeansNothingButGapsIsRecorded) {
   desktop.show("A");
   run(10);
-  engine.setPaused(true);
-  EXPECT_EQ(store.db.setting("paused"), "1");
+  live.setPaused(true);
+  engine.pause();
   run(100);
-  jump(60);
+  sleep(60);
   engine.tick();
   run(10);
-  engine.setPaused(false);
-  EXPECT_EQ(store.db.setting("paused"), "0");
+  live.setPaused(false);
   run(2);
   EXPECT_EQ(spans(), (Spans{"A 2-10", "Inactif 110-170", "A 182-182"}));
 }
@@ -210,10 +210,10 @@ TEST_F(EngineTest, PausedMeansNothingButGapsIsRecorded) {
 TEST_F(EngineTest, AClockSetBackNeverShortensWhatIsRecorded) {
   desktop.show("A");
   run(100);
-  jump(-7);  // a correction: time stands still until the clock has caught up
+  setClock(-7);  // a correction: time stands still until the clock has caught up
   run(20);
   EXPECT_EQ(spans(), Spans{"A 2-113"});
-  jump(-3600);  // the user set the clock
+  setClock(-3600);  // the user set the clock
   run(20);
   engine.finish();
   EXPECT_EQ(spans(), (Spans{"A 2-113", "A -3485--3467"}));

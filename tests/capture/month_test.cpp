@@ -51,10 +51,10 @@ class Life {
         engine_.setLocked(true);
         break;
       case 3:  // lid closed
-        clock_.now = clock_.now + 30 + upTo(40000);
+        clock_.sleep(30 + upTo(40000));
         break;
       case 4:  // a small correction of the clock: time stands still, nothing is lost
-        clock_.now = clock_.now - upTo(15);
+        clock_.step(-upTo(15));
         left_ += 15;
         break;
       case 5:
@@ -83,7 +83,7 @@ TEST(Month, SpansFollowEachOtherAndAddUpToTheClock) {
   test::FakeDesktop desktop;
   test::FakeClock clock;
   LiveState live(clock.read(), false);
-  Engine engine(store.db, desktop.collectors, live, clock.read());
+  Engine engine(store.db, desktop.collectors, live, clock.read(), clock.uptime());
   Life life(desktop, clock, engine);
   const double begin = clock.now + 2;  // of the first tick, which opens the first span
   for (int i = 0; i < kTicks; ++i) {

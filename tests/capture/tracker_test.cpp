@@ -37,7 +37,7 @@ TEST(Tracker, PausesAndSleepsInTheOrderAsked) {
   {
     Tracker tracker(store.db, desktop.collectors);
     EXPECT_FALSE(tracker.paused());
-    tracker.setPaused(true);
+    tracker.setPaused(true).forget();
     tracker.shutdown();
     EXPECT_TRUE(tracker.paused());
     std::promise<void> asleep;
@@ -61,7 +61,7 @@ TEST(Tracker, IsReadAndSteeredFromOtherThreads) {
       for (int64_t i = 0; wallClock() < end; ++i) {
         tracker.setCurrentProjectId(i);
         tracker.setLocked(i % 7 == 0);
-        tracker.setPaused(i % 5 == 0);
+        tracker.setPaused(i % 5 == 0).forget();
         (void)tracker.current();
         (void)tracker.paused();
         (void)tracker.currentProjectId();
@@ -70,7 +70,7 @@ TEST(Tracker, IsReadAndSteeredFromOtherThreads) {
     }));
   }
   others.clear();
-  tracker.setPaused(false);
+  tracker.setPaused(false).forget();
   tracker.shutdown();
   EXPECT_FALSE(tracker.paused());
   EXPECT_TRUE(tracker.currentProjectSince());
@@ -89,6 +89,7 @@ TEST(Tracker, RetentionBlanksOldTitlesAndKeepsTheTime) {
   const auto titles = [&] {
     return store.db.query("SELECT 1 FROM events WHERE title NOT NULL AND url NOT NULL").size();
   };
+  store.db.run("INSERT INTO events(start,end,app) VALUES (0,?,'A')", {clock.now.load()});
   addSpan(29.9);
   addSpan(30.1);
   for (const auto* off : {"0", "-3", "", "30.5", "trente", "99999999999999999999"}) {

@@ -43,7 +43,9 @@ TEST(Defaults, AreSeededOnceAndAgainWhenForced) {
             286U);
   store.db.run("DELETE FROM rules WHERE pattern IN ('Finder', 'Plans', 'github.com')");
   EXPECT_EQ(seedDefaults(store.db, fixed), 0);
-  EXPECT_EQ(seedDefaults(store.db, fixed, true), 3);
+  Transaction change(store.db);
+  EXPECT_EQ(addDefaults(change, fixed), 3);
+  EXPECT_TRUE(change.commit());
   EXPECT_EQ(loadRules(store.db).size(), 287U);
 }
 

@@ -26,11 +26,13 @@ class LearningTest : public testing::Test {
   Found learn(const std::vector<int64_t>& ids, const std::optional<std::string>& category,
               std::optional<int64_t> project = {}) {
     Found found;
+    Transaction change(store.db);
     for (const auto& rule : afterManualAssign(
-             store.db, [] { return 42.0; }, calendar, ids, category, project)) {
+             change, [] { return 42.0; }, calendar, ids, category, project)) {
       found.push_back(rule.field + "|" + rule.pattern + "|" + rule.category.value_or("-") + "|" +
                       rule.project.value_or("-"));
     }
+    EXPECT_TRUE(change.commit());
     return found;
   }
 

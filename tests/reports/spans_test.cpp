@@ -10,7 +10,7 @@
 namespace orvanta {
 namespace {
 
-int64_t add(Database& db, double start, double end) {
+int64_t add(test::TestDatabase& db, double start, double end) {
   return db.run("INSERT INTO events(start,end,app) VALUES (?,?,'A')", {start, end});
 }
 

@@ -16,6 +16,7 @@ namespace fs = std::filesystem;
 using test::LogLines;
 using test::TempFolder;
 using test::TempStore;
+using test::TestDatabase;
 
 unsigned modeOf(const fs::path& path) {
   struct stat info {};
@@ -60,7 +61,7 @@ TEST(Database, TightensTheModesOfWhatItFinds) {
   std::ofstream(where.file()).close();
   chmod(where.dir.c_str(), 0755);
   chmod(where.file().c_str(), 0644);
-  const Database db(where, LogLines().sink());
+  const TestDatabase db(where, LogLines().sink());
   EXPECT_EQ(modeOf(where.dir), 0700U);
   EXPECT_EQ(modeOf(where.file()), 0600U);
 }
@@ -71,7 +72,7 @@ TEST(Database, MovesLegacyDataOnceAndBringsThemUpToDate) {
   makeLegacyStore(where);
   LogLines log;
   {
-    Database db(where, log.sink());
+    TestDatabase db(where, log.sink());
     EXPECT_EQ(log.lines(), std::vector<std::string>{"Orvanta: données migrées depuis Lumaplan"});
     EXPECT_FALSE(fs::exists(where.legacyDir));
     EXPECT_EQ(db.setting("idle_threshold"), "240");
@@ -81,7 +82,7 @@ TEST(Database, MovesLegacyDataOnceAndBringsThemUpToDate) {
   }
   // Another legacy folder is none of our business any more.
   makeLegacyStore(where);
-  Database again(where, log.sink());
+  TestDatabase again(where, log.sink());
   EXPECT_TRUE(fs::exists(where.legacyDir));
   EXPECT_EQ(log.lines().size(), 1U);
   EXPECT_EQ(again.setting("idle_threshold"), "240");
@@ -93,7 +94,7 @@ TEST(Database, SettingsFallBackToTheirDefaults) {
   EXPECT_EQ(store.db.setting("inconnu"), "");
   store.db.setSetting("idle_threshold", "90");
   store.db.run("INSERT OR REPLACE INTO settings VALUES ('privacy_mode', NULL)");
-  Database reopened(store.folder.location(), store.log.sink());
+  TestDatabase reopened(store.folder.location(), store.log.sink());
   EXPECT_EQ(reopened.setting("idle_threshold"), "90");
   EXPECT_EQ(reopened.setting("privacy_mode"), "full");
   EXPECT_EQ(reopened.allSettings().at("privacy_mode"), "full");
@@ -142,7 +143,7 @@ TEST(Database, TypedAccessorsDoNotConvertBetweenTextAndNumbers) {
 
 TEST(Database, RevisionGrowsWithEveryChangeAndNothingElse) {
   TempStore store;
-  Database other(store.folder.location());
+  TestDatabase other(store.folder.location());
   int64_t last = store.db.revision();
   const auto grown = [&] { return std::exchange(last, store.db.revision()) < last; };
   EXPECT_FALSE(grown());

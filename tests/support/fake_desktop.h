@@ -50,8 +50,25 @@ struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
 /// Starts on 14 November 2023, 22:13:20 UTC.
 struct FakeClock {
   std::atomic<double> now = 1'700'000'000.0;
+  std::atomic<double> slept = 0;  ///< seconds of the time that has passed
+  std::atomic<double> set = 0;    ///< seconds that have not passed: somebody set the clock
+
+  void sleep(double seconds) {
+    now = now + seconds;
+    slept = slept + seconds;
+  }
+  void step(double seconds) {
+    now = now + seconds;
+    set = set + seconds;
+  }
   Clock read() {
     return [this] { return now.load(); };
+  }
+  UptimeClock uptime() {
+    return [this] {
+      const double total = now - set;
+      return Uptime{total, total - slept};
+    };
   }
 };
 

@@ -27,12 +27,14 @@ struct Program {
   FakeDesktop desktop;
   FakeClock clock;
   Calendar calendar{Glib::TimeZone::create("Europe/Paris")};
-  Tracker tracker{store.db, desktop.collectors, clock.read()};
+  Tracker tracker{store.db, desktop.collectors, clock.read(), clock.uptime()};
   Analytics analytics{store.db, clock.read(), calendar};
+  History history{store.db, clock.read()};
   Telemetry telemetry{store.db, {"0.1", "12.0", "x86_64"}, "http://127.0.0.1:1", {}, clock.read()};
   Router router{{.db = store.db,
                  .tracker = tracker,
                  .analytics = analytics,
+                 .history = history,
                  .telemetry = telemetry,
                  .loginItem = {store.db.location().dir / "autostart", "/opt/Mes \"outils\"/orv$"},
                  .platform = actions()},

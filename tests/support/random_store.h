@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "storage/database.h"
+#include "support/temp_store.h"
 
 namespace orvanta::test {
 
@@ -34,7 +34,7 @@ class Dice {
 inline const Value kNull{};
 
 // Of the projects 1 to 6 some are missing: deleted.
-inline void addRandomProjects(Database& db, Dice& dice) {
+inline void addRandomProjects(TestDatabase& db, Dice& dice) {
   const char* names[] = {"Été", "abc", "Zoé", "É", "client", "b"};
   const Value categories[] = {"travail", "travail", "loisir", "étrange", "", kNull};
   const Value keywords[] = {kNull, "", "zz,été plage", "Mail", "com, x", "jeu video.com"};
@@ -47,7 +47,7 @@ inline void addRandomProjects(Database& db, Dice& dice) {
   }
 }
 
-inline void addRandomRules(Database& db, Dice& dice) {
+inline void addRandomRules(TestDatabase& db, Dice& dice) {
   const char* fields[] = {"app", "domain", "title", "url", "bundle", ""};
   const char* patterns[] = {"a", "AB", "ÉTÉ", "video", "video.com", "mail", ""};
   const Value categories[] = {kNull, kNull, "travail", "loisir", "autre", "étrange", ""};
@@ -62,7 +62,7 @@ inline void addRandomRules(Database& db, Dice& dice) {
 /// One span after the other from `start` on, with lapses of up to `spread` seconds, some spans
 /// before the one before and some up to one of `edges`; stored in no order. All times are whole
 /// eighths of seconds, so that sums are exact whatever their order.
-inline void addRandomSpans(Database& db, Dice& dice, double start, int spread,
+inline void addRandomSpans(TestDatabase& db, Dice& dice, double start, int spread,
                            const std::vector<double>& edges) {
   const double gaps[] = {0, 0, 0, 0, 0.5, 2.875, 3, 3.125, 4.875, 5, 5.125, -2, -700};
   const double lengths[] = {0,    0.5, 0.875,  1,     2,  9,       20,    58,   59.875,
@@ -110,7 +110,7 @@ inline void addRandomSpans(Database& db, Dice& dice, double start, int spread,
 }
 
 /// Replaces what `db` holds.
-inline void fillAtRandom(Database& db, Dice& dice, double start, int spread,
+inline void fillAtRandom(TestDatabase& db, Dice& dice, double start, int spread,
                          const std::vector<double>& edges) {
   db.exec("BEGIN; DELETE FROM events; DELETE FROM rules; DELETE FROM projects");
   addRandomProjects(db, dice);

@@ -51,10 +51,22 @@ class LogLines {
   std::vector<std::string> lines_;
 };
 
+/// A store whose writes a test need not look at: what went wrong shows in what it finds.
+struct TestDatabase : Database {
+  using Database::Database;
+  int64_t run(std::string_view sql, const Args& args = {}) {
+    return Database::run(sql, args).rowId();
+  }
+  bool exec(const std::string& sql) { return bool{Database::exec(sql)}; }
+  bool setSetting(const std::string& key, const std::string& value) {
+    return bool{Database::setSetting(key, value)};
+  }
+};
+
 struct TempStore {
   TempFolder folder;
   LogLines log;
-  Database db{folder.location(), log.sink()};
+  TestDatabase db{folder.location(), log.sink()};
 };
 
 }  // namespace orvanta::test

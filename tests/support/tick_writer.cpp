@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
   test::FakeClock clock;
   clock.now = std::strtod(argv[2], nullptr);
   LiveState live(clock.read(), false);
-  Engine engine(db, desktop.collectors, live, clock.read());
+  Engine engine(db, desktop.collectors, live, clock.read(), clock.uptime());
   std::mt19937 random{std::random_device()()};
   int away = 0;
   for (;;) {

@@ -120,7 +120,7 @@ TEST_F(TelemetryTest, EachEventIsSentOnceItIsAccepted) {
     return until([&] { return service.events.size() == events; });
   };
   service.status = SOUP_STATUS_NO_CONTENT;  // no acceptance
-  telemetry.setEnabled(true);
+  EXPECT_TRUE(telemetry.setEnabled(true));
   ASSERT_TRUE(sent(2));
   const auto id = store.db.setting("install_id");
   EXPECT_EQ(id.size(), 36U);
@@ -149,7 +149,7 @@ TEST_F(TelemetryTest, EachEventIsSentOnceItIsAccepted) {
   telemetry.daily();
   ASSERT_TRUE(sent(7));
   EXPECT_EQ(service.events.back(), event("heartbeat"));
-  telemetry.setEnabled(false);
+  EXPECT_TRUE(telemetry.setEnabled(false));
   EXPECT_EQ(store.db.setting("install_id"), "");
 }
 

@@ -1,0 +1,104 @@
+#include "base/exact_json.h"
+
+#include <boost/json/basic_parser_impl.hpp>
+#include <boost/json/value_stack.hpp>
+#include <charconv>
+#include <string>
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+using Error = json::error_code;
+using Text = json::string_view;
+
+// What the parser tells, put together to a value.
+class Builder {
+ public:
+  static constexpr std::size_t max_object_size = json::object::max_size();
+  static constexpr std::size_t max_array_size = json::array::max_size();
+  static constexpr std::size_t max_key_size = json::string::max_size();
+  static constexpr std::size_t max_string_size = json::string::max_size();
+
+  Builder() { stack_.reset(); }
+  json::value release() { return stack_.release(); }
+
+  bool on_document_begin(Error&) { return true; }
+  bool on_document_end(Error&) { return true; }
+  bool on_object_begin(Error&) { return true; }
+  bool on_object_end(std::size_t size, Error&) {
+    stack_.push_object(size);
+    return true;
+  }
+  bool on_array_begin(Error&) { return true; }
+  bool on_array_end(std::size_t size, Error&) {
+    stack_.push_array(size);
+    return true;
+  }
+  bool on_key_part(Text text, std::size_t, Error&) {
+    stack_.push_chars(text);
+    return true;
+  }
+  bool on_key(Text text, std::size_t, Error&) {
+    stack_.push_key(text);
+    return true;
+  }
+  bool on_string_part(Text text, std::size_t, Error&) {
+    stack_.push_chars(text);
+    return true;
+  }
+  bool on_string(Text text, std::size_t, Error&) {
+    stack_.push_string(text);
+    return true;
+  }
+  bool on_number_part(Text digits, Error&) {
+    digits_.append(digits.data(), digits.size());
+    return true;
+  }
+  bool on_int64(int64_t number, Text, Error&) {
+    digits_.clear();
+    stack_.push_int64(number);
+    return true;
+  }
+  bool on_uint64(uint64_t number, Text, Error&) {
+    digits_.clear();
+    stack_.push_uint64(number);
+    return true;
+  }
+  bool on_double(double nearly, Text digits, Error&) {
+    digits_.append(digits.data(), digits.size());
+    double number = nearly;  // what is out of range stays as it was read
+    std::from_chars(digits_.data(), digits_.data() + digits_.size(), number);
+    digits_.clear();
+    stack_.push_double(number);
+    return true;
+  }
+  bool on_bool(bool truth, Error&) {
+    stack_.push_bool(truth);
+    return true;
+  }
+  bool on_null(Error&) {
+    stack_.push_null();
+    return true;
+  }
+  bool on_comment_part(Text, Error&) { return true; }
+  bool on_comment(Text, Error&) { return true; }
+
+ private:
+  json::value_stack stack_;
+  std::string digits_;  // of a number that comes in parts
+};
+
+}  // namespace
+
+std::optional<json::value> parseJson(std::string_view text, std::size_t deepest) {
+  json::parse_options options;
+  options.max_depth = deepest;
+  json::basic_parser<Builder> parser(options);
+  Error broken;
+  const auto read = parser.write_some(false, text.data(), text.size(), broken);
+  if (broken || read != text.size()) return {};
+  return parser.handler().release();
+}
+
+}  // namespace orvanta

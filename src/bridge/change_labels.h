@@ -1,0 +1,26 @@
+// What a change by hand is called in the list of changes, in French.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/calendar.h"
+
+namespace orvanta::labels {
+
+/// Time given to a category and a project's name, or to neither: "Travail · Thèse : 3 activités".
+std::string assigned(const std::optional<std::string>& category,
+                     const std::optional<std::string>& project, int64_t spans);
+/// The same of a range: "Travail : 20/11/2026, 14:00 – 15:30".
+std::string assigned(const std::optional<std::string>& category,
+                     const std::optional<std::string>& project, const TimeRange& range,
+                     const Calendar& calendar);
+std::string projectSaved(std::string_view name);
+std::string projectDeleted(std::string_view name);
+std::string ruleSaved(std::string_view pattern);
+std::string ruleDeleted(std::string_view pattern);
+std::string defaultsRestored(int rules);
+
+}  // namespace orvanta::labels

@@ -1,0 +1,74 @@
+// Recorded spans on their way into the store.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+
+#include "storage/database.h"
+
+namespace orvanta {
+
+/// What a row of `events` is made of. Times are Unix seconds.
+struct SpanRecord {
+  double start = 0;
+  double end = 0;
+  std::string app;
+  std::optional<std::string> bundle;
+  std::optional<std::string> title;
+  std::optional<std::string> url;
+  std::optional<std::string> domain;
+  bool idle = false;
+  std::optional<int64_t> project;
+};
+
+/// Keeps what the store could not take, in order, and brings it there later: a span that was closed
+/// while the disk was full is not lost. Never waits: a store that is busy is tried again. Holds a
+/// day's worth; what comes after that is not kept. Not thread-safe.
+class SpanLog {
+ public:
+  /// `db` outlives the log.
+  explicit SpanLog(Database& db) : db_(db) {}
+
+  /// Begins a span. At most one is open.
+  void open(SpanRecord span);
+  /// The open span, if any, lasts until then.
+  void extend(double end);
+  void describe(const std::optional<std::string>& title, const std::optional<std::string>& url);
+  void close(double end);
+
+  /// Stores all that waits, in one transaction. False when it still waits.
+  bool write();
+
+  /// Row id of the open span, -1 without one and while it could not be stored.
+  int64_t openId() const;
+  /// Spans of which something is not stored, and about how much memory they take.
+  std::size_t waiting() const;
+  std::size_t bytes() const { return bytes_; }
+
+  /// A project that is gone names no span that comes later.
+  void forgetProject(int64_t project);
+
+ private:
+  struct Entry {
+    SpanRecord span;
+    int64_t id = -1;       // -1 until it is stored
+    double storedEnd = 0;  // what the row holds
+    bool titleStored = true;
+    bool kept = true;  // false where there was no room for it
+  };
+
+  bool stored(const Entry& entry) const;
+  int64_t insert(Transaction& change, const Entry& entry) const;
+  int64_t put(Transaction& change, const Entry& entry) const;
+  std::optional<int64_t> known(Transaction& change, const SpanRecord& span) const;
+
+  Database& db_;
+  std::deque<Entry> entries_;  // by start; all but the open one wait
+  bool open_ = false;          // the last of them is
+  std::size_t bytes_ = 0;
+  int64_t generation_ = 0;  // of the file that the ids belong to
+};
+
+}  // namespace orvanta

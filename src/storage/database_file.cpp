@@ -1,0 +1,169 @@
+// The database's file as a place that others may change, and the settings, which hold also while it
+// cannot be written.
+#include "storage/database.h"
+#include "storage/schema.h"
+#include "storage/transaction.h"
+
+namespace orvanta {
+
+void Database::look() {
+  std::string sentence;
+  {
+    const std::unique_lock lock(mutex_, std::try_to_lock);
+    if (!lock || depth_ > 0) return;
+    if (!connection_ || connection_.readOnly()) {
+      prepare(where_, log_);
+      if (!identity() && !identity_) return;
+    }
+    if (identity() != identity_) {
+      sentence = replaceFile();
+    } else if (!connection_ || connection_.readOnly()) {
+      releaseScanMemory();
+      open();
+    } else if (!upToDate_) {
+      bringUpToDate();
+    }
+  }
+  storeWaiting();
+  tell();
+  if (sentence.empty()) return;
+  decltype(replaced_) replaced;
+  {
+    const std::lock_guard lock(hookMutex_);
+    replaced = replaced_;
+  }
+  if (replaced) replaced(sentence);
+}
+
+// What the old file's log still holds goes into the old file, wherever it is now: left behind, it
+// would be read as part of the new one.
+std::string Database::replaceFile() {
+  const bool gone = !identity();
+  auto settings = storedSettings().value_or(Settings());
+  releaseScanMemory();
+  if (connection_) {
+    sqlite3_wal_checkpoint_v2(connection_.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr,
+                              nullptr);
+  }
+  connection_ = {};
+  if (gone) prepare(where_, log_);
+  health_.mended();
+  open();
+  ++generation_;
+  if (!gone) {
+    return "Le fichier des données a été remplacé par un autre : Orvanta continue dans celui-ci.";
+  }
+  // What the user has chosen holds on; what tells which rules are in the file does not.
+  settings.erase("rules_seeded");
+  {
+    const std::lock_guard lock(settingsMutex_);
+    waiting_.merge(settings);
+  }
+  return "Le fichier des données a été déplacé ou supprimé : Orvanta en a commencé un nouveau.";
+}
+
+bool Database::exchange(const std::function<bool()>& work) {
+  bool done = false;
+  {
+    const std::lock_guard lock(mutex_);
+    if (depth_ > 0) return false;
+    const std::lock_guard scanLock(scanMutex_);
+    scanner_ = {};
+    connection_ = {};
+    done = work();
+    prepare(where_, log_);
+    if (done) health_.mended();
+    open();
+    ++generation_;
+  }
+  tell();
+  return done;
+}
+
+std::optional<Database::Settings> Database::storedSettings() {
+  Settings settings;
+  const bool all = each("SELECT key, value FROM settings", {}, [&](const Cursor& row) {
+    const auto key = row.str(0);
+    const auto value = row.str(1);
+    if (key && value) settings[std::string(*key)] = *value;
+  });
+  return all ? std::optional(std::move(settings)) : std::nullopt;
+}
+
+Database::Settings Database::allSettings() {
+  auto settings = storedSettings().value_or(Settings());
+  {
+    const std::lock_guard lock(settingsMutex_);
+    for (const auto& [key, value] : waiting_) settings[key] = value;
+  }
+  settings.insert(defaultSettings().begin(), defaultSettings().end());
+  return settings;
+}
+
+std::optional<Database::Settings> Database::settingsNow() {
+  {
+    const std::unique_lock lock(mutex_, std::try_to_lock);
+    if (!lock || !storedSettings()) return {};
+  }
+  return allSettings();
+}
+
+std::string Database::setting(const std::string& key) {
+  {
+    const std::lock_guard lock(settingsMutex_);
+    if (const auto waiting = waiting_.find(key); waiting != waiting_.end()) return waiting->second;
+  }
+  std::optional<std::string> stored;
+  each("SELECT value FROM settings WHERE key=?", {key},
+       [&](const Cursor& row) { stored = row.str(0); });
+  if (stored) return *stored;
+  const auto fallback = defaultSettings().find(key);
+  return fallback != defaultSettings().end() ? fallback->second : std::string();
+}
+
+Written Database::setSetting(const std::string& key, const std::string& value) {
+  return setSettings({{key, value}});
+}
+
+Written Database::setSettings(const Settings& values) {
+  {
+    const std::lock_guard lock(settingsMutex_);
+    for (const auto& [key, value] : values) waiting_[key] = value;
+  }
+  Transaction change(*this);
+  return storeSettings(change, values);
+}
+
+Written Database::storeSettings(Transaction& change, const Settings& values) {
+  for (const auto& [key, value] : values) {
+    change.run("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)", {key, value});
+  }
+  auto written = change.commit();
+  if (written) {
+    const std::lock_guard lock(settingsMutex_);
+    for (const auto& [key, value] : values) {
+      const auto waiting = waiting_.find(key);
+      if (waiting != waiting_.end() && waiting->second == value) waiting_.erase(waiting);
+    }
+  }
+  return written;
+}
+
+// Also finds out whether a trouble has ended where nothing else is to be written: by writing.
+void Database::storeWaiting() {
+  Settings waiting;
+  {
+    const std::lock_guard lock(settingsMutex_);
+    waiting = waiting_;
+  }
+  if (!waiting.empty()) {
+    Transaction change(*this, Patience::None);
+    storeSettings(change, waiting).forget();
+  } else if (health_.condition()) {
+    Transaction probe(*this, Patience::None);
+    probe.run("UPDATE settings SET value=value WHERE key='onboarded'");
+    probe.commit().forget();
+  }
+}
+
+}  // namespace orvanta
