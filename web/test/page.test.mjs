@@ -259,7 +259,7 @@ test("projects and settings: what is wrong is said beside the field, what is rig
   const retention = page.getByLabel("Garder titres et adresses");
   await retention.fill("30");
   await retention.press("Enter");
-  await page.getByRole("button", { name: "Annuler" }).click();
+  await page.locator("dialog").getByRole("button", { name: "Annuler" }).click();
   assert.equal(await retention.inputValue(), "0", "nothing is erased without a yes");
   await page.context().close();
 });
