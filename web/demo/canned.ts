@@ -17,8 +17,9 @@ import { addDays, dayOf, instant, isDay, mondayOf } from "../src/model/time";
 import { month, type Span } from "./person";
 import { blocks, classify, type Classified, ordered, segments, totals } from "./reports";
 import { people, seededRules } from "./seeds";
+import { cannedStore, type Health, type StoreRoute } from "./store";
 
-export interface Canned {
+export interface Canned extends Health {
   /** Unix seconds when the page is opened; the clock goes on from there. */
   now: number;
   spans: Span[];
@@ -29,7 +30,7 @@ export interface Canned {
   update?: { version: string; url: string };
 }
 
-type Handlers = { [R in Route]: (body: Body<R>) => Routes[R][1] | { error: string } };
+type Handlers = { [R in Exclude<Route, StoreRoute>]: (body: Body<R>) => Routes[R][1] | { error: string } };
 
 export function cannedBridge(canned: Canned): Bridge {
   const opened = Date.now();
@@ -64,6 +65,20 @@ export function cannedBridge(canned: Canned): Bridge {
     since: null as number | null,
   };
   const browsers: Record<string, "ok" | "denied"> = { "org.mozilla.firefox": "ok" };
+
+  const store = cannedStore({
+    health: canned,
+    now,
+    read: () => structuredClone({ spans, projects, rules }),
+    write: (data) => {
+      spans.splice(0, spans.length, ...data.spans);
+      ({ projects, rules } = data);
+    },
+  });
+  const incomplete = () =>
+    canned.store?.state === "damaged"
+      ? { incomplete: "Une partie de cette période n’a pas pu être lue." }
+      : {};
 
   const asProjects = (): Project[] =>
     projects.map((p) => ({
@@ -184,7 +199,7 @@ export function cannedBridge(canned: Canned): Bridge {
   };
 
   const ok = { ok: true } as const;
-  const routes: Handlers = {
+  const routes: Handlers & typeof store.routes = {
     status: () => {
       const last = spans.filter((span) => span.start <= now()).at(-1);
       return {
@@ -210,11 +225,13 @@ export function cannedBridge(canned: Canned): Bridge {
         install_id: state.telemetry ? "6f1c7a52-0d1e-4b58-9a53-2f4f1f0f8a11" : "",
         version: "0.1.0",
         update: canned.update ?? null,
+        ...(canned.store ? { store: canned.store } : {}),
       };
     },
-    day: (body) => day(dateOf(body)),
-    week: (body) => week(dateOf(body)),
-    recap: (body) => recap(dateOf(body)),
+    ...store.routes,
+    day: (body) => ({ ...day(dateOf(body)), ...incomplete() }),
+    week: (body) => ({ ...week(dateOf(body)), ...incomplete() }),
+    recap: (body) => ({ ...recap(dateOf(body)), ...incomplete() }),
     suggestions: () => {
       const taken = new Set(
         rules.filter(({ project_id }) => project_id !== null).map(({ pattern }) => pattern),
@@ -354,7 +371,8 @@ export function cannedBridge(canned: Canned): Bridge {
     async call(route, body) {
       await new Promise((resolve) => setTimeout(resolve));
       // A copy, as what crosses the real bridge is one.
-      const answer = (routes[route] as (body: unknown) => unknown)(JSON.parse(JSON.stringify(body)));
+      const run = () => (routes[route] as (body: unknown) => unknown)(JSON.parse(JSON.stringify(body)));
+      const answer = store.answer(route, run);
       return unwrap(JSON.parse(JSON.stringify(answer))) as never;
     },
   };

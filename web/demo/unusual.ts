@@ -1,6 +1,7 @@
 // Data that no person makes and every page must bear.
 import type { Canned } from "./canned";
 import type { Span } from "./person";
+import type { StoreTrouble } from "../src/bridge/store";
 import { people } from "./seeds";
 
 const texts = [
@@ -53,3 +54,18 @@ export function restless(now: number, count: number, spans: readonly Span[]): Sp
   });
   return [...before, ...day];
 }
+
+/** All that can be wrong with a store, told somewhat as the program does. */
+export const troubles: Omit<StoreTrouble, "since">[] = [
+  { state: "full", message: "Le disque est plein : rien ne peut plus être enregistré." },
+  { state: "readonly", message: "Le fichier des données ne peut pas être modifié." },
+  {
+    state: "locked",
+    message: "Un autre programme tient le fichier des données : Orvanta attend qu’il le rende.",
+  },
+  { state: "damaged", message: "Le fichier des données est abîmé : une partie ne peut pas être lue." },
+  { state: "absent", message: "Le fichier des données n’est plus à sa place." },
+];
+
+export const repaired =
+  "Le fichier était abîmé : 12 804 activités sur 12 811 ont été relues, les règles et les projets sont entiers.";

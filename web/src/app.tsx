@@ -8,6 +8,7 @@ import { Header } from "./ui/header";
 import { Icon, type IconName } from "./ui/icons";
 import { Failure } from "./ui/parts";
 import { ShortcutHelp, useShortcuts } from "./ui/shortcuts";
+import { StoreBanner, StoreNotice } from "./ui/store_banner";
 import { type Notice, NoticeProvider, Toast, useAttempt } from "./ui/toast";
 import { DayView } from "./views/day/day";
 import { ProjectsView } from "./views/projects/projects";
@@ -77,7 +78,13 @@ function Page() {
   });
 
   if (status.answer && (!status.answer.onboarded || welcome)) {
-    return <Welcome status={status.answer} onDone={() => setWelcome(false)} />;
+    return (
+      <Welcome
+        status={status.answer}
+        banner={<StoreBanner status={status.answer} />}
+        onDone={() => setWelcome(false)}
+      />
+    );
   }
   return (
     <div class="shell">
@@ -89,6 +96,11 @@ function Page() {
       />
       <div class="body">
         <Header status={status.answer} onToggle={togglePause} />
+        <div class="store-news">
+          <StoreBanner status={status.answer} />
+          {/* Asked for anew when a trouble begins or ends: a repair has something to tell. */}
+          <StoreNotice key={status.answer?.store?.state ?? "ok"} />
+        </div>
         <main class="main" data-scroller tabIndex={-1} key={place.view}>
           {status.error && <Failure text={status.error} retry={status.reload} />}
           {status.answer && <Banners status={status.answer} />}

@@ -1,6 +1,6 @@
 import { createContext } from "preact";
 import { useContext, useEffect, useRef, useState } from "preact/hooks";
-import type { Bridge } from "./bridge/bridge";
+import { type Bridge, written } from "./bridge/bridge";
 import type { Answer, Body, Route } from "./bridge/routes";
 
 // After these, what is on the screen may be out of date.
@@ -12,6 +12,11 @@ const writes = new Set<Route>([
   "rules.defaults",
   "events.assign",
   "events.assignRange",
+  "events.delete",
+  "changes.undo",
+  "changes.redo",
+  "store.backup",
+  "store.restore",
   "settings.set",
   "tracker.pause",
   "tracker.resume",
@@ -29,11 +34,12 @@ export class Client implements Bridge {
 
   constructor(private readonly bridge: Bridge) {}
 
+  /** Rejects as the bridge does, and when the program could not write what it was told. */
   async call<R extends Route>(route: R, body: Body<R>): Promise<Answer<R>> {
     try {
-      return await this.bridge.call(route, body);
+      return written(await this.bridge.call(route, body));
     } finally {
-      if (writes.has(route)) this.announce();
+      if (writes.has(route) && !("preview" in body)) this.announce();
     }
   }
 
@@ -42,7 +48,7 @@ export class Client implements Bridge {
     return () => this.listeners.delete(listener);
   }
 
-  // Several writes in a row, as when an assignment is undone, are read back once.
+  // Several writes in a row, as when a rule replaces another, are read back once.
   private announce(): void {
     if (this.announced) return;
     this.announced = true;

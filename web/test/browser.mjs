@@ -1,6 +1,7 @@
 // A real browser on the built page, and the policy under which the program serves it.
 import { readFile } from "node:fs/promises";
 import { createServer } from "node:http";
+import { createRequire } from "node:module";
 import { extname, join } from "node:path";
 import { chromium } from "playwright-core";
 
@@ -8,6 +9,31 @@ export const policy =
   "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; font-src 'self'; " +
   "connect-src 'none'; base-uri 'none'; form-action 'none'";
 const types = { ".html": "text/html", ".js": "text/javascript", ".css": "text/css", ".svg": "image/svg+xml" };
+
+const axe = await readFile(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
+
+/** Text as it would be typed: without no-break spaces and marks of direction. */
+export const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ").replace(/[\u2068\u2069]/g, "");
+
+/** What axe finds wrong with the page as it is now. */
+export async function violations(page) {
+  // Put there from outside the page: its own policy lets no such script in.
+  await page.evaluate(axe);
+  const { violations: found } = await page.evaluate(() =>
+    window.axe.run(document, { resultTypes: ["violations"] }),
+  );
+  return found.map(({ id, nodes }) => `${id}: ${nodes.map((node) => node.html.slice(0, 120)).join(" | ")}`);
+}
+
+/** The same, and breaking spaces where French sets others: in quotes, before tall punctuation. */
+export async function complaints(page) {
+  const breaks = await page.evaluate(() => {
+    const copy = document.body.cloneNode(true);
+    for (const foreign of copy.querySelectorAll("bdi, option")) foreign.remove();
+    return copy.textContent.match(/.{0,20}(?: [:;!?»]|« ).{0,10}/g) ?? [];
+  });
+  return [...(await violations(page)), ...breaks.map((text) => `a breaking space in ${text}`)];
+}
 
 /** Serves a folder on a free port of this machine. */
 export async function serve(folder) {

@@ -6,6 +6,7 @@ import { matches, preview, reason } from "../src/model/matching";
 import { changes } from "../src/model/recap";
 import { changedBy } from "../src/model/rules";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
+import { covered, fileSize, moment, since } from "../src/model/store";
 import { numberError, numberSettings, readDomain, readList } from "../src/model/settings";
 import { activity, bars, clamp, fit, hours, segmentAt, ticks, zoom } from "../src/model/timeline";
 
@@ -239,4 +240,21 @@ test("a setting is refused with a reason", () => {
   for (const [text, domain] of domains) assert.equal(readDomain(text), domain, text);
   assert.deepEqual(readList('["a",1,"b"]'), ["a", "b"]);
   assert.deepEqual(readList("{"), []);
+});
+
+test("the store's size, dates and troubles are said in words", () => {
+  assert.deepEqual(
+    [0, 812, 999.6, 8_421_000, 999_999, 1_234_567_890].map((bytes) => fileSize(bytes).replace(/\s/g, " ")),
+    ["0 o", "812 o", "1 ko", "8,42 Mo", "1 Mo", "1,23 Go"],
+  );
+  const at = (text: string) => new Date(text).getTime() / 1000;
+  const now = at("2026-11-19T16:42");
+  assert.equal(moment(at("2026-11-19T09:05"), now), "aujourd’hui à 09:05");
+  assert.equal(moment(at("2026-11-18T23:59"), now), "hier à 23:59");
+  assert.equal(moment(at("2025-11-19T16:42"), now), "le 19 novembre 2025 à 16:42");
+  assert.equal(since(at("2026-11-19T09:05"), now), "depuis 09:05");
+  assert.equal(since(at("2026-11-18T09:05"), now), "depuis hier à 09:05");
+  assert.equal(covered({ first: null, last: null }), "rien d’enregistré");
+  assert.equal(covered({ first: now, last: now + 60 }), "le 19 novembre 2026");
+  assert.equal(covered({ first: at("2024-03-03T08:00"), last: now }), "du 3 mars 2024 au 19 novembre 2026");
 });

@@ -1,15 +1,13 @@
 // The page in a real browser, under the policy that the program gives it, on made-up data.
 import assert from "node:assert/strict";
 import { mkdtemp, readFile, rm, stat } from "node:fs/promises";
-import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { build } from "../build.mjs";
-import { openDemo, serve } from "./browser.mjs";
+import { complaints, openDemo, plain, serve, violations } from "./browser.mjs";
 
 const now = "2026-11-19T16:42";
-const axe = await readFile(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 let folder, server, demo;
 
 before(async () => {
@@ -28,30 +26,12 @@ after(async () => {
 const open = (query = "", options = {}) =>
   demo.open({ query: `?now=${now}${query}`, viewport: { width: 1180, height: 780 }, ...options });
 const blocks = (page) => page.locator(".block:not(.idle)");
-const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ").replace(/[\u2068\u2069]/g, "");
-
-async function violations(page) {
-  // Put there from outside the page: its own policy lets no such script in.
-  await page.evaluate(axe);
-  const { violations: found } = await page.evaluate(() =>
-    window.axe.run(document, { resultTypes: ["violations"] }),
-  );
-  return found.map(({ id, nodes }) => `${id}: ${nodes.map((node) => node.html.slice(0, 120)).join(" | ")}`);
-}
-
 for (const colorScheme of ["light", "dark"]) {
   test(`nothing for axe to complain about, ${colorScheme}`, async () => {
     const page = await open("&blind", { colorScheme, reducedMotion: "reduce" });
     const found = [];
     const check = async (what) => {
-      found.push(...(await violations(page)).map((text) => `${what}: ${text}`));
-      // French sets no-break spaces inside its quotes and before its tall punctuation.
-      const breaks = await page.evaluate(() => {
-        const copy = document.body.cloneNode(true);
-        for (const foreign of copy.querySelectorAll("bdi, option")) foreign.remove();
-        return copy.textContent.match(/.{0,20}(?: [:;!?»]|« ).{0,10}/g) ?? [];
-      });
-      found.push(...breaks.map((text) => `${what}: a breaking space in ${text}`));
+      found.push(...(await complaints(page)).map((text) => `${what}: ${text}`));
     };
     for (const key of "jsbprg") {
       await page.keyboard.press(key);
@@ -279,7 +259,7 @@ test("projects and settings: what is wrong is said beside the field, what is rig
   const retention = page.getByLabel("Garder titres et adresses");
   await retention.fill("30");
   await retention.press("Enter");
-  await page.getByRole("button", { name: "Annuler" }).click();
+  await page.locator("dialog").getByRole("button", { name: "Annuler" }).click();
   assert.equal(await retention.inputValue(), "0", "nothing is erased without a yes");
   await page.context().close();
 });

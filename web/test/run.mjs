@@ -1,5 +1,5 @@
-// The page's tests: "types" (the compiler), "units" (pure functions), "page" (in a real browser);
-// all three without arguments.
+// The page's tests: "types" (the compiler), "units" (pure functions), "page" and "store" (in a real
+// browser); all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -38,6 +38,7 @@ const suites = {
   types: () => run("node_modules/typescript/bin/tsc", "--noEmit"),
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
+  store: () => run("--test", join(here, "store.test.mjs")),
 };
 const wanted = process.argv.length > 2 ? process.argv.slice(2) : Object.keys(suites);
 for (const name of wanted) if (!(await suites[name]())) process.exit(1);

@@ -7,13 +7,24 @@ export interface Bridge {
 }
 
 export class BridgeError extends Error {}
+/** The program did what it could, but it is not on the disk. */
+export class UnstoredError extends BridgeError {}
 
-// These wait for a person: the save panel, the desktop's or the browser's own question.
-const waitsForUser = new Set<Route>(["export", "permissions.testBrowser"]);
+// The first two wait for a person: the save panel, the desktop's or the browser's own question. The
+// others may go through the whole file, and take their time not to be in the way.
+const patient = new Set<Route>([
+  "export",
+  "permissions.testBrowser",
+  "events.delete",
+  "store.backup",
+  "store.check",
+  "store.restorePreview",
+  "store.restore",
+]);
 
 /** How long the program may take to answer, in milliseconds; 0 means as long as it likes. */
 export function patience(route: Route): number {
-  return waitsForUser.has(route) ? 0 : 20_000;
+  return patient.has(route) ? 0 : 20_000;
 }
 
 /** The answer, or a throw when it is {"error": text}. */
@@ -22,6 +33,22 @@ export function unwrap(answer: unknown): unknown {
     const { error, ok } = answer as { error?: unknown; ok?: unknown };
     // Some routes answer {"ok": false, "error": text}; that is an answer, not a failure.
     if (typeof error === "string" && ok === undefined) throw new BridgeError(error);
+  }
+  return answer;
+}
+
+/** The answer, or a throw of its sentence when what it was to write is nowhere. */
+export function written<T>(answer: T): T {
+  if (typeof answer === "object" && answer !== null) {
+    const {
+      stored,
+      written: done,
+      message,
+    } = answer as { stored?: unknown; written?: unknown; message?: unknown };
+    if (stored === false || done === false)
+      throw new UnstoredError(
+        typeof message === "string" && message ? message : "Rien n’a pu être enregistré.",
+      );
   }
   return answer;
 }

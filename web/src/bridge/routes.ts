@@ -1,5 +1,6 @@
 // What can be asked of the program: for every route, the shape of its arguments and of its answer.
 // Times are Unix seconds with fraction, durations seconds, days "yyyy-MM-dd" in local time.
+import type { Backup, Change, RestorePreview, StoreStatus, StoreTrouble, Unstored } from "./store";
 
 export type Category = "travail" | "loisir" | "autre" | "nonclasse";
 /** What a span counts as: a category, or "inactif" for time away. */
@@ -32,6 +33,8 @@ export interface Status {
   install_id: string;
   version: string;
   update: { version: string; url: string } | null;
+  /** Only while something is wrong. */
+  store?: StoreTrouble;
 }
 
 export type ByCategory = Partial<Record<Cat, Seconds>>;
@@ -100,7 +103,12 @@ export interface Project {
   keywords: string;
 }
 
-export interface DayReport {
+interface Report {
+  /** Why the report is not whole, as a French sentence. */
+  incomplete?: string;
+}
+
+export interface DayReport extends Report {
   date: Day;
   start: UnixTime;
   end: UnixTime;
@@ -112,7 +120,7 @@ export interface DayReport {
   projects: Project[];
 }
 
-export interface WeekReport {
+export interface WeekReport extends Report {
   monday: Day;
   days: {
     date: Day;
@@ -132,7 +140,7 @@ export interface WeekSummary extends Totals {
   best_day: { date: Day; active: Seconds } | null;
 }
 
-export interface RecapReport {
+export interface RecapReport extends Report {
   monday: Day;
   current: WeekSummary;
   previous: WeekSummary;
@@ -198,9 +206,10 @@ export interface Permissions {
   advice?: string;
 }
 
-interface Ok {
+interface Ok extends Unstored {
   ok: true;
 }
+type Saved = Ok & { id: number };
 interface Attempt {
   ok: boolean;
   error: string | null;
@@ -218,24 +227,37 @@ export interface Routes {
   "projects.list": [Nothing, ProjectRow[]];
   "projects.save": [
     { id?: number; name: string; color: string; category: string; archived?: 0 | 1; keywords: string },
-    { ok: true; id: number },
+    Saved,
   ];
   "projects.delete": [{ id: number }, Ok];
   "rules.list": [Nothing, RuleRow[]];
   "rules.save": [
     { field: RuleField; pattern: string; category: string | null; project_id: number | null },
-    { ok: true; id: number },
+    Saved,
   ];
   "rules.delete": [{ id: number }, Ok];
-  "rules.defaults": [Nothing, { ok: true; added: number }];
+  "rules.defaults": [Nothing, Ok & { added: number }];
   "events.assign": [
     { ids: number[]; clear?: boolean; category?: string | null; project_id?: number | null },
-    { ok: true; learned?: LearnedRule[] },
+    Ok & { learned?: LearnedRule[] },
   ];
   "events.assignRange": [
     { start: UnixTime; end: UnixTime; category: string | null; project_id: number | null },
     Ok,
   ];
+  /** Erases for good, from the backups too; `preview` only counts. */
+  "events.delete": [
+    ({ start: UnixTime; end: UnixTime } | { ids: number[] }) & { preview?: true },
+    Ok & { deleted: number; seconds: Seconds },
+  ];
+  "changes.list": [{ limit?: number }, Change[]];
+  "changes.undo": [{ id: number }, Ok];
+  "changes.redo": [{ id: number }, Ok];
+  "store.status": [Nothing, StoreStatus];
+  "store.backup": [Nothing, Ok & Backup];
+  "store.check": [Nothing, { ok: boolean; message: string; problems: string[] }];
+  "store.restorePreview": [{ file: string }, RestorePreview];
+  "store.restore": [{ file: string }, Ok & { kept: string }];
   "settings.get": [Nothing, Settings];
   "settings.set": [Partial<Record<keyof Settings, string | number | string[]>>, Ok];
   "tracker.pause": [Nothing, Ok];
@@ -243,13 +265,13 @@ export interface Routes {
   "tracker.project": [{ project_id: number | null }, Ok];
   "permissions.status": [Nothing, Permissions];
   "permissions.requestAccessibility": [Nothing, Ok];
-  "permissions.testBrowser": [{ bundle: string }, Attempt];
+  "permissions.testBrowser": [{ bundle: string }, Attempt & Unstored];
   "permissions.openAutomation": [Nothing, Ok];
   launchAtLogin: [{ enabled: boolean }, Attempt & { enabled: boolean }];
-  "telemetry.set": [{ enabled: boolean }, { ok: true; enabled: boolean }];
+  "telemetry.set": [{ enabled: boolean }, Ok & { enabled: boolean }];
   "update.check": [Nothing, Ok];
   "onboarding.done": [Nothing, Ok];
-  export: [{ from: Day; to: Day }, { ok: boolean }];
+  export: [{ from: Day; to: Day }, { ok: boolean; written?: boolean; message?: string }];
   openURL: [{ url: string }, Ok];
   revealData: [Nothing, Ok];
   quit: [Nothing, Ok];

@@ -1,7 +1,7 @@
-// Assigning time by hand, and taking it back.
+// Changes that the program can take back: it keeps their history, the page remembers their numbers.
+import type { Body, Route, UnixTime } from "../bridge/routes";
+import type { Change } from "../bridge/store";
 import type { Client } from "../client";
-import type { Block, LearnedRule, UnixTime } from "../bridge/routes";
-import { isAssignable } from "./categories";
 import { learnedRules } from "./learned";
 
 export interface Target {
@@ -9,97 +9,76 @@ export interface Target {
   projectId: number | null;
 }
 
-export interface Change {
-  learned: LearnedRule[];
-  /** Puts the spans back as they were and forgets the rules that were learnt. */
+/** What one act of the user's changed. */
+export interface Done<T> {
+  answer: T;
+  /** Newest first; empty when there is nothing to take back. */
+  changes: Change[];
   undo: () => Promise<void>;
+  redo: () => Promise<void>;
 }
 
-const automatic: Target = { category: null, projectId: null };
-
-async function assignIds(client: Client, ids: number[], target: Target): Promise<LearnedRule[]> {
-  if (target.category === null && target.projectId === null) {
-    await client.call("events.assign", { ids, clear: true });
-    return [];
-  }
-  const { category, projectId } = target;
-  return (await client.call("events.assign", { ids, category, project_id: projectId })).learned ?? [];
+// A history that cannot be read makes nothing undone, but does not make a failure of what was stored.
+async function latest(client: Client, limit: number): Promise<Change[] | null> {
+  return client.call("changes.list", { limit }).catch(() => null);
 }
 
-// What was assigned to a block by hand. The program tells the effective category and project alone;
-// given back explicitly, they classify the block as before.
-function assigned(block: Block): Target {
-  if (!block.manual) return automatic;
-  return { category: isAssignable(block.cat) ? block.cat : null, projectId: block.pid };
-}
+/** Runs a write, or the few that belong together, and finds what they are called in the history. */
+export async function track<T>(client: Client, write: () => Promise<T>): Promise<Done<T>> {
+  const before = await latest(client, 1);
+  const known = learnedRules.all();
+  const answer = await write();
+  const newest = before && (await latest(client, 4));
+  const last = before?.[0]?.id ?? 0;
+  const changes = (newest ?? []).filter(({ id, undone }) => id > last && !undone);
+  learnedRules.add(changes.flatMap((change) => change.learned_ids));
 
-// The learnt rules' ids; the answer of an assignment names them by field and pattern.
-async function ruleIds(client: Client, learned: LearnedRule[]): Promise<number[]> {
-  if (learned.length === 0) return [];
-  const names = new Set(learned.map((rule) => `${rule.field}|${rule.pattern}`));
-  const rules = await client.call("rules.list", {});
-  return rules
-    .filter((rule) => rule.priority >= 0 && names.has(`${rule.field}|${rule.pattern}`))
-    .map(({ id }) => id);
-}
-
-async function forget(client: Client, ids: number[]): Promise<void> {
-  for (const id of ids) await client.call("rules.delete", { id });
-  learnedRules.remove(ids);
-}
-
-export async function assignBlocks(
-  client: Client,
-  blocks: readonly Block[],
-  target: Target,
-): Promise<Change> {
-  const before = new Map<string, { target: Target; ids: number[] }>();
-  for (const block of blocks) {
-    const was = assigned(block);
-    const key = `${was.category}|${was.projectId}`;
-    const group = before.get(key) ?? { target: was, ids: [] };
-    group.ids.push(...block.ids);
-    before.set(key, group);
-  }
-  const learned = await assignIds(
-    client,
-    blocks.flatMap((block) => block.ids),
-    target,
-  );
-  const rules = await ruleIds(client, learned);
-  learnedRules.add(rules);
+  // Rules come back under their old numbers, and so are told apart as before.
+  const now = learnedRules.all();
+  const gained = [...now].filter((id) => !known.has(id));
+  const lost = [...known].filter((id) => !now.has(id));
+  const all = async (
+    route: Extract<Route, "changes.undo" | "changes.redo">,
+    bodies: Body<"changes.undo">[],
+  ) => {
+    for (const body of bodies) await client.call(route, body);
+  };
+  const ids = changes.map(({ id }) => ({ id }));
   return {
-    learned,
+    answer,
+    changes,
     undo: async () => {
-      await forget(client, rules);
-      for (const group of before.values()) {
-        // Giving back an assignment may teach its rule once more.
-        const again = await assignIds(client, group.ids, group.target);
-        await forget(client, await ruleIds(client, again));
-      }
+      await all("changes.undo", ids);
+      learnedRules.remove(gained);
+      learnedRules.add(lost);
+    },
+    redo: async () => {
+      await all("changes.redo", [...ids].reverse());
+      learnedRules.remove(lost);
+      learnedRules.add(gained);
     },
   };
 }
 
-/** `blocks`: those of the day before the change, to know what was assigned by hand within the range. */
+export async function assignIds(client: Client, ids: number[], target: Target): Promise<void> {
+  const { category, projectId } = target;
+  const automatic = category === null && projectId === null;
+  await client.call(
+    "events.assign",
+    automatic ? { ids, clear: true } : { ids, category, project_id: projectId },
+  );
+}
+
 export async function assignRange(
   client: Client,
-  start: UnixTime,
-  end: UnixTime,
-  blocks: readonly Block[],
+  range: { start: UnixTime; end: UnixTime },
   target: Target,
-): Promise<Change> {
-  const give = (from: UnixTime, to: UnixTime, { category, projectId }: Target) =>
-    client.call("events.assignRange", { start: from, end: to, category, project_id: projectId });
-  await give(start, end, target);
-  return {
-    learned: [],
-    undo: async () => {
-      await give(start, end, automatic);
-      for (const block of blocks) {
-        if (!block.manual || block.end <= start || block.start >= end) continue;
-        await give(Math.max(block.start, start), Math.min(block.end, end), assigned(block));
-      }
-    },
-  };
+): Promise<void> {
+  const { start, end } = range;
+  await client.call("events.assignRange", {
+    start,
+    end,
+    category: target.category,
+    project_id: target.projectId,
+  });
 }

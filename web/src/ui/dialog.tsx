@@ -7,7 +7,7 @@ interface DialogProps {
   title: string;
   onClose: () => void;
   children: ComponentChildren;
-  wide?: boolean;
+  wide?: boolean | undefined;
 }
 
 /** A modal dialogue: Escape and the cross close it, the focus goes back to where it was. */
@@ -52,23 +52,39 @@ interface ConfirmProps {
   children: ComponentChildren;
   action: string;
   danger?: boolean;
+  /** What would happen is not known yet, or nothing would. */
+  disabled?: boolean;
+  wide?: boolean;
   onConfirm: () => Promise<void> | void;
   onClose: () => void;
 }
 
-/** Asks before something that cannot be taken back. */
-export function Confirm({ title, children, action, danger, onConfirm, onClose }: ConfirmProps) {
+/** Asks before something that loses or replaces what is there. */
+export function Confirm({
+  title,
+  children,
+  action,
+  danger,
+  disabled,
+  wide,
+  onConfirm,
+  onClose,
+}: ConfirmProps) {
   const [error, setError] = useState("");
+  const [busy, setBusy] = useState(false);
   const confirm = async () => {
+    setBusy(true);
+    setError("");
     try {
       await onConfirm();
       onClose();
     } catch (failure) {
       setError(errorText(failure));
+      setBusy(false);
     }
   };
   return (
-    <Dialog title={title} onClose={onClose}>
+    <Dialog title={title} onClose={onClose} wide={wide}>
       <div class="dialog-body prose">{children}</div>
       <FormError text={error} />
       <footer class="dialog-foot">
@@ -78,6 +94,7 @@ export function Confirm({ title, children, action, danger, onConfirm, onClose }:
         <button
           type="button"
           class={danger ? "button danger" : "button primary"}
+          disabled={disabled || busy}
           onClick={() => void confirm()}
         >
           {action}

@@ -40,6 +40,20 @@ export function Failure({ text, retry }: { text: string; retry: () => void }) {
   );
 }
 
+/** Above a report: why it is not whole. */
+export function Incomplete({ text }: { text: string | undefined }) {
+  return (
+    <div role="status">
+      {text && (
+        <div class="banner warn">
+          <Icon name="warning" />
+          <p>{text}</p>
+        </div>
+      )}
+    </div>
+  );
+}
+
 /** Active time as one bar; its legend beneath names and counts every part. */
 export function CategoryBar({ byCategory }: { byCategory: ByCategory }) {
   const total = activeTime(byCategory);

@@ -1,12 +1,16 @@
 import { createContext } from "preact";
 import { useContext, useEffect, useRef, useState } from "preact/hooks";
-import { errorText } from "../client";
+import { errorText, useClient } from "../client";
+import { type Done, track } from "../model/changes";
+import { isolated } from "../model/time";
 import { Icon } from "./icons";
 
 export interface Notice {
   text: string;
   details?: string[];
   undo?: () => Promise<void>;
+  /** Offered instead of undo, after it. */
+  redo?: () => Promise<void>;
   failed?: boolean;
 }
 
@@ -32,34 +36,74 @@ export function useAttempt(): (action: () => Promise<unknown>) => Promise<boolea
   };
 }
 
+/** Runs a write that the program can take back and says so, with the ways back and forth again. */
+export function useUndoable(): <T>(write: () => Promise<T>, say: (done: Done<T>) => Notice) => Promise<void> {
+  const client = useClient();
+  const notify = useNotice();
+  return async (write, say) => {
+    const done = await track(client, write);
+    const label = isolated(done.changes.at(-1)?.label ?? "", 200);
+    const undo = async () => {
+      await done.undo();
+      notify({ text: `Annulé\u00a0: ${label}`, redo });
+    };
+    const redo = async () => {
+      await done.redo();
+      notify({ text: `Rétabli\u00a0: ${label}`, undo });
+    };
+    notify(done.changes.length > 0 ? { ...say(done), undo } : say(done));
+  };
+}
+
 const seconds = 12;
+
+// Which way a key goes in the history.
+function wayOf(event: KeyboardEvent): "undo" | "redo" | null {
+  if (!event.ctrlKey && !event.metaKey) return null;
+  const key = event.key.toLowerCase();
+  if (key === "z") return event.shiftKey ? "redo" : "undo";
+  return key === "y" ? "redo" : null;
+}
 
 export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () => void }) {
   const [held, setHeld] = useState(false);
-  const undoing = useRef(false);
+  const box = useRef<HTMLDivElement>(null);
+  const before = useRef<EventTarget | null>(null);
+  const acting = useRef(false);
   const attempt = useAttempt();
+  const action = notice?.undo ?? notice?.redo;
 
   useEffect(() => {
     if (!notice || held) return;
     const timer = setTimeout(onClose, (notice.details?.length ? 2 : 1) * seconds * 1000);
     return () => clearTimeout(timer);
   }, [notice, held]);
+  // The next message takes the place of the one before: under the pointer or the focus it stays, too.
+  useEffect(() => setHeld(box.current?.matches(":hover, :has(:focus-visible)") ?? false), [notice]);
 
-  const undo = async () => {
-    if (!notice?.undo || undoing.current) return;
-    undoing.current = true;
+  const close = () => {
+    if (
+      box.current?.contains(document.activeElement) &&
+      before.current instanceof HTMLElement &&
+      before.current.isConnected
+    )
+      before.current.focus({ preventScroll: true });
     onClose();
-    await attempt(notice.undo);
-    undoing.current = false;
+  };
+  const act = async () => {
+    if (!action || acting.current) return;
+    acting.current = true;
+    await attempt(action);
+    acting.current = false;
   };
 
   useEffect(() => {
     const onKey = (event: KeyboardEvent) => {
       const typing = event.target instanceof HTMLInputElement || event.target instanceof HTMLTextAreaElement;
-      if ((event.ctrlKey || event.metaKey) && event.key.toLowerCase() === "z" && !typing && notice?.undo) {
-        event.preventDefault();
-        void undo();
-      }
+      const way = wayOf(event);
+      if (!way || typing || !notice?.[way]) return;
+      event.preventDefault();
+      void act();
     };
     window.addEventListener("keydown", onKey);
     return () => window.removeEventListener("keydown", onKey);
@@ -69,10 +113,15 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
     <div class="toasts" role="status">
       {notice && (
         <div
+          ref={box}
           class={notice.failed ? "toast failed" : "toast"}
           onMouseEnter={() => setHeld(true)}
           onMouseLeave={() => setHeld(false)}
-          onFocusIn={() => setHeld(true)}
+          onFocusIn={(event) => {
+            if (!box.current?.contains(event.relatedTarget as Node | null))
+              before.current = event.relatedTarget;
+            setHeld(true);
+          }}
           onFocusOut={() => setHeld(false)}
         >
           {notice.failed && <Icon name="warning" />}
@@ -82,16 +131,21 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
               <p class="quiet">{line}</p>
             ))}
           </div>
-          {notice.undo && (
-            <button type="button" class="button small" onClick={() => void undo()} title="Ctrl+Z">
-              Annuler
+          {action && (
+            <button
+              type="button"
+              class="button small"
+              onClick={() => void act()}
+              title={notice.undo ? "Ctrl + Z" : "Ctrl + Maj + Z"}
+            >
+              {notice.undo ? "Annuler" : "Rétablir"}
             </button>
           )}
           <button
             type="button"
             class="button ghost square small"
             aria-label="Fermer le message"
-            onClick={onClose}
+            onClick={close}
           >
             <Icon name="close" />
           </button>

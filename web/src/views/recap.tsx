@@ -5,7 +5,7 @@ import { useAnswer } from "../client";
 import { changes, type Compared, type Dimension } from "../model/recap";
 import { capitalize, dayInWeek, duration, durationChange, mondayOf } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
-import { CategoryBar, CategoryLegend, Empty, Failure, Foreign } from "../ui/parts";
+import { CategoryBar, CategoryLegend, Empty, Failure, Foreign, Incomplete } from "../ui/parts";
 import { openCalendar, WeekPeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
 
@@ -20,9 +20,10 @@ export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
     <div class="view">
       <WeekPeriodBar name="Bilan" day={day} today={today} onDay={onDay} />
       {error && <Failure text={error} retry={reload} />}
+      <Incomplete text={recap?.incomplete} />
       {nothing && (
         <Empty title="Rien à comparer.">
-          <p>Ni cette semaine ni la précédente n’ont d’activité.</p>
+          {!recap.incomplete && <p>Ni cette semaine ni la précédente n’ont d’activité.</p>}
           {!isCurrent && (
             <button type="button" class="button" onClick={() => onDay(today)}>
               Revenir à cette semaine

@@ -2,18 +2,9 @@ import type { PeriodProps } from "../app";
 import type { WeekReport } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
-import {
-  addDays,
-  capitalize,
-  clock,
-  count,
-  duration,
-  mondayOf,
-  plainDay,
-  weekdayShort,
-} from "../model/time";
+import { addDays, capitalize, clock, count, duration, mondayOf, plainDay, weekdayShort } from "../model/time";
 import { CategoryTable } from "../ui/category_table";
-import { CategoryBar, CategoryLegend, Empty, Failure, projectRows, ShareList } from "../ui/parts";
+import { CategoryBar, CategoryLegend, Empty, Failure, Incomplete, projectRows, ShareList } from "../ui/parts";
 import { openCalendar, WeekPeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
 
@@ -29,7 +20,9 @@ export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
     <div class="view">
       <WeekPeriodBar name="Semaine" day={day} today={today} onDay={onDay} />
       {error && <Failure text={error} retry={reload} />}
-      {week && active === 0 && (
+      <Incomplete text={week?.incomplete} />
+      {week?.incomplete && active === 0 && <Empty title="Rien n’a pu être lu pour cette semaine." />}
+      {week && !week.incomplete && active === 0 && (
         <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>
           {isCurrent ? (
             <button type="button" class="button" onClick={() => onDay(addDays(monday, -7))}>

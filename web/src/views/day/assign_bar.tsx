@@ -26,6 +26,7 @@ interface Props {
   onWhole: () => void;
   onRule: (pattern: Pattern) => void;
   onEditRule: (rule: RuleRow) => void;
+  onDelete: () => void;
   onClose: () => void;
 }
 
@@ -43,6 +44,7 @@ export function AssignBar({
   onWhole,
   onRule,
   onEditRule,
+  onDelete,
   onClose,
 }: Props) {
   const [category, setCategory] = useState<string | null>(null);
@@ -161,6 +163,9 @@ export function AssignBar({
             Créer une règle…
           </button>
         )}
+        <button type="button" class="button danger" title="Suppr" onClick={onDelete}>
+          Supprimer…
+        </button>
       </div>
     </form>
   );

@@ -3,7 +3,7 @@ import type { PeriodProps } from "../../app";
 import type { Block, RuleRow, Status, UnixTime } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { activeTime, assignable } from "../../model/categories";
-import { assignBlocks, assignRange, type Target } from "../../model/changes";
+import { assignIds, assignRange, type Target } from "../../model/changes";
 import {
   everything,
   type Filter,
@@ -16,15 +16,18 @@ import { type Pattern, reason } from "../../model/matching";
 import { nothing, selectedBlocks, type Selection } from "../../model/selection";
 import { addDays, capitalize, clock, count, duration, longDay } from "../../model/time";
 import { activity } from "../../model/timeline";
-import { Empty, Failure, projectRows, ShareList } from "../../ui/parts";
+import { Empty, Failure, Incomplete } from "../../ui/parts";
 import { openCalendar, PeriodBar } from "../../ui/period";
 import { useShortcuts } from "../../ui/shortcuts";
-import { useAttempt, useNotice } from "../../ui/toast";
+import { useAttempt, useUndoable } from "../../ui/toast";
 import { learnedText } from "../rules/learned_text";
 import { RuleEditor, type RuleDraft } from "../rules/rule_editor";
 import { AssignBar } from "./assign_bar";
 import { BlockList, reveal } from "./block_list";
+import { Breakdown } from "./breakdown";
+import { DeleteDialog, type Deletion } from "./delete_dialog";
 import type { Range } from "./drawing";
+import { EmptyDay } from "./empty_day";
 import { ListTools } from "./list_tools";
 import { Summary } from "./summary";
 import { Timeline } from "./timeline";
@@ -38,7 +41,7 @@ function within(blocks: readonly Block[], start: UnixTime, end: UnixTime): Block
 export function DayView({ day, today, onDay, status }: PeriodProps & { status: Status | undefined }) {
   const client = useClient();
   const attempt = useAttempt();
-  const notify = useNotice();
+  const undoable = useUndoable();
   const { answer, error, reload } = useAnswer("day", { date: day }, day === today ? 10 : 0);
   // Another day's report stands in for the moment that its successor takes, not for one that fails.
   const report = error && answer?.date !== day ? undefined : answer;
@@ -46,6 +49,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const [selection, setSelection] = useState<Selection>(nothing);
   const [range, setRange] = useState<Range | null>(null);
   const [filter, setFilter] = useState<Filter>(loadFilter);
+  const [deleting, setDeleting] = useState<Deletion | null>(null);
   const [draft, setDraft] = useState<RuleDraft | null>(null);
   const list = useRef<HTMLDivElement>(null);
 
@@ -92,27 +96,28 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     origin.current = document.activeElement instanceof HTMLElement ? document.activeElement : null;
     document.querySelector<HTMLElement>(".assign .clock, .assign input:checked")?.focus();
   };
+  const focusList = () => {
+    const blocks = list.current?.querySelector<HTMLElement>(".blocks");
+    (origin.current?.isConnected ? origin.current : blocks)?.focus({ preventScroll: true });
+  };
   const leaveBar = () => {
-    if (document.activeElement?.closest(".assign")) {
-      const blocks = list.current?.querySelector<HTMLElement>(".blocks");
-      (origin.current?.isConnected ? origin.current : blocks)?.focus({ preventScroll: true });
-    }
+    if (document.activeElement?.closest(".assign")) focusList();
     origin.current = null;
     clear();
   };
 
+  const what = range ? `${clock(range.start)} – ${clock(range.end)}` : count(selected.length, "bloc");
+  const ids = selected.flatMap((block) => block.ids);
   const assign = (target: Target) =>
     attempt(async () => {
-      const change = range
-        ? await assignRange(client, range.start, range.end, blocks, target)
-        : await assignBlocks(client, selected, target);
-      const what = range ? `${clock(range.start)} – ${clock(range.end)}` : count(selected.length, "bloc");
       const automatic = target.category === null && target.projectId === null;
-      notify({
-        text: `${automatic ? "De nouveau automatique" : "Assigné"} : ${what} (${duration(time)}).`,
-        details: change.learned.map(learnedText),
-        undo: change.undo,
-      });
+      await undoable(
+        () => (range ? assignRange(client, range, target) : assignIds(client, ids, target)),
+        ({ changes }) => ({
+          text: `${automatic ? "De nouveau automatique" : "Assigné"} : ${what} (${duration(time)}).`,
+          details: changes.flatMap(({ learned }) => learned.map(learnedText)),
+        }),
+      );
       leaveBar();
     });
   // One key gives a category and leaves the project that was given by hand.
@@ -125,9 +130,16 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     return true;
   };
 
+  const remove = () => setDeleting({ what, spans: range ? { ...range } : { ids } });
+
   useShortcuts({
     ...Object.fromEntries(assignable.map((cat, index) => [String(index + 1), () => quick(cat)])),
     "0": () => quick(null),
+    Delete: () => {
+      if (!range && selected.length === 0) return false;
+      remove();
+      return true;
+    },
     Escape: () => {
       if (!range && selected.length === 0) return false;
       clear();
@@ -156,10 +168,12 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
         onDay={onDay}
       />
       {error && <Failure text={error} retry={reload} />}
+      <Incomplete text={report?.incomplete} />
       {report && totals && blocks.length === 0 && report.segments.length === 0 && totals.active === 0 && (
         <EmptyDay
           isToday={isToday}
           paused={status?.paused ?? false}
+          incomplete={report.incomplete !== undefined}
           onToday={() => onDay(today)}
           onYesterday={() => onDay(addDays(today, -1))}
         />
@@ -177,42 +191,7 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
             onOpen={() => requestAnimationFrame(enterBar)}
           />
           <div class="day-columns">
-            <div class="breakdown">
-              <ShareList
-                title="Projets"
-                rows={projectRows(totals.by_project)}
-                total={totals.active}
-                empty="Aucun temps sur un projet."
-                chosen={filter.project === null ? null : String(filter.project)}
-                onChoose={(id) => flip("project", Number(id))}
-              />
-              <ShareList
-                title="Applications"
-                rows={totals.apps.map(({ name, duration: time, cats }) => ({
-                  key: name,
-                  name,
-                  duration: time,
-                  parts: cats,
-                }))}
-                total={totals.active}
-                empty="Aucune application."
-                chosen={filter.app}
-                onChoose={(name) => flip("app", name)}
-              />
-              <ShareList
-                title="Sites"
-                rows={totals.domains.map(({ name, duration: time, cats }) => ({
-                  key: name,
-                  name,
-                  duration: time,
-                  parts: cats,
-                }))}
-                total={totals.active}
-                empty="Aucun site visité."
-                chosen={filter.domain}
-                onChoose={(name) => flip("domain", name)}
-              />
-            </div>
+            <Breakdown totals={totals} filter={filter} onFlip={flip} />
             <section class="list-pane" aria-label="Blocs" ref={list}>
               <ListTools
                 filter={filter}
@@ -275,54 +254,24 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
               replaces: rule,
             })
           }
+          onDelete={remove}
           onClose={leaveBar}
+        />
+      )}
+      {deleting && (
+        <DeleteDialog
+          {...deleting}
+          onDeleted={leaveBar}
+          onClose={() => {
+            setDeleting(null);
+            // What was asked from is gone with the selection.
+            requestAnimationFrame(() => {
+              if (document.activeElement === document.body) focusList();
+            });
+          }}
         />
       )}
       {draft && <RuleEditor draft={draft} today={today} onClose={() => setDraft(null)} />}
     </div>
-  );
-}
-
-interface EmptyProps {
-  isToday: boolean;
-  paused: boolean;
-  onToday: () => void;
-  onYesterday: () => void;
-}
-
-function EmptyDay({ isToday, paused, onToday, onYesterday }: EmptyProps) {
-  const client = useClient();
-  const attempt = useAttempt();
-  if (isToday && paused) {
-    return (
-      <Empty title="Le suivi est en pause.">
-        <p>Rien n’est enregistré aujourd’hui tant qu’il n’a pas repris.</p>
-        <button
-          type="button"
-          class="button primary"
-          onClick={() => void attempt(() => client.call("tracker.resume", {}))}
-        >
-          Reprendre le suivi
-        </button>
-      </Empty>
-    );
-  }
-  if (isToday) {
-    return (
-      <Empty title="La journée commence.">
-        <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
-        <button type="button" class="button" onClick={onYesterday}>
-          Voir hier
-        </button>
-      </Empty>
-    );
-  }
-  return (
-    <Empty title="Rien d’enregistré ce jour-là.">
-      <p>L’ordinateur était éteint, ou le suivi en pause.</p>
-      <button type="button" class="button" onClick={onToday}>
-        Revenir à aujourd’hui
-      </button>
-    </Empty>
   );
 }

@@ -2,7 +2,9 @@ import { useState } from "preact/hooks";
 import type { ProjectRow } from "../../bridge/routes";
 import { errorText, useClient } from "../../client";
 import { assignable, categoryLabel, isAssignable } from "../../model/categories";
+import { isolated } from "../../model/time";
 import { Dialog, EditorFoot } from "../../ui/dialog";
+import { useUndoable } from "../../ui/toast";
 
 /** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
 export const palette: [string, string][] = [
@@ -108,6 +110,7 @@ interface Props {
 
 export function ProjectEditor({ project, others, onClose }: Props) {
   const client = useClient();
+  const undoable = useUndoable();
   const [fields, setFields] = useState({
     name: project?.name ?? "",
     color: project?.color ?? palette[others.length % palette.length]?.[0] ?? "#3b82f6",
@@ -125,9 +128,13 @@ export function ProjectEditor({ project, others, onClose }: Props) {
     const keywords = fields.keywords.trim();
     try {
       const archived = project?.archived === 1 ? 1 : 0;
-      await client.call(
-        "projects.save",
-        project ? { ...fields, name, keywords, id: project.id, archived } : { ...fields, name, keywords },
+      await undoable(
+        () =>
+          client.call(
+            "projects.save",
+            project ? { ...fields, name, keywords, id: project.id, archived } : { ...fields, name, keywords },
+          ),
+        () => ({ text: `« ${isolated(name, 60)} » est enregistré.` }),
       );
       onClose();
     } catch (failure) {

@@ -6,7 +6,7 @@ import { Confirm } from "../../ui/dialog";
 import { CategoryName, Icon, ProjectDot } from "../../ui/icons";
 import { Empty, Failure, Foreign } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
-import { useAttempt, useNotice } from "../../ui/toast";
+import { useAttempt, useUndoable } from "../../ui/toast";
 import { ProjectEditor } from "./project_editor";
 import { Suggestions } from "./suggestions";
 
@@ -17,7 +17,7 @@ function Time({ seconds }: { seconds: Seconds }) {
 export function ProjectsView() {
   const client = useClient();
   const attempt = useAttempt();
-  const notify = useNotice();
+  const undoable = useUndoable();
   const { answer: projects, error, reload } = useAnswer("projects.list", {});
   const recap = useAnswer("recap", {});
   const [editing, setEditing] = useState<ProjectRow | "new" | null>(null);
@@ -27,26 +27,24 @@ export function ProjectsView() {
   const time = (id: number, week: "current" | "previous") =>
     recap.answer?.[week].by_project.find((project) => project.id === id)?.duration ?? 0;
   const archive = (project: ProjectRow, archived: 0 | 1) =>
-    attempt(async () => {
-      const put = (value: 0 | 1) =>
-        client.call("projects.save", {
-          id: project.id,
-          name: project.name,
-          color: project.color ?? "",
-          category: project.category ?? "",
-          keywords: project.keywords ?? "",
-          archived: value,
-        });
-      await put(archived);
-      notify({
-        text: archived
-          ? `« ${isolated(project.name, 60)} » est archivé.`
-          : `« ${isolated(project.name, 60)} » est de nouveau actif.`,
-        undo: async () => {
-          await put(archived ? 0 : 1);
-        },
-      });
-    });
+    attempt(() =>
+      undoable(
+        () =>
+          client.call("projects.save", {
+            id: project.id,
+            name: project.name,
+            color: project.color ?? "",
+            category: project.category ?? "",
+            keywords: project.keywords ?? "",
+            archived,
+          }),
+        () => ({
+          text: archived
+            ? `« ${isolated(project.name, 60)} » est archivé.`
+            : `« ${isolated(project.name, 60)} » est de nouveau actif.`,
+        }),
+      ),
+    );
 
   const groups = [
     { title: "Actifs", rows: (projects ?? []).filter(({ archived }) => archived !== 1) },
@@ -159,14 +157,16 @@ export function ProjectsView() {
           action="Supprimer"
           danger
           onClose={() => setDeleting(null)}
-          onConfirm={async () => {
-            await client.call("projects.delete", { id: deleting.id });
-            notify({ text: `« ${isolated(deleting.name, 60)} » est supprimé.` });
-          }}
+          onConfirm={() =>
+            undoable(
+              () => client.call("projects.delete", { id: deleting.id }),
+              () => ({ text: `« ${isolated(deleting.name, 60)} » est supprimé.` }),
+            )
+          }
         >
           <p>
             Le temps enregistré reste, mais ses assignations à ce projet sont effacées et ses règles ne mènent
-            plus à aucun projet. Cela ne s’annule pas.
+            plus à aucun projet. Le message qui suit permet de l’annuler.
           </p>
           <p>Pour le retirer des listes sans rien perdre, archivez-le.</p>
         </Confirm>

@@ -1,11 +1,11 @@
 import { useState } from "preact/hooks";
-import type { Suggestion } from "../../bridge/routes";
+import type { RuleRow, Suggestion } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { load, save } from "../../model/stored";
 import { clip, duration, isolated } from "../../model/time";
 import { ProjectDot } from "../../ui/icons";
 import { Foreign } from "../../ui/parts";
-import { useAttempt, useNotice } from "../../ui/toast";
+import { useAttempt, useUndoable } from "../../ui/toast";
 import { fieldLabel } from "../rules/labels";
 
 const key = "ignoredSuggestions";
@@ -19,7 +19,7 @@ function ignored(): string[] {
 export function Suggestions() {
   const client = useClient();
   const attempt = useAttempt();
-  const notify = useNotice();
+  const undoable = useUndoable();
   const { answer } = useAnswer("suggestions", {});
   const [hidden, setHidden] = useState(ignored);
   const shown = (answer ?? []).filter((suggestion) => !hidden.includes(id(suggestion)));
@@ -30,19 +30,18 @@ export function Suggestions() {
       const { field, name: pattern, project_id, project } = suggestion;
       // Saving replaces a rule on the same text; its category stays.
       const rules = await client.call("rules.list", {});
-      const old = rules.find(
-        (rule) => rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase(),
+      const same = (rule: RuleRow) =>
+        rule.field === field && rule.pattern.toLowerCase() === pattern.toLowerCase();
+      const category = rules.find(same)?.category ?? null;
+      await undoable(
+        () => client.call("rules.save", { field, pattern, category, project_id }),
+        () => ({
+          text: `${isolated(pattern, 60)} va désormais à ${isolated(project, 60)}.`,
+          details: [
+            `Règle créée : ${fieldLabel(field).toLowerCase()} contient « ${isolated(pattern, 60)} ».`,
+          ],
+        }),
       );
-      const category = old?.category ?? null;
-      const rule = await client.call("rules.save", { field, pattern, category, project_id });
-      notify({
-        text: `${isolated(pattern, 60)} va désormais à ${isolated(project, 60)}.`,
-        details: [`Règle créée : ${fieldLabel(field).toLowerCase()} contient « ${isolated(pattern, 60)} ».`],
-        undo: async () => {
-          if (old) await client.call("rules.save", { field, pattern, category, project_id: old.project_id });
-          else await client.call("rules.delete", { id: rule.id });
-        },
-      });
     });
   const ignore = (suggestion: Suggestion) => {
     const all = [...hidden, id(suggestion)].slice(-200);

@@ -5,9 +5,10 @@ import { assignable, categoryLabel, isAssignable } from "../../model/categories"
 import { learnedRules } from "../../model/learned";
 import { preview } from "../../model/matching";
 import { changedBy } from "../../model/rules";
-import { addDays, clip, count, duration } from "../../model/time";
+import { addDays, clip, count, duration, isolated } from "../../model/time";
 import { Dialog, EditorFoot } from "../../ui/dialog";
 import { Foreign } from "../../ui/parts";
+import { useUndoable } from "../../ui/toast";
 import { fieldLabel, fields } from "./labels";
 
 export interface RuleDraft {
@@ -30,6 +31,7 @@ interface Props {
 /** A rule to write, beside what it would have caught during the last week. */
 export function RuleEditor({ draft, today, onClose }: Props) {
   const client = useClient();
+  const undoable = useUndoable();
   const projects = useAnswer("projects.list", {});
   const [field, setField] = useState<RuleField>(draft.field);
   const [pattern, setPattern] = useState(draft.pattern);
@@ -44,16 +46,21 @@ export function RuleEditor({ draft, today, onClose }: Props) {
     if (trimmed === "") return setError("Écrivez le texte à chercher.");
     if (category === null && projectId === null) return setError("Choisissez une catégorie ou un projet.");
     try {
-      const { id } = await client.call("rules.save", {
-        field,
-        pattern: trimmed,
-        category,
-        project_id: projectId,
-      });
-      const old = draft.replaces;
-      // The program itself replaces a rule of the same field and text.
-      if (old && old.id !== id) await client.call("rules.delete", { id: old.id });
-      learnedRules.remove([id, ...(old ? [old.id] : [])]);
+      await undoable(
+        async () => {
+          const { id } = await client.call("rules.save", {
+            field,
+            pattern: trimmed,
+            category,
+            project_id: projectId,
+          });
+          const old = draft.replaces;
+          // The program itself replaces a rule of the same field and text.
+          if (old && old.id !== id) await client.call("rules.delete", { id: old.id });
+          learnedRules.remove([id, ...(old ? [old.id] : [])]);
+        },
+        () => ({ text: `Règle enregistrée : ${isolated(trimmed, 60)}.` }),
+      );
       onClose();
     } catch (failure) {
       setError(errorText(failure));

@@ -8,7 +8,7 @@ import { CategoryName, Icon, ProjectDot } from "../../ui/icons";
 import { Confirm } from "../../ui/dialog";
 import { Empty, Failure, Foreign } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
-import { useAttempt, useNotice } from "../../ui/toast";
+import { useAttempt, useUndoable } from "../../ui/toast";
 import { useWindowed } from "../../ui/windowed";
 import { fieldLabel, fields } from "./labels";
 import { blankRule, type RuleDraft, RuleEditor } from "./rule_editor";
@@ -23,7 +23,7 @@ const sources: [Source, string, string][] = [
 export function RulesView({ today }: { today: Day }) {
   const client = useClient();
   const attempt = useAttempt();
-  const notify = useNotice();
+  const undoable = useUndoable();
   const { answer: rules, error, reload } = useAnswer("rules.list", {});
   const projects = useAnswer("projects.list", {});
   const [filter, setFilter] = useState<RuleFilter>({ text: "", field: null, source: null });
@@ -45,26 +45,15 @@ export function RulesView({ today }: { today: Day }) {
   });
 
   const remove = (rule: RuleRow) =>
-    attempt(async () => {
-      const source = sourceOf(rule, learned);
-      await client.call("rules.delete", { id: rule.id });
-      learnedRules.remove([rule.id]);
-      if (source === "builtin") {
-        notify({
-          text: `Règle intégrée supprimée : ${isolated(rule.pattern, 60)}.`,
-          details: ["« Rétablir les règles intégrées » la ramène."],
-        });
-        return;
-      }
-      notify({
-        text: `Règle supprimée : ${isolated(rule.pattern, 60)}.`,
-        undo: async () => {
-          const { field, pattern, category, project_id } = rule;
-          const { id } = await client.call("rules.save", { field, pattern, category, project_id });
-          if (source === "learned") learnedRules.add([id]);
+    attempt(() =>
+      undoable(
+        async () => {
+          await client.call("rules.delete", { id: rule.id });
+          learnedRules.remove([rule.id]);
         },
-      });
-    });
+        () => ({ text: `Règle supprimée : ${isolated(rule.pattern, 60)}.` }),
+      ),
+    );
 
   const edit = (rule: RuleRow) =>
     setDraft({
@@ -168,13 +157,15 @@ export function RulesView({ today }: { today: Day }) {
           action="Rétablir"
           onClose={() => setRestoring(false)}
           onConfirm={async () => {
-            const { added } = await client.call("rules.defaults", {});
-            notify({
-              text:
-                added === 0
-                  ? "Elles étaient toutes là."
-                  : `${count(added, "règle rétablie", "règles rétablies")}.`,
-            });
+            await undoable(
+              () => client.call("rules.defaults", {}),
+              ({ answer: { added } }) => ({
+                text:
+                  added === 0
+                    ? "Elles étaient toutes là."
+                    : `${count(added, "règle rétablie", "règles rétablies")}.`,
+              }),
+            );
           }}
         >
           <p>

@@ -8,6 +8,7 @@ import { Failure } from "../../ui/parts";
 import { useAttempt, useNotice } from "../../ui/toast";
 import { Export } from "./export";
 import { DomainList, NumberField, Row, Section, Switch } from "./fields";
+import { StoreRows } from "./store";
 import { BrowserRows, DesktopRows } from "./permissions";
 import { TelemetryRows } from "./telemetry";
 
@@ -141,15 +142,7 @@ export function SettingsView({ status, today, onWelcome }: Props) {
       </Section>
       <Section title="Données">
         <Export today={today} />
-        <Row label="Fichier des données" help={<code>{status?.db}</code>}>
-          <button
-            type="button"
-            class="button"
-            onClick={() => void attempt(() => client.call("revealData", {}))}
-          >
-            Montrer le dossier
-          </button>
-        </Row>
+        <StoreRows status={status} />
       </Section>
       <Section title="Télémétrie et mises à jour">
         <TelemetryRows status={status} />

@@ -1,0 +1,55 @@
+// What is told about the file that keeps everything, above whatever view is open.
+import { useState } from "preact/hooks";
+import type { Status } from "../bridge/routes";
+import { useAnswer } from "../client";
+import { since } from "../model/store";
+import { load, save } from "../model/stored";
+import { capitalize } from "../model/time";
+import { Icon } from "./icons";
+
+/** While something is wrong; read out once, as it stays in place when the view changes. */
+export function StoreBanner({ status }: { status: Status | undefined }) {
+  const trouble = status?.store;
+  return (
+    <div role="alert" class="store-trouble">
+      {status && trouble && (
+        <div class="banner failed">
+          <Icon name="warning" />
+          <p>
+            {trouble.message} <span class="quiet">{capitalize(since(trouble.since, status.now))}.</span>
+          </p>
+        </div>
+      )}
+    </div>
+  );
+}
+
+const key = "seenNotice";
+
+/** What the last repair or restore did, until it was put away. */
+export function StoreNotice() {
+  const { answer } = useAnswer("store.status", {}, 60);
+  const [seen, setSeen] = useState(() => load(key, "", (value) => typeof value === "string"));
+  const notice = answer?.notice;
+  return (
+    <div role="status" class="store-notice">
+      {notice && notice !== seen && (
+        <div class="banner">
+          <p>{notice}</p>
+          <button
+            type="button"
+            class="button ghost square small"
+            aria-label="Ne plus montrer"
+            onClick={() => {
+              save(key, notice);
+              setSeen(notice);
+              document.querySelector<HTMLElement>("main")?.focus();
+            }}
+          >
+            <Icon name="close" />
+          </button>
+        </div>
+      )}
+    </div>
+  );
+}

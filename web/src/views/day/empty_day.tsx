@@ -1,0 +1,51 @@
+import { useClient } from "../../client";
+import { Empty } from "../../ui/parts";
+import { useAttempt } from "../../ui/toast";
+
+interface Props {
+  isToday: boolean;
+  paused: boolean;
+  /** There may be something that could not be read. */
+  incomplete: boolean;
+  onToday: () => void;
+  onYesterday: () => void;
+}
+
+/** What stands for a day without anything recorded. */
+export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: Props) {
+  const client = useClient();
+  const attempt = useAttempt();
+  if (incomplete) return <Empty title="Rien n’a pu être lu pour ce jour." />;
+  if (isToday && paused) {
+    return (
+      <Empty title="Le suivi est en pause.">
+        <p>Rien n’est enregistré aujourd’hui tant qu’il n’a pas repris.</p>
+        <button
+          type="button"
+          class="button primary"
+          onClick={() => void attempt(() => client.call("tracker.resume", {}))}
+        >
+          Reprendre le suivi
+        </button>
+      </Empty>
+    );
+  }
+  if (isToday) {
+    return (
+      <Empty title="La journée commence.">
+        <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
+        <button type="button" class="button" onClick={onYesterday}>
+          Voir hier
+        </button>
+      </Empty>
+    );
+  }
+  return (
+    <Empty title="Rien d’enregistré ce jour-là.">
+      <p>L’ordinateur était éteint, ou le suivi en pause.</p>
+      <button type="button" class="button" onClick={onToday}>
+        Revenir à aujourd’hui
+      </button>
+    </Empty>
+  );
+}

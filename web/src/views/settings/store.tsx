@@ -1,0 +1,137 @@
+import { useState } from "preact/hooks";
+import type { Answer, Status } from "../../bridge/routes";
+import type { StoreStatus } from "../../bridge/store";
+import { errorText, useAnswer, useClient } from "../../client";
+import { covered, fileSize, moment } from "../../model/store";
+import { capitalize, count } from "../../model/time";
+import { Icon } from "../../ui/icons";
+import { useAttempt, useNotice } from "../../ui/toast";
+import { Row } from "./fields";
+import { RestoreDialog } from "./restore_dialog";
+
+/** The file that keeps everything: how it is, its backups, and the way back to one of them. */
+export function StoreRows({ status }: { status: Status | undefined }) {
+  const client = useClient();
+  const attempt = useAttempt();
+  const store = useAnswer("store.status", {}, 30).answer;
+  const now = status?.now ?? Date.now() / 1000;
+  return (
+    <>
+      <Row label="Fichier des données" help={<code>{status?.db}</code>}>
+        {store && (
+          <p class="store-facts">
+            <b>{fileSize(store.size)}</b>
+            <span>{covered(store)}</span>
+            {store.waiting > 0 && (
+              <small>{count(store.waiting, "activité")} en mémoire, en attente d’être écrites</small>
+            )}
+          </p>
+        )}
+        <button
+          type="button"
+          class="button"
+          onClick={() => void attempt(() => client.call("revealData", {}))}
+        >
+          Montrer le dossier
+        </button>
+      </Row>
+      {store && <BackupRow store={store} now={now} />}
+      <CheckRow />
+      {store?.notice && (
+        <Row wide label="Dernière réparation ou restauration">
+          <p class="store-facts">{store.notice}</p>
+        </Row>
+      )}
+    </>
+  );
+}
+
+function BackupRow({ store, now }: { store: StoreStatus; now: number }) {
+  const client = useClient();
+  const notify = useNotice();
+  const [busy, setBusy] = useState(false);
+  const [error, setError] = useState("");
+  const [restoring, setRestoring] = useState(false);
+  const run = async () => {
+    setBusy(true);
+    setError("");
+    try {
+      const { size } = await client.call("store.backup", {});
+      notify({ text: `Sauvegardé : ${fileSize(size)}.` });
+    } catch (failure) {
+      setError(errorText(failure));
+    }
+    setBusy(false);
+  };
+  const last = store.last_backup === null ? "aucune" : moment(store.last_backup, now);
+  return (
+    <Row
+      label="Sauvegardes"
+      help={`Dernière : ${last}. Orvanta en fait seul, les vérifie et garde les plus récentes.`}
+    >
+      <button type="button" class="button" disabled={busy} onClick={() => void run()}>
+        {busy ? "Sauvegarde en cours…" : "Sauvegarder maintenant"}
+      </button>
+      <button type="button" class="button" onClick={() => setRestoring(true)}>
+        Restaurer…
+      </button>
+      <span class="field-error" role="alert">
+        {error}
+      </span>
+      {restoring && <RestoreDialog backups={store.backups} now={now} onClose={() => setRestoring(false)} />}
+    </Row>
+  );
+}
+
+/** Problems in full would be thousands of lines for a file that is badly damaged. */
+const shownProblems = 12;
+
+function CheckRow() {
+  const client = useClient();
+  const [busy, setBusy] = useState(false);
+  const [result, setResult] = useState<Answer<"store.check"> | null>(null);
+  const run = async () => {
+    setBusy(true);
+    setResult(null);
+    try {
+      setResult(await client.call("store.check", {}));
+    } catch (failure) {
+      setResult({ ok: false, message: errorText(failure), problems: [] });
+    }
+    setBusy(false);
+  };
+  const more = (result?.problems.length ?? 0) - shownProblems;
+  return (
+    <Row label="Vérification" help="Lit tout le fichier et dit s’il est entier. Rien n’y est changé.">
+      <button
+        type="button"
+        class="button"
+        aria-label="Vérifier les données"
+        disabled={busy}
+        onClick={() => void run()}
+      >
+        {busy ? "Vérification…" : "Vérifier"}
+      </button>
+      <div class="check-result" role="status">
+        {result && (
+          <>
+            <p class={result.ok ? "state good" : "state bad"}>
+              <Icon name={result.ok ? "check" : "warning"} />
+              {capitalize(result.message)}
+            </p>
+            {result.problems.length > 0 && (
+              <ul>
+                {result.problems.slice(0, shownProblems).map((problem, index) => (
+                  <li key={index}>
+                    <code>{problem}</code>
+                  </li>
+                ))}
+                {more > 0 && <li class="quiet">et {count(more, "autre")}</li>}
+              </ul>
+            )}
+          </>
+        )}
+      </div>
+    </Row>
+  );
+}
