@@ -35,11 +35,14 @@ struct Program {
   Tracker tracker{db, collectors};
   Analytics analytics{db, wallClock};
   History history{db};
+  Backups backups{Backups::folderOf(db.location())};
+  StoreKeeper keeper{db, backups};
   Telemetry telemetry{db, {}, ""};
   Router router{{.db = db,
                  .tracker = tracker,
                  .analytics = analytics,
                  .history = history,
+                 .keeper = keeper,
                  .telemetry = telemetry,
                  .loginItem = {"", ""},
                  .platform = {}}};

@@ -35,8 +35,12 @@ void AppDelegate::applicationDidFinishLaunching() {
   applyRetention();
   parts_.tracker.start();
   actions_.dailyTelemetry();
+  parts_.keeper.start();
   buildMenu();
-  mainThread_.every(kMenuPeriod, [this] { refreshMenu(); });
+  mainThread_.every(kMenuPeriod, [this] {
+    watchStore();
+    refreshMenu();
+  });
   mainThread_.every(kHourlyPeriod, [this] { everyHour(); });
 }
 
@@ -67,6 +71,18 @@ void AppDelegate::buildMenu() {
 void AppDelegate::everyHour() {
   if (retentionDue(clock_(), retentionApplied_)) applyRetention();
   actions_.dailyTelemetry();
+  parts_.keeper.hourly();
+}
+
+// Told once when it begins, and once when it is over.
+void AppDelegate::watchStore() {
+  parts_.keeper.look();
+  const auto condition = parts_.db.condition();
+  if (condition.has_value() == toldTrouble_) return;
+  toldTrouble_ = condition.has_value();
+  actions_.tell(condition ? std::string(sentenceOf(condition->trouble)) +
+                                " Ce que vous faites entre-temps est gardé en mémoire."
+                          : "Les données sont de nouveau enregistrées.");
 }
 
 // Not here: it waits a moment for what it starts.
@@ -118,6 +134,7 @@ MenuFacts AppDelegate::readFacts() {
   const auto& tracker = parts_.tracker;
   MenuFacts facts;
   facts.paused = tracker.paused();
+  if (const auto condition = parts_.db.condition()) facts.trouble = condition->trouble;
   facts.current = tracker.current();
   if (facts.current) facts.current->elapsed = finite(facts.current->elapsed);
   facts.readDay(today());

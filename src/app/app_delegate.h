@@ -18,6 +18,7 @@
 #include "capture/tracker.h"
 #include "reports/analytics.h"
 #include "storage/database.h"
+#include "storage/store_keeper.h"
 
 namespace orvanta {
 
@@ -31,6 +32,7 @@ class AppDelegate {
     Database& db;
     Tracker& tracker;
     const Analytics& analytics;
+    StoreKeeper& keeper;
     Glib::RefPtr<Gio::DBus::Connection> session;
   };
 
@@ -41,6 +43,7 @@ class AppDelegate {
     std::function<void()> dailyTelemetry;
     std::function<std::optional<Update>()> updateAvailable;
     std::function<void(const std::string& url)> openUrl;
+    std::function<void(const std::string& sentence)> tell;  ///< by a notification
     std::function<void()> tellNoTray;  ///< that no panel shows the icon, and what to do instead
     std::function<void()> quit;
   };
@@ -65,6 +68,7 @@ class AppDelegate {
 
  private:
   void buildMenu();
+  void watchStore();
   void everyHour();
   void applyRetention();
   void trayChanged();
@@ -85,6 +89,7 @@ class AppDelegate {
     boost::json::object totals;
   } reading_;
 
+  bool toldTrouble_ = false;   // the user knows that nothing can be stored
   bool refreshing_ = false;    // a refresh is on its way
   bool refreshAgain_ = false;  // and was too early for what has happened since
   std::optional<StatusMenu> menu_;

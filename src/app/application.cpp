@@ -16,6 +16,7 @@
 #include "app/services.h"
 #include "bridge/request.h"
 #include "platform/desktop_actions.h"
+#include "storage/store_swap.h"
 
 namespace orvanta {
 namespace {
@@ -49,6 +50,7 @@ void Application::on_startup() {
   const auto where = DataLocation::ofUser();
   prepare(where, systemLog);
   if (auto lock = DataLock::take(where)) {
+    finishSwap(where.file());
     services_ = std::make_unique<Services>(
         std::move(*lock), Services::Hooks{
                               .quit = [this] { quit(); },
@@ -65,13 +67,14 @@ void Application::on_startup() {
 
 void Application::launch() {
   delegate_ = std::make_unique<AppDelegate>(
-      AppDelegate::Parts{services_->db, services_->tracker, services_->analytics,
+      AppDelegate::Parts{services_->db, services_->tracker, services_->analytics, services_->keeper,
                          services_->sessionBus},
       AppDelegate::Actions{
           .showDashboard = [this](const auto& token) { services_->dashboard.show(token); },
           .dailyTelemetry = [this] { services_->telemetry.daily(); },
           .updateAvailable = [this] { return services_->telemetry.updateAvailable(); },
           .openUrl = [](const std::string& url) { openUrl(url, systemLog); },
+          .tell = [this](const std::string& sentence) { tell(sentence); },
           .tellNoTray =
               [this] {
                 tell(

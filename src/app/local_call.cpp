@@ -47,6 +47,8 @@ CallResult callLocally(const std::vector<std::string>& words) {
   Tracker tracker(db, collectors);
   const Analytics analytics(db, wallClock);
   History history(db);
+  Backups backups(Backups::folderOf(db.location()));
+  StoreKeeper keeper(db, backups);
   Telemetry telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl());
 
   const auto open = [](const std::string& uri) {
@@ -70,10 +72,16 @@ CallResult callLocally(const std::vector<std::string>& words) {
                  .tracker = tracker,
                  .analytics = analytics,
                  .history = history,
+                 .keeper = keeper,
                  .telemetry = telemetry,
                  .loginItem = LoginItem::ofUser(),
                  .platform = std::move(actions)});
-  return callRoute(router, words);
+  auto result = callRoute(router, words);
+  if (!db.readable()) {
+    result.status = 1;
+    result.complaint = sentenceOf(StoreTrouble::Absent);
+  }
+  return result;
 }
 
 }  // namespace orvanta

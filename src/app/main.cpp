@@ -67,6 +67,7 @@ int call(int argc, char** argv, const std::vector<std::string>& words) {
   }
   const auto result = callLocally(words);
   printAsIs(result.output.c_str());
+  if (!result.complaint.empty()) std::fprintf(stderr, "Orvanta : %s\n", result.complaint.c_str());
   return result.status;
 }
 

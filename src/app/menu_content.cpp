@@ -36,6 +36,7 @@ std::string textAt(const json::object& parent, std::string_view key) {
 }
 
 std::string statusLine(const MenuFacts& facts) {
+  if (facts.trouble) return "⚠ Rien n'est enregistré : " + std::string(shortNameOf(*facts.trouble));
   if (facts.paused) return "○ Suivi en pause";
   if (!facts.current) return "● Suivi actif";
   const auto& [sample, elapsed] = *facts.current;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "capture/tracker.h"
+#include "storage/store_health.h"
 #include "telemetry/telemetry.h"
 
 namespace orvanta {
@@ -29,6 +30,7 @@ struct MenuFacts {
   };
 
   bool paused = false;
+  std::optional<StoreTrouble> trouble;  ///< nothing can be stored
   std::optional<Tracker::Current> current;
   double active = 0;
   double travail = 0;

@@ -8,10 +8,12 @@
 
 namespace orvanta {
 
-/// What is printed, one line of JSON, and the exit status: 0 with the answer, 1 with {"error": …}.
+/// What is printed, one line of JSON, and the exit status: 0 with the answer, 1 with {"error": …},
+/// with a report that is not whole and when something could not be stored.
 struct CallResult {
   std::string output;
   int status = 0;
+  std::string complaint = {};  ///< French, for standard error; "" when there is none
 };
 
 /// Answers the call; `words` are the route and, where given, its arguments as a JSON object.

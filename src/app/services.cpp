@@ -9,13 +9,16 @@
 #include "base/program_files.h"
 #include "browser/browser_setup.h"
 #include "browser/tab_socket.h"
+#include "classify/defaults.h"
 #include "platform/desktop_actions.h"
 
 namespace orvanta {
 
 Services::Services(DataLock held, const Hooks& hooks)
     : lock(std::move(held)),
-      db(DataLocation::ofUser()),
+      backups(Backups::folderOf(DataLocation::ofUser())),
+      db(DataLocation::ofUser(), systemLog, wallClock,
+         [this] { backups.make(DataLocation::ofUser().file(), wallClock()); }),
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
       sessionBus(connectBus(Gio::DBus::BusType::SESSION)),
       desktop(observeDesktop(systemBus, sessionBus, systemLog)),
@@ -29,11 +32,13 @@ Services::Services(DataLock held, const Hooks& hooks)
       tracker(db, collectors),
       analytics(db, wallClock),
       history(db),
+      keeper(db, backups),
       telemetry(db, appFacts(ORVANTA_VERSION), serviceUrl(), hooks.refreshMenu),
       router({.db = db,
               .tracker = tracker,
               .analytics = analytics,
               .history = history,
+              .keeper = keeper,
               .telemetry = telemetry,
               .loginItem = LoginItem::ofUser(),
               .platform = platformActions(hooks)}),
@@ -50,6 +55,7 @@ Services::Services(DataLock held, const Hooks& hooks)
         quit();
       }) {
   db.setErrorReport([this](const std::string& message) { telemetry.reportError(message); });
+  keepStore(hooks);
   BrowserSetup::ofUser().refresh();
   desktop.session->listen({.lockChanged = [this](bool locked) { tracker.setLocked(locked); },
                            .willSleep =
@@ -64,6 +70,29 @@ Services::Services(DataLock held, const Hooks& hooks)
 
 Services::~Services() {
   db.setErrorReport({});  // telemetry ends before the last statement
+  db.setReplaced({});
+  tracker.setErased({});
+}
+
+// A file that is new, or another, needs what every store has; and the user is told of it.
+void Services::keepStore(const Hooks& hooks) {
+  const auto renewed = [this, refresh = hooks.refreshMenu] {
+    seedDefaults(db, wallClock);
+    history.forgetAll();
+    mainThread.post(refresh);
+  };
+  const auto tell = [this, tell = hooks.tell](const std::string& sentence) {
+    mainThread.post([tell, sentence] { tell(sentence); });
+  };
+  keeper.listen({.renewed = renewed, .tell = tell});
+  db.setReplaced([renewed, tell](const std::string& sentence) {
+    renewed();
+    tell(sentence);
+  });
+  tracker.setErased([this](double before) {
+    history.forgetUndone();
+    keeper.eraseLater(stripTitlesBefore(before));
+  });
 }
 
 PlatformActions Services::platformActions(const Hooks& hooks) {

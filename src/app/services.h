@@ -13,9 +13,11 @@
 #include "platform/dbus/session_client.h"
 #include "platform/desktop.h"
 #include "reports/analytics.h"
+#include "storage/backups.h"
 #include "storage/data_lock.h"
 #include "storage/database.h"
 #include "storage/history.h"
+#include "storage/store_keeper.h"
 #include "telemetry/telemetry.h"
 
 namespace orvanta {
@@ -34,6 +36,7 @@ struct Services {
   ~Services();
 
   DataLock lock;
+  Backups backups;
   Database db;
   Glib::RefPtr<Gio::DBus::Connection> systemBus;
   Glib::RefPtr<Gio::DBus::Connection> sessionBus;
@@ -45,12 +48,14 @@ struct Services {
   Tracker tracker;
   Analytics analytics;
   History history;
+  StoreKeeper keeper;
   Telemetry telemetry;
   Router router;
   DashboardWindow dashboard;
   dbus::SessionClient sessionClient;
 
  private:
+  void keepStore(const Hooks& hooks);
   PlatformActions platformActions(const Hooks& hooks);
 };
 

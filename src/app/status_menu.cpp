@@ -7,8 +7,12 @@ namespace {
 
 constexpr auto kMenuPath = "/MenuBar";
 
-tray::Appearance appearance(bool paused, std::string label, std::string today) {
-  if (paused) {
+tray::Appearance appearance(const MenuFacts& facts, std::string label, std::string today) {
+  if (facts.trouble) {
+    return {"fr.quellvane.orvanta-alert-symbolic", "Orvanta : rien n'est enregistré",
+            std::move(label), std::string(shortNameOf(*facts.trouble))};
+  }
+  if (facts.paused) {
     return {"fr.quellvane.orvanta-paused-symbolic", "Orvanta : suivi en pause", std::move(label),
             "Suivi en pause"};
   }
@@ -32,7 +36,7 @@ StatusMenu::StatusMenu(const Glib::RefPtr<Gio::DBus::Connection>& session,
              .iconThemePath = std::move(iconThemePath),
              .menuPath = kMenuPath,
              .labelGuide = " 00 h 00"},
-            appearance(false, "", ""),
+            appearance({}, "", ""),
             [this] { actions_.openDashboard(item_.takeActivationToken()); }) {
   build();
 }
@@ -78,7 +82,7 @@ void StatusMenu::show(const MenuFacts& facts) {
   for (std::size_t i = 0; i < projects_.size(); ++i) {
     projectItems_[i]->setChosen(projects_[i].id == facts.currentProject);
   }
-  item_.show(appearance(facts.paused, std::move(content.label), std::move(content.todayLine)));
+  item_.show(appearance(facts, std::move(content.label), std::move(content.todayLine)));
 }
 
 void StatusMenu::showProjects(const std::vector<ProjectChoice>& projects) {

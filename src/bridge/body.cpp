@@ -59,6 +59,17 @@ std::optional<double> Body::d(std::string_view key) const {
   return value->to_number<double>();
 }
 
+std::vector<int64_t> Body::ids(std::string_view key) const {
+  std::vector<int64_t> ids;
+  const auto* list = find(key);
+  if (!list || !list->is_array()) return ids;
+  for (const auto& id : list->get_array()) {
+    if (!id.is_int64()) return {};
+    ids.push_back(id.get_int64());
+  }
+  return ids;
+}
+
 std::optional<bool> Body::b(std::string_view key) const {
   const auto* value = find(key);
   return value && value->is_bool() ? std::optional(value->get_bool()) : std::nullopt;

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanta {
 
@@ -30,6 +31,8 @@ class Body {
   std::optional<double> d(std::string_view key) const;
   /// A truth value.
   std::optional<bool> b(std::string_view key) const;
+  /// Whole numbers; empty when it is no list, or one of them is none.
+  std::vector<int64_t> ids(std::string_view key) const;
   /// Null when missing.
   const boost::json::value* find(std::string_view key) const { return object_.if_contains(key); }
   const boost::json::object& object() const { return object_; }

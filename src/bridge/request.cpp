@@ -29,6 +29,17 @@ bool isFinite(const json::value& value) {
   }
 }
 
+// Whether it says that less was done than asked.
+bool fellShort(const json::value& answer) {
+  const auto* object = answer.if_object();
+  if (!object) return false;
+  const auto isFalse = [&](std::string_view key) {
+    const auto* value = object->if_contains(key);
+    return value && value->is_bool() && !value->get_bool();
+  };
+  return isFalse("stored") || isFalse("written") || object->contains("incomplete");
+}
+
 }  // namespace
 
 std::optional<Request> parseRequest(std::string_view text) {
@@ -50,7 +61,7 @@ Answer answer(Router& router, std::string_view path, const json::object& body) {
     const auto value = router.handle(path, body);
     if (!isFinite(value)) return {"{}"};
     // Texts of the store may hold any bytes.
-    return {validUtf8(json::serialize(value))};
+    return {validUtf8(json::serialize(value)), fellShort(value)};
   } catch (const AppError& error) {
     return failure(error.what());
   } catch (const std::bad_alloc&) {  // the capture goes on

@@ -26,7 +26,8 @@ std::optional<Request> parseRequest(std::string_view text);
 /// An answer as JSON text on one line, always valid UTF-8.
 struct Answer {
   std::string json;
-  bool failed = false;  ///< it is {"error": message}
+  /// It is {"error": message}, or says that not all was stored, written or read.
+  bool failed = false;
 };
 
 /// The router's answer, or its error. What JSON cannot express (an infinite number) becomes "{}".

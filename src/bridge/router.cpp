@@ -59,6 +59,12 @@ const std::vector<Router::Route> Router::kRoutes{
     {"openURL", &Router::openUrl},
     {"revealData", &Router::revealData},
     {"quit", &Router::quit},
+    {"events.delete", &Router::eventsDelete},
+    {"store.status", &Router::storeStatus},
+    {"store.backup", &Router::storeBackup},
+    {"store.check", &Router::storeCheck},
+    {"store.restorePreview", &Router::storeRestorePreview},
+    {"store.restore", &Router::storeRestore},
     {"changes.list", &Router::changesList},
     {"changes.undo", &Router::changesUndo},
     {"changes.redo", &Router::changesRedo},
@@ -74,10 +80,10 @@ json::value Router::handle(std::string_view name, const json::object& body) {
   throw AppError("route inconnue : " + std::string(name));
 }
 
-json::object told(const Written& written, json::object answer) {
+json::object Router::told(const Written& written, json::object answer) {
   if (written) return answer;
   answer["stored"] = false;
-  answer["message"] = Database::whyNot(written);
+  answer["message"] = parts_.db.whyNot(written);
   return answer;
 }
 
@@ -97,7 +103,7 @@ json::array Router::rows(std::string_view sql) {
 }
 
 json::value Router::status(const Body& /*body*/) {
-  auto& [db, tracker, analytics, history, telemetry, loginItem, platform] = parts_;
+  auto& [db, tracker, analytics, history, keeper, telemetry, loginItem, platform] = parts_;
   json::value current(nullptr);
   if (const auto now = tracker.current()) {
     current = {{"app", now->sample.app},

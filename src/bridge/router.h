@@ -18,6 +18,7 @@
 #include "reports/analytics.h"
 #include "storage/database.h"
 #include "storage/history.h"
+#include "storage/store_keeper.h"
 #include "telemetry/telemetry.h"
 
 namespace orvanta {
@@ -33,6 +34,7 @@ class Router {
     Tracker& tracker;
     const Analytics& analytics;
     History& history;
+    StoreKeeper& keeper;
     Telemetry& telemetry;
     LoginItem loginItem;
     PlatformActions platform;
@@ -72,9 +74,15 @@ class Router {
   Json onboardingDone(const Body& body);
 
   // Routes about the store itself, in store_routes.cpp.
+  Json storeStatus(const Body& body);
+  Json storeBackup(const Body& body);
+  Json storeCheck(const Body& body);
+  Json storeRestorePreview(const Body& body);
+  Json storeRestore(const Body& body);
   Json changesList(const Body& body);
   Json changesUndo(const Body& body);
   Json changesRedo(const Body& body);
+  Json eventsDelete(const Body& body);  // in erase_route.cpp
 
   // Routes that act on the program or the desktop, in action_routes.cpp.
   Json trackerPause(const Body& body);
@@ -94,7 +102,11 @@ class Router {
   boost::json::object browserPermissions() const;
   boost::json::array rows(std::string_view sql);
   Json turned(History::Outcome outcome, std::string_view done);
+  Backup knownBackup(const Body& body);
+  /// The answer, which says so when nothing was stored.
+  boost::json::object told(const Written& written, boost::json::object answer = {{"ok", true}});
   Written writable();
+  void splitForDeletion(const std::vector<int64_t>& ids, TimeRange& range);
   std::optional<std::string> projectName(const std::optional<int64_t>& id);
   static TimeRange rangeOf(const Body& body);
 
@@ -108,8 +120,5 @@ class Router {
 inline boost::json::object done() {
   return {{"ok", true}};
 }
-
-/// The answer of what was written, which says so when it was not stored.
-boost::json::object told(const Written& written, boost::json::object answer = done());
 
 }  // namespace orvanta

@@ -29,16 +29,6 @@ std::optional<std::string> trimmed(const std::optional<std::string>& text) {
   return std::string(trimBlanks(*text));
 }
 
-std::vector<int64_t> idsOf(const json::value* list) {
-  std::vector<int64_t> ids;
-  if (!list || !list->is_array()) return ids;
-  for (const auto& id : list->get_array()) {
-    if (!id.is_int64()) return {};
-    ids.push_back(id.get_int64());
-  }
-  return ids;
-}
-
 }  // namespace
 
 json::value Router::projectsSave(const Body& body) {
@@ -70,7 +60,7 @@ json::value Router::projectsSave(const Body& body) {
     return answer;
   }
   if (written.conflict()) throw AppError(kNameTaken);
-  if (!written) throw AppError(Database::whyNot(written));
+  if (!written) throw AppError(parts_.db.whyNot(written));
   lastProject_ = std::max(lastProject_, added);
   return {{"ok", true}, {"id", added}};
 }
@@ -143,7 +133,7 @@ json::value Router::rulesDefaults(const Body& /*body*/) {
 }
 
 json::value Router::eventsAssign(const Body& body) {
-  const auto ids = idsOf(body.find("ids"));
+  const auto ids = body.ids("ids");
   if (ids.empty()) throw AppError("aucun bloc");
   const bool clear = body.b("clear").value_or(false);
   const auto category = clear ? std::nullopt : body.s("category");

@@ -88,7 +88,8 @@ void Retention::apply(const std::stop_token& stop) {
     const std::lock_guard lock(erasedMutex_);
     erased = erased_;
   }
-  if (erased) erased(cutOff);
+  // The first time it may also make up for what an earlier run did not come to.
+  if (erased && (stripped_ || !told_.exchange(true))) erased(cutOff);
 }
 
 bool Retention::indexed() {

@@ -15,8 +15,7 @@ namespace orvanta {
 
 /// Removes title and URL from spans that ended longer ago than the setting "retention_days" says;
 /// the spans, their application and domain stay for the reports. Works in steps of some
-/// milliseconds, and leaves the store to others in between. What it has removed is in no file of
-/// the store any more. From any thread.
+/// milliseconds, and leaves the store to others in between. From any thread.
 class Retention {
  public:
   using Erased = std::function<void(double before)>;
@@ -46,8 +45,9 @@ class Retention {
   std::mutex erasedMutex_;  // guards the next
   Erased erased_;
   std::atomic<bool> stripped_ = false;  // since it was last applied
-  std::mutex mutex_;                    // guards the next
-  std::jthread work_;                   // last: it ends before what it uses
+  std::atomic<bool> told_ = false;
+  std::mutex mutex_;   // guards the next
+  std::jthread work_;  // last: it ends before what it uses
 };
 
 }  // namespace orvanta

@@ -53,7 +53,15 @@ std::optional<double> Tracker::splitOpenSpan(const TimeRange& range) {
 
 void Tracker::shutdown() {
   queue_.stopRepeating();
-  queue_.sync([this] { engine_.finish(); });
+  queue_.sync([this] {
+    engine_.finish();
+    db_.look();  // what waits to be stored has one more chance
+  });
+}
+
+std::optional<int64_t> Tracker::openSpanId() const {
+  const auto activity = live_.activity();
+  return activity && activity->id > 0 ? std::optional(activity->id) : std::nullopt;
 }
 
 std::optional<Tracker::Current> Tracker::current() const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "base/clock.h"
 #include "base/serial_queue.h"
@@ -54,11 +55,14 @@ class Tracker {
   /// Spans that could not be stored yet.
   std::size_t waiting() const { return live_.waiting(); }
 
+  void setErased(Retention::Erased erased) { retention_.setErased(std::move(erased)); }
   /// See Retention::apply and Retention::start.
   void applyRetention() { retention_.apply(); }
   void startRetention() { retention_.start(); }
 
   std::optional<Current> current() const;
+  /// Row id of the span that is being recorded, as far as it is stored.
+  std::optional<int64_t> openSpanId() const;
   bool paused() const { return live_.paused(); }
   std::optional<int64_t> currentProjectId() const { return live_.currentProjectId(); }
   std::optional<double> currentProjectSince() const { return live_.currentProjectSince(); }

@@ -56,9 +56,11 @@ void Database::open() {
   connection_ = Connection(where_.file(), kWritable);
   identity_ = identity();
   upToDate_ = false;
+  refused_.reset();
   if (!connection_) {
-    if (health_.failed(troubleOf(connection_.code(), connection_.systemError())
-                           .value_or(StoreTrouble::Absent))) {
+    refused_ =
+        troubleOf(connection_.code(), connection_.systemError()).value_or(StoreTrouble::Absent);
+    if (health_.failed(*refused_)) {
       log_("Orvanta: impossible d'ouvrir la base " + where_.file().string());
     }
     openReadOnly();
@@ -105,13 +107,19 @@ void Database::setReplaced(std::function<void(const std::string&)> replaced) {
   replaced_ = std::move(replaced);
 }
 
+// A file that could only be opened to read fails otherwise than for the reason.
+std::optional<StoreTrouble> Database::trouble(int code) const {
+  if (refused_ && (code & 0xff) == SQLITE_READONLY) return refused_;
+  return troubleOf(code, connection_ ? sqlite3_system_errno(connection_.get()) : 0);
+}
+
 // Remembers the failure; it is told by tell(), when no lock is held any more.
 Written Database::failed(int code, std::string_view sql, Tell tell) {
   if (sameKey(code)) return Written::failed(code);
   const std::string message = connection_ ? sqlite3_errmsg(connection_.get()) : "";
   if (repeatedColumn(message)) return Written::failed(code);
-  const auto trouble = troubleOf(code, connection_ ? sqlite3_system_errno(connection_.get()) : 0);
-  if (trouble && !health_.failed(*trouble)) return Written::failed(code);
+  const auto found = trouble(code);
+  if (found && !health_.failed(*found)) return Written::failed(code);
   const std::lock_guard lock(hookMutex_);
   untold_.push_back({message, std::string(sql), tell});
   return Written::failed(code);
@@ -172,7 +180,7 @@ Written Database::runLocked(std::string_view sql, const Args& args) {
   auto* statement = connection_.prepared(sql);
   if (!statement) {
     const int code = sqlite3_extended_errcode(connection_.get());
-    return troubleOf(code) ? failed(code, sql) : Written::failed(code);
+    return trouble(code) ? failed(code, sql) : Written::failed(code);
   }
   statement->bind(args);
   const auto before = sqlite3_total_changes64(connection_.get());
@@ -211,7 +219,9 @@ bool Database::scan(std::string_view sql, const Args& args,
   {
     const std::lock_guard lock(scanMutex_);
     // Our own lock is lock enough; SQLite would take its mutex for every column of every row.
-    if (!scanner_) scanner_ = Connection(where_.file(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
+    if (!scanner_ && !away_) {
+      scanner_ = Connection(where_.file(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
+    }
     if (auto* statement = scanner_ ? scanner_.prepared(sql) : nullptr) {
       code = statement->visitRows(args, visit);
       if (code == SQLITE_DONE) return true;
@@ -259,13 +269,13 @@ int64_t Database::revision() {
 }
 
 std::string Database::whyNot(const Written& written) {
-  const auto trouble = troubleOf(written.code());
-  return trouble ? std::string(sentenceOf(*trouble))
-                 : "Ce changement n'a pas pu être enregistré ; le journal du système dit pourquoi.";
+  const std::lock_guard lock(mutex_);
+  const auto found = trouble(written.code());
+  return found ? std::string(sentenceOf(*found))
+               : "Ce changement n'a pas pu être enregistré ; le journal du système dit pourquoi.";
 }
 
 bool Database::truncateLog() {
-  const std::lock_guard scanLock(scanMutex_);
   const std::lock_guard lock(mutex_);
   if (!connection_ || depth_ > 0) return false;
   int frames = -1;

@@ -91,7 +91,7 @@ class Database {
   /// What is wrong with the file, if anything.
   std::optional<StoreHealth::Condition> condition() const { return health_.condition(); }
   /// A French sentence for the user that says why this was not stored.
-  static std::string whyNot(const Written& written);
+  std::string whyNot(const Written& written);
   /// False for a file that could not be opened.
   bool readable();
 
@@ -105,9 +105,14 @@ class Database {
   /// sentence that says so. It may use the database.
   void setReplaced(std::function<void(const std::string& sentence)> replaced);
 
-  /// Lets `work` put another file in the place of ours: nothing has it open meanwhile, and every
-  /// other caller waits. Opens what is there afterwards. Yields what `work` yields.
-  bool exchange(const std::function<bool()>& work);
+  enum class Meanwhile {
+    Wait,  ///< every other caller waits
+    Fail   ///< every other caller finds a store that cannot be opened
+  };
+  /// Lets `work` change the file or put another in its place: nothing of ours has it open then.
+  /// Opens what is there afterwards. Yields what `work` yields, which says that nothing is wrong
+  /// with the file any more; false when it is at work already.
+  bool exchange(Meanwhile meanwhile, const std::function<bool()>& work);
 
   /// Empties the write-ahead log into the file, so that what was erased is in neither. False when a
   /// reader of another program is in the way.
@@ -129,6 +134,7 @@ class Database {
   Written execLocked(const std::string& sql);
   Written runLocked(std::string_view sql, const Args& args);
   enum class Tell { Log, LogAndReport };
+  std::optional<StoreTrouble> trouble(int code) const;
   Written failed(int code, std::string_view sql, Tell tell = Tell::LogAndReport);
   std::optional<Identity> identity() const;
   std::optional<Settings> storedSettings();
@@ -156,15 +162,17 @@ class Database {
 
   std::recursive_mutex mutex_;  // guards the next: one statement at a time
   Connection connection_;
-  std::optional<Identity> identity_;  // of the open file
+  std::optional<Identity> identity_;     // of the open file
+  std::optional<StoreTrouble> refused_;  // why it could not be opened to write
   bool upToDate_ = false;
   bool upgrading_ = false;
-  int depth_ = 0;  // of transactions
+  std::atomic<bool> away_ = false;  // the file is not to be opened
+  int depth_ = 0;                   // of transactions
 
   std::mutex settingsMutex_;  // guards the next
   Settings waiting_;          // set, and not stored yet
 
-  std::mutex scanMutex_;  // guards the next; taken after mutex_ where both are
+  std::mutex scanMutex_;  // guards the next
   Connection scanner_;    // opened by the first scan
   std::atomic<int64_t> generation_ = 0;
 };

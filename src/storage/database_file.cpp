@@ -10,7 +10,9 @@ void Database::look() {
   std::string sentence;
   {
     const std::unique_lock lock(mutex_, std::try_to_lock);
-    if (!lock || depth_ > 0) return;
+    if (!lock || depth_ > 0 || away_) return;
+    const std::unique_lock scanLock(scanMutex_, std::try_to_lock);
+    if (!scanLock) return;
     if (!connection_ || connection_.readOnly()) {
       prepare(where_, log_);
       if (!identity() && !identity_) return;
@@ -18,7 +20,7 @@ void Database::look() {
     if (identity() != identity_) {
       sentence = replaceFile();
     } else if (!connection_ || connection_.readOnly()) {
-      releaseScanMemory();
+      scanner_ = {};
       open();
     } else if (!upToDate_) {
       bringUpToDate();
@@ -40,7 +42,7 @@ void Database::look() {
 std::string Database::replaceFile() {
   const bool gone = !identity();
   auto settings = storedSettings().value_or(Settings());
-  releaseScanMemory();
+  scanner_ = {};
   if (connection_) {
     sqlite3_wal_checkpoint_v2(connection_.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr,
                               nullptr);
@@ -62,15 +64,23 @@ std::string Database::replaceFile() {
   return "Le fichier des données a été déplacé ou supprimé : Orvanta en a commencé un nouveau.";
 }
 
-bool Database::exchange(const std::function<bool()>& work) {
+bool Database::exchange(Meanwhile meanwhile, const std::function<bool()>& work) {
   bool done = false;
   {
-    const std::lock_guard lock(mutex_);
-    if (depth_ > 0) return false;
-    const std::lock_guard scanLock(scanMutex_);
+    std::unique_lock lock(mutex_, std::defer_lock);
+    std::unique_lock scanLock(scanMutex_, std::defer_lock);
+    std::lock(lock, scanLock);
+    if (depth_ > 0 || away_) return false;
+    away_ = true;
     scanner_ = {};
     connection_ = {};
+    if (meanwhile == Meanwhile::Fail) {
+      scanLock.unlock();
+      lock.unlock();
+    }
     done = work();
+    if (meanwhile == Meanwhile::Fail) lock.lock();
+    away_ = false;
     prepare(where_, log_);
     if (done) health_.mended();
     open();

@@ -92,6 +92,13 @@ bool writesAhead(Database& db) {
 
 }  // namespace
 
+bool createSchema(sqlite3* connection) {
+  const auto text =
+      fmt::format("PRAGMA page_size=1024; BEGIN; {} {}; {}; PRAGMA user_version={}; COMMIT",
+                  kSchema, kLongSpanIndex, kManualIndex, kSchemaVersion);
+  return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
 StoreAge ageOf(Database& db) {
   const auto objects = names(db, "SELECT name FROM sqlite_master");
   if (objects.empty()) return StoreAge::New;

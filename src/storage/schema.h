@@ -1,6 +1,8 @@
 // The store's tables, its settings and how a file of any age is brought up to date.
 #pragma once
 
+#include <sqlite3.h>
+
 #include <map>
 #include <string>
 
@@ -19,6 +21,9 @@ inline constexpr double kLongSpan = 14400;
 /// The form of the tables, as PRAGMA user_version holds it. A file of a later form is left as it
 /// is.
 inline constexpr int kSchemaVersion = 1;
+
+/// Creates the tables and indexes in an empty file. False when that fails.
+bool createSchema(sqlite3* connection);
 
 enum class StoreAge {
   New,      ///< nothing in it yet

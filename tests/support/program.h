@@ -30,11 +30,14 @@ struct Program {
   Tracker tracker{store.db, desktop.collectors, clock.read(), clock.uptime()};
   Analytics analytics{store.db, clock.read(), calendar};
   History history{store.db, clock.read()};
+  Backups backups{Backups::folderOf(store.db.location())};
+  StoreKeeper keeper{store.db, backups, clock.read(), calendar};
   Telemetry telemetry{store.db, {"0.1", "12.0", "x86_64"}, "http://127.0.0.1:1", {}, clock.read()};
   Router router{{.db = store.db,
                  .tracker = tracker,
                  .analytics = analytics,
                  .history = history,
+                 .keeper = keeper,
                  .telemetry = telemetry,
                  .loginItem = {store.db.location().dir / "autostart", "/opt/Mes \"outils\"/orv$"},
                  .platform = actions()},

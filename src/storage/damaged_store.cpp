@@ -1,0 +1,97 @@
+#include "storage/damaged_store.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace orvanta {
+namespace {
+
+constexpr int64_t kSmallestRow = 2;  // bytes
+
+Args valuesOf(const Cursor& row) {
+  Args values;
+  for (int i = 1; i < row.columns(); ++i) values.push_back(row.value(i));
+  return values;
+}
+
+}  // namespace
+
+DamagedStore::DamagedStore(const std::filesystem::path& copy, std::stop_token stop)
+    : stop_(std::move(stop)), connection_(FileConnection::writing(copy)) {
+  if (!connection_) return;
+  interrupter_ = std::make_unique<Interrupter>(connection_.get(), stop_);
+  mostRows_ = static_cast<int64_t>(bytesOf(copy) + bytesOf(walOf(copy))) / kSmallestRow;
+  // SQLite then takes of a damaged schema what it can understand.
+  sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
+  connection_.exec("PRAGMA writable_schema=ON");
+  bool good = true;
+  const int code = connection_.each("PRAGMA quick_check(1)", {},
+                                    [&](const Cursor& row) { good = good && row.str(0) == "ok"; });
+  whole_ = good && code == SQLITE_DONE;
+  for (const auto& table : tablesOf(connection_)) {
+    auto& names = columns_[table.name];
+    for (const auto& column : table.columns) names.push_back(column.name);
+  }
+}
+
+// A column that the file does not have yet is empty.
+std::string DamagedStore::select(const TableShape& table, std::string_view rest) const {
+  const auto& known = columns_.at(table.name);
+  std::string sql = "SELECT rowid";
+  for (const auto& column : table.columns) {
+    const bool there = std::find(known.begin(), known.end(), column.name) != known.end();
+    sql += ", " + (there ? quotedName(column.name) : std::string("NULL"));
+  }
+  return fmt::format("{} FROM {} NOT INDEXED {}", sql, quotedName(table.name), rest);
+}
+
+bool DamagedStore::visit(const std::string& sql,
+                         const std::function<void(const Cursor&)>& visit) const {
+  int64_t rows = 0;
+  const int code =
+      connection_.each(fmt::format("{} LIMIT {}", sql, mostRows_), {}, [&](const Cursor& row) {
+        ++rows;
+        visit(row);
+      });
+  return code == SQLITE_DONE && rows < mostRows_;
+}
+
+bool DamagedStore::walk(const TableShape& table, const Take& take) {
+  if (!has(table)) return false;
+  auto highest = std::numeric_limits<int64_t>::min();
+  const bool all = visit(select(table, "ORDER BY rowid"), [&](const Cursor& row) {
+    const auto rowid = row.int_(0).value_or(0);
+    highest = std::max(highest, rowid);
+    take(rowid, valuesOf(row));
+  });
+  if (all || stopped()) return all;
+  visit(select(table, fmt::format("WHERE rowid > {} ORDER BY rowid DESC", highest)),
+        [&](const Cursor& row) { take(row.int_(0).value_or(0), valuesOf(row)); });
+  return false;
+}
+
+void DamagedStore::lookUp(const TableShape& table, int64_t rowid, const Take& take) {
+  if (!has(table)) return;
+  if (lookUpTable_ != table.name) {
+    lookUp_ = std::make_unique<Statement>(connection_.get(), select(table, "WHERE rowid = ?"));
+    lookUpTable_ = table.name;
+  }
+  if (!lookUp_->ok()) return;
+  lookUp_->visitRows({rowid}, [&](const Cursor& row) { take(rowid, valuesOf(row)); });
+}
+
+bool DamagedStore::walkIndex(const std::string& table, const std::string& column,
+                             const std::string& index,
+                             const std::function<void(int64_t rowid, double value)>& take) {
+  const auto sql = fmt::format("SELECT rowid, {0} FROM {1} INDEXED BY {2} ORDER BY {0} ",
+                               quotedName(column), quotedName(table), quotedName(index));
+  const auto visitor = [&](const Cursor& row) { take(row.int_(0).value_or(0), row.dbl(1)); };
+  if (visit(sql + "ASC", visitor)) return true;
+  if (!stopped()) visit(sql + "DESC", visitor);
+  return false;
+}
+
+}  // namespace orvanta

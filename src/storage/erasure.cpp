@@ -1,0 +1,96 @@
+#include "storage/erasure.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+#include "storage/schema.h"
+#include "storage/statement.h"
+
+namespace orvanta {
+namespace {
+
+constexpr double kSameInstant = 0.001;  // seconds
+
+// The ids of the spans that began before the range and reach into it, by two short walks along an
+// index each, see OverlapQuery. ?1 and ?2 are the range, ?3 is its start less the length of a long
+// span, ?4 to ?7 are the edges of the range less and plus an instant.
+std::string idsReachingIn(std::string_view end) {
+  return fmt::format(
+      "(SELECT id FROM events INDEXED BY idx_events_long WHERE end - start > 14000 AND end > ?5 "
+      "AND +start < ?3 AND {0} UNION ALL "
+      "SELECT id FROM events WHERE start >= ?3 AND start < ?4 AND +end > ?5 AND {0})",
+      end);
+}
+
+Args rangeArgs(const TimeRange& range) {
+  return {range.start,
+          range.end,
+          range.start - kLongSpan,
+          range.start - kSameInstant,
+          range.start + kSameInstant,
+          range.end - kSameInstant,
+          range.end + kSameInstant};
+}
+
+std::string withoutIndex(std::string sql) {
+  constexpr std::string_view kHint = "INDEXED BY ";
+  for (auto hint = sql.find(kHint); hint != std::string::npos; hint = sql.find(kHint)) {
+    sql.erase(hint, sql.find(' ', hint + kHint.size()) - hint);
+  }
+  return sql;
+}
+
+}  // namespace
+
+Erasure eraseRange(const TimeRange& range) {
+  if (!std::isfinite(range.start) || !std::isfinite(range.end) || !(range.start < range.end)) {
+    return {};
+  }
+  const auto args = rangeArgs(range);
+  return {{
+      // What lasts beyond the end goes on as a span of its own.
+      {"INSERT INTO events(start,end,app,bundle,title,url,domain,idle,category,project_id) "
+       "SELECT ?2,end,app,bundle,title,url,domain,idle,category,project_id FROM events "
+       "WHERE id IN " +
+           idsReachingIn("+end > ?7"),
+       args},
+      {"UPDATE events SET end=?1 WHERE id IN " + idsReachingIn("1"), args},
+      {"UPDATE events SET start=?2 WHERE start >= ?4 AND start < ?6 AND +end > ?7", args},
+      {"DELETE FROM events WHERE start >= ?4 AND start < ?2 AND +end <= ?7", args},
+  }};
+}
+
+Erasure eraseTimes(const std::vector<TimeRange>& ranges) {
+  Erasure all;
+  for (const auto& range : ranges) {
+    auto steps = eraseRange(range).steps;
+    if (steps.empty()) {
+      steps.push_back({"DELETE FROM events WHERE start=? AND +end <= start", {range.start}});
+    }
+    std::move(steps.begin(), steps.end(), std::back_inserter(all.steps));
+  }
+  return all;
+}
+
+Erasure stripTitlesBefore(double cutOff) {
+  return {
+      {{"UPDATE events SET title=NULL, url=NULL "
+        "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
+        {cutOff}}}};
+}
+
+int run(const Erasure& erasure, sqlite3* connection) {
+  for (const auto& [sql, args] : erasure.steps) {
+    Statement statement(connection, sql);
+    if (!statement.ok()) statement = Statement(connection, withoutIndex(sql));
+    if (!statement.ok()) return sqlite3_errcode(connection);
+    const int code = statement.visitRows(args, [](const Cursor&) {});
+    if (code != SQLITE_DONE) return code;
+  }
+  return SQLITE_OK;
+}
+
+}  // namespace orvanta

@@ -1,0 +1,41 @@
+// What is to be erased, in the store and in every copy of it alike.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+#include <vector>
+
+#include "base/calendar.h"
+#include "storage/value.h"
+
+namespace orvanta {
+
+/// Statements that erase something, to be run in their order in one transaction. Run again, they
+/// find nothing more to do; on a copy in which spans have other ids they erase the same time.
+struct Erasure {
+  struct Step {
+    std::string sql;
+    Args args;
+  };
+  std::vector<Step> steps;
+};
+
+/// Everything recorded in a range, absences included: spans within it are deleted, spans that reach
+/// into it are cut, one that reaches beyond both ends is cut in two of which the first keeps the
+/// id. Ends within a millisecond of the range's count as equal to them, so that no slivers are
+/// left. Nothing for a range that is empty or not finite.
+Erasure eraseRange(const TimeRange& range);
+
+/// The same of several ranges; of one that lasts no time, the spans that last none there.
+Erasure eraseTimes(const std::vector<TimeRange>& ranges);
+
+/// The titles and addresses of spans that ended before an instant (Unix seconds).
+Erasure stripTitlesBefore(double cutOff);
+
+/// Runs it in the caller's transaction. SQLITE_OK, or the code of the first step that failed; the
+/// connection then holds the message. An index that is named and that the file lacks is done
+/// without.
+int run(const Erasure& erasure, sqlite3* connection);
+
+}  // namespace orvanta

@@ -1,0 +1,195 @@
+#include "storage/store_keeper.h"
+
+#include <chrono>
+#include <future>
+#include <utility>
+
+#include "storage/file_connection.h"
+#include "storage/kept_stores.h"
+#include "storage/salvage.h"
+#include "storage/schema.h"
+#include "storage/scrub.h"
+#include "storage/store_swap.h"
+
+namespace orvanta {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kAfterStart = 60s;  // a login has other things to do
+constexpr auto kCheckBudget = 10s;
+// Holds the last notice, which is of interest also after a restart.
+constexpr auto kNotice = "store_notice";
+
+}  // namespace
+
+StoreKeeper::StoreKeeper(Database& db, Backups& backups, Clock clock, Calendar calendar)
+    : db_(db), backups_(backups), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
+
+StoreKeeper::~StoreKeeper() {
+  stop_.request_stop();
+  queue_.discard();
+}
+
+void StoreKeeper::listen(Listener listener) {
+  listener_ = std::move(listener);
+}
+
+void StoreKeeper::start() {
+  queue_.repeat(kAfterStart, 24h, [this] {
+    queue_.stopRepeating();
+    checkQuietly();
+    backUpIfDue();
+  });
+}
+
+void StoreKeeper::hourly() {
+  queue_.post([this] { backUpIfDue(); });
+}
+
+void StoreKeeper::look() {
+  const auto condition = db_.condition();
+  if (!condition || condition->trouble != StoreTrouble::Damaged) return;
+  if (!repairing_.exchange(true)) queue_.post([this] { repair(); });
+}
+
+// A damage that no request has met yet is found here.
+void StoreKeeper::checkQuietly() {
+  const auto check =
+      checkStore(db_.location().file(),
+                 {.stop = stop_.get_token(),
+                  .budget = std::chrono::duration_cast<std::chrono::milliseconds>(kCheckBudget)});
+  if (!check.finished || check.whole) return;
+  for (const auto& problem : check.problems) db_.log()("Orvanta: " + problem);
+  if (!repairing_.exchange(true)) repair();
+}
+
+// Where it fails it is not tried again in this run: the file stays as it is, and so does the
+// trouble that is told.
+void StoreKeeper::repair() {
+  const auto store = db_.location().file();
+  const auto fresh = db_.location().dir / "orvanta.db.réparé";
+  removeDatabase(fresh);
+  SalvageReport report;
+  const bool done = db_.exchange(Database::Meanwhile::Fail, [&] {
+    SalvageOptions options{.prepareSchema = createSchema, .calendar = calendar_};
+    options.stop = stop_.get_token();
+    const auto backups = backups_.list();
+    if (!backups.empty()) options.newestBackup = backups.front().file;
+    report = salvage(store, fresh, options);
+    return report.made &&
+           replaceStore(store, fresh, {.why = "endommagé", .now = clock_(), .calendar = calendar_})
+               .done;
+  });
+  db_.log()("Orvanta: " + report.sentence);
+  if (!done) {
+    removeDatabase(fresh);
+    listener_.tell(report.sentence);
+    return;
+  }
+  repairing_ = false;
+  renewed(report.sentence);
+}
+
+void StoreKeeper::renewed(const std::string& sentence) {
+  listener_.renewed();
+  noted(sentence);
+  listener_.tell(sentence);
+}
+
+void StoreKeeper::noted(const std::string& sentence) {
+  db_.setSetting(kNotice, sentence).forget();
+}
+
+std::string StoreKeeper::notice() {
+  return db_.setting(kNotice);
+}
+
+void StoreKeeper::backUpIfDue() {
+  const auto store = db_.location().file();
+  if (stop_.stop_requested() || db_.condition() ||
+      !backups_.due(clock_(), readStoreFacts(store).bytes)) {
+    return;
+  }
+  const auto copy = backups_.make(store, clock_(), stop_.get_token());
+  if (copy.made) {
+    backups_.prune(clock_());
+  } else if (!copy.stopped) {
+    db_.log()("Orvanta: sauvegarde impossible : " + copy.error);
+  }
+}
+
+// On the queue, so that nothing else is done to the file meanwhile.
+template <class Result, class Work>
+Result StoreKeeper::wait(Work work) {
+  Result result;
+  queue_.sync([&] { result = work(); });
+  return result;
+}
+
+StoreKeeper::Made StoreKeeper::backUp() {
+  return wait<Made>([&]() -> Made {
+    const auto copy = backups_.make(db_.location().file(), clock_(), stop_.get_token());
+    if (!copy.made) return {{}, copy.stopped ? "la sauvegarde a été interrompue" : copy.error};
+    backups_.prune(clock_());
+    const auto list = backups_.list();
+    if (list.empty()) return {{}, "la sauvegarde a disparu"};
+    return {list.front(), ""};
+  });
+}
+
+StoreCheck StoreKeeper::check() {
+  return wait<StoreCheck>(
+      [&] { return checkStore(db_.location().file(), {.full = true, .stop = stop_.get_token()}); });
+}
+
+RestorePreview StoreKeeper::preview(const std::filesystem::path& file) {
+  return restorePreview(db_.location(), file);
+}
+
+RestoreResult StoreKeeper::restore(const std::filesystem::path& file) {
+  return wait<RestoreResult>([&] {
+    RestoreResult result;
+    db_.exchange(Database::Meanwhile::Wait, [&] {
+      result = restoreStore(db_.location(), file,
+                            {.now = clock_(), .calendar = calendar_, .stop = stop_.get_token()});
+      return result.done;
+    });
+    if (result.done) {
+      repairing_ = false;
+      listener_.renewed();
+      noted(result.kept ? "Une sauvegarde a été restaurée. L'ancien fichier est gardé : " +
+                              result.kept->filename().string() + "."
+                        : "Une sauvegarde a été restaurée.");
+    } else if (result.error.empty()) {
+      result.error = "le fichier des données est occupé";
+    }
+    return result;
+  });
+}
+
+bool StoreKeeper::erase(const Erasure& erasure) {
+  return wait<bool>([&] {
+    const bool clean = eraseFromCopies(erasure);
+    return removeDamagedStores(db_.location(), db_.log()).empty() && clean;
+  });
+}
+
+void StoreKeeper::eraseLater(const Erasure& erasure) {
+  queue_.post([this, erasure] { eraseFromCopies(erasure); });
+}
+
+bool StoreKeeper::eraseFromCopies(const Erasure& erasure) {
+  const auto& where = db_.location();
+  db_.truncateLog();
+  // What rows leave behind where they move from page to page is out of SQLite's reach.
+  bool clean = false;
+  db_.exchange(Database::Meanwhile::Wait, [&] {
+    clean = scrubUnusedBytes(where.file());
+    return false;
+  });
+  clean = backups_.apply(erasure).left.empty() && clean;
+  return eraseFromKeptStores(where, erasure, db_.log()).empty() && clean;
+}
+
+}  // namespace orvanta

@@ -1,0 +1,93 @@
+// Looks after the store's file: backups, checks, repair, restoring, erasing for good.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+#include "base/clock.h"
+#include "base/serial_queue.h"
+#include "storage/backups.h"
+#include "storage/database.h"
+#include "storage/restore.h"
+#include "storage/store_check.h"
+
+namespace orvanta {
+
+/// Works beside the program, on a queue of its own, as long as the store is open; one task at a
+/// time. Its operations may be called from any thread; those that yield something block until it is
+/// done, which takes seconds for years of spans. One process keeps a store: the holder of the
+/// DataLock.
+class StoreKeeper {
+ public:
+  struct Listener {
+    /// The file has become another: what must be in every store may be missing.
+    std::function<void()> renewed = [] {};
+    /// A French sentence for the user.
+    std::function<void(const std::string& sentence)> tell = [](const std::string&) {};
+  };
+
+  /// `db` and `backups` outlive the keeper.
+  StoreKeeper(Database& db, Backups& backups, Clock clock = wallClock, Calendar calendar = {});
+  /// Ends what is under way.
+  ~StoreKeeper();
+  StoreKeeper(const StoreKeeper&) = delete;
+  StoreKeeper& operator=(const StoreKeeper&) = delete;
+
+  /// Before anything else; called on the keeper's queue from then on.
+  void listen(Listener listener);
+
+  /// Looks the file over, some time after the start, and makes a backup that is due. Returns at
+  /// once, as do the next two.
+  void start();
+  /// Once an hour.
+  void hourly();
+  /// Once in some seconds: repairs a store that was found to be damaged.
+  void look();
+
+  struct Made {
+    std::optional<Backup> backup;
+    std::string error;  ///< French, without full stop
+  };
+  Made backUp();
+  std::vector<Backup> backups() const { return backups_.list(); }
+
+  StoreCheck check();
+
+  RestorePreview preview(const std::filesystem::path& file);
+  RestoreResult restore(const std::filesystem::path& file);
+
+  /// Erases what the store no longer holds from everything else: the log, unused bytes, backups and
+  /// stores that were put aside; damaged ones, from which nothing can be erased, are removed. False
+  /// when something of it is left.
+  bool erase(const Erasure& erasure);
+  /// The same without waiting, but for damaged stores, which are left.
+  void eraseLater(const Erasure& erasure);
+
+  /// What the last repair or restoring saved and what it did not; "" when there was none.
+  std::string notice();
+
+ private:
+  void repair();
+  void checkQuietly();
+  void backUpIfDue();
+  void renewed(const std::string& sentence);
+  void noted(const std::string& sentence);
+  bool eraseFromCopies(const Erasure& erasure);
+  template <class Result, class Work>
+  Result wait(Work work);
+
+  Database& db_;
+  Backups& backups_;
+  const Clock clock_;
+  const Calendar calendar_;
+  Listener listener_;
+  std::stop_source stop_;
+  std::atomic<bool> repairing_ = false;
+  SerialQueue queue_{"orvanta.keeper"};  // last: it ends before what its tasks use
+};
+
+}  // namespace orvanta
