@@ -4,11 +4,14 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/application.h"
 #include "app/csv_export.h"
+#include "app/handover.h"
 #include "app/local_call.h"
 #include "app/route_call.h"
 #include "browser/browser_setup.h"
@@ -61,9 +64,11 @@ bool runningElsewhere() {
 // The running program answers; without one the store is read here.
 int call(int argc, char** argv, const std::vector<std::string>& words) {
   if (runningElsewhere()) {
-    return Gio::Application::create(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
-                                                        Gio::Application::Flags::IS_LAUNCHER)
-        ->run(argc, argv);
+    const int status =
+        Gio::Application::create(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
+                                                     Gio::Application::Flags::IS_LAUNCHER)
+            ->run(argc, argv);
+    if (status != kAnswerYourself) return status;
   }
   const auto result = callLocally(words);
   printAsIs(result.output.c_str());
@@ -88,15 +93,26 @@ int connectBrowsers() {
   return 0;
 }
 
+// Ends, or goes on in a fresh image.
+int record(int argc, char** argv, std::optional<Handover> left) {
+  Application application(std::move(left));
+  const int status = application.run(argc, argv);
+  if (!application.handover()) return status;
+  handOver(*application.handover());
+  systemLog("Orvanta: impossible de reprendre avec le nouveau bus de session");
+  return 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  auto left = takeHandover();
   // The threads take turns: an arena for each would only hold on to what it once needed.
   mallopt(M_ARENA_MAX, 1);
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (startsApplication(words)) return Application().run(argc, argv);
+  if (startsApplication(words)) return record(argc, argv, std::move(left));
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--connect-browsers") return connectBrowsers();

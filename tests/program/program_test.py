@@ -9,7 +9,7 @@ import stat
 import time
 import unittest
 
-from desktop import ORVANTA, TICK, Desktop, end, output_of, pass_time, wait_for
+from desktop import ORVANTA, TICK, Desktop, cpu_seconds, end, output_of, pass_time, wait_for
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 APP = "Éditeur de thèmes"
@@ -107,16 +107,61 @@ class ProgramTest(unittest.TestCase):
         self.assertIsNone(first.poll())
         self.assertEqual(len(self.desktop.spans()), 1)
 
-    def test_a_second_start_that_cannot_see_the_first(self):
+    def test_a_second_session_waits_for_its_turn(self):
         first = self.desktop.start_orvanta(NO_BUS)
-        second = self.desktop.run(ORVANTA, env=NO_BUS)
-        self.assertEqual(second.returncode, 1)
-        self.assertIn("déjà", second.stderr.decode())
+        waiting = []
+        for env in ({}, NO_BUS):
+            second = self.desktop.spawn(ORVANTA, env=env)
+            waiting.append(second)
+            wait_for(lambda: "attend la suite" in output_of(second), 5, "it waits")
+        for words in ([], ["--show"], ["--pause"]):
+            done = self.desktop.run(ORVANTA, *words)
+            self.assertEqual((words, done.returncode), (words, 1))
+            self.assertIn("déjà", done.stderr.decode())
+        self.assertEqual(self.desktop.run(ORVANTA, "--show", env=NO_BUS).returncode, 1)
+        self.assertEqual(self.desktop.call("day")[0], 0)
+        self.assertEqual(self.desktop.call("nuit")[0], 1)
+        before = [cpu_seconds(second.pid) for second in waiting]
+        pass_time(2 * TICK)
+        for second, spent in zip(waiting, before):
+            self.assertLess(cpu_seconds(second.pid) - spent, 0.05)
+            self.assertIsNone(second.poll())
+        self.assertEqual(len(self.desktop.spans()), 1)
+
+        status, asked = end(waiting.pop())
+        self.assertEqual(status, 0)
+        self.assertLess(time.time() - asked, 1)
         self.assertIsNone(first.poll())
-        # Nor does the lock outlive its owner.
-        first.kill()
-        first.wait()
-        self.assertEqual(end(self.desktop.start_orvanta(NO_BUS))[0], 0)
+        first.kill()  # the lock does not outlive its owner
+        killed = time.time()
+        wait_for(lambda: len(self.desktop.spans()) == 2, 2 * TICK, "the second takes over")
+        self.assertAlmostEqual(self.desktop.spans()[1]["start"], killed, delta=2 + TICK)
+        self.assertEqual(self.desktop.run(ORVANTA, "--pause").returncode, 0)
+        wait_for(lambda: self.desktop.call("status")[1]["paused"], 2, "it is the one that is asked")
+        self.assertEqual(end(waiting.pop())[0], 0)
+
+    def test_a_new_bus_on_which_another_waits(self):
+        """Whoever has the name then goes on with the recording."""
+        first = self.desktop.start_orvanta()
+        self.desktop.session.stop()
+        second = self.desktop.spawn(ORVANTA, env=NO_BUS)
+        wait_for(lambda: "attend la suite" in output_of(second), 5, "it waits")
+        self.desktop.session.start()
+        wait_for(lambda: self.desktop.run(ORVANTA, "--resume").returncode == 0, 10, "the name")
+        pass_time(TICK)
+        self.assertIsNone(first.poll(), "the lock is held all the while")
+        self.assertIsNone(second.poll())
+        self.assertEqual(end(first)[0], 0)
+        wait_for(lambda: len(self.desktop.spans()) >= 3, 2 * TICK, "the second takes over")
+        self.assertEqual(end(second)[0], 0)
+
+    def test_a_program_that_was_there_before_its_bus(self):
+        self.desktop.session.stop()
+        program = self.desktop.start_orvanta()
+        self.desktop.session.start()
+        wait_for(lambda: self.desktop.run(ORVANTA, "--pause").returncode == 0, 10, "the name")
+        self.assertTrue(wait_for(lambda: self.desktop.call("status")[1]["paused"], 2, "paused"))
+        self.assertEqual(end(program)[0], 0)
 
     def test_signals_close_the_span(self):
         for how in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
@@ -145,8 +190,7 @@ class ProgramTest(unittest.TestCase):
 
     def test_the_session_bus_goes_away(self):
         program = self.desktop.start_orvanta()
-        self.desktop.session.daemon.kill()
-        self.desktop.session.daemon.wait()
+        self.desktop.session.stop()
         lost = time.time()
         wait_for(lambda: self.desktop.spans()[-1]["end"] > lost + TICK, 13, "it goes on")
         status, asked = end(program)
