@@ -8,10 +8,17 @@
 
 namespace orvanta {
 
+/// Whether an export is where it was wanted.
+struct CsvWritten {
+  std::string problem;  ///< why it is not, as WholeFile tells; "" when it is
+
+  explicit operator bool() const { return problem.empty(); }
+};
+
 /// Writes the spans of the days `from` to `to` to `file`, which only the user may read. The file
-/// appears, or changes, when it is complete; false, and a file that was there stays as it was, when
-/// that fails.
-bool writeCsv(const Analytics& analytics, const std::string& from, const std::string& to,
-              const std::filesystem::path& file);
+/// appears, or changes, when it is complete; when that fails, a file that was there stays as it
+/// was. For links, pipes and devices see WholeFile.
+CsvWritten writeCsv(const Analytics& analytics, const std::string& from, const std::string& to,
+                    const std::filesystem::path& file);
 
 }  // namespace orvanta
