@@ -201,14 +201,30 @@ class ProgramTest(unittest.TestCase):
     def test_only_the_owner_can_read(self):
         previous = os.umask(0)
         self.addCleanup(os.umask, previous)
+        home = self.desktop.env["HOME"]
+        self.desktop.env.update(XDG_DATA_HOME=os.path.join(home, ".local", "share"),
+                                XDG_CONFIG_HOME=os.path.join(home, ".config"))
+        for browser in (".config", ".config/chromium", ".mozilla"):
+            os.mkdir(os.path.join(home, browser), 0o700)
         self.desktop.start_orvanta()
-        folder = os.path.dirname(self.desktop.database())
-        self.assertEqual(stat.S_IMODE(os.stat(folder).st_mode), 0o700)
-        names = os.listdir(folder)
-        self.assertLessEqual({"orvanta.db", "orvanta.db-wal", "orvanta.db-shm"}, set(names))
-        for name in names:
-            mode = stat.S_IMODE(os.stat(os.path.join(folder, name)).st_mode)
-            self.assertEqual(mode, 0o600, name)
+        self.assertTrue(self.desktop.call("launchAtLogin", '{"enabled": true}')[1]["enabled"])
+        self.assertEqual(self.desktop.run(ORVANTA, "--connect-browsers").returncode, 0)
+        today = datetime.date.today().isoformat()
+        export = os.path.join(home, "export.csv")
+        self.assertEqual(self.desktop.run(ORVANTA, "--export", today, today, export).returncode, 0)
+
+        modes = {}
+        for folder, folders, files in os.walk(home):
+            for name in folders + files:
+                path = os.path.join(folder, name)
+                modes[os.path.relpath(path, home)] = stat.S_IMODE(os.stat(path).st_mode)
+        self.assertLessEqual(
+            {"export.csv", ".config/autostart/fr.quellvane.orvanta.desktop",
+             ".config/chromium/NativeMessagingHosts/fr.quellvane.orvanta.tab.json",
+             ".mozilla/native-messaging-hosts/fr.quellvane.orvanta.tab.json"} |
+            {".local/share/Orvanta/orvanta." + kind for kind in ("db", "db-wal", "db-shm", "lock")},
+            set(modes))
+        self.assertEqual({path: oct(mode) for path, mode in modes.items() if mode & 0o077}, {})
 
     def test_a_file_that_is_no_database_is_left_alone(self):
         os.mkdir(os.path.dirname(self.desktop.database()))
