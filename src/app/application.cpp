@@ -6,6 +6,7 @@
 #include <glibmm/miscutils.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <string>
 #include <vector>
@@ -97,8 +98,13 @@ void Application::waitForTurn() {
 }
 
 // What others of our process keep of the lost bus, GLib keeps for ever: only a fresh image of the
-// program has name, tray and sources again.
+// program has name, tray and sources again. What could not be stored yet is kept by this one alone.
 void Application::rejoin() {
+  if (services_ && (services_->db.condition() || services_->tracker.waiting() > 0)) {
+    constexpr std::chrono::seconds kStoreMayRecover{5};
+    mainThread_.after(kStoreMayRecover, [this] { rejoin(); });
+    return;
+  }
   systemLog("Orvanta: le bus de session est de retour");
   handover_.emplace();
   quit();

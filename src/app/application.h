@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/handover.h"
+#include "base/main_thread.h"
 #include "storage/data_lock.h"
 
 namespace orvanta {
@@ -40,6 +41,10 @@ class Application : public Gio::Application {
   /// Makes run() return, for good.
   void end();
 
+  /// After run(): whether this was the session's instance, and not one that handed its command line
+  /// to that.
+  bool started() const { return !signalSources_.empty(); }
+
   /// After run(): what a fresh image of the program is to go on with; absent when it is to end.
   const std::optional<Handover>& handover() const { return handover_; }
 
@@ -69,6 +74,7 @@ class Application : public Gio::Application {
   std::unique_ptr<Turn> turn_;          // while the data belong to another process
   std::unique_ptr<Services> services_;  // null as long
   std::unique_ptr<AppDelegate> delegate_;
+  MainThread mainThread_;
 };
 
 /// Whether these words of a command line start the program, or tell the running one what to do:

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "app/application.h"
@@ -93,26 +92,34 @@ int connectBrowsers() {
   return 0;
 }
 
-// Ends, or goes on in a fresh image.
-int record(int argc, char** argv, std::optional<Handover> left) {
-  Application application(std::move(left));
-  const int status = application.run(argc, argv);
-  if (!application.handover()) return status;
-  handOver(*application.handover());
-  systemLog("Orvanta: impossible de reprendre avec le nouveau bus de session");
-  return 1;
+// Ends, or goes on in a fresh image. That one has a right to the data, so it does not give way to a
+// start of the program that has the name for the moment in which it is turned away.
+int record(int argc, char** argv, const std::optional<Handover>& left) {
+  constexpr int kAttempts = 20;
+  constexpr unsigned long kPause = 100'000;  // microseconds
+  for (int attempt = 1;; ++attempt) {
+    Application application(left);
+    const int status = application.run(argc, argv);
+    if (application.handover()) {
+      handOver(*application.handover());
+      systemLog("Orvanta: impossible de reprendre avec le nouveau bus de session");
+      return 1;
+    }
+    if (!left || application.started() || status == 0 || attempt == kAttempts) return status;
+    g_usleep(kPause);
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  auto left = takeHandover();
+  const auto left = takeHandover();
   // The threads take turns: an arena for each would only hold on to what it once needed.
   mallopt(M_ARENA_MAX, 1);
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (startsApplication(words)) return record(argc, argv, std::move(left));
+  if (startsApplication(words)) return record(argc, argv, left);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--connect-browsers") return connectBrowsers();
