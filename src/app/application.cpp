@@ -6,6 +6,7 @@
 #include <glibmm/miscutils.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <string>
 #include <vector>
@@ -14,7 +15,9 @@
 #include "app/legacy_agents.h"
 #include "app/route_call.h"
 #include "app/services.h"
+#include "app/turn.h"
 #include "bridge/request.h"
+#include "platform/dbus/bus_return.h"
 #include "platform/desktop_actions.h"
 #include "storage/store_swap.h"
 
@@ -22,7 +25,7 @@ namespace orvanta {
 namespace {
 
 gboolean quitOnSignal(gpointer application) {
-  static_cast<Application*>(application)->quit();
+  static_cast<Application*>(application)->end();
   return G_SOURCE_CONTINUE;
 }
 
@@ -34,11 +37,17 @@ bool startsApplication(const std::vector<std::string>& words) {
   });
 }
 
-Application::Application()
+Application::Application(std::optional<Handover> left)
     : Gio::Application(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
-                                           Gio::Application::Flags::SEND_ENVIRONMENT) {}
+                                           Gio::Application::Flags::SEND_ENVIRONMENT),
+      left_(std::move(left)) {}
 
 Application::~Application() = default;
+
+void Application::end() {
+  handover_.reset();
+  quit();
+}
 
 void Application::on_startup() {
   Gio::Application::on_startup();
@@ -49,20 +58,58 @@ void Application::on_startup() {
   cleanupLegacyAgents(Glib::get_user_config_dir(), runProgram, systemLog);
   const auto where = DataLocation::ofUser();
   prepare(where, systemLog);
-  if (auto lock = DataLock::take(where)) {
-    finishSwap(where.file());
-    services_ = std::make_unique<Services>(
-        std::move(*lock), Services::Hooks{
-                              .quit = [this] { quit(); },
-                              .refreshMenu =
-                                  [this] {
-                                    if (delegate_) delegate_->refreshMenu();
-                                  },
-                              .tell = [this](const std::string& text) { tell(text); },
-                          });
-    launch();
-    hold();
+  if (auto lock = DataLock::take(where, left_ ? left_->lock : -1)) begin(std::move(*lock));
+  busReturn_ = std::make_unique<dbus::BusReturn>(connectBus(Gio::DBus::BusType::SESSION),
+                                                 [this] { rejoin(); });
+}
+
+void Application::begin(DataLock lock) {
+  finishSwap(DataLocation::ofUser().file());
+  services_ = std::make_unique<Services>(
+      std::move(lock), Services::Hooks{
+                           .quit = [this] { end(); },
+                           .refreshMenu =
+                               [this] {
+                                 if (delegate_) delegate_->refreshMenu();
+                               },
+                           .tell = [this](const std::string& text) { tell(text); },
+                       });
+  if (left_) {
+    auto& tracker = services_->tracker;
+    tracker.setCurrentProjectId(left_->project, left_->projectSince);
+    if (tracker.paused() != left_->paused) tracker.setPaused(left_->paused).forget();
   }
+  launch();
+  hold();
+}
+
+void Application::waitForTurn() {
+  systemLog(
+      "Orvanta: une autre session enregistre déjà dans ce dossier de données, celle-ci attend la "
+      "suite");
+  turn_ = std::make_unique<Turn>(
+      DataLocation::ofUser(),
+      [this](DataLock lock) {
+        turn_.reset();
+        begin(std::move(lock));
+        delegate_->openDashboardAtLaunch(false, {});
+        release();
+      },
+      [this] { end(); });
+  hold();
+}
+
+// What others of our process keep of the lost bus, GLib keeps for ever: only a fresh image of the
+// program has name, tray and sources again. What could not be stored yet is kept by this one alone.
+void Application::rejoin() {
+  if (services_ && (services_->db.condition() || services_->tracker.waiting() > 0)) {
+    constexpr std::chrono::seconds kStoreMayRecover{5};
+    mainThread_.after(kStoreMayRecover, [this] { rejoin(); });
+    return;
+  }
+  systemLog("Orvanta: le bus de session est de retour");
+  handover_.emplace();
+  quit();
 }
 
 void Application::launch() {
@@ -81,7 +128,7 @@ void Application::launch() {
                     "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une "
                     "deuxième fois depuis le menu des applications.");
               },
-          .quit = [this] { quit(); },
+          .quit = [this] { end(); },
       });
   delegate_->applicationDidFinishLaunching();
 }
@@ -92,11 +139,21 @@ void Application::on_activate() {
 }
 
 void Application::on_shutdown() {
+  busReturn_.reset();
+  turn_.reset();
   if (services_) services_->browserTabs.giveUp();  // the end waits for no browser
   if (delegate_) delegate_->applicationWillTerminate();
   delegate_.reset();
-  services_.reset();
+  // Nothing is lost any more by a signal that ends us at once.
   for (const auto source : signalSources_) g_source_remove(source);
+  if (handover_ && services_) {
+    const auto& tracker = services_->tracker;
+    handover_ = {.lock = services_->lock.leave(),
+                 .paused = tracker.paused(),
+                 .project = tracker.currentProjectId(),
+                 .projectSince = tracker.currentProjectSince().value_or(0)};
+  }
+  services_.reset();
   Gio::Application::on_shutdown();
 }
 
@@ -106,10 +163,7 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
                                                           g_strfreev);
   std::vector<std::string> words(raw.get(), raw.get() + count);
   if (!words.empty()) words.erase(words.begin());  // the program's name
-  if (!services_) {
-    commandLine->printerr("Orvanta enregistre déjà dans ce dossier de données.\n");
-    return 1;
-  }
+  if (!services_) return turnAway(commandLine, words);
   if (!words.empty() && words.front() == "--call") {
     answer(commandLine, {words.begin() + 1, words.end()});
     return 0;
@@ -119,6 +173,17 @@ int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>
     commandLine->print("Orvanta est déjà en marche.\n");
   }
   return 0;
+}
+
+int Application::turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
+                          const std::vector<std::string>& words) {
+  if (!words.empty() && words.front() == "--call") return kAnswerYourself;
+  if (words.empty() && !commandLine->is_remote()) {
+    waitForTurn();
+    return 0;
+  }
+  commandLine->printerr("Orvanta enregistre déjà dans ce dossier de données.\n");
+  return 1;
 }
 
 void Application::follow(const std::vector<std::string>& options, bool atLaunch,

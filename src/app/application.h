@@ -5,24 +5,48 @@
 #include <giomm/applicationcommandline.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "app/handover.h"
+#include "base/main_thread.h"
+#include "storage/data_lock.h"
 
 namespace orvanta {
 
 class AppDelegate;
+class Turn;
 struct Services;
+namespace dbus {
+class BusReturn;
+}
 
 inline constexpr auto kApplicationId = "fr.quellvane.orvanta";
 
+/// The exit status by which an instance that records nothing leaves a `--call` to the caller.
+inline constexpr int kAnswerYourself = 75;
+
 /// One instance a session: a second start hands its command line to the first. Puts the parts
 /// together at start, runs until SIGTERM, SIGINT, SIGHUP, the end of the session or quit(), then
-/// closes the open span. Without a session bus it runs all the same; a lock on the data keeps a
-/// second one out.
+/// closes the open span. While another session records into the same data, it waits for its turn.
+/// Without a session bus it runs all the same; when one comes (back), run() returns with something
+/// to hand over.
 class Application : public Gio::Application {
  public:
-  Application();
+  /// `left` is what the image before this one left.
+  explicit Application(std::optional<Handover> left = {});
   ~Application() override;
+
+  /// Makes run() return, for good.
+  void end();
+
+  /// After run(): whether this was the session's instance, and not one that handed its command line
+  /// to that.
+  bool started() const { return !signalSources_.empty(); }
+
+  /// After run(): what a fresh image of the program is to go on with; absent when it is to end.
+  const std::optional<Handover>& handover() const { return handover_; }
 
  protected:
   void on_startup() override;
@@ -31,16 +55,26 @@ class Application : public Gio::Application {
   int on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine) override;
 
  private:
+  void begin(DataLock lock);
   void launch();
+  void waitForTurn();
+  void rejoin();
+  int turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
+               const std::vector<std::string>& words);
   void follow(const std::vector<std::string>& options, bool atLaunch,
               const std::string& activationToken);
   void answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
               std::vector<std::string> words);
   void tell(const std::string& text);
 
+  const std::optional<Handover> left_;
+  std::optional<Handover> handover_;
   std::vector<unsigned> signalSources_;
-  std::unique_ptr<Services> services_;  // null when the data belong to another process
+  std::unique_ptr<dbus::BusReturn> busReturn_;
+  std::unique_ptr<Turn> turn_;          // while the data belong to another process
+  std::unique_ptr<Services> services_;  // null as long
   std::unique_ptr<AppDelegate> delegate_;
+  MainThread mainThread_;
 };
 
 /// Whether these words of a command line start the program, or tell the running one what to do:

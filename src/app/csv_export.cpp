@@ -2,20 +2,23 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <cstdio>
 
 #include "base/calendar.h"
+#include "base/whole_file.h"
 #include "reports/csv_file.h"
 
 namespace orvanta {
 namespace {
 
-bool print(const Analytics& analytics, const std::string& from, const std::string& to) {
+CsvWritten print(const Analytics& analytics, const std::string& from, const std::string& to) {
   bool written = true;
-  analytics.exportCsv(from, to, [&](std::string_view text) {
+  const bool whole = analytics.exportCsv(from, to, [&](std::string_view text) {
     written = written && std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
   });
-  return std::fflush(stdout) == 0 && written;
+  if (std::fflush(stdout) != 0 || !written) return {reasonOf(errno)};
+  return {whole ? "" : kUnreadable};
 }
 
 }  // namespace
@@ -31,12 +34,11 @@ int exportCsvFile(const Analytics& analytics, const std::vector<std::string>& wo
     return 2;
   }
   const bool toFile = words.size() > 2;
-  if (toFile ? writeCsv(analytics, words[0], words[1], words[2])
-             : print(analytics, words[0], words[1])) {
-    return 0;
-  }
-  fmt::print(stderr, "Orvanta : impossible d'écrire {}\n",
-             toFile ? words[2] : "la sortie standard");
+  const auto written = toFile ? writeCsv(analytics, words[0], words[1], words[2])
+                              : print(analytics, words[0], words[1]);
+  if (written) return 0;
+  fmt::print(stderr, "Orvanta : impossible d'écrire {} : {}\n",
+             toFile ? words[2] : "la sortie standard", written.problem);
   return 1;
 }
 

@@ -4,13 +4,16 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/application.h"
 #include "app/csv_export.h"
+#include "app/handover.h"
 #include "app/local_call.h"
 #include "app/route_call.h"
+#include "app/store_commands.h"
 #include "browser/browser_setup.h"
 #include "platform/dbus/accessibility_switch.h"
 #include "platform/desktop.h"
@@ -29,6 +32,10 @@ constexpr auto kUsage =
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
+    "        orvanta --check               dit si la base et ses sauvegardes sont intactes\n"
+    "        orvanta --backup FICHIER      copie la base, vérifiée, dans un nouveau fichier\n"
+    "        orvanta --restore FICHIER     remet cette copie à la place de la base, qui est "
+    "gardée\n"
     "        orvanta --connect-browsers    prépare les navigateurs, dit comment ajouter "
     "l'extension\n"
     "        orvanta --accessibility       active l'accessibilité du bureau, pour lire l'onglet "
@@ -61,9 +68,11 @@ bool runningElsewhere() {
 // The running program answers; without one the store is read here.
 int call(int argc, char** argv, const std::vector<std::string>& words) {
   if (runningElsewhere()) {
-    return Gio::Application::create(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
-                                                        Gio::Application::Flags::IS_LAUNCHER)
-        ->run(argc, argv);
+    const int status =
+        Gio::Application::create(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
+                                                     Gio::Application::Flags::IS_LAUNCHER)
+            ->run(argc, argv);
+    if (status != kAnswerYourself) return status;
   }
   const auto result = callLocally(words);
   printAsIs(result.output.c_str());
@@ -89,17 +98,39 @@ int connectBrowsers() {
   return 0;
 }
 
+// Ends, or goes on in a fresh image. That one has a right to the data, so it does not give way to a
+// start of the program that has the name for the moment in which it is turned away.
+int record(int argc, char** argv, const std::optional<Handover>& left) {
+  constexpr int kAttempts = 20;
+  constexpr unsigned long kPause = 100'000;  // microseconds
+  for (int attempt = 1;; ++attempt) {
+    Application application(left);
+    const int status = application.run(argc, argv);
+    if (application.handover()) {
+      handOver(*application.handover());
+      systemLog("Orvanta: impossible de reprendre avec le nouveau bus de session");
+      return 1;
+    }
+    if (!left || application.started() || status == 0 || attempt == kAttempts) return status;
+    g_usleep(kPause);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  const auto left = takeHandover();
   // The threads take turns: an arena for each would only hold on to what it once needed.
   mallopt(M_ARENA_MAX, 1);
   g_set_print_handler(printAsIs);
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (startsApplication(words)) return Application().run(argc, argv);
+  if (startsApplication(words)) return record(argc, argv, left);
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
+  if (words.front() == "--check") return checkCommand();
+  if (words.front() == "--backup") return backupCommand({words.begin() + 1, words.end()});
+  if (words.front() == "--restore") return restoreCommand({words.begin() + 1, words.end()});
   if (words.front() == "--connect-browsers") return connectBrowsers();
   if (words.front() == "--accessibility") return switchAccessibilityOn();
   if (words.front() == "--version") {

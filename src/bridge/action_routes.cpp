@@ -69,9 +69,13 @@ json::value Router::exportCsv(const Body& body) {
   const auto from = body.s("from").value_or(calendar_.dateOf(clock_()).iso());
   const auto to = body.s("to").value_or(from);
   const auto file = parts_.platform.saveAs("lumaplan_" + from + "_" + to + ".csv");
-  // The user has chosen; the desktop tells of a full disk.
-  if (file) writeCsv(parts_.analytics, from, to, *file);
-  return {{"ok", file.has_value()}};
+  json::object answer{{"ok", file.has_value()}};
+  if (!file) return answer;
+  if (const auto written = writeCsv(parts_.analytics, from, to, *file); !written) {
+    answer["written"] = false;
+    answer["message"] = "L'export n'a pas pu être écrit : " + written.problem + ".";
+  }
+  return answer;
 }
 
 json::value Router::openUrl(const Body& body) {

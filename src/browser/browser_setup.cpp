@@ -12,6 +12,7 @@
 #include <memory>
 #include <utility>
 
+#include "base/own_file.h"
 #include "base/processes.h"
 #include "base/program_files.h"
 
@@ -131,17 +132,7 @@ std::string BrowserSetup::write(const Browser& browser, const fs::path& folder) 
   const auto text = json::serialize(manifest) + "\n";
   const auto file = folder / kManifest;
   if (contents(file) == text) return {};
-  constexpr int kOwnerOnly = 0700;
-  if (g_mkdir_with_parents(folder.c_str(), kOwnerOnly) != 0) {
-    return folder.string() + " : " + g_strerror(errno);
-  }
-  GError* raw = nullptr;
-  if (g_file_set_contents(file.c_str(), text.data(), static_cast<gssize>(text.size()), &raw) !=
-      FALSE) {
-    return {};
-  }
-  const std::unique_ptr<GError, decltype(&g_error_free)> error(raw, g_error_free);
-  return error->message;
+  return writeOwnFile(file, text).value_or("");
 }
 
 std::string BrowserSetup::connect(const Browser& browser) const {

@@ -46,11 +46,11 @@ std::optional<double> LiveState::currentProjectSince() const {
   return projectSince_;
 }
 
-void LiveState::setCurrentProjectId(std::optional<int64_t> project) {
-  const double now = clock_();
+void LiveState::setCurrentProjectId(std::optional<int64_t> project, std::optional<double> since) {
+  const double said = since.value_or(clock_());
   const std::lock_guard lock(mutex_);
   project_ = project;
-  projectSince_ = project ? std::optional(now) : std::nullopt;
+  projectSince_ = project ? std::optional(said) : std::nullopt;
 }
 
 }  // namespace orvanta

@@ -37,7 +37,8 @@ class LiveState {
   std::optional<int64_t> currentProjectId() const;
   /// When that was said, Unix seconds; absent with the project.
   std::optional<double> currentProjectSince() const;
-  void setCurrentProjectId(std::optional<int64_t> project);
+  /// `since` is when the user said so; absent for now.
+  void setCurrentProjectId(std::optional<int64_t> project, std::optional<double> since = {});
 
  private:
   const Clock clock_;

@@ -67,7 +67,10 @@ class Tracker {
   std::optional<int64_t> currentProjectId() const { return live_.currentProjectId(); }
   std::optional<double> currentProjectSince() const { return live_.currentProjectSince(); }
   /// The project that new spans are stamped with. Forgotten after an hour away.
-  void setCurrentProjectId(std::optional<int64_t> project) { live_.setCurrentProjectId(project); }
+  /// See LiveState for `since`.
+  void setCurrentProjectId(std::optional<int64_t> project, std::optional<double> since = {}) {
+    live_.setCurrentProjectId(project, since);
+  }
 
  private:
   Database& db_;

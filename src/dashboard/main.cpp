@@ -4,6 +4,7 @@
 #include <glibmm/main.h>
 #include <gtk/gtk.h>
 #include <gtkmm/application.h>
+#include <sys/stat.h>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -125,6 +126,8 @@ int main(int argc, char** argv) {
     systemLog("Orvanta: orvanta-dashboard est ouvert par orvanta, pas à la main");
     return 2;
   }
+  // The web engine writes as it likes, and this process starts nothing for the user.
+  umask(S_IRWXG | S_IRWXO);
   prepareSandbox();
   // The page is flat and still: drawing it without the graphics card costs less than the card's
   // driver takes in memory.

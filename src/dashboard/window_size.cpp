@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+#include "base/own_file.h"
+
 namespace orvanta {
 namespace {
 
@@ -43,10 +45,7 @@ void saveWindowSize(const WindowSize& size) {
   state->set_integer(kGroup, "width", size.width);
   state->set_integer(kGroup, "height", size.height);
   state->set_boolean(kGroup, "maximized", size.maximized);
-  try {
-    state->save_to_file(file().string());
-  } catch (const Glib::Error&) {
-  }
+  writeOwnFile(file(), state->to_data());
 }
 
 }  // namespace orvanta

@@ -6,8 +6,8 @@
 #include <glibmm/miscutils.h>
 
 #include <cerrno>
-#include <system_error>
 
+#include "base/own_file.h"
 #include "base/program_files.h"
 
 namespace orvanta {
@@ -64,15 +64,7 @@ std::optional<std::string> LoginItem::set(bool on) const {
   file->set_string(kGroup, "Exec", quoted(program_.string()));
   file->set_string(kGroup, "Icon", "fr.quellvane.orvanta");
   file->set_boolean(kGroup, "X-GNOME-Autostart-enabled", true);
-  std::error_code failed;
-  std::filesystem::create_directories(file_.parent_path(), failed);
-  if (failed) return g_strerror(failed.value());
-  try {
-    file->save_to_file(file_.string());
-  } catch (const Glib::Error& error) {
-    return std::string(error.what());
-  }
-  return {};
+  return writeOwnFile(file_, file->to_data());
 }
 
 }  // namespace orvanta

@@ -8,10 +8,19 @@
 
 namespace orvanta {
 
+inline constexpr auto kUnreadable = "une partie du fichier des données est illisible";
+
+/// Whether an export is where it was wanted, and all of it.
+struct CsvWritten {
+  std::string problem;  ///< why it is not, as WholeFile tells, or kUnreadable; "" when it is
+
+  explicit operator bool() const { return problem.empty(); }
+};
+
 /// Writes the spans of the days `from` to `to` to `file`, which only the user may read. The file
-/// appears, or changes, when it is complete; false, and a file that was there stays as it was, when
-/// that fails.
-bool writeCsv(const Analytics& analytics, const std::string& from, const std::string& to,
-              const std::filesystem::path& file);
+/// appears, or changes, when it is complete; when that fails, a file that was there stays as it
+/// was. For links, pipes and devices see WholeFile.
+CsvWritten writeCsv(const Analytics& analytics, const std::string& from, const std::string& to,
+                    const std::filesystem::path& file);
 
 }  // namespace orvanta

@@ -36,8 +36,7 @@ void prepare(const DataLocation& where, const Log& log) {
   if (!fs::exists(where.dir, ignored) && fs::exists(where.legacyDir, ignored)) {
     moveLegacyData(where, log);
   }
-  fs::create_directories(where.dir.parent_path(), ignored);
-  mkdir(where.dir.c_str(), S_IRWXU);
+  g_mkdir_with_parents(where.dir.c_str(), S_IRWXU);
   chmod(where.dir.c_str(), S_IRWXU);
   // SQLite gives the -wal and -shm files the mode of the database file.
   constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;

@@ -15,12 +15,16 @@ namespace orvanta {
 class DataLock {
  public:
   /// Absent when another process holds the lock. A lock file that cannot be made counts as taken by
-  /// us: a read-only disk is no reason not to run.
-  static std::optional<DataLock> take(const DataLocation& where);
+  /// us: a read-only disk is no reason not to run. `inherited` is the file of a lock that this
+  /// process held before it became another program image; it is taken over if it is the same lock.
+  static std::optional<DataLock> take(const DataLocation& where, int inherited = -1);
 
   DataLock(DataLock&& other) noexcept;
   DataLock& operator=(DataLock&&) = delete;
   ~DataLock();
+
+  /// Gives the lock's file away, still locked; -1 where there is none.
+  int leave();
 
  private:
   explicit DataLock(int file) : file_(file) {}

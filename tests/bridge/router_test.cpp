@@ -245,7 +245,10 @@ TEST_F(RouterTest, ExportWritesWhereTheUserWants) {
   while (std::getline(file, line)) ++lines;
   EXPECT_GE(lines, 2);
   saveTo = "/proc/nulle/part.csv";
-  EXPECT_EQ(call("export"), done()) << "the user did choose";
+  const auto failed = call("export");
+  EXPECT_EQ(failed.at("ok"), true) << "the user did choose";
+  EXPECT_EQ(failed.at("written"), false);
+  EXPECT_NE(failed.at("message").as_string().find("n'a pas pu être écrit"), std::string::npos);
 }
 
 }  // namespace

@@ -111,6 +111,53 @@ class CsvTest(unittest.TestCase):
     def test_python_reads_what_was_stored(self):
         self.compare(self.file, ";")
 
+    def test_killed_it_leaves_what_was_there(self):
+        with open(self.file, "rb") as file:
+            before = file.read()
+        with self.db:
+            self.db.executemany(
+                "INSERT INTO events(start,end,app,title) VALUES (?,?,'A',?)",
+                ((START + second / 10, START + second / 10 + 1, "t" * 1000)
+                 for second in range(50000)))
+        names = sorted(os.listdir(self.folder))
+        killed = 0
+        for _ in range(10):
+            export = subprocess.Popen(
+                [os.environ["ORVANTA"], "--export", FROM, TO, self.file], env=self.env)
+            while export.poll() is None and not self.writes(export.pid):
+                pass
+            export.kill()
+            killed += export.wait() != 0
+        self.assertGreater(killed, 0)
+        self.assertEqual(sorted(os.listdir(self.folder)), names)
+        with open(self.file, "rb") as file:
+            self.assertEqual(file.read() == before, killed == 10)
+
+    def writes(self, pid):
+        """Whether the export has begun a file in our folder."""
+        try:
+            files = [os.readlink(f"/proc/{pid}/fd/{number}")
+                     for number in os.listdir(f"/proc/{pid}/fd")]
+        except OSError:
+            return False  # it closes one, or ends
+        return any(file.startswith(self.folder + "/#") for file in files)
+
+    def test_a_planted_link_is_refused(self):
+        shared = os.path.join(self.folder, "shared")
+        os.mkdir(shared)
+        os.chmod(shared, 0o1777)
+        link = os.path.join(shared, "mars.csv")
+        os.symlink(self.file, link)
+        with open(self.file, "rb") as file:
+            before = file.read()
+        done = subprocess.run([os.environ["ORVANTA"], "--export", FROM, FROM, link], env=self.env,
+                              capture_output=True, timeout=60, check=False)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("lien symbolique", done.stderr.decode())
+        with open(self.file, "rb") as file:
+            self.assertEqual(file.read(), before)
+        self.assertTrue(os.path.islink(link))
+
     def test_libreoffice_reads_what_was_stored(self):
         self.compare(self.converted(COMMAS, ALL_TEXT), ",")
 

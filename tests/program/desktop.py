@@ -19,7 +19,7 @@ TICK = 2.5  # seconds: the program looks every 2, and this machine may be busy
 BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
-  <listen>unix:dir={folder}</listen>
+  <listen>unix:path={folder}/bus</listen>
   <policy context="default">
     <allow user="*"/>
     <allow send_destination="*" eavesdrop="true"/>
@@ -58,16 +58,25 @@ def cpu_seconds(pid):
 
 class Bus:
     def __init__(self, desktop, name):
+        self.desktop = desktop
         folder = desktop.make_folder(name)
-        config = os.path.join(folder, "bus.conf")
-        with open(config, "w", encoding="utf-8") as file:
+        self.config = os.path.join(folder, "bus.conf")
+        with open(self.config, "w", encoding="utf-8") as file:
             file.write(BUS_CONFIG.format(folder=folder))
+        self.address = f"unix:path={folder}/bus"
+        self.start()
+
+    def start(self):
         reader, writer = os.pipe()
-        self.daemon = desktop.spawn("dbus-daemon", f"--config-file={config}", "--nofork",
-                                    f"--print-address={writer}", fds=(writer,))
+        self.daemon = self.desktop.spawn("dbus-daemon", f"--config-file={self.config}",
+                                         "--nofork", f"--print-address={writer}", fds=(writer,))
         os.close(writer)
         with os.fdopen(reader) as file:
-            self.address = file.readline().strip()
+            file.readline()
+
+    def stop(self):
+        self.daemon.kill()
+        self.daemon.wait()
 
     def connect(self):
         return dbus.bus.BusConnection(self.address)

@@ -30,8 +30,11 @@ class LogindTest(unittest.TestCase):
     def setUp(self):
         self.desktop = Desktop(screen=False, system_bus=True)
         self.addCleanup(self.desktop.stop)
-        _, self.bus = mock_service(self.desktop, self.desktop.system, LOGIND[0],
-                                   "--system", "--template", "logind")
+        self.start_logind()
+
+    def start_logind(self):
+        self.mock, self.bus = mock_service(self.desktop, self.desktop.system, LOGIND[0],
+                                           "--system", "--template", "logind")
         self.addCleanup(self.bus.close)
         self.logind = self.bus.get_object(*LOGIND)
         for number, user in (("c0", os.getuid() + 1), ("c1", os.getuid()), ("c2", os.getuid())):
@@ -120,6 +123,58 @@ class LogindTest(unittest.TestCase):
         self.assertEqual(end(program)[0], 0)
         wait_for(lambda: not self.delays_sleep(), 2, "nothing is held after the end")
 
+    def test_logind_restarts_between_sleep_and_wake(self):
+        program = self.start()
+        self.sleep(True)
+        wait_for(lambda: not self.delays_sleep(), 2, "the machine may sleep")
+        self.mock.kill()
+        self.mock.wait()
+        gone = time.time()
+        self.assertAlmostEqual(self.newest(2, TICK)["start"], gone, delta=TICK)
+
+        self.start_logind()
+        wait_for(self.delays_sleep, 2, "the delay lock is taken afresh")
+        self.set_locked("c1", True)
+        wait_for(lambda: self.desktop.spans()[-1]["idle"], TICK, "the session is found again")
+        self.sleep(True)
+        wait_for(lambda: not self.delays_sleep(), 2, "the lock is the new one's")
+        count = len(self.desktop.spans())
+        self.sleep(False)
+        self.newest(count + 1, TICK)
+        self.assertEqual(end(program)[0], 0)
+
+    def test_locked_while_logind_restarts(self):
+        self.set_locked("c1", True)
+        self.start()
+        wait_for(lambda: self.desktop.spans()[-1]["idle"], TICK, "idle")
+        count = len(self.desktop.spans())
+        self.mock.kill()
+        self.mock.wait()
+        self.start_logind()
+        self.set_locked("c1", True)
+        pass_time(2 * TICK)
+        self.assertEqual(len(self.desktop.spans()), count, "no glance at an open screen")
+        self.mock.kill()
+        wait_for(lambda: not self.desktop.spans()[-1]["idle"], 10 + 2 * TICK, "not for ever")
+
+    def test_a_wake_that_no_signal_tells(self):
+        self.start()
+
+        def preparing(whether):
+            self.logind.UpdateProperties(MANAGER, {"PreparingForSleep": whether},
+                                         dbus_interface=MOCK)
+        preparing(True)
+        self.sleep(True)
+        pass_time(5 + TICK)
+        self.assertEqual(len(self.desktop.spans()), 1, "logind says that it is not over")
+        preparing(False)
+        self.newest(2, 5 + 2 * TICK)
+        wait_for(self.delays_sleep, 2, "the delay lock is back")
+
+        self.sleep(True)
+        wait_for(lambda: not self.delays_sleep(), 2, "the machine may sleep")
+        self.mock.send_signal(signal.SIGSTOP)  # and with it whoever would tell
+        self.newest(3, 15 + 2 * TICK)
 
     def test_the_session_ends(self):
         program = self.start()

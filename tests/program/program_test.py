@@ -9,7 +9,7 @@ import stat
 import time
 import unittest
 
-from desktop import ORVANTA, TICK, Desktop, end, output_of, pass_time, wait_for
+from desktop import ORVANTA, TICK, Desktop, cpu_seconds, end, output_of, pass_time, wait_for
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 APP = "Éditeur de thèmes"
@@ -107,16 +107,92 @@ class ProgramTest(unittest.TestCase):
         self.assertIsNone(first.poll())
         self.assertEqual(len(self.desktop.spans()), 1)
 
-    def test_a_second_start_that_cannot_see_the_first(self):
+    def test_a_second_session_waits_for_its_turn(self):
         first = self.desktop.start_orvanta(NO_BUS)
-        second = self.desktop.run(ORVANTA, env=NO_BUS)
-        self.assertEqual(second.returncode, 1)
-        self.assertIn("déjà", second.stderr.decode())
+        waiting = []
+        for env in ({}, NO_BUS):
+            second = self.desktop.spawn(ORVANTA, env=env)
+            waiting.append(second)
+            wait_for(lambda: "attend la suite" in output_of(second), 5, "it waits")
+        for words in ([], ["--show"], ["--pause"]):
+            done = self.desktop.run(ORVANTA, *words)
+            self.assertEqual((words, done.returncode), (words, 1))
+            self.assertIn("déjà", done.stderr.decode())
+        self.assertEqual(self.desktop.run(ORVANTA, "--show", env=NO_BUS).returncode, 1)
+        self.assertEqual(self.desktop.call("day")[0], 0)
+        self.assertEqual(self.desktop.call("nuit")[0], 1)
+        before = [cpu_seconds(second.pid) for second in waiting]
+        pass_time(2 * TICK)
+        for second, spent in zip(waiting, before):
+            self.assertLess(cpu_seconds(second.pid) - spent, 0.05)
+            self.assertIsNone(second.poll())
+        self.assertEqual(len(self.desktop.spans()), 1)
+
+        status, asked = end(waiting.pop())
+        self.assertEqual(status, 0)
+        self.assertLess(time.time() - asked, 1)
         self.assertIsNone(first.poll())
-        # Nor does the lock outlive its owner.
-        first.kill()
-        first.wait()
-        self.assertEqual(end(self.desktop.start_orvanta(NO_BUS))[0], 0)
+        first.kill()  # the lock does not outlive its owner
+        killed = time.time()
+        wait_for(lambda: len(self.desktop.spans()) == 2, 2 * TICK, "the second takes over")
+        self.assertAlmostEqual(self.desktop.spans()[1]["start"], killed, delta=2 + TICK)
+        self.assertEqual(self.desktop.run(ORVANTA, "--pause").returncode, 0)
+        wait_for(lambda: self.desktop.call("status")[1]["paused"], 2, "it is the one that is asked")
+        self.assertEqual(end(waiting.pop())[0], 0)
+
+    def test_a_new_bus_while_another_waits_elsewhere(self):
+        first = self.desktop.start_orvanta()
+        self.desktop.session.stop()
+        second = self.desktop.spawn(ORVANTA, env=NO_BUS)
+        wait_for(lambda: "attend la suite" in output_of(second), 5, "it waits")
+        self.desktop.session.start()
+        # Each of these has the name for a moment.
+        wait_for(lambda: self.desktop.run(ORVANTA, "--resume").returncode == 0, 10, "the name")
+        pass_time(TICK)
+        self.assertIsNone(first.poll(), "the lock is held all the while")
+        self.assertNotIn("capture démarrée", output_of(second))
+        self.assertEqual(end(first)[0], 0)
+        wait_for(lambda: "capture démarrée" in output_of(second), 2 * TICK, "it takes over")
+        self.assertEqual(end(second)[0], 0)
+
+    def test_a_new_bus_on_which_another_waits(self):
+        """Whoever has the name goes on with the recording."""
+        first = self.desktop.start_orvanta()
+        self.desktop.session.stop()
+        pass_time(4)  # it looks less and less often
+        self.desktop.session.start()
+        second = self.desktop.spawn(ORVANTA)
+        wait_for(lambda: "attend la suite" in output_of(second), 3, "it waits")
+        first.wait(timeout=12)
+        wait_for(lambda: len(self.desktop.spans()) == 2, 2 * TICK, "the second takes over")
+        before, after = self.desktop.spans()
+        self.assertLess(after["start"] - before["end"], 8)
+        self.assertEqual(end(second)[0], 0)
+
+    def test_a_new_bus_while_nothing_can_be_stored(self):
+        program = self.desktop.start_orvanta()
+        other = sqlite3.connect(self.desktop.database(), isolation_level=None)
+        self.addCleanup(other.close)
+        other.execute("BEGIN IMMEDIATE")
+        wait_for(lambda: "store" in self.desktop.call("status")[1], 30, "it notices")
+        self.desktop.session.stop()
+        self.desktop.session.start()
+        pass_time(5)
+        self.assertEqual(self.desktop.run(ORVANTA, "--show").returncode, 1, "it keeps what waits")
+        other.execute("ROLLBACK")
+        wait_for(lambda: self.desktop.run(ORVANTA, "--resume").returncode == 0, 20, "the name")
+        wait_for(lambda: len(self.desktop.spans()) == 2, TICK, "it goes on")
+        first, second = self.desktop.spans()
+        self.assertLess(second["start"] - first["end"], 2)
+        self.assertEqual(end(program)[0], 0)
+
+    def test_a_program_that_was_there_before_its_bus(self):
+        self.desktop.session.stop()
+        program = self.desktop.start_orvanta()
+        self.desktop.session.start()
+        wait_for(lambda: self.desktop.run(ORVANTA, "--pause").returncode == 0, 10, "the name")
+        self.assertTrue(wait_for(lambda: self.desktop.call("status")[1]["paused"], 2, "paused"))
+        self.assertEqual(end(program)[0], 0)
 
     def test_signals_close_the_span(self):
         for how in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
@@ -145,8 +221,7 @@ class ProgramTest(unittest.TestCase):
 
     def test_the_session_bus_goes_away(self):
         program = self.desktop.start_orvanta()
-        self.desktop.session.daemon.kill()
-        self.desktop.session.daemon.wait()
+        self.desktop.session.stop()
         lost = time.time()
         wait_for(lambda: self.desktop.spans()[-1]["end"] > lost + TICK, 13, "it goes on")
         status, asked = end(program)
@@ -157,14 +232,30 @@ class ProgramTest(unittest.TestCase):
     def test_only_the_owner_can_read(self):
         previous = os.umask(0)
         self.addCleanup(os.umask, previous)
+        home = self.desktop.env["HOME"]
+        self.desktop.env.update(XDG_DATA_HOME=os.path.join(home, ".local", "share"),
+                                XDG_CONFIG_HOME=os.path.join(home, ".config"))
+        for browser in (".config", ".config/chromium", ".mozilla"):
+            os.mkdir(os.path.join(home, browser), 0o700)
         self.desktop.start_orvanta()
-        folder = os.path.dirname(self.desktop.database())
-        self.assertEqual(stat.S_IMODE(os.stat(folder).st_mode), 0o700)
-        names = os.listdir(folder)
-        self.assertLessEqual({"orvanta.db", "orvanta.db-wal", "orvanta.db-shm"}, set(names))
-        for name in names:
-            mode = stat.S_IMODE(os.stat(os.path.join(folder, name)).st_mode)
-            self.assertEqual(mode, 0o600, name)
+        self.assertTrue(self.desktop.call("launchAtLogin", '{"enabled": true}')[1]["enabled"])
+        self.assertEqual(self.desktop.run(ORVANTA, "--connect-browsers").returncode, 0)
+        today = datetime.date.today().isoformat()
+        export = os.path.join(home, "export.csv")
+        self.assertEqual(self.desktop.run(ORVANTA, "--export", today, today, export).returncode, 0)
+
+        modes = {}
+        for folder, folders, files in os.walk(home):
+            for name in folders + files:
+                path = os.path.join(folder, name)
+                modes[os.path.relpath(path, home)] = stat.S_IMODE(os.stat(path).st_mode)
+        self.assertLessEqual(
+            {"export.csv", ".config/autostart/fr.quellvane.orvanta.desktop",
+             ".config/chromium/NativeMessagingHosts/fr.quellvane.orvanta.tab.json",
+             ".mozilla/native-messaging-hosts/fr.quellvane.orvanta.tab.json"} |
+            {".local/share/Orvanta/orvanta." + kind for kind in ("db", "db-wal", "db-shm", "lock")},
+            set(modes))
+        self.assertEqual({path: oct(mode) for path, mode in modes.items() if mode & 0o077}, {})
 
     def test_a_file_that_is_no_database_is_left_alone(self):
         os.mkdir(os.path.dirname(self.desktop.database()))

@@ -294,8 +294,7 @@ class TrayTest(unittest.TestCase):
 
     def test_the_session_bus_goes_away(self):
         self.start()
-        self.desktop.session.daemon.kill()
-        self.desktop.session.daemon.wait()
+        self.desktop.session.stop()
         lost = time.time()
         pass_time(0.5)
         before = cpu_seconds(self.program.pid)
@@ -305,6 +304,35 @@ class TrayTest(unittest.TestCase):
         status, asked = end(self.program)
         self.assertEqual(status, 0)
         self.assertAlmostEqual(self.desktop.spans()[-1]["end"], asked, delta=1)
+
+    def test_the_session_bus_restarts(self):
+        self.add_project("Atelier")
+        self.start()
+        self.host.click(self.host.item("Atelier", self.host.item("Je travaille sur")))
+        self.wait_for_label("Je travaille sur : Atelier", 2)
+        for round_trip in range(2):
+            self.desktop.session.stop()
+            wait_for(lambda: self.desktop.run(ORVANTA, "--show").returncode == 1, 5, "no name")
+            self.desktop.session.start()
+            self.host = TrayHost(self.desktop.session)
+            self.addCleanup(self.host.close)
+            self.host.wait_for_item()
+            self.assertIsNone(self.program.poll())
+            self.wait_for_label("Je travaille sur : Atelier")
+            wait_for(lambda: len(self.desktop.spans()) == round_trip + 2, TICK, "it records on")
+            self.assertEqual(self.desktop.run(ORVANTA, "--show").returncode, 0)
+            self.host.wait_for(lambda: self.dashboards() == round_trip + 1, 10, "the dashboard")
+        self.assertEqual(self.desktop.run(ORVANTA, "--pause").returncode, 0)
+        self.wait_for_label("○ Suivi en pause", 2)
+        self.host.click(self.host.item("Reprendre le suivi"))
+        self.wait_for_label("●", 2 + TICK)
+        first, second, third = self.desktop.spans()[:3]
+        for before, after in ((first, second), (second, third)):
+            self.assertGreaterEqual(after["start"], before["end"])
+            self.assertLess(after["start"], before["end"] + 2)
+        self.assertEqual(third["project_id"], 1)
+        self.host.click(self.host.item("Quitter Orvanta"))
+        self.assertEqual(self.program.wait(timeout=5), 0)
 
     def test_former_agents_are_removed(self):
         config = self.desktop.env["XDG_CONFIG_HOME"]

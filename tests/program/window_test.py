@@ -188,6 +188,8 @@ class WindowTest(unittest.TestCase):
             values = dict(line.split("=") for line in text.stdout.decode().split())
             return int(values["WIDTH"]), int(values["HEIGHT"])
 
+        previous = os.umask(0)
+        self.addCleanup(os.umask, previous)
         self.program = self.desktop.start_orvanta()
         self.show()
         self.wait_for_window()
@@ -202,6 +204,13 @@ class WindowTest(unittest.TestCase):
         self.desktop.run("timeout", "5", "xdotool", "windowsize", self.windows()[0], "300", "200")
         pass_time(1)
         self.assertGreaterEqual(geometry(), (860, 560))
+
+        state = os.path.join(self.desktop.env["XDG_STATE_HOME"], "orvanta")
+        self.assertLessEqual({"window.ini", "page"}, set(os.listdir(state)))
+        for own in (state, os.path.join(self.desktop.env["XDG_CACHE_HOME"], "orvanta")):
+            for folder, folders, files in os.walk(own):
+                for path in [folder] + [os.path.join(folder, name) for name in folders + files]:
+                    self.assertEqual(os.stat(path).st_mode & 0o077, 0, path)
 
 
 if __name__ == "__main__":

@@ -6,6 +6,7 @@
 
 #include "app/csv_export.h"
 #include "reports/analytics.h"
+#include "reports/csv_file.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 
@@ -66,6 +67,8 @@ TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {
   EXPECT_EQ(exportCsvFile(analytics, {"hier", "2024-03-31"}), 2);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/nulle/part.csv"}), 1);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/dev/full"}), 1);
+  EXPECT_EQ(writeCsv(analytics, "2024-03-31", "2024-03-31", "/dev/full").problem,
+            "il n'y a plus de place");
 }
 
 }  // namespace

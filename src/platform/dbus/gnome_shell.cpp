@@ -11,10 +11,12 @@
 #include <algorithm>
 #include <charconv>
 #include <map>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "base/own_file.h"
 #include "platform/resources/resources.h"
 
 namespace orvanta::dbus {
@@ -51,7 +53,7 @@ bool write(const std::string& path, const std::string& text) {
   if (Glib::file_test(path, Glib::FileTest::EXISTS) && Glib::file_get_contents(path) == text) {
     return false;
   }
-  Glib::file_set_contents(path, text);
+  if (const auto problem = writeOwnFile(path, text)) throw std::runtime_error(*problem);
   return true;
 }
 
@@ -110,8 +112,6 @@ std::string GnomeShell::installExtension() {
   try {
     const auto folder =
         Glib::build_filename(Glib::get_user_data_dir(), "gnome-shell/extensions", kId);
-    const auto file = Gio::File::create_for_path(folder);
-    if (!file->query_exists()) file->make_directory_with_parents();
     const bool isNew = write(Glib::build_filename(folder, "metadata.json"), metadata(version_));
     if (write(Glib::build_filename(folder, "extension.js"), script(version_)) || isNew) {
       listed_ = false;  // what the shell has found is not what is there now
@@ -122,7 +122,7 @@ std::string GnomeShell::installExtension() {
              "dans "
              "l'application Extensions.";
     }
-  } catch (const Glib::Error& error) {
+  } catch (const std::exception& error) {
     log_(std::string("Orvanta: extension GNOME non installée (") + error.what() + ")");
     return "L'extension GNOME d'Orvanta n'a pas pu être installée dans votre dossier personnel.";
   }

@@ -2,12 +2,13 @@
 
 #include <giomm/dbuserror.h>
 #include <giomm/dbusintrospection.h>
-#include <glibmm/fileutils.h>
 #include <glibmm/main.h>
 #include <glibmm/miscutils.h>
 
+#include <stdexcept>
 #include <utility>
 
+#include "base/own_file.h"
 #include "base/text.h"
 #include "platform/resources/resources.h"
 
@@ -90,7 +91,7 @@ std::string KwinScript::writeScript() const {
   constexpr std::string_view kPlace = "@ORVANTA@";
   script.replace(script.find(kPlace), kPlace.size(), bus_->get_unique_name().raw());
   auto path = Glib::build_filename(Glib::get_user_runtime_dir(), "orvanta-kwin-focus.js");
-  Glib::file_set_contents(path, script);
+  if (const auto problem = writeOwnFile(path, script)) throw std::runtime_error(*problem);
   return path;
 }
 
@@ -108,7 +109,7 @@ void KwinScript::load() {
     kwin_.call(
         "/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)),
         [reload](const Reply& /*reply*/) { reload(); }, reload);
-  } catch (const Glib::Error& error) {
+  } catch (const std::exception& error) {
     log_(std::string("Orvanta: script KWin impossible (") + error.what() + ")");
   }
 }

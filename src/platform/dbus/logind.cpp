@@ -4,6 +4,7 @@
 #include <giomm/unixfdlist.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <map>
 #include <tuple>
@@ -19,6 +20,9 @@ constexpr auto kManager = "org.freedesktop.login1.Manager";
 constexpr auto kSession = "org.freedesktop.login1.Session";
 constexpr auto kProperties = "org.freedesktop.DBus.Properties";
 constexpr int kPatienceMilliseconds = 5000;
+constexpr std::chrono::seconds kAskAgain{5};
+constexpr std::chrono::seconds kRestart{10};
+constexpr int kMostSilences = 2;  // of a logind that hangs while it is to tell of the wake
 
 Glib::VariantContainerBase texts(std::initializer_list<const char*> values) {
   std::vector<Glib::VariantBase> children;
@@ -31,26 +35,47 @@ Glib::VariantContainerBase texts(std::initializer_list<const char*> values) {
 Logind::Logind(Glib::RefPtr<Gio::DBus::Connection> system, SessionListener listener)
     : system_(std::move(system)), service_(system_, kService), listener_(std::move(listener)) {
   if (!system_) return;
-  service_.watch();
-  sleepSubscription_ = system_->signal_subscribe(
-      [this](const auto&, const auto&, const auto&, const auto&, const auto&,
-             const Reply& arguments) {
-        if (!arguments.is_of_type(Glib::VariantType("(b)"))) return;
-        Glib::Variant<bool> aboutToSleep;
-        arguments.get_child(aboutToSleep, 0);
-        prepareForSleep(aboutToSleep.get());
+  follow(kManager, "PrepareForSleep", kPath, [this](const auto& /*path*/, const Reply& arguments) {
+    prepareForSleep(argument<bool>(arguments));
+  });
+  follow(kManager, "SessionRemoved", kPath, [this](const auto& /*path*/, const Reply& arguments) {
+    const auto removed = argument<Glib::DBusObjectPathString>(arguments, 1);
+    if (removed.raw() == session_) listener_.sessionEnded();
+  });
+  follow(
+      kProperties, "PropertiesChanged", "",
+      [this](const std::string& path, const Reply& arguments) {
+        if (path != session_) return;
+        const auto changed = argument<std::map<Glib::ustring, Glib::VariantBase>>(arguments, 1);
+        const auto hint = changed.find("LockedHint");
+        if (hint == changed.end()) return;
+        lockedHint(Glib::VariantBase::cast_dynamic<Glib::Variant<bool>>(hint->second).get());
       },
-      kService, kManager, "PrepareForSleep", kPath);
-  holdDelayLock();
-  findSession();
+      kSession);
+  service_.watch([this] { appeared(); }, [this] { vanished(); });
+  askForSleep();  // also starts a logind that starts when it is asked
 }
 
 Logind::~Logind() {
   cancel_->cancel();
-  if (sleepSubscription_ != 0) system_->signal_unsubscribe(sleepSubscription_);
-  if (lockSubscription_ != 0) system_->signal_unsubscribe(lockSubscription_);
-  if (endSubscription_ != 0) system_->signal_unsubscribe(endSubscription_);
+  for (const auto subscription : subscriptions_) system_->signal_unsubscribe(subscription);
   readyToSleep();
+}
+
+// `about` is the first argument of the signals that count; any where it is empty.
+void Logind::follow(const char* interface, const char* signal, const char* path,
+                    std::function<void(const std::string& path, const Reply& arguments)> then,
+                    const char* about) {
+  subscriptions_.push_back(system_->signal_subscribe(
+      [then = std::move(then)](const auto&, const auto&, const Glib::ustring& object, const auto&,
+                               const auto&, const Reply& arguments) {
+        try {
+          then(object, arguments);
+        } catch (const std::exception&) {
+          // A signal of another form than its interface has says nothing.
+        }
+      },
+      kService, interface, signal, path, about));
 }
 
 // `then` gets the answer, `otherwise` is for everything else: no logind, an error, an answer of
@@ -69,6 +94,20 @@ void Logind::ask(const std::string& path, const char* interface, const char* met
         }
       },
       cancel_, kService, kPatienceMilliseconds);
+}
+
+void Logind::appeared() {
+  holdDelayLock();
+  findSession();
+  askForSleep();
+}
+
+// It may be restarting: then the screen is as locked as before.
+void Logind::vanished() {
+  if (asleep_) wake();
+  mainThread_.after(kRestart, [this] {
+    if (!service_.present()) lockedHint(false);
+  });
 }
 
 // A program of the session is told its number; one that the user's service manager started is not,
@@ -103,28 +142,7 @@ void Logind::listSessions() {
 }
 
 void Logind::followSession(const std::string& path) {
-  using Changed = std::map<Glib::ustring, Glib::VariantBase>;
-  lockSubscription_ = system_->signal_subscribe(
-      [this](const auto&, const auto&, const auto&, const auto&, const auto&,
-             const Reply& arguments) {
-        if (!arguments.is_of_type(Glib::VariantType("(sa{sv}as)"))) return;
-        Glib::Variant<Changed> changed;
-        arguments.get_child(changed, 1);
-        const auto properties = changed.get();
-        const auto hint = properties.find("LockedHint");
-        if (hint == properties.end() || !hint->second.is_of_type(Glib::VARIANT_TYPE_BOOL)) return;
-        lockedHint(Glib::VariantBase::cast_dynamic<Glib::Variant<bool>>(hint->second).get());
-      },
-      kService, kProperties, "PropertiesChanged", path, kSession);
-  endSubscription_ = system_->signal_subscribe(
-      [this, path](const auto&, const auto&, const auto&, const auto&, const auto&,
-                   const Reply& arguments) {
-        if (!arguments.is_of_type(Glib::VariantType("(so)"))) return;
-        Glib::Variant<Glib::DBusObjectPathString> removed;
-        arguments.get_child(removed, 1);
-        if (removed.get().raw() == path) listener_.sessionEnded();
-      },
-      kService, kManager, "SessionRemoved", kPath);
+  session_ = path;
   ask(
       path, kProperties, "Get", texts({kSession, "LockedHint"}),
       [this](const Reply& reply) {
@@ -141,11 +159,42 @@ void Logind::lockedHint(bool locked) {
 
 void Logind::prepareForSleep(bool aboutToSleep) {
   if (aboutToSleep) {
+    asleep_ = true;
+    silences_ = 0;
+    ++sleeps_;
     listener_.willSleep();
+    askForSleepAgain();
   } else {
-    holdDelayLock();
-    listener_.didWake();
+    wake();
   }
+}
+
+void Logind::wake() {
+  asleep_ = false;
+  if (service_.present()) holdDelayLock();
+  listener_.didWake();
+}
+
+void Logind::askForSleep() {
+  ask(
+      kPath, kProperties, "Get", texts({kManager, "PreparingForSleep"}),
+      [this](const Reply& reply) {
+        const auto value = argument<Glib::VariantBase>(reply);
+        const bool asleep = Glib::VariantBase::cast_dynamic<Glib::Variant<bool>>(value).get();
+        if (asleep != asleep_) prepareForSleep(asleep);
+      },
+      [this] {
+        if (asleep_ && ++silences_ == kMostSilences) wake();
+      });
+}
+
+// The clock of this stands still while the machine sleeps.
+void Logind::askForSleepAgain() {
+  mainThread_.after(kAskAgain, [this, sleep = sleeps_] {
+    if (!asleep_ || sleep != sleeps_) return;
+    askForSleep();
+    askForSleepAgain();
+  });
 }
 
 void Logind::holdDelayLock() {
@@ -158,6 +207,7 @@ void Logind::holdDelayLock() {
           system->call_finish(result, files);
           readyToSleep();
           delayLock_ = files->get(0);
+          if (asleep_) readyToSleep();
         } catch (const std::exception&) {
           // Not allowed, or no logind: sleep is then noticed by the gap that it leaves.
         }
