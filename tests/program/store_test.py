@@ -215,8 +215,9 @@ class StoreTest(unittest.TestCase):
         db.close()
         os.rename(away, self.desktop.database())
         wait_for(lambda: any(span["app"] == "Revenu" for span in self.desktop.spans()), 15, "back")
-        known = len(self.desktop.spans())
-        wait_for(lambda: len(self.desktop.spans()) > known, 20, "recorded in the one that is back")
+        back = time.time()
+        wait_for(lambda: max(span["end"] for span in self.desktop.spans()) > back, 20,
+                 "recorded in the one that is back")
         self.assertEqual(end(program)[0], 0)
         with sqlite3.connect(self.desktop.database()) as db:
             self.assertEqual(db.execute("PRAGMA integrity_check").fetchone(), ("ok",))
