@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "backup_cost.h"
 #include "export_memory.h"
 #include "ratios.h"
 
@@ -69,5 +70,6 @@ int main(int argc, char** argv) {
   benchmark::RunSpecifiedBenchmarks(&reporter);
   fmt::print("\n");
   orvanta::bench::printExportMemory();
+  orvanta::bench::printBackupCost();
   return reporter.printRatios() ? 0 : 1;
 }
