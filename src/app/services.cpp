@@ -17,8 +17,7 @@ namespace orvanta {
 Services::Services(DataLock held, const Hooks& hooks)
     : lock(std::move(held)),
       backups(Backups::folderOf(DataLocation::ofUser())),
-      db(DataLocation::ofUser(), systemLog, wallClock,
-         [this] { backups.make(DataLocation::ofUser().file(), wallClock()); }),
+      db(DataLocation::ofUser()),
       systemBus(connectBus(Gio::DBus::BusType::SYSTEM)),
       sessionBus(connectBus(Gio::DBus::BusType::SESSION)),
       desktop(observeDesktop(systemBus, sessionBus, systemLog)),
@@ -87,7 +86,7 @@ void Services::keepStore(const Hooks& hooks) {
   keeper.listen({.renewed = renewed, .tell = tell});
   db.setReplaced([renewed, tell](const std::string& sentence) {
     renewed();
-    tell(sentence);
+    if (!sentence.empty()) tell(sentence);
   });
   tracker.setErased([this](double before) {
     history.forgetUndone();

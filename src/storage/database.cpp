@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "storage/backups.h"
 #include "storage/schema.h"
 #include "storage/transaction.h"
 
@@ -32,12 +33,8 @@ bool sameKey(int code) {
 
 }  // namespace
 
-Database::Database(DataLocation where, Log log, Clock clock,
-                   const std::function<void()>& beforeUpgrade)
-    : where_(std::move(where)),
-      log_(std::move(log)),
-      beforeUpgrade_(beforeUpgrade),
-      health_(std::move(clock)) {
+Database::Database(DataLocation where, Log log, Clock clock)
+    : where_(std::move(where)), log_(std::move(log)), clock_(std::move(clock)), health_(clock_) {
   prepare(where_, log_);
   {
     const std::lock_guard lock(mutex_);
@@ -87,7 +84,9 @@ void Database::openReadOnly() {
 void Database::bringUpToDate() {
   if (std::exchange(upgrading_, true)) return;
   const auto age = ageOf(*this);
-  if (age == StoreAge::Older && beforeUpgrade_) beforeUpgrade_();
+  if (age == StoreAge::Older) {
+    Backups(Backups::folderOf(where_), {.log = log_}).make(where_.file(), clock_());
+  }
   upToDate_ = age == StoreAge::Current || migrate(*this);
   upgrading_ = false;
 }
@@ -109,7 +108,8 @@ void Database::setReplaced(std::function<void(const std::string&)> replaced) {
 
 // A file that could only be opened to read fails otherwise than for the reason.
 std::optional<StoreTrouble> Database::trouble(int code) const {
-  if (refused_ && (code & 0xff) == SQLITE_READONLY) return refused_;
+  const int kind = code & 0xff;
+  if (refused_ && (kind == SQLITE_READONLY || kind == SQLITE_CANTOPEN)) return refused_;
   return troubleOf(code, connection_ ? sqlite3_system_errno(connection_.get()) : 0);
 }
 

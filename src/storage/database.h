@@ -37,10 +37,9 @@ class Database {
   using ErrorReport = std::function<void(const std::string& message)>;
   using Settings = std::map<std::string, std::string>;
 
-  /// Prepares the location, opens the file and brings it up to date; writes nothing when it is.
-  /// `beforeUpgrade` is called while a file of an older form is as it was.
-  explicit Database(DataLocation where, Log log = systemLog, Clock clock = wallClock,
-                    const std::function<void()>& beforeUpgrade = {});
+  /// Prepares the location, opens the file and brings it up to date, an older form of it after a
+  /// backup; writes nothing when it is.
+  explicit Database(DataLocation where, Log log = systemLog, Clock clock = wallClock);
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
@@ -101,8 +100,8 @@ class Database {
   void look();
   /// Counts the files opened one after the other: a row id of one means nothing in the next.
   int64_t generation() const { return generation_; }
-  /// Is called by look() on its caller's thread when the file has become another, with a French
-  /// sentence that says so. It may use the database.
+  /// Is called by look() on its caller's thread when the file has become another or can be written
+  /// at last, with a French sentence where the user is to know. It may use the database.
   void setReplaced(std::function<void(const std::string& sentence)> replaced);
 
   enum class Meanwhile {
@@ -138,6 +137,7 @@ class Database {
   Written failed(int code, std::string_view sql, Tell tell = Tell::LogAndReport);
   std::optional<Identity> identity() const;
   std::optional<Settings> storedSettings();
+  Settings overlaid(Settings stored);
   std::string replaceFile();
 
   Written patiently(const Attempt& attempt);
@@ -147,7 +147,7 @@ class Database {
 
   const DataLocation where_;
   const Log log_;
-  const std::function<void()> beforeUpgrade_;
+  const Clock clock_;
   StoreHealth health_;
 
   std::mutex hookMutex_;  // guards the next three

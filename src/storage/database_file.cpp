@@ -7,28 +7,33 @@
 namespace orvanta {
 
 void Database::look() {
+  bool renewed = false;
   std::string sentence;
   {
     const std::unique_lock lock(mutex_, std::try_to_lock);
     if (!lock || depth_ > 0 || away_) return;
     const std::unique_lock scanLock(scanMutex_, std::try_to_lock);
     if (!scanLock) return;
-    if (!connection_ || connection_.readOnly()) {
-      prepare(where_, log_);
-      if (!identity() && !identity_) return;
-    }
-    if (identity() != identity_) {
-      sentence = replaceFile();
-    } else if (!connection_ || connection_.readOnly()) {
+    const bool writable = connection_ && !connection_.readOnly();
+    if (!writable) {
       scanner_ = {};
+      connection_ = {};
+      prepare(where_, log_);
+    }
+    if (writable && identity() != identity_) {
+      sentence = replaceFile();
+      renewed = true;
+    } else if (!writable) {
       open();
+      ++generation_;
+      renewed = connection_ && !connection_.readOnly();
     } else if (!upToDate_) {
       bringUpToDate();
     }
   }
   storeWaiting();
   tell();
-  if (sentence.empty()) return;
+  if (!renewed) return;
   decltype(replaced_) replaced;
   {
     const std::lock_guard lock(hookMutex_);
@@ -101,21 +106,25 @@ std::optional<Database::Settings> Database::storedSettings() {
 }
 
 Database::Settings Database::allSettings() {
-  auto settings = storedSettings().value_or(Settings());
-  {
-    const std::lock_guard lock(settingsMutex_);
-    for (const auto& [key, value] : waiting_) settings[key] = value;
-  }
-  settings.insert(defaultSettings().begin(), defaultSettings().end());
-  return settings;
+  return overlaid(storedSettings().value_or(Settings()));
 }
 
 std::optional<Database::Settings> Database::settingsNow() {
+  std::optional<Settings> stored;
   {
     const std::unique_lock lock(mutex_, std::try_to_lock);
-    if (!lock || !storedSettings()) return {};
+    if (lock) stored = storedSettings();
   }
-  return allSettings();
+  return stored ? std::optional(overlaid(std::move(*stored))) : std::nullopt;
+}
+
+Database::Settings Database::overlaid(Settings stored) {
+  {
+    const std::lock_guard lock(settingsMutex_);
+    for (const auto& [key, value] : waiting_) stored[key] = value;
+  }
+  stored.insert(defaultSettings().begin(), defaultSettings().end());
+  return stored;
 }
 
 std::string Database::setting(const std::string& key) {
