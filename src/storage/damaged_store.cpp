@@ -24,9 +24,12 @@ DamagedStore::DamagedStore(const std::filesystem::path& copy, std::stop_token st
   if (!connection_) return;
   interrupter_ = std::make_unique<Interrupter>(connection_.get(), stop_);
   mostRows_ = static_cast<int64_t>(bytesOf(copy) + bytesOf(walOf(copy))) / kSmallestRow;
-  // SQLite then takes of a damaged schema what it can understand.
+  // SQLite then takes of a damaged schema what it can understand, and of a damaged page the rows
+  // before the damage.
   sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
-  connection_.exec("PRAGMA writable_schema=ON");
+  connection_.exec("PRAGMA writable_schema=ON; PRAGMA cell_size_check=OFF; PRAGMA synchronous=OFF");
+  // Nobody needs the copy afterwards.
+  sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   bool good = true;
   const int code = connection_.each("PRAGMA quick_check(1)", {},
                                     [&](const Cursor& row) { good = good && row.str(0) == "ok"; });
@@ -37,13 +40,20 @@ DamagedStore::DamagedStore(const std::filesystem::path& copy, std::stop_token st
   }
 }
 
-// A column that the file does not have yet is empty.
+// A column that the file does not have yet is empty. One in whose place the file has another of a
+// name that no version knows is that one: damage has hit the name.
 std::string DamagedStore::select(const TableShape& table, std::string_view rest) const {
   const auto& known = columns_.at(table.name);
   std::string sql = "SELECT rowid";
-  for (const auto& column : table.columns) {
-    const bool there = std::find(known.begin(), known.end(), column.name) != known.end();
-    sql += ", " + (there ? quotedName(column.name) : std::string("NULL"));
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    const auto& name = table.columns[i].name;
+    if (std::find(known.begin(), known.end(), name) != known.end()) {
+      sql += ", " + quotedName(name);
+    } else if (i < known.size() && table.column(known[i]) < 0) {
+      sql += ", " + quotedName(known[i]);
+    } else {
+      sql += ", NULL";
+    }
   }
   return fmt::format("{} FROM {} NOT INDEXED {}", sql, quotedName(table.name), rest);
 }

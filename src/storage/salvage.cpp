@@ -239,8 +239,8 @@ void Salvage::countLost() {
 
 SalvageReport Salvage::run() {
   walkTables();
-  readPages();
   lookBetween();
+  readPages();
   traceSpans();
   fillFromBackup();
   if (!stopped()) countLost();

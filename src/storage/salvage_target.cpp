@@ -32,12 +32,13 @@ SalvageTarget::SalvageTarget(std::filesystem::path file,
     : file_(std::move(file)) {
   if (!makeNewFile(file_)) return;
   connection_ = FileConnection::writing(file_);
+  // Until it is done nobody needs it.
+  if (connection_) connection_.exec("PRAGMA synchronous=OFF");
   if (!connection_ || !prepareSchema(connection_.get())) {
     discard();
     return;
   }
-  // Until it is done nobody needs it.
-  connection_.exec("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF");
+  connection_.exec("PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF");
   tables_ = tablesOf(connection_);
   good_ = connection_.exec("BEGIN") == SQLITE_OK;
   for (const auto& table : tables_) {

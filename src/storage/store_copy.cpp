@@ -93,7 +93,7 @@ bool Copy::copyPages() {
   if (!source) return failed("la base ne peut pas être lue");
   if (!target) return failed("le fichier ne peut pas être créé");
   // Nobody needs what was begun; it is made durable at the end.
-  target.exec("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF");
+  target.exec("PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF");
   if (source.exec("BEGIN; SELECT count(*) FROM sqlite_master") != SQLITE_OK) {
     return failed("la base ne peut pas être lue");
   }
@@ -125,6 +125,7 @@ bool Copy::copySteps(sqlite3_backup* backup) {
 bool Copy::settle() {
   {
     const auto copy = FileConnection::writing(target_);
+    copy.exec("PRAGMA synchronous=OFF");
     std::string mode;
     copy.each("PRAGMA journal_mode=DELETE", {},
               [&](const Cursor& row) { mode = row.str(0).value_or(""); });

@@ -6,10 +6,9 @@
 
 #include "storage/file_connection.h"
 #include "storage/kept_stores.h"
-#include "storage/salvage.h"
+#include "storage/repair.h"
 #include "storage/schema.h"
 #include "storage/scrub.h"
-#include "storage/store_swap.h"
 
 namespace orvanta {
 namespace {
@@ -67,28 +66,27 @@ void StoreKeeper::checkQuietly() {
 // Where it fails it is not tried again in this run: the file stays as it is, and so does the
 // trouble that is told.
 void StoreKeeper::repair() {
-  const auto store = db_.location().file();
-  const auto fresh = db_.location().dir / "orvanta.db.réparé";
-  removeDatabase(fresh);
-  SalvageReport report;
-  const bool done = db_.exchange(Database::Meanwhile::Fail, [&] {
+  RepairResult repair;
+  db_.exchange(Database::Meanwhile::Fail, [&] {
     SalvageOptions options{.prepareSchema = createSchema, .calendar = calendar_};
     options.stop = stop_.get_token();
     const auto backups = backups_.list();
     if (!backups.empty()) options.newestBackup = backups.front().file;
-    report = salvage(store, fresh, options);
-    return report.made &&
-           replaceStore(store, fresh, {.why = "endommagé", .now = clock_(), .calendar = calendar_})
-               .done;
+    repair = repairStore(db_.location().file(), options, clock_());
+    return repair.done;
   });
-  db_.log()("Orvanta: " + report.sentence);
-  if (!done) {
-    removeDatabase(fresh);
-    listener_.tell(report.sentence);
+  const auto& sentence = repair.report.sentence;
+  if (sentence.empty()) {  // the file is being exchanged already
+    repairing_ = false;
+    return;
+  }
+  db_.log()("Orvanta: " + sentence);
+  if (!repair.done) {
+    listener_.tell(sentence);
     return;
   }
   repairing_ = false;
-  renewed(report.sentence);
+  renewed(sentence);
 }
 
 void StoreKeeper::renewed(const std::string& sentence) {

@@ -51,8 +51,8 @@ bool carryOut(const fs::path& store, const fs::path& pending, const fs::path& ke
   std::error_code error;
   if (!moveAside(walOf(store), walOf(kept))) return false;
   afterStep();
-  // The program makes an empty file where there was none: nothing to keep.
-  const bool empty = bytesOf(store) == 0 && !isThere(walOf(kept));
+  // The program makes an empty file where there was none: nothing to keep, unless its log is all.
+  const bool empty = bytesOf(store) == 0 && (isThere(kept) || !isThere(walOf(kept)));
   if (empty ? !fs::remove(store, error) && error : !moveAside(store, kept)) return false;
   afterStep();
   fs::remove(shmOf(store), error);

@@ -1,0 +1,349 @@
+#include "storage/salvage.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <map>
+#include <set>
+
+#include "storage/coverage.h"
+#include "storage/store_check.h"
+#include "support/random_store.h"
+#include "support/store_files.h"
+
+namespace orvanta {
+namespace {
+
+namespace fs = std::filesystem;
+using test::bytesIn;
+using test::Dice;
+using test::execute;
+using test::fillStore;
+using test::namesIn;
+using test::newStore;
+using test::rowsOf;
+using test::TempFolder;
+
+constexpr std::size_t kPage = 1024;
+
+// A store as a kill leaves it: the file and its log.
+struct StoreBytes {
+  std::string file;
+  std::string log;
+};
+
+void put(const fs::path& file, const StoreBytes& bytes) {
+  std::ofstream(file, std::ios::binary) << bytes.file;
+  std::error_code ignored;
+  fs::remove(walOf(file), ignored);
+  if (!bytes.log.empty()) std::ofstream(walOf(file), std::ios::binary) << bytes.log;
+}
+
+StoreBytes bytesOfStore(const fs::path& file) {
+  return {bytesIn(file), bytesIn(walOf(file))};
+}
+
+SalvageOptions plainly(std::optional<fs::path> backup = {}) {
+  return {.prepareSchema = createSchema,
+          .newestBackup = std::move(backup),
+          .calendar = Calendar(Glib::TimeZone::create("Europe/Paris"))};
+}
+
+class SalvageTest : public testing::Test {
+ protected:
+  // In the file `spans` spans, in the log `more`.
+  StoreBytes make(int spans, int more) {
+    const auto file = folder_.path() / "made.db";
+    std::error_code ignored;
+    for (const auto& old : {file, walOf(file), shmOf(file)}) fs::remove(old, ignored);
+    const auto store = newStore(file);
+    fillStore(store, spans);
+    // Some titles go on on other pages, some pages are free.
+    execute(store, "UPDATE events SET title = title || hex(zeroblob(900)) WHERE id % 50 = 3");
+    execute(store, "DELETE FROM events WHERE id BETWEEN 40 AND 60");
+    execute(store, "PRAGMA wal_checkpoint(TRUNCATE)");
+    if (more > 0) fillStore(store, more, 1'000'000 + spans * 10);
+    return bytesOfStore(file);
+  }
+  SalvageReport run(const StoreBytes& bytes, const SalvageOptions& options = plainly()) {
+    put(damaged_, bytes);
+    std::error_code ignored;
+    fs::remove(fresh_, ignored);
+    return salvage(damaged_, fresh_, options);
+  }
+  std::vector<std::string> saved(const std::string& sql = "SELECT * FROM events") const {
+    return rowsOf(fresh_, sql);
+  }
+
+  TempFolder folder_;
+  fs::path damaged_ = folder_.path() / "orvanta.db";
+  fs::path fresh_ = folder_.path() / "fresh.db";
+};
+
+TEST_F(SalvageTest, AStoreThatIsWholeIsCopiedRowByRow) {
+  const auto bytes = make(300, 200);
+  put(folder_.path() / "same.db", bytes);
+  const auto report = run(bytes);
+  EXPECT_TRUE(report.made && report.whole());
+  EXPECT_EQ(report.sentence,
+            "Tout ce que contient le fichier a pu être lu : 479 activités, 2 projets et 4 règles.");
+  for (const auto* table : {"events", "projects", "rules", "settings"}) {
+    const auto sql = std::string("SELECT * FROM ") + table;
+    EXPECT_EQ(saved(sql), rowsOf(folder_.path() / "same.db", sql));
+  }
+  EXPECT_EQ(namesIn(folder_.path()),
+            (std::vector<std::string>{"fresh.db", "made.db", "orvanta.db", "orvanta.db-wal",
+                                      "same.db", "same.db-wal"}));
+}
+
+// Without the header, then without the page of the schema, SQLite reads nothing at all.
+TEST_F(SalvageTest, WithoutHeaderOrSchemaEveryRowIsFoundOnItsPage) {
+  auto bytes = make(300, 0);
+  put(folder_.path() / "same.db", bytes);
+  for (const std::size_t lost : {std::size_t{100}, kPage}) {
+    bytes.file.replace(0, lost, std::string(lost, '\xa5'));
+    const auto report = run(bytes);
+    ASSERT_TRUE(report.made) << report.sentence;
+    EXPECT_FALSE(report.whole());
+    for (const auto* table : {"events", "projects", "rules", "settings"}) {
+      const auto sql = std::string("SELECT * FROM ") + table;
+      EXPECT_EQ(saved(sql), rowsOf(folder_.path() / "same.db", sql)) << lost;
+    }
+    EXPECT_EQ(report.sentence,
+              "279 activités ont pu être relues dans le fichier abîmé ; il peut en manquer. Il "
+              "peut manquer aussi des projets, des règles et des réglages.");
+  }
+}
+
+TEST_F(SalvageTest, WhatTheLogHoldsIsReadAsFarAsItIsGood) {
+  const auto bytes = make(100, 300);
+  auto torn = bytes;
+  // In the middle of the log: what was committed before it counts, what came after is told.
+  torn.log[torn.log.size() / 2] ^= 0x40;
+  const auto report = run(torn);
+  EXPECT_TRUE(report.made && report.logCut && !report.whole());
+  EXPECT_NE(report.sentence.find("Ce qui a été enregistré en dernier peut manquer."),
+            std::string::npos);
+  EXPECT_GE(saved().size(), 79U);
+  // Without the header of the file only the log says which pages are the newest.
+  auto headless = bytes;
+  headless.file.replace(0, 100, std::string(100, '\0'));
+  EXPECT_TRUE(run(headless).made);
+  EXPECT_EQ(saved().size(), 379U);
+}
+
+TEST_F(SalvageTest, TheBackupFillsWhatCouldNotBeRead) {
+  auto bytes = make(300, 0);
+  const auto backup = folder_.path() / "orvanta-2026-11-22-0930.db";
+  put(backup, bytes);
+  const auto whole = rowsOf(backup, "SELECT * FROM events");
+  {
+    const auto store = FileConnection::writing(backup);
+    execute(store, "UPDATE settings SET value='full' WHERE key='privacy_mode'");
+    // Deleted since, and recorded under an id that is another span's by now.
+    execute(store, "INSERT INTO rules(field, pattern) VALUES ('app','x'), ('app','y')");
+    execute(store, "UPDATE events SET id = 1000 WHERE id = 300");
+    execute(store, "PRAGMA journal_mode=DELETE");
+  }
+  const auto leaf = bytes.file.find("Titre-200.") / kPage * kPage;
+  bytes.file.replace(leaf, kPage, std::string(kPage, '\x11'));
+  const auto report = run(bytes, plainly(backup));
+  ASSERT_TRUE(report.made);
+  EXPECT_EQ(saved(), whole);
+  EXPECT_EQ(saved("SELECT value FROM settings WHERE key='privacy_mode'"),
+            std::vector<std::string>{"domain|"});
+  const auto& events = report.tables.front();
+  EXPECT_EQ(events.name, "events");
+  EXPECT_GT(events.fromBackup, 0);
+  EXPECT_EQ(events.read + events.fromBackup, 279);
+  EXPECT_EQ(report.spansLost, 0);
+  EXPECT_NE(report.sentence.find(
+                fmt::format("{} reprises de la sauvegarde du 22/11/2026", events.fromBackup)),
+            std::string::npos)
+      << report.sentence;
+
+  const auto without = run(bytes);
+  EXPECT_EQ(without.spansLost, events.fromBackup);
+  ASSERT_EQ(without.lostTime.size(), 1U);
+  EXPECT_EQ(without.lostTime.front().end - without.lostTime.front().start,
+            10.0 * static_cast<double>(events.fromBackup));
+  EXPECT_NE(without.sentence.find(
+                fmt::format("au moins {} sont perdues (du 12/01/1970)", events.fromBackup)),
+            std::string::npos)
+      << without.sentence;
+}
+
+TEST_F(SalvageTest, WhatCannotBeDoneLeavesNothing) {
+  const auto bytes = make(300, 0);
+  std::stop_source stop;
+  stop.request_stop();
+  auto options = plainly();
+  options.stop = stop.get_token();
+  EXPECT_FALSE(run(bytes, options).made);
+  EXPECT_FALSE(salvage(folder_.path() / "none.db", fresh_, plainly()).made);
+  auto refused = plainly();
+  refused.prepareSchema = [](sqlite3*) { return false; };
+  EXPECT_FALSE(run(bytes, refused).made);
+  EXPECT_FALSE(fs::exists(fresh_));
+  std::ofstream(fresh_) << "mine";
+  const auto report = salvage(damaged_, fresh_, plainly());
+  EXPECT_FALSE(report.made);
+  EXPECT_FALSE(report.sentence.empty());
+  EXPECT_EQ(bytesIn(fresh_), "mine");
+  // A file without anything in it is a store without anything in it.
+  EXPECT_TRUE(run({}).made);
+  EXPECT_TRUE(saved().empty());
+}
+
+// Rows by id; several where a damaged file shows an id twice.
+using Rows = std::map<int64_t, std::set<std::string>>;
+
+void readInto(Rows& rows, const FileConnection& store, const std::string& sql) {
+  store.each(sql, {}, [&](const Cursor& row) {
+    std::string text;
+    const bool times = row.int_(1) && row.int_(2);  // numbers that are finite
+    const bool sound = times && row.dbl(1) <= row.dbl(2);
+    // Every column is read; text that damage has put in one of numbers may become a number.
+    constexpr int kIdle = 8;
+    for (int i = 1; i < std::min(kIdle, row.columns()); ++i) {
+      const auto value = row.value(i);
+      if (value.integer()) text += fmt::format("{}|", static_cast<double>(*value.integer()));
+      if (value.real()) text += fmt::format("{}|", *value.real());
+      if (value.text()) text += std::string(value.text()->c_str()) + "|";
+      if (value.isNull()) text += "-|";
+    }
+    if (sound && std::abs(row.dbl(1)) < 2e11 && std::abs(row.dbl(2)) < 2e11) {
+      rows[row.int_(0).value_or(0)].insert(text);
+    }
+  });
+}
+
+// What SQLite reads of a damaged store from either end and by each id.
+Rows readable(const fs::path& file, bool& whole) {
+  Rows rows;
+  const auto store = FileConnection::writing(file);
+  whole = store && rowsOf(store, "PRAGMA quick_check") == std::vector<std::string>{"ok|"};
+  if (!store) return rows;
+  sqlite3_db_config(store.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  const std::string select = "SELECT * FROM events ";
+  readInto(rows, store, select + "NOT INDEXED ORDER BY id LIMIT 5000");
+  readInto(rows, store, select + "NOT INDEXED ORDER BY id DESC LIMIT 5000");
+  for (int id = 1; id <= 420; ++id) readInto(rows, store, select + fmt::format("WHERE id={}", id));
+  return rows;
+}
+
+std::string randomBytes(Dice& dice, std::size_t count) {
+  std::string bytes(count, '\0');
+  for (auto& byte : bytes) byte = static_cast<char>(dice.upTo(255));
+  return bytes;
+}
+
+// Somewhere in a file, in one of the ways in which files get damaged.
+void damage(std::string& bytes, Dice& dice) {
+  if (bytes.empty()) return;
+  const auto size = static_cast<int>(bytes.size());
+  const auto somewhere = [&] { return static_cast<std::size_t>(dice.upTo(size - 1)); };
+  const auto page = [&] { return somewhere() / kPage * kPage; };
+  const auto at = somewhere();
+  switch (dice.upTo(6)) {
+    case 0:
+      for (int i = dice.upTo(60); i >= 0; --i)
+        bytes[somewhere()] = static_cast<char>(dice.upTo(255));
+      break;
+    case 1:
+      bytes.resize(at);
+      break;
+    case 2: {
+      const auto length = std::min(bytes.size() - at, static_cast<std::size_t>(dice.upTo(5000)));
+      bytes.replace(at, length,
+                    dice.oneIn(2) ? randomBytes(dice, length) : std::string(length, '\0'));
+      break;
+    }
+    case 3:  // a page in the place of another: trees that bite their tails
+      for (int i = dice.upTo(3); i >= 0; --i) {
+        const auto copied = bytes.substr(page(), kPage);
+        bytes.replace(page(), copied.size(), copied);
+      }
+      break;
+    case 4:
+      bytes.replace(0, std::min<std::size_t>(bytes.size(), 100), randomBytes(dice, 100));
+      break;
+    case 5:  // the heads of pages, where a single byte does most
+      for (int i = dice.upTo(5); i >= 0; --i) {
+        const auto head = page() + static_cast<std::size_t>(dice.upTo(11));
+        if (head < bytes.size()) bytes[head] = static_cast<char>(dice.upTo(255));
+      }
+      break;
+    default:
+      bytes[at] ^= static_cast<char>(1U << static_cast<unsigned>(dice.upTo(7)));
+  }
+}
+
+class DamagedStores : public SalvageTest, public testing::WithParamInterface<int> {
+ protected:
+  void expectTrueSentence(const SalvageReport& report, bool whole, std::size_t rows);
+};
+
+void DamagedStores::expectTrueSentence(const SalvageReport& report, bool whole, std::size_t rows) {
+  const auto& events = report.tables.front();
+  ASSERT_EQ(events.name, "events");
+  EXPECT_EQ(static_cast<std::size_t>(events.read + events.fromBackup), rows);
+  const auto says = [&](const std::string& text) {
+    return report.sentence.find(text) != std::string::npos;
+  };
+  const bool saysAll = says("Tout ce que") || says("Toutes les activités");
+  EXPECT_TRUE(whole || !saysAll) << report.sentence;
+  EXPECT_EQ(says("Ce qui a été enregistré en dernier peut manquer"),
+            report.logCut && !report.whole());
+  EXPECT_EQ(says("reprise"), events.fromBackup > 0) << report.sentence;
+  EXPECT_TRUE(says(events.read == 0 && !saysAll ? "Aucune activité" : std::to_string(events.read)))
+      << report.sentence;
+}
+
+TEST_P(DamagedStores, GiveUpEveryRowThatSqliteCanReadAndStayAsTheyAre) {
+  constexpr unsigned kStores = 50;
+  const auto bytes = make(300, 60);
+  const auto backup = folder_.path() / "backup.db";
+  const auto copy = folder_.path() / "copy.db";
+  put(backup, bytes);
+  const auto inBackup = rowsOf(backup, "SELECT start, end FROM events").size();
+  ASSERT_GT(inBackup, 300U);
+  for (unsigned i = 0; i < kStores; ++i) {
+    const auto seed = static_cast<unsigned>(GetParam()) * kStores + i;
+    SCOPED_TRACE(fmt::format("seed {}", seed));
+    Dice dice(seed);
+    auto damaged = bytes;
+    for (int more = dice.upTo(2); more >= 0; --more) {
+      damage(dice.oneIn(3) ? damaged.log : damaged.file, dice);
+    }
+    put(copy, damaged);
+    std::error_code ignored;
+    fs::remove(shmOf(copy), ignored);
+    bool whole = false;
+    const auto rows = readable(copy, whole);
+
+    const bool withBackup = dice.oneIn(3);
+    const auto report = run(damaged, plainly(withBackup ? std::optional(backup) : std::nullopt));
+    ASSERT_TRUE(report.made) << report.sentence;
+    EXPECT_TRUE(bytesIn(damaged_) == damaged.file && bytesIn(walOf(damaged_)) == damaged.log);
+    EXPECT_TRUE(checkStore(fresh_, {.full = true}).whole);
+    const auto fresh = FileConnection::reading(fresh_);
+    Rows found;
+    readInto(found, fresh, "SELECT * FROM events");
+    for (const auto& [id, texts] : rows) {
+      ASSERT_TRUE(found.contains(id)) << id << " " << *texts.begin() << report.sentence;
+      EXPECT_TRUE(texts.contains(*found[id].begin())) << id;
+    }
+    expectTrueSentence(report, whole, found.size());
+    if (!withBackup || report.tables.front().whole) continue;
+    const auto coverage = coverageOf(fresh);
+    FileConnection::reading(backup).each(
+        "SELECT start, end FROM events", {},
+        [&](const Cursor& row) { EXPECT_GT(coverage.covered(row.dbl(0), row.dbl(1)), 0); });
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Salvage, DamagedStores, testing::Range(0, 10));
+
+}  // namespace
+}  // namespace orvanta
