@@ -4,6 +4,7 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,8 @@
 #include "platform/dbus/accessibility_switch.h"
 #include "platform/desktop.h"
 #include "storage/data_location.h"
+#include "storage/data_lock.h"
+#include "storage/store_swap.h"
 
 namespace {
 
@@ -93,6 +96,13 @@ int switchAccessibilityOn() {
   return 1;
 }
 
+// What a kill left half done when the store was restored or repaired, unless somebody is at it.
+void finishSwapOfStore() {
+  const auto where = DataLocation::ofUser();
+  if (!std::filesystem::exists(where.dir)) return;
+  if (const auto lock = DataLock::take(where)) finishSwap(where.file());
+}
+
 int connectBrowsers() {
   printAsIs(BrowserSetup::ofUser().connectAll().c_str());
   return 0;
@@ -126,6 +136,7 @@ int main(int argc, char** argv) {
   Gio::init();
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (startsApplication(words)) return record(argc, argv, left);
+  finishSwapOfStore();
   if (words.front() == "--call") return call(argc, argv, {words.begin() + 1, words.end()});
   if (words.front() == "--export") return exportCsv({words.begin() + 1, words.end()});
   if (words.front() == "--check") return checkCommand();

@@ -79,11 +79,13 @@ json::value Router::eventsDelete(const Body& body) {
   const auto erasure = eraseTimes(times);
   Transaction change(db);
   for (const auto& [sql, args] : erasure.steps) change.run(sql, args);
+  // Killed before the copies are erased, the next start does that.
+  parts_.keeper.remember(change, times);
   const auto written = change.commit();
   if (!written) return told(written);
   parts_.history.forgetUndone();
   parts_.platform.refreshMenu();
-  if (!parts_.keeper.erase(erasure)) {
+  if (!parts_.keeper.erase(times)) {
     answer["message"] =
         "Supprimé du fichier des données, mais une copie n'a pas pu être effacée ; le journal du "
         "système dit laquelle.";

@@ -1,9 +1,11 @@
 #include "storage/store_keeper.h"
 
+#include <boost/json/array.hpp>
+#include <boost/json/serialize.hpp>
 #include <chrono>
-#include <future>
 #include <utility>
 
+#include "base/exact_json.h"
 #include "storage/file_connection.h"
 #include "storage/kept_stores.h"
 #include "storage/repair.h"
@@ -19,6 +21,27 @@ constexpr auto kAfterStart = 60s;  // a login has other things to do
 constexpr auto kCheckBudget = 10s;
 // Holds the last notice, which is of interest also after a restart.
 constexpr auto kNotice = "store_notice";
+// Holds the times that are still to be erased from the copies, [[start, end], …].
+constexpr auto kErasing = "store_erasing";
+
+std::string textOf(const std::vector<TimeRange>& times) {
+  boost::json::array list;
+  for (const auto& [start, end] : times) list.push_back(boost::json::array{start, end});
+  return boost::json::serialize(list);
+}
+
+std::vector<TimeRange> timesOf(const std::string& text) {
+  std::vector<TimeRange> times;
+  const auto list = parseJson(text);
+  if (!list || !list->is_array()) return times;
+  for (const auto& entry : list->get_array()) {
+    const auto* pair = entry.if_array();
+    if (!pair || pair->size() != 2 || !pair->at(0).is_number() || !pair->at(1).is_number())
+      continue;
+    times.push_back({pair->at(0).to_number<double>(), pair->at(1).to_number<double>()});
+  }
+  return times;
+}
 
 }  // namespace
 
@@ -35,6 +58,10 @@ void StoreKeeper::listen(Listener listener) {
 }
 
 void StoreKeeper::start() {
+  queue_.post([this] {
+    const auto times = timesOf(db_.setting(kErasing));
+    if (!times.empty()) eraseEverywhere(times);
+  });
   queue_.repeat(kAfterStart, 24h, [this] {
     queue_.stopRepeating();
     checkQuietly();
@@ -166,11 +193,21 @@ RestoreResult StoreKeeper::restore(const std::filesystem::path& file) {
   });
 }
 
-bool StoreKeeper::erase(const Erasure& erasure) {
-  return wait<bool>([&] {
-    const bool clean = eraseFromCopies(erasure);
-    return removeDamagedStores(db_.location(), db_.log()).empty() && clean;
-  });
+void StoreKeeper::remember(Transaction& change, const std::vector<TimeRange>& times) {
+  auto all = timesOf(db_.setting(kErasing));
+  all.insert(all.end(), times.begin(), times.end());
+  change.run("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)", {kErasing, textOf(all)});
+}
+
+bool StoreKeeper::erase(const std::vector<TimeRange>& times) {
+  return wait<bool>([&] { return eraseEverywhere(times); });
+}
+
+bool StoreKeeper::eraseEverywhere(const std::vector<TimeRange>& times) {
+  const bool clean =
+      eraseFromCopies(eraseTimes(times)) && removeDamagedStores(db_.location(), db_.log()).empty();
+  if (clean) db_.setSetting(kErasing, "").forget();
+  return clean;
 }
 
 void StoreKeeper::eraseLater(const Erasure& erasure) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/serial_queue.h"
@@ -14,6 +15,7 @@
 #include "storage/database.h"
 #include "storage/restore.h"
 #include "storage/store_check.h"
+#include "storage/transaction.h"
 
 namespace orvanta {
 
@@ -60,11 +62,14 @@ class StoreKeeper {
   RestorePreview preview(const std::filesystem::path& file);
   RestoreResult restore(const std::filesystem::path& file);
 
+  /// Notes in the store, in the transaction that erases these times from it, that erase() is to
+  /// follow: a later start makes up for one that was cut short.
+  void remember(Transaction& change, const std::vector<TimeRange>& times);
   /// Erases what the store no longer holds from everything else: the log, unused bytes, backups and
   /// stores that were put aside; damaged ones, from which nothing can be erased, are removed. False
   /// when something of it is left.
-  bool erase(const Erasure& erasure);
-  /// The same without waiting, but for damaged stores, which are left.
+  bool erase(const std::vector<TimeRange>& times);
+  /// Another erasure, without waiting; damaged stores are left.
   void eraseLater(const Erasure& erasure);
 
   /// What the last repair or restoring saved and what it did not; "" when there was none.
@@ -76,6 +81,7 @@ class StoreKeeper {
   void backUpIfDue();
   void renewed(const std::string& sentence);
   void noted(const std::string& sentence);
+  bool eraseEverywhere(const std::vector<TimeRange>& times);
   bool eraseFromCopies(const Erasure& erasure);
   template <class Result, class Work>
   Result wait(Work work);

@@ -30,6 +30,10 @@ void makeLegacyStore(const DataLocation& where) {
   ASSERT_EQ(sqlite3_open((where.legacyDir / "lumaplan.db").c_str(), &raw), SQLITE_OK);
   ASSERT_EQ(
       sqlite3_exec(raw,
+                   "CREATE TABLE events (id INTEGER PRIMARY KEY, start REAL NOT NULL, end REAL NOT "
+                   "NULL, app TEXT, bundle TEXT, title TEXT, url TEXT, domain TEXT, "
+                   "idle INTEGER DEFAULT 0, category TEXT, project_id INTEGER);"
+                   "CREATE TABLE rules (id INTEGER PRIMARY KEY, field TEXT, pattern TEXT);"
                    "CREATE TABLE projects (id INTEGER PRIMARY KEY, name TEXT UNIQUE NOT NULL);"
                    "INSERT INTO projects(name) VALUES ('Ancien');"
                    "CREATE TABLE settings (key TEXT PRIMARY KEY, value TEXT);"
@@ -79,6 +83,8 @@ TEST(Database, MovesLegacyDataOnceAndBringsThemUpToDate) {
     EXPECT_EQ(db.setting("port"), "");
     EXPECT_TRUE(db.query("SELECT 1 FROM sqlite_master WHERE name='calendar_links'").empty());
     EXPECT_EQ(db.query("SELECT name, keywords FROM projects").front().str("name"), "Ancien");
+    ASSERT_TRUE(fs::exists(where.dir / "sauvegardes")) << "as it was before";
+    EXPECT_FALSE(fs::is_empty(where.dir / "sauvegardes"));
   }
   // Another legacy folder is none of our business any more.
   makeLegacyStore(where);
