@@ -125,13 +125,16 @@ class Database {
   // To be called with mutex_ held.
   void open();
   void openReadOnly();
-  void bringUpToDate();
+  Written bringUpToDate();
   Written execLocked(const std::string& sql);
   Written runLocked(std::string_view sql, const Args& args);
+  int readRows(std::string_view sql, const Args& args,
+               const std::function<void(const Cursor&)>& visit);
   enum class Tell { Log, LogAndReport };
   Written failed(int code, std::string_view sql, Tell tell = Tell::LogAndReport);
-  std::optional<Identity> identity() const;
+  std::optional<Identity> identity(const char* suffix = "") const;
   std::optional<Settings> storedSettings();
+  Settings overlaid(Settings stored);
   std::string replaceFile();
 
   Written patiently(const Attempt& attempt);
@@ -156,7 +159,8 @@ class Database {
 
   std::recursive_mutex mutex_;  // guards the next: one statement at a time
   Connection connection_;
-  std::optional<Identity> identity_;  // of the open file
+  std::optional<Identity> identity_;     // of the open file
+  std::optional<Identity> logIdentity_;  // of its write-ahead log, when we last looked
   bool upToDate_ = false;
   bool upgrading_ = false;
   int depth_ = 0;  // of transactions

@@ -1,5 +1,8 @@
 // The database's file as a place that others may change, and the settings, which hold also while it
 // cannot be written.
+#include <filesystem>
+#include <system_error>
+
 #include "storage/database.h"
 #include "storage/schema.h"
 #include "storage/transaction.h"
@@ -21,8 +24,9 @@ void Database::look() {
       releaseScanMemory();
       open();
     } else if (!upToDate_) {
-      bringUpToDate();
+      bringUpToDate().forget();
     }
+    logIdentity_ = identity("-wal");
   }
   storeWaiting();
   tell();
@@ -46,6 +50,13 @@ std::string Database::replaceFile() {
                               nullptr);
   }
   connection_ = {};
+  // As long as another program reads the old file, its log cannot be emptied.
+  if (const auto log = identity("-wal"); log && log == logIdentity_) {
+    std::error_code ignored;
+    for (const auto* suffix : {"-wal", "-shm"}) {
+      std::filesystem::remove(where_.file().string() + suffix, ignored);
+    }
+  }
   if (gone) prepare(where_, log_);
   health_.mended();
   open();
@@ -91,21 +102,26 @@ std::optional<Database::Settings> Database::storedSettings() {
 }
 
 Database::Settings Database::allSettings() {
-  auto settings = storedSettings().value_or(Settings());
+  return overlaid(storedSettings().value_or(Settings()));
+}
+
+Database::Settings Database::overlaid(Settings stored) {
   {
     const std::lock_guard lock(settingsMutex_);
-    for (const auto& [key, value] : waiting_) settings[key] = value;
+    for (const auto& [key, value] : waiting_) stored[key] = value;
   }
-  settings.insert(defaultSettings().begin(), defaultSettings().end());
-  return settings;
+  stored.insert(defaultSettings().begin(), defaultSettings().end());
+  return stored;
 }
 
 std::optional<Database::Settings> Database::settingsNow() {
+  std::optional<Settings> stored;
   {
     const std::unique_lock lock(mutex_, std::try_to_lock);
-    if (!lock || !storedSettings()) return {};
+    if (lock) stored = storedSettings();
   }
-  return allSettings();
+  if (!stored) return {};
+  return overlaid(std::move(*stored));
 }
 
 std::string Database::setting(const std::string& key) {
@@ -161,7 +177,8 @@ void Database::storeWaiting() {
     storeSettings(change, waiting).forget();
   } else if (health_.condition()) {
     Transaction probe(*this, Patience::None);
-    probe.run("UPDATE settings SET value=value WHERE key='onboarded'");
+    // SQLite writes nothing for an UPDATE that changes nothing.
+    probe.run("REPLACE INTO settings SELECT key, value FROM settings WHERE key='onboarded'");
     probe.commit().forget();
   }
 }

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
+
+#include "storage/written.h"
 
 namespace orvanta {
 
@@ -27,12 +30,12 @@ enum class StoreAge {
   Current,  ///< nothing is to be written
 };
 
-/// Only reads.
-StoreAge ageOf(Database& db);
+/// Only reads. Absent when that fails.
+std::optional<StoreAge> ageOf(Database& db);
 
 /// Creates what is missing, adds columns of later versions, fills missing settings and drops what
 /// no version reads any more: all of it or, where that fails, nothing. Never overwrites a stored
-/// value. Does not wait for another program: false, and to be repeated.
-bool migrate(Database& db);
+/// value. Does not wait for another program: it fails then, and is to be repeated.
+Written migrate(Database& db);
 
 }  // namespace orvanta
