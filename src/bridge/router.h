@@ -94,7 +94,6 @@ class Router {
   boost::json::object browserPermissions() const;
   boost::json::array rows(std::string_view sql);
   Json turned(History::Outcome outcome, std::string_view done);
-  Written writable();
   std::optional<std::string> projectName(const std::optional<int64_t>& id);
   static TimeRange rangeOf(const Body& body);
 
