@@ -45,44 +45,45 @@ std::vector<TimeRange> timesOf(Database& db, const std::vector<int64_t>& ids) {
 
 }  // namespace
 
-// What is being recorded is deleted up to now, and goes on.
-void Router::splitForDeletion(const std::vector<int64_t>& ids, TimeRange& range) {
+// Where the span that is being recorded is to be deleted, all of it until now.
+TimeRange Router::reachOf(const std::vector<int64_t>& ids) {
+  constexpr auto kAlways = std::numeric_limits<double>::max();
   const auto open = parts_.tracker.openSpanId();
-  if (ids.empty()) {
-    if (const auto now = parts_.tracker.splitOpenSpan(range)) range.end = std::min(range.end, *now);
-  } else if (open && std::find(ids.begin(), ids.end(), *open) != ids.end()) {
-    constexpr auto kAlways = std::numeric_limits<double>::max();
-    parts_.tracker.splitOpenSpan({-kAlways, kAlways});
-  }
+  const bool named = open && std::find(ids.begin(), ids.end(), *open) != ids.end();
+  return named ? TimeRange{-kAlways, kAlways} : TimeRange{};
 }
 
 json::value Router::eventsDelete(const Body& body) {
+  auto& db = parts_.db;
   const auto ids = body.ids("ids");
   if (body.find("ids") && ids.empty()) throw AppError("aucun bloc");
-  auto range = ids.empty() ? rangeOf(body) : TimeRange();
-  const bool preview = body.b("preview").value_or(false);
-  if (!preview) {
-    if (const auto written = writable(); !written) return told(written);
-    splitForDeletion(ids, range);
+  const auto range = ids.empty() ? rangeOf(body) : reachOf(ids);
+  std::vector<TimeRange> times;
+  json::object answer{{"ok", true}};
+  const auto look = [&](const TimeRange& until) {
+    times = ids.empty() ? std::vector{until} : timesOf(db, ids);
+    Recorded recorded;
+    for (const auto& time : times) {
+      const auto [spans, seconds] = recordedIn(db, time);
+      recorded.spans += ids.empty() ? spans : 1;
+      recorded.seconds += seconds;
+    }
+    answer["deleted"] = recorded.spans;
+    answer["seconds"] = recorded.seconds;
+  };
+  if (body.b("preview").value_or(false)) {
+    look(range);
+    return answer;
   }
-  auto& db = parts_.db;
-  const auto times = ids.empty() ? std::vector{range} : timesOf(db, ids);
-  Recorded recorded;
-  for (const auto& time : times) {
-    const auto [spans, seconds] = recordedIn(db, time);
-    recorded.spans += ids.empty() ? spans : 1;
-    recorded.seconds += seconds;
-  }
-  json::object answer{{"ok", true}, {"deleted", recorded.spans}, {"seconds", recorded.seconds}};
-  if (preview) return answer;
-
-  const auto erasure = eraseTimes(times);
-  Transaction change(db);
-  for (const auto& [sql, args] : erasure.steps) change.run(sql, args);
-  // Killed before the copies are erased, the next start does that.
-  parts_.keeper.remember(change, times);
-  const auto written = change.commit();
-  if (!written) return told(written);
+  const auto written = parts_.tracker.changeRecorded(range, [&](const TimeRange& until) {
+    look(until);
+    Transaction change(db);
+    for (const auto& [sql, args] : eraseTimes(times).steps) change.run(sql, args);
+    // Killed before the copies are erased, the next start does that.
+    parts_.keeper.remember(change, times);
+    return change.commit();
+  });
+  if (!written) return told(written, {{"ok", true}, {"deleted", 0}, {"seconds", 0}});
   parts_.history.forgetUndone();
   parts_.platform.refreshMenu();
   if (!parts_.keeper.erase(times)) {

@@ -105,8 +105,7 @@ class Router {
   Backup knownBackup(const Body& body);
   /// The answer, which says so when nothing was stored.
   boost::json::object told(const Written& written, boost::json::object answer = {{"ok", true}});
-  Written writable();
-  void splitForDeletion(const std::vector<int64_t>& ids, TimeRange& range);
+  TimeRange reachOf(const std::vector<int64_t>& ids);
   std::optional<std::string> projectName(const std::optional<int64_t>& id);
   static TimeRange rangeOf(const Body& body);
 

@@ -107,7 +107,6 @@ json::value Router::storeRestorePreview(const Body& body) {
 
 json::value Router::storeRestore(const Body& body) {
   const auto backup = knownBackup(body);
-  parts_.tracker.splitOpenSpan({backup.time, clock_()});
   const auto result = parts_.keeper.restore(backup.file);
   if (!result.done) throw AppError("Restauration impossible : " + result.error + ".");
   parts_.history.forgetAll();

@@ -165,20 +165,19 @@ json::value Router::eventsAssign(const Body& body) {
   return told(written, {{"ok", true}, {"learned", std::move(rules)}});
 }
 
+// The span that is being recorded would grow back over what is cut off from it, or carry what it is
+// given out of the range.
 json::value Router::eventsAssignRange(const Body& body) {
-  auto range = rangeOf(body);
   const auto category = body.s("category");
   const auto project = body.i("project_id");
-  if (const auto written = writable(); !written) return told(written);
-  // The span that is being recorded would grow back over what is cut off from it, or carry what it
-  // is given out of the range.
-  if (const auto now = parts_.tracker.splitOpenSpan(range)) range.end = std::min(range.end, *now);
-  return told(parts_.history.record([&](Transaction& change) {
-    const auto assigned = assignRange(change, range, category, project);
-    return ChangeNote{.kind = "assignRange",
-                      .label = labels::assigned(category, projectName(project), range, calendar_),
-                      .spans = assigned.spans,
-                      .seconds = assigned.seconds};
+  return told(parts_.tracker.changeRecorded(rangeOf(body), [&](const TimeRange& range) {
+    return parts_.history.record([&](Transaction& change) {
+      const auto assigned = assignRange(change, range, category, project);
+      return ChangeNote{.kind = "assignRange",
+                        .label = labels::assigned(category, projectName(project), range, calendar_),
+                        .spans = assigned.spans,
+                        .seconds = assigned.seconds};
+    });
   }));
 }
 
@@ -195,12 +194,6 @@ json::value Router::settingsSet(const Body& body) {
 
 json::value Router::onboardingDone(const Body& /*body*/) {
   return told(parts_.db.setSetting("onboarded", "1"));
-}
-
-// Told before anything is done: a request that is refused leaves nothing half done.
-Written Router::writable() {
-  Transaction probe(parts_.db);
-  return probe.commit();
 }
 
 TimeRange Router::rangeOf(const Body& body) {

@@ -96,7 +96,7 @@ void Engine::keepUp() {
   lastKeptUp_ = lastUptime_.awake;
   db_.look();
   if (log_.waiting() == 0) return;
-  log_.write();
+  log_.write().forget();
   publish();
 }
 
@@ -200,17 +200,44 @@ void Engine::willSleep() {
 
 void Engine::finish() {
   closeSpan(closingTime());
+  log_.write(Patience::Usual).forget();
+  publish();
 }
 
-std::optional<double> Engine::split(const TimeRange& range) {
+Written Engine::hold(const TimeRange& range) {
   const double now = closingTime();
-  if (!open_ || open_->start >= range.end || now <= range.start) return {};
-  const auto sample = open_->sample;
-  closeSpan(now);
-  openSpan(sample, now);
-  // What was about to take over cannot have begun before what it takes over from.
+  if (open_) {
+    describe();
+    log_.extend(now);
+  }
+  auto written = log_.write();
+  publish();
+  if (!written) return written;
+  log_.hold();
+  cut_.reset();
+  if (!open_ || open_->start >= range.end || now <= range.start || range.end <= range.start) {
+    return written;
+  }
+  cut_ = {open_->start, now};
+  // What comes next cannot have begun in what may be changed.
+  lastEnd_ = std::max(lastEnd_, now);
   if (candidate_) candidate_->since = std::max(candidate_->since, now);
-  return now;
+  return written;
+}
+
+void Engine::release(bool changed) {
+  const auto cut = changed ? cut_ : std::nullopt;
+  log_.release(cut ? std::optional(cut->at) : std::nullopt);
+  cut_.reset();
+  if (cut && open_ && open_->start == cut->start) {
+    open_->start = cut->at;
+    open_->titleTime.clear();
+    open_->bestTitle = open_->sample.title;
+    open_->bestTime = 0;
+    log_.describe(open_->sample.title, open_->sample.url);
+  }
+  log_.write().forget();
+  publish();
 }
 
 void Engine::openSpan(const Sample& sample, double at) {
@@ -227,7 +254,7 @@ void Engine::openSpan(const Sample& sample, double at) {
              .domain = sample.domain,
              .idle = sample.idle,
              .project = sample.idle ? std::nullopt : live_.currentProjectId()});
-  log_.write();
+  log_.write().forget();
   publish();
 }
 
@@ -236,7 +263,7 @@ void Engine::closeSpan(double at) {
   describe();
   lastEnd_ = std::max(open_->start, at);
   log_.close(lastEnd_);
-  log_.write();
+  log_.write().forget();
   open_.reset();
   publish();
 }
@@ -270,7 +297,7 @@ void Engine::flush(double now) {
   if (now - open_->lastFlush < kFlushEvery - kJitter) return;
   describe();
   log_.extend(now);
-  log_.write();
+  log_.write().forget();
   open_->lastFlush = now;
   publish();
 }

@@ -43,12 +43,18 @@ class Engine {
   void willSleep();
   void didWake() { asleepSince_.reset(); }
 
-  /// Closes the open span. The next tick opens a new one.
+  /// Closes the open span and waits as any write does for what could not be stored. The next tick
+  /// opens a new one.
   void finish();
 
-  /// Ends the open span, if it overlaps `range`, and goes on with the same activity in a new one.
-  /// Yields when that was.
-  std::optional<double> split(const TimeRange& range);
+  /// Stores all until now, and from then to release() nothing, so that what was recorded in `range`
+  /// may be changed; on failure nothing is held. Ticks go on. Does not wait.
+  Written hold(const TimeRange& range);
+  /// When the span that was open at hold() ends if what was recorded in its range is changed;
+  /// absent where it does not overlap it.
+  std::optional<double> cut() const { return cut_ ? std::optional(cut_->at) : std::nullopt; }
+  /// If it was changed, the same activity goes on in a span of its own from the cut.
+  void release(bool changed);
 
   void forgetProject(int64_t project) { log_.forgetProject(project); }
 
@@ -69,6 +75,11 @@ class Engine {
   struct Observation {
     Sample sample;
     double at = 0;  // when it began
+  };
+
+  struct Cut {
+    double start = 0;  // of the span
+    double at = 0;
   };
 
   enum class Break { None, Absence, ClockSet };
@@ -111,6 +122,7 @@ class Engine {
   double lastPresence_ = 0;  // when a playing video last told that somebody is watching
   std::optional<OpenSpan> open_;
   std::optional<Candidate> candidate_;
+  std::optional<Cut> cut_;
 };
 
 }  // namespace orvanta

@@ -4,13 +4,12 @@
 #include <utility>
 #include <vector>
 
-#include "storage/transaction.h"
-
 namespace orvanta {
 namespace {
 
 // A day of spans of ten seconds, each with a title and an address of some hundred bytes.
 constexpr std::size_t kMostBytes = std::size_t{8} << 20;
+constexpr std::size_t kMostAtOnce = 1000;  // spans; some ten milliseconds
 
 std::size_t sizeOf(const SpanRecord& span) {
   const auto length = [](const std::optional<std::string>& text) {
@@ -76,33 +75,52 @@ void SpanLog::forgetProject(int64_t project) {
   }
 }
 
-bool SpanLog::write() {
+Written SpanLog::write(Patience patience) {
+  if (held_) return Written::failed(SQLITE_BUSY);
   if (generation_ != db_.generation()) {
     generation_ = db_.generation();
     for (auto& entry : entries_) entry.id = -1;
   }
-  if (waiting() > 0) {
-    Transaction change(db_, Patience::None);
-    std::vector<int64_t> ids;
-    ids.reserve(entries_.size());
-    for (const auto& entry : entries_) {
-      ids.push_back(entry.kept && !stored(entry) ? put(change, entry) : entry.id);
-    }
-    if (!change.commit()) return false;
-    for (std::size_t i = 0; i < ids.size(); ++i) {
-      auto& entry = entries_[i];
-      entry.id = ids[i];
-      entry.storedEnd = entry.span.end;
-      entry.titleStored = true;
-    }
+  do {
+    if (auto written = writeSome(patience); !written) return written;
+    while (entries_.size() > (open_ ? 1U : 0U) && stored(entries_.front())) dropFirst();
+    // One that began when there was no room has room now.
+    if (open_ && entries_.size() == 1) entries_.back().kept = true;
+  } while (waiting() > 0 && patience == Patience::Usual);
+  return waiting() == 0 ? Written::stored() : Written::failed(SQLITE_BUSY);
+}
+
+Written SpanLog::writeSome(Patience patience) {
+  if (waiting() == 0) return Written::stored();
+  Transaction change(db_, patience);
+  std::vector<std::pair<Entry*, int64_t>> rows;
+  for (auto& entry : entries_) {
+    if (rows.size() == kMostAtOnce) break;
+    if (entry.kept && !stored(entry)) rows.emplace_back(&entry, put(change, entry));
   }
-  while (entries_.size() > (open_ ? 1U : 0U)) {
-    bytes_ -= sizeOf(entries_.front().span);
-    entries_.pop_front();
+  auto written = change.commit();
+  if (!written) return written;
+  for (const auto& [entry, id] : rows) {
+    entry->id = id;
+    entry->storedEnd = entry->span.end;
+    entry->titleStored = true;
   }
-  // One that began when there was no room has room now.
-  if (open_ && !std::exchange(entries_.back().kept, true)) return write();
-  return true;
+  return written;
+}
+
+void SpanLog::dropFirst() {
+  bytes_ -= sizeOf(entries_.front().span);
+  entries_.pop_front();
+}
+
+void SpanLog::release(std::optional<double> cut) {
+  held_ = false;
+  if (!cut || entries_.empty()) return;
+  auto& rest = entries_.front();
+  rest.id = -1;
+  rest.span.start = *cut;
+  const bool open = open_ && entries_.size() == 1;
+  if (!open && rest.span.end <= *cut) dropFirst();
 }
 
 // Yields the row's id.

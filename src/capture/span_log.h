@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "storage/database.h"
+#include "storage/transaction.h"
 
 namespace orvanta {
 
@@ -38,8 +38,15 @@ class SpanLog {
   void describe(const std::optional<std::string>& title, const std::optional<std::string>& url);
   void close(double end);
 
-  /// Stores all that waits, in one transaction. False when it still waits.
-  bool write();
+  /// Stores what waits, the oldest first, in one transaction: as much as a tick has time for, or
+  /// all of it with the usual patience. Fails when something still waits.
+  Written write(Patience patience = Patience::None);
+
+  /// Stores nothing until release(), so that somebody may change the rows. To be called when
+  /// nothing waits.
+  void hold() { held_ = true; }
+  /// Where the span that was open then was cut at `cut`, what comes after is one of its own.
+  void release(std::optional<double> cut);
 
   /// Row id of the open span, -1 without one and while it could not be stored.
   int64_t openId() const;
@@ -60,13 +67,16 @@ class SpanLog {
   };
 
   bool stored(const Entry& entry) const;
+  Written writeSome(Patience patience);
   int64_t insert(Transaction& change, const Entry& entry) const;
   int64_t put(Transaction& change, const Entry& entry) const;
   std::optional<int64_t> known(Transaction& change, const SpanRecord& span) const;
+  void dropFirst();
 
   Database& db_;
   std::deque<Entry> entries_;  // by start; all but the open one wait
   bool open_ = false;          // the last of them is
+  bool held_ = false;
   std::size_t bytes_ = 0;
   int64_t generation_ = 0;  // of the file that the ids belong to
 };

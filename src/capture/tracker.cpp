@@ -1,6 +1,9 @@
 #include "capture/tracker.h"
 
+#include <algorithm>
 #include <chrono>
+#include <memory>
+#include <thread>
 #include <utility>
 
 namespace orvanta {
@@ -45,10 +48,34 @@ void Tracker::didWake() {
   queue_.post([this] { engine_.didWake(); });
 }
 
-std::optional<double> Tracker::splitOpenSpan(const TimeRange& range) {
-  std::optional<double> at;
-  queue_.sync([&] { at = engine_.split(range); });
-  return at;
+Written Tracker::changeRecorded(TimeRange range,
+                                const std::function<Written(const TimeRange&)>& work) {
+  auto held = hold(range);
+  if (!held) return held;
+  bool changed = false;
+  const std::shared_ptr<void> release(
+      nullptr, [&](void*) { queue_.sync([&] { engine_.release(changed); }); });
+  auto written = work(range);
+  changed = bool{written};
+  return written;
+}
+
+// Waiting for another program or thread keeps no tick waiting.
+Written Tracker::hold(TimeRange& range) {
+  using namespace std::chrono_literals;
+  constexpr auto kPatience = 2s;
+  constexpr auto kPause = 10ms;
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  for (;;) {
+    auto held = Written::failed(SQLITE_BUSY);
+    queue_.sync([&] {
+      held = engine_.hold(range);
+      if (held) range.end = std::min(range.end, engine_.cut().value_or(range.end));
+    });
+    const bool busy = (held.code() & 0xff) == SQLITE_BUSY;
+    if (!busy || std::chrono::steady_clock::now() >= end) return held;
+    std::this_thread::sleep_for(kPause);
+  }
 }
 
 void Tracker::shutdown() {

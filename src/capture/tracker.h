@@ -41,10 +41,12 @@ class Tracker {
   void willSleep(std::function<void()> done);
   void didWake();
 
-  /// Should the span that is being recorded overlap `range`, ends it and begins another with the
-  /// same activity, so that what was recorded until then may be changed. Returns when that is
-  /// stored, and yields when it was.
-  std::optional<double> splitOpenSpan(const TimeRange& range);
+  /// Lets `work` change what was recorded in `range`, on the caller's thread. All until now is
+  /// stored when it begins, and nothing is until it ends, though the capture goes on. Should the
+  /// span that is being recorded overlap the range, `work` is told a range that ends now, and the
+  /// same activity goes on in a span of its own if it has stored something. Yields what `work`
+  /// yields, or why it was not called: what waits could not be stored within two seconds.
+  Written changeRecorded(TimeRange range, const std::function<Written(const TimeRange&)>& work);
 
   /// Stops looking and closes the open span; returns when it is stored. For the end of the program.
   void shutdown();
@@ -73,6 +75,8 @@ class Tracker {
   }
 
  private:
+  Written hold(TimeRange& range);
+
   Database& db_;
   const Clock clock_;
   LiveState live_;

@@ -26,15 +26,17 @@ TrustedTime::TrustedTime(Database& db, Clock clock, UptimeClock uptime, std::fun
       clock_(std::move(clock)),
       uptime_(std::move(uptime)),
       held_(std::move(held)),
+      began_(clock_()),
       started_(uptime_().total) {}
 
 // Each run moves it on by two days at most, also where its spans say more: a clock may have been
 // wrong for several runs.
-double TrustedTime::believedBefore() {
+double TrustedTime::believedBefore() const {
   double newest = 0;
-  db_.each("SELECT max(end) FROM events", {}, [&](const Cursor& row) { newest = row.dbl(0); });
+  db_.each("SELECT max(end) FROM events WHERE end <= ?", {began_},
+           [&](const Cursor& row) { newest = row.dbl(0); });
   const auto stored = parseNumber(db_.setting(kSetting));
-  return stored ? std::min(std::max(newest, *stored), *stored + kLeap) : newest;
+  return stored && *stored > 0 ? std::min(std::max(newest, *stored), *stored + kLeap) : newest;
 }
 
 double TrustedTime::now() {
@@ -46,7 +48,7 @@ double TrustedTime::now() {
   if (sure) believed_ = now;
   const double base = sure ? now : std::min(now, believed_ + kLeap);
   const auto text = std::to_string(static_cast<int64_t>(believed_));
-  if (db_.setting(kSetting) != text) db_.setSetting(kSetting, text).forget();
+  if (believed_ > 0 && db_.setting(kSetting) != text) db_.setSetting(kSetting, text).forget();
   return base;
 }
 

@@ -26,15 +26,16 @@ class TrustedTime {
   double now();
 
  private:
-  double believedBefore();
+  double believedBefore() const;
 
   Database& db_;
   const Clock clock_;
   const UptimeClock uptime_;
   const std::function<bool()> held_;
-  const double started_;  // uptime
+  const double began_;    // this run, by the wall clock
+  const double started_;  // the same by the uptime
   std::mutex mutex_;      // guards the next
-  double believed_ = 0;   // 0 until asked
+  double believed_ = 0;   // 0 while there is nothing to go by
 };
 
 }  // namespace orvanta

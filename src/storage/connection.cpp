@@ -9,10 +9,7 @@ namespace {
 
 // The program speaks some dozens of statements; beyond this the cache holds text built on the fly.
 constexpr std::size_t kMostStatements = 64;
-// Milliseconds. Ticks come on time, whoever holds the file; who may wait does so without the
-// connection.
-constexpr int kPatience = 10;
-constexpr int kReportPatience = 2000;
+constexpr int kReportPatience = 2000;  // milliseconds
 // KiB. Ticks touch a few pages. Two weeks, which a recap compares, are two to three megabytes, and
 // an open dashboard asks for them again and again; only what was read is held.
 constexpr auto kCache = "PRAGMA cache_size=-512";
@@ -67,6 +64,19 @@ void Connection::open(const std::string& name, int flags) {
   code_ = raw ? sqlite3_extended_errcode(raw) : code;
   systemError_ = raw ? sqlite3_system_errno(raw) : 0;
   handle_.reset();
+}
+
+// What goes wrong with COMMIT is known to the log's file alone.
+int Connection::lastSystemError() const {
+  if (!handle_) return systemError_;
+  int error = 0;
+  sqlite3_file* log = nullptr;
+  if (sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER, &log) ==
+          SQLITE_OK &&
+      log && log->pMethods) {
+    log->pMethods->xFileControl(log, SQLITE_FCNTL_LAST_ERRNO, &error);
+  }
+  return error != 0 ? error : sqlite3_system_errno(handle_.get());
 }
 
 Statement* Connection::prepared(std::string_view sql) {

@@ -16,6 +16,10 @@ namespace orvanta {
 /// An open database file, or nothing. Not thread-safe.
 class Connection {
  public:
+  /// Milliseconds that a statement waits for another program: ticks come on time, whoever holds the
+  /// file. Who may wait longer does so without the connection.
+  static constexpr int kPatience = 10;
+
   Connection() = default;
 
   /// Opens `file` with the flags of sqlite3_open_v2 and reads from it, since only the first read
@@ -32,6 +36,8 @@ class Connection {
   int code() const { return code_; }
   /// The errno behind it, 0 if none.
   int systemError() const { return systemError_; }
+  /// The errno behind the last statement's failure, 0 if none.
+  int lastSystemError() const;
   /// Whether it can only be read.
   bool readOnly() const { return handle_ && sqlite3_db_readonly(handle_.get(), "main") != 0; }
 

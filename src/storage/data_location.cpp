@@ -40,11 +40,10 @@ void prepare(const DataLocation& where, const Log& log) {
   chmod(where.dir.c_str(), S_IRWXU);
   // SQLite gives the -wal and -shm files the mode of the database file.
   constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-  const int file = open(where.file().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly);
-  if (file >= 0) {
-    fchmod(file, kOwnerOnly);
-    close(file);
-  }
+  // One that is there is not opened: closing it would end the locks that SQLite has on it.
+  const int made = open(where.file().c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
+  if (made >= 0) close(made);
+  chmod(where.file().c_str(), kOwnerOnly);
 }
 
 }  // namespace orvanta

@@ -43,9 +43,9 @@ Database::Database(DataLocation where, Log log, Clock clock)
   tell();
 }
 
-std::optional<Database::Identity> Database::identity() const {
+std::optional<Database::Identity> Database::identity(const char* suffix) const {
   struct stat info {};
-  if (stat(where_.file().c_str(), &info) != 0) return {};
+  if (stat((where_.file().string() + suffix).c_str(), &info) != 0) return {};
   return Identity{info.st_dev, info.st_ino};
 }
 
@@ -70,7 +70,7 @@ void Database::open() {
       log_("Orvanta: la base est en lecture seule : " + where_.file().string());
     }
   } else {
-    bringUpToDate();
+    bringUpToDate().forget();
   }
 }
 
@@ -81,14 +81,18 @@ void Database::openReadOnly() {
   connection_ = Connection::immutable(where_.file());
 }
 
-void Database::bringUpToDate() {
-  if (std::exchange(upgrading_, true)) return;
-  const auto age = ageOf(*this);
-  if (age == StoreAge::Older) {
-    Backups(Backups::folderOf(where_), {.log = log_}).make(where_.file(), clock_());
+Written Database::bringUpToDate() {
+  if (std::exchange(upgrading_, true)) return Written::stored();
+  auto written = Written::stored();
+  if (const auto age = ageOf(*this)) {
+    if (*age == StoreAge::Older) {
+      Backups(Backups::folderOf(where_), {.log = log_}).make(where_.file(), clock_());
+    }
+    if (*age != StoreAge::Current) written = migrate(*this);
+    upToDate_ = bool{written};
   }
-  upToDate_ = age == StoreAge::Current || migrate(*this);
   upgrading_ = false;
+  return written;
 }
 
 bool Database::readable() {
@@ -110,7 +114,7 @@ void Database::setReplaced(std::function<void(const std::string&)> replaced) {
 std::optional<StoreTrouble> Database::trouble(int code) const {
   const int kind = code & 0xff;
   if (refused_ && (kind == SQLITE_READONLY || kind == SQLITE_CANTOPEN)) return refused_;
-  return troubleOf(code, connection_ ? sqlite3_system_errno(connection_.get()) : 0);
+  return troubleOf(code, connection_.lastSystemError());
 }
 
 // Remembers the failure; it is told by tell(), when no lock is held any more.
@@ -119,7 +123,12 @@ Written Database::failed(int code, std::string_view sql, Tell tell) {
   const std::string message = connection_ ? sqlite3_errmsg(connection_.get()) : "";
   if (repeatedColumn(message)) return Written::failed(code);
   const auto found = trouble(code);
+  // What the system told of it is gone when the caller asks why.
+  if (found == StoreTrouble::Full) code = SQLITE_FULL;
+  if (found == StoreTrouble::ReadOnly) code = SQLITE_READONLY;
   if (found && !health_.failed(*found)) return Written::failed(code);
+  // A file whose tables could not be made yet: why not is told already.
+  if (!found && !upToDate_ && health_.condition()) return Written::failed(code);
   const std::lock_guard lock(hookMutex_);
   untold_.push_back({message, std::string(sql), tell});
   return Written::failed(code);
@@ -198,17 +207,20 @@ Written Database::runLocked(std::string_view sql, const Args& args) {
 
 bool Database::each(std::string_view sql, const Args& args,
                     const std::function<void(const Cursor&)>& visit) {
-  int code = SQLITE_CANTOPEN;
-  {
-    const std::lock_guard lock(mutex_);
-    if (!connection_) return false;
-    auto* statement = connection_.prepared(sql);
-    code =
-        statement ? statement->visitRows(args, visit) : sqlite3_extended_errcode(connection_.get());
-    if (code != SQLITE_DONE) failed(code, sql, Tell::Log).forget();
-  }
+  const int code = readRows(sql, args, visit);
   tell();
   return code == SQLITE_DONE;
+}
+
+// SQLITE_DONE, or why those were not all.
+int Database::readRows(std::string_view sql, const Args& args,
+                       const std::function<void(const Cursor&)>& visit) {
+  const std::lock_guard lock(mutex_);
+  if (!connection_) return SQLITE_CANTOPEN;
+  auto* statement = connection_.prepared(sql);
+  const int code =
+      statement ? statement->visitRows(args, visit) : sqlite3_extended_errcode(connection_.get());
+  return code == SQLITE_DONE ? code : failed(code, sql, Tell::Log).code();
 }
 
 bool Database::scan(std::string_view sql, const Args& args,

@@ -129,13 +129,15 @@ class Database {
   // To be called with mutex_ held.
   void open();
   void openReadOnly();
-  void bringUpToDate();
+  Written bringUpToDate();
   Written execLocked(const std::string& sql);
   Written runLocked(std::string_view sql, const Args& args);
+  int readRows(std::string_view sql, const Args& args,
+               const std::function<void(const Cursor&)>& visit);
   enum class Tell { Log, LogAndReport };
   std::optional<StoreTrouble> trouble(int code) const;
   Written failed(int code, std::string_view sql, Tell tell = Tell::LogAndReport);
-  std::optional<Identity> identity() const;
+  std::optional<Identity> identity(const char* suffix = "") const;
   std::optional<Settings> storedSettings();
   Settings overlaid(Settings stored);
   std::string replaceFile();
@@ -164,6 +166,7 @@ class Database {
   Connection connection_;
   std::optional<Identity> identity_;     // of the open file
   std::optional<StoreTrouble> refused_;  // why it could not be opened to write
+  std::optional<Identity> logIdentity_;  // of its write-ahead log, when we last looked
   bool upToDate_ = false;
   bool upgrading_ = false;
   std::atomic<bool> away_ = false;  // the file is not to be opened

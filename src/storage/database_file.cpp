@@ -1,5 +1,8 @@
 // The database's file as a place that others may change, and the settings, which hold also while it
 // cannot be written.
+#include <filesystem>
+#include <system_error>
+
 #include "storage/database.h"
 #include "storage/schema.h"
 #include "storage/transaction.h"
@@ -28,8 +31,9 @@ void Database::look() {
       ++generation_;
       renewed = connection_ && !connection_.readOnly();
     } else if (!upToDate_) {
-      bringUpToDate();
+      bringUpToDate().forget();
     }
+    logIdentity_ = identity("-wal");
   }
   storeWaiting();
   tell();
@@ -53,6 +57,13 @@ std::string Database::replaceFile() {
                               nullptr);
   }
   connection_ = {};
+  // As long as another program reads the old file, its log cannot be emptied.
+  if (const auto log = identity("-wal"); log && log == logIdentity_) {
+    std::error_code ignored;
+    for (const auto* suffix : {"-wal", "-shm"}) {
+      std::filesystem::remove(where_.file().string() + suffix, ignored);
+    }
+  }
   if (gone) prepare(where_, log_);
   health_.mended();
   open();
@@ -180,7 +191,8 @@ void Database::storeWaiting() {
     storeSettings(change, waiting).forget();
   } else if (health_.condition()) {
     Transaction probe(*this, Patience::None);
-    probe.run("UPDATE settings SET value=value WHERE key='onboarded'");
+    // SQLite writes nothing for an UPDATE that changes nothing.
+    probe.run("REPLACE INTO settings SELECT key, value FROM settings WHERE key='onboarded'");
     probe.commit().forget();
   }
 }

@@ -1,6 +1,7 @@
 #include "storage/history.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "storage/changeset.h"
@@ -32,6 +33,8 @@ Written History::record(const std::function<ChangeNote(Transaction&)>& work) {
 }
 
 void History::keep(ChangeNote note, std::string changeset) {
+  // No list of changes can tell of a span that never ends.
+  if (!std::isfinite(note.seconds)) note.seconds = 0;
   bytes_ += changeset.size();
   entries_.push_back(
       {{.id = ++lastId_, .at = clock_(), .note = std::move(note)}, std::move(changeset)});

@@ -65,11 +65,17 @@ constexpr std::array<std::string_view, 8> kObjects{
 constexpr auto kObsolete =
     "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')";
 
-// Text of every row's first column.
-std::set<std::string, std::less<>> names(Database& db, std::string_view sql) {
-  std::set<std::string, std::less<>> found;
-  db.each(sql, {}, [&](const Cursor& row) { found.emplace(row.str(0).value_or("")); });
-  return found;
+using Names = std::set<std::string, std::less<>>;
+
+// Text of every row's first column; absent when those were not all.
+std::optional<Names> readNames(Database& db, std::string_view sql) {
+  Names found;
+  const auto take = [&](const Cursor& row) { found.emplace(row.str(0).value_or("")); };
+  return db.each(sql, {}, take) ? std::optional(std::move(found)) : std::nullopt;
+}
+
+Names names(Database& db, std::string_view sql) {
+  return readNames(db, sql).value_or(Names());
 }
 
 bool settingsComplete(Database& db) {
@@ -99,22 +105,25 @@ bool createSchema(sqlite3* connection) {
   return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-StoreAge ageOf(Database& db) {
-  const auto objects = names(db, "SELECT name FROM sqlite_master");
-  if (objects.empty()) return StoreAge::New;
-  const auto columns = names(db, "SELECT name FROM pragma_table_info('projects')");
+std::optional<StoreAge> ageOf(Database& db) {
+  const auto objects = readNames(db, "SELECT name FROM sqlite_master");
+  if (!objects) return {};
+  if (objects->empty()) return StoreAge::New;
+  const auto columns = readNames(db, "SELECT name FROM pragma_table_info('projects')");
+  if (!columns) return {};
   const auto has = [&](const auto& wanted) {
-    return std::all_of(wanted.begin(), wanted.end(),
-                       [&](auto name) { return objects.contains(name) || columns.contains(name); });
+    return std::all_of(wanted.begin(), wanted.end(), [&](auto name) {
+      return objects->contains(name) || columns->contains(name);
+    });
   };
   const std::span tables(kObjects.begin(), 4);
-  if (!has(tables) || !has(kLaterColumns)) return StoreAge::Older;
-  const bool current = has(kObjects) && !objects.contains("calendar_links") &&
+  if (has(tables) && !has(kLaterColumns)) return StoreAge::Older;
+  const bool current = has(kObjects) && !objects->contains("calendar_links") &&
                        versionOf(db) >= kSchemaVersion && writesAhead(db) && settingsComplete(db);
   return current ? StoreAge::Current : StoreAge::Unkempt;
 }
 
-bool migrate(Database& db) {
+Written migrate(Database& db) {
   Transaction change(db, Patience::None);
   change.exec(kSchema);
   const auto columns = names(db, "SELECT name FROM pragma_table_info('projects')");
@@ -132,9 +141,11 @@ bool migrate(Database& db) {
   if (versionOf(db) < kSchemaVersion) {
     change.exec(fmt::format("PRAGMA user_version={}", kSchemaVersion));
   }
-  if (!change.commit()) return false;
-  if (!writesAhead(db)) db.exec("PRAGMA journal_mode=WAL").forget();
-  return true;
+  auto written = change.commit();
+  // Asked as one reads, which does not wait. Where a reader of another program is in the way, the
+  // next start asks again.
+  if (written) names(db, "PRAGMA journal_mode=WAL");
+  return written;
 }
 
 }  // namespace orvanta

@@ -4,7 +4,10 @@
 #include <sqlite3.h>
 
 #include <map>
+#include <optional>
 #include <string>
+
+#include "storage/written.h"
 
 namespace orvanta {
 
@@ -27,17 +30,17 @@ bool createSchema(sqlite3* connection);
 
 enum class StoreAge {
   New,      ///< nothing in it yet
-  Older,    ///< tables or columns are missing
-  Unkempt,  ///< only an index, a setting or the version number is missing, or an old one too many
+  Older,    ///< columns of a later version are missing
+  Unkempt,  ///< something else is missing, or an old setting too many
   Current,  ///< nothing is to be written
 };
 
-/// Only reads.
-StoreAge ageOf(Database& db);
+/// Only reads. Absent when that fails.
+std::optional<StoreAge> ageOf(Database& db);
 
 /// Creates what is missing, adds columns of later versions, fills missing settings and drops what
 /// no version reads any more: all of it or, where that fails, nothing. Never overwrites a stored
-/// value. Does not wait for another program: false, and to be repeated.
-bool migrate(Database& db);
+/// value. Does not wait for another program: it fails then, and is to be repeated.
+Written migrate(Database& db);
 
 }  // namespace orvanta

@@ -67,7 +67,8 @@ std::optional<StoreTrouble> troubleOf(int code, int systemError) {
     case SQLITE_PERM:
       return StoreTrouble::ReadOnly;
     case SQLITE_CANTOPEN:
-      return StoreTrouble::Absent;
+      return systemError == ENOSPC || systemError == EDQUOT ? StoreTrouble::Full
+                                                            : StoreTrouble::Absent;
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
       return StoreTrouble::Damaged;
@@ -89,9 +90,10 @@ std::optional<StoreTrouble> troubleOf(int code, int systemError) {
 bool StoreHealth::failed(StoreTrouble trouble) {
   const std::lock_guard lock(mutex_);
   lastFailure_ = clock_();
-  // Damage stays, whatever else fails meanwhile.
+  // Damage stays, whatever else fails meanwhile, and another program's lock mends nothing.
   const bool known = condition_ && (condition_->trouble == trouble ||
-                                    condition_->trouble == StoreTrouble::Damaged);
+                                    condition_->trouble == StoreTrouble::Damaged ||
+                                    trouble == StoreTrouble::Locked);
   if (!known) {
     condition_ = Condition{trouble, lastFailure_};
     told_ = false;

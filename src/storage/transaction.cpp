@@ -18,22 +18,21 @@ bool busy(const Written& written) {
 }  // namespace
 
 Transaction::Transaction(Database& db, Patience patience)
-    : db_(db), lock_(db.mutex_, std::defer_lock) {
-  begin(patience);
+    : db_(db), patience_(patience), lock_(db.mutex_, std::defer_lock) {
+  begin();
 }
 
-void Transaction::begin(Patience patience) {
+void Transaction::begin() {
   const auto end = std::chrono::steady_clock::now() + kUsual;
   for (;;) {
-    if (patience == Patience::Usual) {
+    if (patience_ == Patience::Usual) {
       lock_.lock();
     } else if (!lock_.try_lock()) {
       result_ = Written::failed(SQLITE_BUSY);
       return;
     }
     const bool outermost = db_.depth_ == 0;
-    if (outermost && !db_.upToDate_ && db_.connection_) db_.bringUpToDate();
-    result_ = step(outermost ? "BEGIN IMMEDIATE" : "SAVEPOINT within");
+    result_ = beginOnce();
     if (result_) {
       ++db_.depth_;
       open_ = true;
@@ -41,7 +40,7 @@ void Transaction::begin(Patience patience) {
       return;
     }
     lock_.unlock();
-    if (!outermost || !busy(result_) || patience == Patience::None ||
+    if (!outermost || !busy(result_) || patience_ == Patience::None ||
         std::chrono::steady_clock::now() >= end) {
       return;
     }
@@ -50,13 +49,24 @@ void Transaction::begin(Patience patience) {
   }
 }
 
+Written Transaction::beginOnce() {
+  if (db_.depth_ > 0) return step("SAVEPOINT within");
+  if (!db_.upToDate_ && db_.connection_) {
+    // Where tables may be missing, what keeps them from being made keeps all else from being
+    // stored.
+    if (auto made = db_.bringUpToDate(); !made && troubleOf(made.code())) return made;
+  }
+  return step("BEGIN IMMEDIATE");
+}
+
 Transaction::~Transaction() {
   if (open_) {
     // SQLite has rolled back by itself after some failures.
-    if (db_.depth_ > 1) {
+    const bool over = sqlite3_get_autocommit(db_.connection_.get()) != 0;
+    if (!over && db_.depth_ > 1) {
       step("ROLLBACK TO within").forget();
       step("RELEASE within").forget();
-    } else if (sqlite3_get_autocommit(db_.connection_.get()) == 0) {
+    } else if (!over) {
       step("ROLLBACK").forget();
     }
     end();
@@ -65,8 +75,20 @@ Transaction::~Transaction() {
   db_.tell();
 }
 
+// SQLite itself would wait some milliseconds for another program.
 Written Transaction::step(const char* sql) {
-  return db_.runLocked(sql, {});
+  const bool waits = patience_ != Patience::None || !db_.connection_;
+  if (!waits) sqlite3_busy_timeout(db_.connection_.get(), 0);
+  auto written = db_.runLocked(sql, {});
+  if (!waits) sqlite3_busy_timeout(db_.connection_.get(), Connection::kPatience);
+  return written;
+}
+
+// After some failures SQLite rolls back all by itself, also when it was a transaction within this
+// one that failed: each further statement would be stored on its own.
+bool Transaction::intact() {
+  if (result_ && sqlite3_get_autocommit(db_.connection_.get()) != 0) fail(SQLITE_ABORT_ROLLBACK);
+  return bool{result_};
 }
 
 void Transaction::end() {
@@ -75,7 +97,7 @@ void Transaction::end() {
 }
 
 int64_t Transaction::run(std::string_view sql, const Args& args) {
-  if (!result_) return -1;
+  if (!intact()) return -1;
   const auto before = sqlite3_total_changes64(db_.connection_.get());
   auto written = db_.runLocked(sql, args);
   changes_ = sqlite3_total_changes64(db_.connection_.get()) - before;
@@ -85,16 +107,18 @@ int64_t Transaction::run(std::string_view sql, const Args& args) {
 }
 
 void Transaction::exec(const std::string& sql) {
-  if (result_) result_ = db_.execLocked(sql);
+  if (intact()) result_ = db_.execLocked(sql);
 }
 
 void Transaction::each(std::string_view sql, const Args& args,
                        const std::function<void(const Cursor&)>& visit) {
-  if (result_ && !db_.each(sql, args, visit)) result_ = Written::failed(SQLITE_IOERR_READ);
+  if (!intact()) return;
+  const int code = db_.readRows(sql, args, visit);
+  if (code != SQLITE_DONE) fail(code);
 }
 
 Written Transaction::commit() {
-  if (!result_ || !open_) return result_ ? Written::failed(SQLITE_MISUSE) : result_;
+  if (!open_ || !intact()) return result_ ? Written::failed(SQLITE_MISUSE) : result_;
   if (db_.depth_ > 1) {
     result_ = step("RELEASE within");
     if (result_) end();
@@ -102,7 +126,8 @@ Written Transaction::commit() {
   }
   const auto patience = std::chrono::steady_clock::now() + kUsual;
   // Without a write-ahead log, a reader of another program keeps it waiting.
-  while (busy(result_ = step("COMMIT")) && std::chrono::steady_clock::now() < patience) {
+  while (busy(result_ = step("COMMIT")) && patience_ == Patience::Usual &&
+         std::chrono::steady_clock::now() < patience) {
     std::this_thread::sleep_for(kPause);
   }
   if (!result_) return result_;

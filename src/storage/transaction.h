@@ -54,11 +54,14 @@ class Transaction {
   Database& database() { return db_; }
 
  private:
-  void begin(Patience patience);
+  void begin();
+  Written beginOnce();
   Written step(const char* sql);
+  bool intact();
   void end();
 
   Database& db_;
+  const Patience patience_;
   std::unique_lock<std::recursive_mutex> lock_;
   Written result_ = Written::stored();
   int64_t changes_ = 0;

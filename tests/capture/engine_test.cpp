@@ -332,14 +332,21 @@ TEST_F(EngineTest, ASpanThatCouldNotBeStoredIsStoredLater) {
 TEST_F(EngineTest, ASpanIsSplitWhereARangeOverlapsIt) {
   desktop.show("A");
   run(30);
-  engine.split({begin - 10, begin + 2});
-  engine.split({begin + 30, begin + 40});
+  const auto change = [&](double start, double end, bool changed) {
+    EXPECT_TRUE(engine.hold({begin + start, begin + end}));
+    run(2);
+    engine.release(changed);
+  };
+  change(-10, 2, true);
+  change(40, 50, true);
+  change(0, 10, false);
   EXPECT_EQ(spans().size(), 1U);
-  engine.split({begin, begin + 10});
+  change(0, 10, true);
+  EXPECT_EQ(spans(), (Spans{"A 2-36", "A 36-36"}));
   store.db.run("UPDATE events SET end=? WHERE id=1", {begin + 10});  // what the range then does
   run(20);
   engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-10", "A 30-50"}));
+  EXPECT_EQ(spans(), (Spans{"A 2-10", "A 36-58"}));
 }
 
 }  // namespace

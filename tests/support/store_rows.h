@@ -1,0 +1,84 @@
+// A store's file as another program sees it.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvanta::test {
+
+/// A connection of its own, past the faults of FaultVfs.
+class OtherProgram {
+ public:
+  explicit OtherProgram(const std::filesystem::path& file) {
+    sqlite3_open_v2(file.c_str(), &db_, SQLITE_OPEN_READWRITE, "unix");
+    sqlite3_busy_timeout(db_, 1000);
+  }
+  ~OtherProgram() { sqlite3_close(db_); }
+  OtherProgram(const OtherProgram&) = delete;
+  OtherProgram& operator=(const OtherProgram&) = delete;
+
+  /// The values of all rows, one row a line.
+  std::string ask(const std::string& sql) {
+    std::string text;
+    const auto line = [](void* to, int columns, char** values, char**) {
+      for (int i = 0; i < columns; ++i) {
+        *static_cast<std::string*>(to) += std::string(values[i] ? values[i] : "NULL") + "|";
+      }
+      *static_cast<std::string*>(to) += "\n";
+      return 0;
+    };
+    char* error = nullptr;
+    sqlite3_exec(db_, sql.c_str(), line, &text, &error);
+    if (error) text += error;
+    sqlite3_free(error);
+    return text;
+  }
+
+ private:
+  sqlite3* db_ = nullptr;
+};
+
+/// All rows of these tables, exactly; random identifiers by their length.
+inline std::string rowsOf(const std::filesystem::path& file,
+                          const std::vector<std::string>& tables = {"events", "rules", "projects",
+                                                                    "settings"}) {
+  OtherProgram other(file);
+  std::string text;
+  for (const auto& table : tables) {
+    const auto columns =
+        table == "settings"
+            ? "key, CASE key WHEN 'install_id' THEN length(value) ELSE quote(value) END"
+            : other.ask("SELECT group_concat('quote(' || name || ')') FROM pragma_table_info('" +
+                        table + "')");
+    const auto end = columns.find('|');
+    text += table + ":\n" +
+            other.ask("SELECT " + columns.substr(0, end) + " FROM " + table + " ORDER BY 1");
+  }
+  return text;
+}
+
+/// The lines that only one of the two has; empty for the same.
+inline std::string difference(const std::string& before, const std::string& after) {
+  std::map<std::string, int> lines;
+  for (const auto& [text, sign] : {std::pair(&before, -1), std::pair(&after, 1)}) {
+    std::istringstream all(*text);
+    for (std::string line; std::getline(all, line);) lines[line] += sign;
+  }
+  std::string found;
+  for (const auto& [line, count] : lines) {
+    if (count != 0) found += (count < 0 ? "-" : "+") + line + "\n";
+  }
+  return found;
+}
+
+inline std::string integrityOf(const std::filesystem::path& file) {
+  return OtherProgram(file).ask("PRAGMA integrity_check");
+}
+
+}  // namespace orvanta::test
