@@ -13,6 +13,10 @@
 namespace orvanta::test {
 
 struct Program {
+  Program() = default;
+  /// Over the store in this folder.
+  explicit Program(const std::filesystem::path& folder) : store(folder) {}
+
   /// The answer of a route to arguments in JSON.
   boost::json::value call(const std::string& route, const std::string& body = "{}") {
     return boost::json::parse(answer(router, route, boost::json::parse(body).as_object()).json);

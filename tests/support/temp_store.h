@@ -14,13 +14,15 @@ namespace orvanta::test {
 
 class TempFolder {
  public:
+  /// One that is there and stays.
+  explicit TempFolder(std::filesystem::path kept) : path_(std::move(kept)), kept_(true) {}
   TempFolder() {
     auto pattern = (std::filesystem::temp_directory_path() / "orvanta-XXXXXX").string();
     path_ = mkdtemp(pattern.data());
   }
   ~TempFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    if (!kept_) std::filesystem::remove_all(path_, ignored);
   }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
@@ -30,6 +32,7 @@ class TempFolder {
 
  private:
   std::filesystem::path path_;
+  bool kept_ = false;
 };
 
 /// Keeps the log lines instead of printing them.
@@ -64,6 +67,9 @@ struct TestDatabase : Database {
 };
 
 struct TempStore {
+  TempStore() = default;
+  explicit TempStore(std::filesystem::path kept) : folder(std::move(kept)) {}
+
   TempFolder folder;
   LogLines log;
   TestDatabase db{folder.location(), log.sink()};
