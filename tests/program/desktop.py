@@ -8,6 +8,7 @@ import sqlite3
 import subprocess
 import tempfile
 import time
+import unittest
 
 import dbus
 import dbus.bus
@@ -92,6 +93,7 @@ class Desktop:
     def __init__(self, screen=True, session_bus=True, system_bus=False):
         self.folder = tempfile.mkdtemp(prefix="orvanta-test-")
         self.processes = []
+        self.mounts = []
         self.x_server = None
         self.env = {key: value for key, value in os.environ.items()
                     if key == "PATH" or key == "TZ" or key.endswith("SAN_OPTIONS")}
@@ -119,6 +121,8 @@ class Desktop:
             if process.poll() is None:
                 process.kill()
             process.wait()
+        for mounted in self.mounts:
+            subprocess.run(["umount", "-l", mounted], check=True)
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def make_folder(self, name):
@@ -143,6 +147,29 @@ class Desktop:
         return subprocess.run([*self.prefix, *command], env={**self.env, **(env or {})},
                               capture_output=True, stdin=subprocess.DEVNULL, timeout=10,
                               check=False)
+
+    # A disk that can be filled
+
+    def on_small_disk(self, size):
+        """Puts the data on a disk of their own, an empty one; skips the test where that is not
+        allowed."""
+        data = self.env["XDG_DATA_HOME"]
+        done = subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size},mode=700", "tmpfs", data],
+                              capture_output=True, check=False)
+        if done.returncode != 0:
+            raise unittest.SkipTest("mounting a file system is not allowed here")
+        self.mounts.append(data)
+
+    def fill_disk(self):
+        """Leaves not a page free on it; returns the file to remove."""
+        path = os.path.join(self.env["XDG_DATA_HOME"], "filler")
+        with open(path, "wb", buffering=0) as file:
+            try:
+                while True:
+                    file.write(b"x" * 4096)
+            except OSError:
+                pass
+        return path
 
     # The X server and its windows
 

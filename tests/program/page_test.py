@@ -3,98 +3,16 @@
 import csv
 import datetime
 import os
-import sqlite3
-import time
 import unittest
 
-from desktop import TICK, Desktop, pass_time, wait_for
-from webdriver import Page
+from desktop import TICK, pass_time, wait_for
+from page_case import BAR, PROJECT, SITE, SPANS, TITLE, TOAST, PageCase, button, field, row
 from weeks import WEEKDAYS, Period, changed, spelt
-
-SITE = "carnet-maree.example"
-TITLE = "<img src=x onerror=document.title=1> l'été & \"co\" '); DROP TABLE events;--"
-PROJECT = "Carnet de mer"
-LONG = "Sonde \u202e\u2067" + "👩‍👩‍👧" * 50 + "x" * 10_000
-
-# The day's spans: minutes after 9 o'clock, application, domain, title.
-SPANS = [(0, 20, "Navigateur", SITE, TITLE), (20, 45, "Atelier", None, "Plan"),
-         (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, LONG)]
 
 CATEGORIES = {"travail": "Travail", "loisir": "Loisir", "autre": "Autre", None: "Non classé"}
 
-TOAST = "//*[@role = 'status'][.//button[@aria-label = 'Fermer le message']]"
 
-
-def button(name):
-    return f"//button[normalize-space() = '{name}' or @aria-label = '{name}']"
-
-
-def field(label):
-    """The field that the label names, in either of the ways that a form has."""
-    return (f"//*[self::input or self::select][@id = //label[. = '{label}']/@for"
-            f" or ancestor::label[span = '{label}'] or @aria-label = '{label}']")
-
-
-def row(text):
-    return f"//*[@role = 'option'][contains(., '{text}')]"
-
-
-class PageTest(unittest.TestCase):
-    def setUp(self):
-        self.desktop = Desktop()
-        self.addCleanup(self.desktop.stop)
-        # A French keyboard, and a zone in which it is now between two and three in the afternoon.
-        self.desktop.run("setxkbmap", "fr")
-        now = datetime.datetime.now(datetime.timezone.utc)
-        self.desktop.env.update(TZ=f"Etc/GMT{now.hour - 14:+}",
-                                XDG_STATE_HOME=self.desktop.make_folder("state"),
-                                XDG_CACHE_HOME=self.desktop.make_folder("cache"))
-        zone = datetime.timezone(datetime.timedelta(hours=14 - now.hour))
-        nine = now.astimezone(zone).replace(hour=9, minute=0, second=0, microsecond=0)
-        self.nine, self.today = nine, nine.date()
-        self.desktop.call("day")  # makes the store
-        for day in (nine - datetime.timedelta(days=1), nine):
-            for start, end, *texts in SPANS:
-                self.change("INSERT INTO events(start,end,app,domain,title) VALUES (?,?,?,?,?)",
-                            day.timestamp() + start * 60, day.timestamp() + end * 60, *texts)
-
-    def change(self, statement, *values):
-        with sqlite3.connect(self.desktop.database()) as db:
-            number = db.execute(statement, values).lastrowid
-        db.close()
-        return number
-
-    def stored(self, statement, *values):
-        db = sqlite3.connect(f"file:{self.desktop.database()}?mode=ro", uri=True)
-        try:
-            return db.execute(statement, values).fetchall()
-        finally:
-            db.close()
-
-    def setting(self, key):
-        return self.stored("SELECT value FROM settings WHERE key=?", key)[0][0]
-
-    def wait_for_store(self, expected, statement, *values):
-        wait_for(lambda: self.stored(statement, *values) == expected, 10,
-                 f"{statement} yields {expected}")
-
-    def open(self, onboarded=True):
-        if onboarded:
-            self.desktop.set_setting("onboarded", "1")
-        started = time.time()
-        self.page = Page(self.desktop)
-        # Whatever the page may not do, or does wrong, is told at the end.
-        self.page.script("""
-            window.faults = [];
-            addEventListener("securitypolicyviolation", e => faults.push(e.violatedDirective));
-            addEventListener("error", e => faults.push(e.message));
-            addEventListener("unhandledrejection", e => faults.push(String(e.reason)));""")
-        self.addCleanup(lambda: self.assertEqual(self.page.script("return faults"), []))
-        self.addCleanup(lambda: self.assertEqual(self.page.script("""
-            const main = document.querySelector("main");
-            return main.scrollWidth - main.clientWidth;"""), 0, "too wide"))
-        return started
-
+class PageTest(PageCase):
     def assigned(self, domain=SITE):
         """Category and project of each of the site's spans, the oldest first."""
         return self.stored("SELECT category, project_id FROM events WHERE domain=? ORDER BY start",
@@ -111,7 +29,7 @@ class PageTest(unittest.TestCase):
         page.click(button("Continuer"))
         page.wait_for_text("//h1", "Un premier projet")
         page.click(button("Créer et commencer"))
-        page.wait_for_text("//*[@role = 'alert']", "Donnez un nom au projet")
+        page.wait_for_text("//*[@role = 'alert'][. != '']", "Donnez un nom au projet")
         self.assertEqual(self.setting("onboarded"), "0")
 
         page.click(field("Nom"))
@@ -148,7 +66,7 @@ class PageTest(unittest.TestCase):
         page.type("carnet")
         page.wait_for_text("//h2[contains(., 'bloc')]", "2 blocs")
         page.press("Tab", "ctrl+a", "Return")  # the list, all of it, on to the bar
-        page.wait_for_text("//form[@aria-label = 'Assigner la sélection']", "2 blocs35 min")
+        page.wait_for_text(BAR, "2 blocs35 min")
         page.press("Tab")
         page.type("Carnet")
         page.press("Tab", "space")
@@ -172,7 +90,7 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.stored(learnt), [("domain", SITE, "travail", project, 0)])
         page.wait_for_text(row("09:45"), PROJECT)  # by the rule
 
-        page.click(button("Annuler"))
+        page.click(TOAST + button("Annuler"))
         self.wait_for_store([], learnt)
         wait_for(lambda: self.assigned() == [given, given, free, free], 10, "taken back")
         wait_for(lambda: PROJECT not in page.text(row("09:45")), 10, "no project any more")
@@ -353,24 +271,12 @@ class PageTest(unittest.TestCase):
                                nine, nine, nine)
         untouched = [(start, end, app, None, None) for start, end, app, _, _ in SPANS]
 
-        # Along the hours that the timeline names.
-        page.wait_for_text("//*[@role = 'slider']", "10:00")
-        page.drag(*page.script("""
-            const box = document.querySelector("[role=slider]").getBoundingClientRect();
-            const hours = new Map([...document.querySelectorAll("[role=slider] text")].map(text => {
-                const at = text.getBoundingClientRect();
-                return [text.textContent, at.x + at.width / 2];
-            }));
-            const [nine, ten] = [hours.get("09:00"), hours.get("10:00")];
-            return [10, 40].map(minute =>
-                [nine + (ten - nine) * minute / 60, box.y + box.height / 2]);"""))
-        bar = "//form[@aria-label = 'Assigner la sélection']"
-        page.wait_for_text(bar, "De")
+        self.drag(10, 40)
         start, end = (int(text[:2]) * 60 + int(text[3:]) - 540 for text in page.script("""
             return [...document.querySelectorAll("[aria-label$='de la plage']")]
                 .map(field => field.value);"""))
         self.assertLessEqual(max(abs(start - 10), abs(end - 40)), 1)
-        page.click(bar + "//label[. = 'Loisir']")
+        page.click(BAR + "//label[. = 'Loisir']")
         page.press("Tab")
         page.type("Carnet")
         page.click(button("Assigner"))
@@ -380,13 +286,13 @@ class PageTest(unittest.TestCase):
             (0, start, "Navigateur", None, None), (start, 20, "Navigateur", *given),
             (20, end, "Atelier", *given), (end, 45, "Atelier", None, None), *untouched[2:]])
         page.wait_for_text(row(f"09:{start:02} – "), PROJECT)
-        page.click(button("Annuler"))
+        page.click(TOAST + button("Annuler"))
         wait_for(lambda: {span[3:] for span in stored()} == {(None, None)}, 10, "taken back")
 
         # The second and third of the blocks, and the last.
         page.wait_for_text("//h2[contains(., 'bloc')]", "4 blocs")
         page.press("slash", "Tab", "Down", "Down", "shift+Down", "ctrl+Down", "space")
-        page.wait_for_text(bar, "3 blocs1 h 10")
+        page.wait_for_text(BAR, "3 blocs1 h 10")
         page.press("eacute")  # 2, on this keyboard
         page.wait_for_text(TOAST, "Assigné : 3 blocs (1 h 10).")
         self.assertEqual({(span[0] >= 20, span[3]) for span in stored()},
@@ -445,10 +351,16 @@ class PageTest(unittest.TestCase):
         wait_for(lambda: page.text("//dialog") == "", 10, "the dialogue closes")
         self.assertEqual(self.stored(projects), [edited])
         page.click(button("Supprimer Carnet"))
+        kept = [f"SELECT * FROM {table} ORDER BY id" for table in ("projects", "events", "rules")]
+        before = [self.stored(table) for table in kept]
         page.click("//dialog" + button("Supprimer"))
         self.wait_for_store([], projects)
         self.wait_for_store([(None,)], "SELECT DISTINCT project_id FROM events")
         self.assertEqual(self.stored(made), [("domain", SITE, None, None, 0)])
+        page.click(TOAST + button("Annuler"))
+        page.wait_for_text(TOAST, "Annulé : Projet supprimé : « Carnet »")
+        self.assertEqual([self.stored(table) for table in kept], before)
+        page.wait_for_text("//section[@class = 'project-list']", "Carnet")
 
 
 if __name__ == "__main__":

@@ -5,7 +5,6 @@ import json
 import os
 import shutil
 import sqlite3
-import subprocess
 import time
 import unittest
 
@@ -13,15 +12,6 @@ import dbus.service
 
 from desktop import ORVANTA, Desktop, end, wait_for
 from tray_host import TrayHost
-
-
-def bytes_of_folder(folder):
-    content = b""
-    for path in glob.glob(os.path.join(folder, "**"), recursive=True):
-        if os.path.isfile(path):
-            with open(path, "rb") as file:
-                content += file.read()
-    return content
 
 
 class Notifications(dbus.service.Object):
@@ -48,25 +38,6 @@ class StoreTest(unittest.TestCase):
     def store(self):
         return self.desktop.call("status")[1].get("store", {}).get("state")
 
-    def on_small_disk(self, size):
-        """Puts the data on a disk of their own, which a file can fill."""
-        data = self.desktop.env["XDG_DATA_HOME"]
-        done = subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size},mode=700", "tmpfs", data],
-                              capture_output=True, check=False)
-        if done.returncode != 0:
-            self.skipTest("mounting a file system is not allowed here")
-        self.addCleanup(subprocess.run, ["umount", "-l", data], check=True)
-
-    def fill_disk(self):
-        path = os.path.join(self.desktop.env["XDG_DATA_HOME"], "filler")
-        with open(path, "wb", buffering=0) as file:
-            try:
-                while True:
-                    file.write(b"x" * 4096)
-            except OSError:
-                pass
-        return path
-
     def check_spans(self, since):
         """No hole and no overlap from then on."""
         spans = [span for span in self.desktop.spans() if span["end"] >= since]
@@ -75,14 +46,14 @@ class StoreTest(unittest.TestCase):
         return spans
 
     def test_a_full_disk_is_told_and_nothing_is_lost(self):
-        self.on_small_disk("1m")
+        self.desktop.on_small_disk("1m")
         host = TrayHost(self.desktop.session)
         self.addCleanup(host.close)
         notes = Notifications(host.bus)
         begin = time.time()
         program = self.desktop.start_orvanta()
         host.wait_for_item()
-        filler = self.fill_disk()
+        filler = self.desktop.fill_disk()
         # What is in the log's room already can still be overwritten: fill that as well.
         for size in (60000, 5000, 1):
             rule = {"field": "title", "pattern": "x" * size, "category": "travail"}
@@ -123,9 +94,9 @@ class StoreTest(unittest.TestCase):
         self.assertGreater(recorded, time.time() - begin - 8, "all but the pause and the start")
 
     def test_started_on_a_full_disk(self):
-        self.on_small_disk("1m")
+        self.desktop.on_small_disk("1m")
         self.desktop.call("day")
-        self.fill_disk()
+        self.desktop.fill_disk()
         program = self.desktop.spawn(ORVANTA)
         wait_for(lambda: self.store() == "full", 30, "it is told")
         self.assertEqual(self.desktop.call("onboarding.done")[0], 1)

@@ -180,12 +180,13 @@ export function cannedStore({ health, now, read, write }: Options) {
       const backup = backups.find((one) => one.file === file);
       if (!backup) return { error: "Cette sauvegarde n’est plus là." };
       const missing = read().spans.filter(({ end }) => end > backup.time);
+      const known = health.store?.state !== "damaged";
       return {
         file,
         time: backup.time,
         ...content(at(backup.time)),
-        lost_spans: missing.length,
-        lost_seconds: seconds(missing),
+        lost_spans: known ? missing.length : null,
+        lost_seconds: known ? seconds(missing) : null,
         current: content(read()),
       };
     },
@@ -193,7 +194,9 @@ export function cannedStore({ health, now, read, write }: Options) {
       const backup = backups.find((one) => one.file === file);
       if (!backup) return { error: "Cette sauvegarde n’est plus là." };
       write(at(backup.time));
-      return { ok: true, kept: "/home/camille/.local/share/Orvanta/orvanta.db.avant-restauration" };
+      const kept = "orvanta.db.avant-restauration";
+      health.notice = `Une sauvegarde a été restaurée. L’ancien fichier est gardé : ${kept}.`;
+      return { ok: true, kept: `/home/camille/.local/share/Orvanta/${kept}` };
     },
   };
   return { answer, routes };

@@ -295,7 +295,8 @@ for (const colorScheme of ["light", "dark"]) {
     assert.match(text, /Le fichier actuel n’est pas effacé/);
     assert.deepEqual(await complaints(page), []);
     await confirm.click();
-    await toast(page, "orvanta.db.avant-restauration");
+    await toast(page, "Restauré");
+    await page.locator(".store-notice", { hasText: "orvanta.db.avant-restauration" }).waitFor();
     await row("Fichier des données").getByText("14 novembre 2026").waitFor();
     assert.equal(await page.evaluate(() => document.activeElement.textContent), "Restaurer…");
     assert.deepEqual(await complaints(page), []);
@@ -310,6 +311,10 @@ for (const colorScheme of ["light", "dark"]) {
     await button(bad, "Sauvegarder maintenant").click();
     await bad.locator(".field-error", { hasText: "est abîmé" }).waitFor();
     assert.deepEqual(await complaints(bad), []);
+    await button(bad, "Restaurer…").click();
+    await bad.locator("dialog").getByRole("radio").first().check();
+    await bad.locator("dialog .preview", { hasText: "n’est pas connu" }).waitFor();
+    await bad.keyboard.press("Escape");
     await button(bad, "Ne plus montrer").click();
     assert.equal(await notice.innerText(), "");
     await bad.getByText("Dernière réparation ou restauration").waitFor();

@@ -248,7 +248,8 @@ export interface Routes {
   /** Erases for good, from the backups too; `preview` only counts. */
   "events.delete": [
     ({ start: UnixTime; end: UnixTime } | { ids: number[] }) & { preview?: true },
-    Ok & { deleted: number; seconds: Seconds },
+    // The message tells of a copy that could not be cleaned.
+    Ok & { deleted: number; seconds: Seconds; message?: string },
   ];
   "changes.list": [{ limit?: number }, Change[]];
   "changes.undo": [{ id: number }, Ok];
@@ -257,7 +258,7 @@ export interface Routes {
   "store.backup": [Nothing, Ok & Backup];
   "store.check": [Nothing, { ok: boolean; message: string; problems: string[] }];
   "store.restorePreview": [{ file: string }, RestorePreview];
-  "store.restore": [{ file: string }, Ok & { kept: string }];
+  "store.restore": [{ file: string }, Ok & { kept: string | null }];
   "settings.get": [Nothing, Settings];
   "settings.set": [Partial<Record<keyof Settings, string | number | string[]>>, Ok];
   "tracker.pause": [Nothing, Ok];

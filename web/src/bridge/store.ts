@@ -47,9 +47,9 @@ export interface StoreContent {
 export interface RestorePreview extends StoreContent {
   file: string;
   time: UnixTime;
-  /** Recorded now, and not in the backup. */
-  lost_spans: number;
-  lost_seconds: Seconds;
+  /** Recorded now, and not in the backup; null when today's file cannot be read in full. */
+  lost_spans: number | null;
+  lost_seconds: Seconds | null;
   current: StoreContent;
 }
 

@@ -104,15 +104,20 @@ export function AssignBar({
         )}
         {one && why && <Why block={one} why={why} onEditRule={onEditRule} />}
       </div>
-      <button
-        type="button"
-        class="button ghost square assign-close"
-        aria-label="Ne rien sélectionner"
-        title="Échap"
-        onClick={onClose}
-      >
-        <Icon name="close" />
-      </button>
+      <div class="assign-end">
+        <button type="button" class="button danger small" title="Suppr" onClick={onDelete}>
+          Supprimer…
+        </button>
+        <button
+          type="button"
+          class="button ghost square"
+          aria-label="Ne rien sélectionner"
+          title="Échap"
+          onClick={onClose}
+        >
+          <Icon name="close" />
+        </button>
+      </div>
       <div class="assign-how">
         <fieldset class="segmented">
           <legend class="sr-only">Catégorie</legend>
@@ -163,9 +168,6 @@ export function AssignBar({
             Créer une règle…
           </button>
         )}
-        <button type="button" class="button danger" title="Suppr" onClick={onDelete}>
-          Supprimer…
-        </button>
       </div>
     </form>
   );

@@ -14,7 +14,7 @@ import {
 } from "../../model/filter";
 import { type Pattern, reason } from "../../model/matching";
 import { nothing, selectedBlocks, type Selection } from "../../model/selection";
-import { addDays, capitalize, clock, count, duration, longDay } from "../../model/time";
+import { addDays, capitalize, clock, count, duration, isolated, longDay } from "../../model/time";
 import { activity } from "../../model/timeline";
 import { Empty, Failure, Incomplete } from "../../ui/parts";
 import { openCalendar, PeriodBar } from "../../ui/period";
@@ -130,7 +130,11 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
     return true;
   };
 
-  const remove = () => setDeleting({ what, spans: range ? { ...range } : { ids } });
+  const one = selected.length === 1 ? selected[0] : undefined;
+  const remove = () => {
+    const name = one && `${isolated(one.domain ?? one.app, 40)}, ${clock(one.start)} – ${clock(one.end)}`;
+    setDeleting({ what: name ?? what, spans: range ? { ...range } : { ids } });
+  };
 
   useShortcuts({
     ...Object.fromEntries(assignable.map((cat, index) => [String(index + 1), () => quick(cat)])),
@@ -152,7 +156,6 @@ export function DayView({ day, today, onDay, status }: PeriodProps & { status: S
   const isToday = day === today;
   const projects = report?.projects ?? [];
   const totals = report?.totals;
-  const one = selected.length === 1 ? selected[0] : undefined;
   const why = one && rules.answer ? reason(one, rules.answer, projects) : null;
   return (
     <div class="view day-view">

@@ -5,7 +5,7 @@ import { Confirm } from "../../ui/dialog";
 import { useNotice } from "../../ui/toast";
 
 export interface Deletion {
-  /** The selection's name: its clock times, or how many blocks it is. */
+  /** The selection's name: its clock times and what it is, or how many blocks. */
   what: string;
   spans: { start: number; end: number } | { ids: number[] };
 }
@@ -30,8 +30,8 @@ export function DeleteDialog({ what, spans, onDeleted, onClose }: Props) {
       disabled={!answer || answer.deleted === 0}
       onClose={onClose}
       onConfirm={async () => {
-        const { deleted, seconds } = await client.call("events.delete", body);
-        notify({ text: `Supprimé : ${size(deleted, seconds)}.` });
+        const { deleted, seconds, message } = await client.call("events.delete", body);
+        notify(message ? { text: message, failed: true } : { text: `Supprimé : ${size(deleted, seconds)}.` });
         onDeleted();
       }}
     >

@@ -1,5 +1,5 @@
 import { useEffect, useState } from "preact/hooks";
-import type { UnixTime } from "../../bridge/routes";
+import type { Seconds, UnixTime } from "../../bridge/routes";
 import type { Backup, StoreContent } from "../../bridge/store";
 import { useAnswer, useClient } from "../../client";
 import { fileSize, moment } from "../../model/store";
@@ -29,11 +29,9 @@ export function RestoreDialog({ backups, now, onClose }: Props) {
       onClose={onClose}
       onConfirm={async () => {
         if (!chosen) return;
-        const { kept } = await client.call("store.restore", { file: chosen.file });
-        notify({
-          text: `Restauré : sauvegarde faite ${moment(chosen.time, now)}.`,
-          details: [`Le fichier d’avant est gardé : ${kept}`],
-        });
+        await client.call("store.restore", { file: chosen.file });
+        // Where the file of before is, the notice over the page tells.
+        notify({ text: `Restauré : sauvegarde faite ${moment(chosen.time, now)}.` });
       }}
     >
       {backups.length === 0 ? (
@@ -79,18 +77,29 @@ function Preview({ file, onReady }: { file: string; onReady: () => void }) {
     <>
       <Comparison now={answer.current} then={answer} />
       <p>
-        {answer.lost_spans > 0 ? (
-          <>
-            <b>
-              {count(answer.lost_spans, "activité")} ({duration(answer.lost_seconds)})
-            </b>{" "}
-            du fichier actuel ne sont pas dans cette sauvegarde et seront mises de côté avec lui.
-          </>
-        ) : (
-          "Cette sauvegarde contient tout le temps du fichier actuel."
-        )}
+        <Lost spans={answer.lost_spans} seconds={answer.lost_seconds} />
       </p>
       <p>Le fichier actuel n’est pas effacé : il est gardé à part, sous un autre nom.</p>
+    </>
+  );
+}
+
+function Lost({ spans, seconds }: { spans: number | null; seconds: Seconds | null }) {
+  if (spans === null || seconds === null)
+    return (
+      <>
+        Le fichier actuel ne peut pas être lu en entier : ce qui manque à cette sauvegarde n’est pas connu.
+      </>
+    );
+  if (spans === 0) return <>Cette sauvegarde contient tout le temps du fichier actuel.</>;
+  return (
+    <>
+      <b>
+        {count(spans, "activité")} ({duration(seconds)})
+      </b>
+      {spans === 1
+        ? " du fichier actuel n’est pas dans cette sauvegarde et sera mise de côté avec lui."
+        : " du fichier actuel ne sont pas dans cette sauvegarde et seront mises de côté avec lui."}
     </>
   );
 }
