@@ -189,15 +189,16 @@ void Engine::debounce(Sample sample, double now) {
 }
 
 void Engine::pause() {
-  closeSpan(closingTime());
+  finish();
   candidate_.reset();
 }
 
 void Engine::willSleep() {
   asleepSince_ = uptime_().awake;
-  closeSpan(closingTime());
+  finish();
 }
 
+// Nothing comes after it for a while, so it may wait for its turn.
 void Engine::finish() {
   closeSpan(closingTime());
   log_.write(Patience::Usual).forget();

@@ -189,7 +189,7 @@ void Database::storeWaiting() {
   if (!waiting.empty()) {
     Transaction change(*this, Patience::None);
     storeSettings(change, waiting).forget();
-  } else if (health_.condition()) {
+  } else if (health_.suspected()) {
     Transaction probe(*this, Patience::None);
     // SQLite writes nothing for an UPDATE that changes nothing.
     probe.run("REPLACE INTO settings SELECT key, value FROM settings WHERE key='onboarded'");

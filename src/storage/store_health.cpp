@@ -122,6 +122,11 @@ void StoreHealth::mended() {
   condition_.reset();
 }
 
+bool StoreHealth::suspected() const {
+  const std::lock_guard lock(mutex_);
+  return condition_.has_value();
+}
+
 std::optional<StoreHealth::Condition> StoreHealth::condition() const {
   const std::lock_guard lock(mutex_);
   return counts() ? condition_ : std::nullopt;

@@ -46,6 +46,8 @@ class StoreHealth {
 
   /// A lock counts once it has lasted some seconds: other programs write, too.
   std::optional<Condition> condition() const;
+  /// Something has failed and nothing was written since, whether it counts yet or not.
+  bool suspected() const;
 
  private:
   const Clock clock_;

@@ -257,18 +257,18 @@ class ProgramTest(unittest.TestCase):
             set(modes))
         self.assertEqual({path: oct(mode) for path, mode in modes.items() if mode & 0o077}, {})
 
-    def test_a_file_that_is_no_database_is_left_alone(self):
+    def test_a_file_that_is_no_database_is_put_aside_as_it_is(self):
         os.mkdir(os.path.dirname(self.desktop.database()))
         content = "Ceci n'est pas une base.\n".encode() * 500
         with open(self.desktop.database(), "wb") as file:
             file.write(content)
         program = self.desktop.spawn(ORVANTA)
         wait_for(lambda: "impossible d'ouvrir la base" in output_of(program), 10, "it says so")
-        pass_time(2 * TICK)
-        self.assertIsNone(program.poll())
+        kept = wait_for(lambda: glob.glob(self.desktop.database() + ".endommagé-*"), 15, "put aside")
+        wait_for(self.desktop.spans, 15, "it records in a new one")
         self.assertEqual(self.desktop.call("day")[0], 0)
         self.assertEqual(end(program)[0], 0)
-        with open(self.desktop.database(), "rb") as file:
+        with open(kept[0], "rb") as file:
             self.assertEqual(file.read(), content)
 
 
