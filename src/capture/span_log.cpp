@@ -9,7 +9,7 @@ namespace {
 
 // A day of spans of ten seconds, each with a title and an address of some hundred bytes.
 constexpr std::size_t kMostBytes = std::size_t{8} << 20;
-constexpr std::size_t kMostAtOnce = 1000;  // spans; some ten milliseconds
+constexpr std::size_t kMostAtOnce = 500;  // spans; some milliseconds
 
 std::size_t sizeOf(const SpanRecord& span) {
   const auto length = [](const std::optional<std::string>& text) {

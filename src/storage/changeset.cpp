@@ -31,7 +31,8 @@ bool same(sqlite3_value* a, sqlite3_value* b) {
     default: {
       const auto bytes = static_cast<std::size_t>(sqlite3_value_bytes(a));
       return bytes == static_cast<std::size_t>(sqlite3_value_bytes(b)) &&
-             std::memcmp(sqlite3_value_blob(a), sqlite3_value_blob(b), bytes) == 0;
+             // An empty one may have no place in memory.
+             (bytes == 0 || std::memcmp(sqlite3_value_blob(a), sqlite3_value_blob(b), bytes) == 0);
     }
   }
 }
