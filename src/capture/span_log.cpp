@@ -129,7 +129,7 @@ int64_t SpanLog::put(Transaction& change, const Entry& entry) const {
   if (entry.id < 1) {
     const auto row = generation_ > 0 ? known(change, span) : std::nullopt;
     if (!row) return insert(change, entry);
-    change.run("UPDATE events SET end=max(end, ?), title=?, url=? WHERE id=?",
+    change.run("UPDATE events SET end=max(start, ?), title=?, url=? WHERE id=?",
                {span.end, span.title, span.url, *row});
     return *row;
   }

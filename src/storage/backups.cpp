@@ -117,8 +117,14 @@ void Backups::removeUnfinished() const {
 }
 
 fs::path Backups::newName(double now) const {
-  std::error_code ignored;
-  for (int number = 1;; ++number) {
+  // Above those of this minute, also where some of them are gone: the newest is the highest.
+  const auto stamp = fs::path(backupName(now, 1, surroundings_.calendar)).stem().string();
+  int number = 1;
+  for (const auto& backup : list()) {
+    if (!backup.file.stem().string().starts_with(stamp)) continue;
+    number = std::max(number, readBackupName(backup.file, surroundings_.calendar)->number + 1);
+  }
+  for (std::error_code ignored;; ++number) {
     auto file = folder_ / backupName(now, number, surroundings_.calendar);
     if (!fs::exists(fs::symlink_status(file, ignored))) return file;
   }
@@ -133,7 +139,7 @@ CopyResult Backups::make(const fs::path& store, double now, const std::stop_toke
     result = backUpTo(store, file, {.stop = stop, .freeSpace = surroundings_.freeSpace});
     if (result.made) {
       setModifiedAt(file, now);
-      lastMade_ = file;
+      lastMade_ = result.file = file;
     }
   } else {
     result.error = fmt::format("le dossier {} ne peut pas être créé", folder_.string());

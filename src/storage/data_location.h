@@ -24,8 +24,9 @@ struct DataLocation {
 /// Makes the location ready to be opened. Where `dir` does not exist and the legacy folder does,
 /// the legacy data is moved into place: once, since `dir` exists from then on. The folder is left
 /// with mode 0700 and the file with 0600, an empty file where there was none, so that no other user
-/// of the machine reads them. File-system failures are passed over; opening the file will tell. Nobody in this process may have
-/// the file open: closing any descriptor of it frees the locks that SQLite holds on it.
+/// of the machine reads them. File-system failures are passed over; opening the file will tell.
+/// Nobody in this process may have the file open: closing any descriptor of it frees the locks that
+/// SQLite holds on it.
 void prepare(const DataLocation& where, const Log& log);
 
 }  // namespace orvanta

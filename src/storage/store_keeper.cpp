@@ -154,12 +154,11 @@ Result StoreKeeper::wait(Work work) {
 
 StoreKeeper::Made StoreKeeper::backUp() {
   return wait<Made>([&]() -> Made {
-    const auto copy = backups_.make(db_.location().file(), clock_(), stop_.get_token());
+    const double now = clock_();
+    const auto copy = backups_.make(db_.location().file(), now, stop_.get_token());
     if (!copy.made) return {{}, copy.stopped ? "la sauvegarde a été interrompue" : copy.error};
-    backups_.prune(clock_());
-    const auto list = backups_.list();
-    if (list.empty()) return {{}, "la sauvegarde a disparu"};
-    return {list.front(), ""};
+    backups_.prune(now);
+    return {Backup{copy.file, now, copy.bytes}, ""};
   });
 }
 

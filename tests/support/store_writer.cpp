@@ -2,13 +2,16 @@
 // time up to which it has recorded. For a test that kills it.
 #include <fmt/format.h>
 
+#include <boost/json/serialize.hpp>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <random>
+#include <string_view>
 
 #include "classify/assign_range.h"
 #include "classify/defaults.h"
+#include "storage/store_swap.h"
 #include "support/program.h"
 #include "support/random_store.h"
 
@@ -40,7 +43,7 @@ class Writer {
   }
 
   void change() {
-    switch (dice_.upTo(6)) {
+    switch (dice_.upTo(7)) {
       case 0:
         program_.call("rules.save", R"({"field": "domain", "pattern": "sauf.fr"})");
         break;
@@ -58,6 +61,13 @@ class Writer {
       case 4:
         assignRange({});
         break;
+      case 5: {  // as nothing is recorded in between, the store stays as it is
+        const auto made = program_.call("store.backup");
+        if (!made.as_object().contains("file")) break;
+        program_.call("store.restore",
+                      boost::json::serialize(boost::json::object{{"file", made.at("file")}}));
+        break;
+      }
       default:
         turnLast();
     }
@@ -97,7 +107,9 @@ class Writer {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) return 2;  // folder, time of the first tick
+  if (argc != 3) return 2;  // folder; time of the first tick, or "finish"
+  finishSwap(DataLocation::under(argv[1]).file());
+  if (std::string_view(argv[2]) == "finish") return 0;
   Writer writer(argv[1], std::strtod(argv[2], nullptr));
   for (int step = 0;; ++step) {
     writer.tick();
