@@ -14,7 +14,7 @@ namespace orvanta {
 struct CopyResult {
   bool made = false;
   bool stopped = false;
-  std::string error;  ///< French sentence without full stop; empty when made or stopped
+  std::string error;           ///< French sentence without full stop; empty when made or stopped
   std::filesystem::path file;  ///< where it is; empty when not made
   uint64_t bytes = 0;
   double seconds = 0;
