@@ -8,6 +8,9 @@
 
 namespace orvanta {
 
+/// As the only word, asks for the answers to all the requests of standard input; see call_loop.h.
+inline constexpr auto kManyCalls = "-";
+
 /// Answers the call in this process, from the store and the desktop as they are. Nothing is
 /// recorded, so there is no current activity; what concerns the window, the menu or the end of the
 /// running program does nothing.

@@ -33,6 +33,8 @@ constexpr auto kUsage =
     "        orvanta --show                ouvre le tableau de bord\n"
     "        orvanta --pause, --resume     met le suivi en pause, le reprend\n"
     "        orvanta --call ROUTE [JSON]   affiche la réponse d'une route\n"
+    "        orvanta --call -              répond à chaque ligne {\"id\", \"path\", \"body\"} de "
+    "l'entrée\n"
     "        orvanta --export DU AU [FICHIER]\n"
     "                                      écrit les activités de ces jours (AAAA-MM-JJ) en CSV\n"
     "        orvanta --check               dit si la base et ses sauvegardes sont intactes\n"
@@ -71,6 +73,11 @@ bool runningElsewhere() {
 // The running program answers; without one the store is read here.
 int call(int argc, char** argv, const std::vector<std::string>& words) {
   if (runningElsewhere()) {
+    if (words == std::vector<std::string>{kManyCalls}) {
+      std::fputs("Orvanta : le programme est en marche, posez-lui les questions une à une\n",
+                 stderr);
+      return 1;
+    }
     const int status =
         Gio::Application::create(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
                                                      Gio::Application::Flags::IS_LAUNCHER)
