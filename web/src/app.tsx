@@ -1,39 +1,19 @@
-import { useEffect, useMemo, useState } from "preact/hooks";
+import { useEffect, useState } from "preact/hooks";
 import type { Day, Status } from "./bridge/routes";
 import { useAnswer, useClient } from "./client";
-import { loadPlace, savePlace, type Place, type ViewName } from "./model/place";
+import { loadPlace, savePlace, type Place } from "./model/place";
 import { addDays, dayOf } from "./model/time";
 import { Guard } from "./ui/guard";
 import { Header } from "./ui/header";
-import { Icon, type IconName } from "./ui/icons";
+import { Icon } from "./ui/icons";
 import { Failure } from "./ui/parts";
-import { ShortcutHelp, useShortcuts } from "./ui/shortcuts";
+import { useShortcuts } from "./ui/shortcuts";
 import { StoreBanner, StoreNotice } from "./ui/store_banner";
 import { type Notice, NoticeProvider, Toast, useAttempt } from "./ui/toast";
-import { DayView } from "./views/day/day";
-import { ProjectsView } from "./views/projects/projects";
-import { RecapView } from "./views/recap";
-import { RulesView } from "./views/rules/rules";
-import { SettingsView } from "./views/settings/settings";
-import { WeekView } from "./views/week";
+import type { ViewProps } from "./views/props";
+import { viewOf, views } from "./views/registry";
+import { ShortcutHelp } from "./views/shortcut_help";
 import { Welcome } from "./views/welcome";
-
-const views: { name: ViewName; label: string; icon: IconName; key: string }[] = [
-  { name: "day", label: "Jour", icon: "day", key: "j" },
-  { name: "week", label: "Semaine", icon: "week", key: "s" },
-  { name: "recap", label: "Bilan", icon: "recap", key: "b" },
-  { name: "projects", label: "Projets", icon: "projects", key: "p" },
-  { name: "rules", label: "Règles", icon: "rules", key: "r" },
-  { name: "settings", label: "Réglages", icon: "settings", key: "g" },
-];
-
-/** What a view of a period gets: the day chosen, and ways to another. */
-export interface PeriodProps {
-  day: Day;
-  today: Day;
-  onDay: (day: Day) => void;
-  onOpenDay: (day: Day) => void;
-}
 
 export function App() {
   const [notice, setNotice] = useState<Notice | null>(null);
@@ -58,22 +38,25 @@ function Page() {
   const go = (to: Partial<Place>) => setPlace((old) => ({ ...old, ...to }));
   useEffect(() => savePlace(place), [place]);
 
-  const onDay = (to: Day) => go({ day: to >= today ? null : to });
-  const period: PeriodProps = useMemo(
-    () => ({ day, today, onDay, onOpenDay: (to) => go({ view: "day", day: to >= today ? null : to }) }),
-    [day, today],
-  );
+  const onDay = (to: Day, view = place.view) => go({ view, day: to >= today ? null : to });
+  const props: ViewProps = {
+    status: status.answer,
+    day,
+    today,
+    onDay,
+    onOpenDay: (to) => onDay(to, "day"),
+    onWelcome: () => setWelcome(true),
+  };
+  const { id, dated = 0, component: View } = viewOf(place.view);
 
   const togglePause = () =>
     void attempt(() => client.call(status.answer?.paused ? "tracker.resume" : "tracker.pause", {}));
-  const step = place.view === "day" ? 1 : 7;
-  const dated = place.view === "day" || place.view === "week" || place.view === "recap";
   useShortcuts({
-    ...Object.fromEntries(views.map(({ name, key }) => [key, () => go({ view: name })])),
+    ...Object.fromEntries(views.map((view) => [view.key, () => go({ view: view.id })])),
     "?": () => setHelp(true),
     a: () => go({ day: null }),
-    ArrowLeft: () => dated && onDay(addDays(day, -step)),
-    ArrowRight: () => dated && onDay(addDays(day, step)),
+    ArrowLeft: () => dated > 0 && onDay(addDays(day, -dated)),
+    ArrowRight: () => dated > 0 && onDay(addDays(day, dated)),
     "Shift+P": togglePause,
   });
 
@@ -89,7 +72,7 @@ function Page() {
   return (
     <div class="shell">
       <Sidebar
-        view={place.view}
+        view={id}
         version={status.answer?.version}
         onView={(view) => go({ view })}
         onHelp={() => setHelp(true)}
@@ -101,18 +84,11 @@ function Page() {
           {/* Asked for anew when a trouble begins or ends: a repair has something to tell. */}
           <StoreNotice key={status.answer?.store?.state ?? "ok"} />
         </div>
-        <main class="main" data-scroller tabIndex={-1} key={place.view}>
+        <main class="main" data-scroller tabIndex={-1} key={id}>
           {status.error && <Failure text={status.error} retry={status.reload} />}
           {status.answer && <Banners status={status.answer} />}
           <Guard>
-            {place.view === "day" && <DayView {...period} status={status.answer} />}
-            {place.view === "week" && <WeekView {...period} />}
-            {place.view === "recap" && <RecapView {...period} />}
-            {place.view === "projects" && <ProjectsView />}
-            {place.view === "rules" && <RulesView today={today} />}
-            {place.view === "settings" && (
-              <SettingsView status={status.answer} today={today} onWelcome={() => setWelcome(true)} />
-            )}
+            <View {...props} />
           </Guard>
         </main>
       </div>
@@ -122,9 +98,9 @@ function Page() {
 }
 
 interface SidebarProps {
-  view: ViewName;
+  view: string;
   version: string | undefined;
-  onView: (view: ViewName) => void;
+  onView: (view: string) => void;
   onHelp: () => void;
 }
 
@@ -139,17 +115,19 @@ function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
         <span>Orvanta</span>
       </p>
       <ul>
-        {views.map(({ name, label, icon, key }) => (
-          <li key={name}>
+        {views.map(({ id, title, icon, key }) => (
+          <li key={id}>
             <button
               type="button"
               class="nav"
-              aria-current={view === name ? "page" : undefined}
-              title={`${label} (${key.toUpperCase()})`}
-              onClick={() => onView(name)}
+              data-view={id}
+              aria-current={view === id ? "page" : undefined}
+              aria-keyshortcuts={key.toUpperCase()}
+              title={`${title} (${key.toUpperCase()})`}
+              onClick={() => onView(id)}
             >
               <Icon name={icon} />
-              <span>{label}</span>
+              <span>{title}</span>
             </button>
           </li>
         ))}

@@ -1,5 +1,5 @@
 // What can be asked about the file that keeps everything, and about what was changed in it.
-import type { LearnedRule, Seconds, UnixTime } from "./routes";
+import type { LearnedRule, Seconds, UnixTime } from "./reports";
 
 export type StoreState = "readonly" | "full" | "locked" | "damaged" | "absent";
 

@@ -4,11 +4,9 @@ import type { Day } from "../bridge/routes";
 import { load, save } from "./stored";
 import { dayOf, isDay } from "./time";
 
-export const viewNames = ["day", "week", "recap", "projects", "rules", "settings"] as const;
-export type ViewName = (typeof viewNames)[number];
-
 export interface Place {
-  view: ViewName;
+  /** Its name; one that is no longer there is taken for the first. */
+  view: string;
   /** The day shown; null follows today. The week and the recap show the week that holds it. */
   day: Day | null;
 }
@@ -18,7 +16,7 @@ const today = () => dayOf(Date.now() / 1000);
 
 function valid(value: unknown): boolean {
   const { view, day } = (value ?? {}) as Partial<Place>;
-  return viewNames.includes(view as ViewName) && (day === null || isDay(day));
+  return typeof view === "string" && (day === null || isDay(day));
 }
 
 export function loadPlace(): Place {

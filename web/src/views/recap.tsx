@@ -1,5 +1,4 @@
 import { useMemo } from "preact/hooks";
-import type { PeriodProps } from "../app";
 import type { RecapReport, WeekSummary } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { changes, type Compared, type Dimension } from "../model/recap";
@@ -8,8 +7,9 @@ import { CategoryMark, ProjectDot } from "../ui/icons";
 import { CategoryBar, CategoryLegend, Empty, Failure, Foreign, Incomplete } from "../ui/parts";
 import { openCalendar, WeekPeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
+import type { ViewProps } from "./props";
 
-export function RecapView({ day, today, onDay, onOpenDay }: PeriodProps) {
+export function RecapView({ day, today, onDay, onOpenDay }: ViewProps) {
   const monday = mondayOf(day);
   const isCurrent = monday === mondayOf(today);
   const { answer, error, reload } = useAnswer("recap", { date: monday }, isCurrent ? 60 : 0);

@@ -1,4 +1,3 @@
-import type { PeriodProps } from "../app";
 import type { WeekReport } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
@@ -7,8 +6,9 @@ import { CategoryTable } from "../ui/category_table";
 import { CategoryBar, CategoryLegend, Empty, Failure, Incomplete, projectRows, ShareList } from "../ui/parts";
 import { openCalendar, WeekPeriodBar } from "../ui/period";
 import { useShortcuts } from "../ui/shortcuts";
+import type { ViewProps } from "./props";
 
-export function WeekView({ day, today, onDay, onOpenDay }: PeriodProps) {
+export function WeekView({ day, today, onDay, onOpenDay }: ViewProps) {
   const monday = mondayOf(day);
   const isCurrent = monday === mondayOf(today);
   const { answer, error, reload } = useAnswer("week", { date: monday }, isCurrent ? 60 : 0);

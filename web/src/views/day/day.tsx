@@ -1,6 +1,5 @@
 import { useEffect, useMemo, useRef, useState } from "preact/hooks";
-import type { PeriodProps } from "../../app";
-import type { Block, RuleRow, Status, UnixTime } from "../../bridge/routes";
+import type { Block, RuleRow, UnixTime } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { activeTime, assignable } from "../../model/categories";
 import { assignIds, assignRange, type Target } from "../../model/changes";
@@ -20,6 +19,7 @@ import { Empty, Failure, Incomplete } from "../../ui/parts";
 import { openCalendar, PeriodBar } from "../../ui/period";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
+import type { ViewProps } from "../props";
 import { learnedText } from "../rules/learned_text";
 import { RuleEditor, type RuleDraft } from "../rules/rule_editor";
 import { AssignBar } from "./assign_bar";
@@ -38,7 +38,7 @@ function within(blocks: readonly Block[], start: UnixTime, end: UnixTime): Block
   return blocks.filter((block) => !block.idle && block.end > start && block.start < end);
 }
 
-export function DayView({ day, today, onDay, status }: PeriodProps & { status: Status | undefined }) {
+export function DayView({ day, today, onDay, status }: ViewProps) {
   const client = useClient();
   const attempt = useAttempt();
   const undoable = useUndoable();

@@ -1,24 +1,19 @@
 import { useRef, useState } from "preact/hooks";
-import type { Body, Day, Status } from "../../bridge/routes";
+import type { Body } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { numberSettings, readList } from "../../model/settings";
 import { count } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { Failure } from "../../ui/parts";
 import { useAttempt, useNotice } from "../../ui/toast";
+import type { ViewProps } from "../props";
 import { Export } from "./export";
 import { DomainList, NumberField, Row, Section, Switch } from "./fields";
 import { StoreRows } from "./store";
 import { BrowserRows, DesktopRows } from "./permissions";
 import { TelemetryRows } from "./telemetry";
 
-interface Props {
-  status: Status | undefined;
-  today: Day;
-  onWelcome: () => void;
-}
-
-export function SettingsView({ status, today, onWelcome }: Props) {
+export function SettingsView({ status, today, onWelcome }: ViewProps) {
   const client = useClient();
   const attempt = useAttempt();
   const notify = useNotice();

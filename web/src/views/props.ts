@@ -1,0 +1,11 @@
+import type { Day, Status } from "../bridge/routes";
+
+/** What every view gets: how the program is, the day chosen, and ways to elsewhere. */
+export interface ViewProps {
+  status: Status | undefined;
+  day: Day;
+  today: Day;
+  onDay: (day: Day) => void;
+  onOpenDay: (day: Day) => void;
+  onWelcome: () => void;
+}
