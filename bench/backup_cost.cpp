@@ -7,7 +7,7 @@
 
 #include "base/files.h"
 #include "storage/store_copy.h"
-#include "store_maker.h"
+#include "store_maker/bench_stores.h"
 
 namespace orvanta::bench {
 namespace {

@@ -9,7 +9,7 @@
 #include "platform/desktop.h"
 #include "ratios.h"
 #include "storage/json.h"
-#include "store_maker.h"
+#include "store_maker/bench_stores.h"
 
 #include "bridge/router.h"
 

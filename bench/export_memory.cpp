@@ -10,7 +10,7 @@
 
 #include "base/calendar.h"
 #include "base/clock.h"
-#include "store_maker.h"
+#include "store_maker/bench_stores.h"
 
 namespace orvanta::bench {
 namespace {

@@ -7,7 +7,7 @@
 #include "reports/analytics.h"
 #include "reports/spans.h"
 #include "storage/json.h"
-#include "store_maker.h"
+#include "store_maker/bench_stores.h"
 
 namespace orvanta::bench {
 namespace {

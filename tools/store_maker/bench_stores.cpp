@@ -1,14 +1,16 @@
-#include "store_maker.h"
+#include "store_maker/bench_stores.h"
 
 #include <fmt/format.h>
 
 #include <cstdlib>
+#include <limits>
 #include <random>
 
 #include "base/calendar.h"
 #include "base/clock.h"
 #include "classify/defaults.h"
 #include "storage/transaction.h"
+#include "store_maker/span_writer.h"
 
 namespace orvanta::bench {
 namespace {
@@ -19,42 +21,44 @@ constexpr double kWorkingDay = 15 * 3600;
 
 class Life {
  public:
-  explicit Life(Transaction& change) : change_(change) {}
+  explicit Life(SpanWriter& spans) : spans_(spans) {}
 
   void live(int day, double midnight) {
-    insert(midnight - kSecondsPerDay + kMorning + kWorkingDay, midnight + kMorning, "Inactif", {},
-           {}, {}, true);
+    spans_.add({.start = midnight - kSecondsPerDay + kMorning + kWorkingDay,
+                .end = midnight + kMorning,
+                .app = "Inactif",
+                .idle = true});
     const double length = kWorkingDay / (kSpansPerDay - 1);
     double at = midnight + kMorning;
     for (int i = 1; i < kSpansPerDay; ++i, at += length) {
       const int app = upTo(11);
       if (app > 4) {
-        insert(at, at + length, fmt::format("Application {}", app),
-               fmt::format("Document {} de la semaine {} — relecture", upTo(200), day / 7), {}, {},
-               upTo(39) == 0);
+        const auto title =
+            fmt::format("Document {} de la semaine {} — relecture", upTo(200), day / 7);
+        spans_.add({.start = at,
+                    .end = at + length,
+                    .app = fmt::format("Application {}", app),
+                    .title = title,
+                    .idle = upTo(39) == 0});
         continue;
       }
       const auto site =
           app == 0 ? std::string("www.youtube.com") : fmt::format("site{}.fr", upTo(150));
       const int page = upTo(400);
-      insert(at, at + length, "Firefox",
-             fmt::format("Page {} de la semaine {} — un titre assez long", page, day / 7),
-             fmt::format("https://{}/chemin/{}/{}?parametre=valeur", site, day / 7, page), site,
-             false);
+      spans_.add(
+          {.start = at,
+           .end = at + length,
+           .app = "Firefox",
+           .title = fmt::format("Page {} de la semaine {} — un titre assez long", page, day / 7),
+           .url = fmt::format("https://{}/chemin/{}/{}?parametre=valeur", site, day / 7, page),
+           .domain = site});
     }
   }
 
  private:
   int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
 
-  void insert(double start, double end, const std::string& app, std::optional<std::string> title,
-              std::optional<std::string> url, std::optional<std::string> domain, bool idle) {
-    change_.run(
-        "INSERT INTO events(start,end,app,bundle,title,url,domain,idle) VALUES (?,?,?,?,?,?,?,?)",
-        {start, end, app, "org.example." + app, title, url, domain, idle});
-  }
-
-  Transaction& change_;
+  SpanWriter& spans_;
   std::mt19937 random_{7};  // NOLINT(cert-msc51-cpp): the same life every time
 };
 
@@ -97,7 +101,8 @@ std::unique_ptr<Database> openStore(int days) {
         "INSERT OR IGNORE INTO projects(name, keywords) VALUES (?, ?)",
         {fmt::format("Projet {}", i), fmt::format("document {}, client numéro {}", 150 + i, i)});
   }
-  Life life(change);
+  SpanWriter spans(change, std::numeric_limits<double>::max());
+  Life life(spans);
   for (int day = 0; day < days; ++day) life.live(day, today() - (days - 1 - day) * kSecondsPerDay);
   change.run("INSERT OR REPLACE INTO settings VALUES ('bench_made', '1')");
   if (!change.commit() || !db->truncateLog()) std::abort();
