@@ -2,7 +2,7 @@ import type { ProjectRow, Status } from "../bridge/routes";
 import { useAnswer, useClient } from "../client";
 import { clip, clock, duration } from "../model/time";
 import { Icon } from "./icons";
-import { Foreign } from "./parts";
+import { Foreign, ProjectSelect } from "./parts";
 import { useAttempt } from "./toast";
 
 function Now({ status }: { status: Status }) {
@@ -63,22 +63,13 @@ function CurrentProject({ status }: { status: Status }) {
   return (
     <label class="select-label" title={known ? since : "Les prochaines activités iront à ce projet."}>
       <span class="hide-narrow">Je travaille sur</span>
-      <select
-        class="select"
-        aria-label="Je travaille sur"
-        value={known ? String(status.current_project) : ""}
-        onChange={(event) => {
-          const value = event.currentTarget.value;
-          void attempt(() => client.call("tracker.project", { project_id: value ? Number(value) : null }));
-        }}
-      >
-        <option value="">Attribution automatique</option>
-        {active.map(({ id, name }) => (
-          <option key={id} value={String(id)}>
-            {clip(name, 60)}
-          </option>
-        ))}
-      </select>
+      <ProjectSelect
+        label="Je travaille sur"
+        none="Attribution automatique"
+        projects={active}
+        value={known ? status.current_project : null}
+        onChange={(project_id) => void attempt(() => client.call("tracker.project", { project_id }))}
+      />
     </label>
   );
 }

@@ -218,3 +218,33 @@ function ShareBar({ row, width }: { row: ShareRow; width: number }) {
     </span>
   );
 }
+
+interface ProjectSelectProps {
+  label?: string;
+  /** What it says while none is chosen. */
+  none: string;
+  /** Of the archived ones only the chosen one is listed. */
+  projects: readonly { id: number; name: string; archived: boolean | number | null }[];
+  value: number | null;
+  onChange: (id: number | null) => void;
+}
+
+export function ProjectSelect({ label, none, projects, value, onChange }: ProjectSelectProps) {
+  return (
+    <select
+      class="select"
+      aria-label={label}
+      value={value === null ? "" : String(value)}
+      onChange={(event) => onChange(event.currentTarget.value ? Number(event.currentTarget.value) : null)}
+    >
+      <option value="">{none}</option>
+      {projects
+        .filter(({ id, archived }) => Number(archived) !== 1 || id === value)
+        .map(({ id, name }) => (
+          <option key={id} value={String(id)}>
+            {clip(name, 60)}
+          </option>
+        ))}
+    </select>
+  );
+}

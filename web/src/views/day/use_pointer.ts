@@ -1,0 +1,69 @@
+import { useRef, useState } from "preact/hooks";
+import type { Segment, UnixTime } from "../../bridge/routes";
+import { segmentAt } from "../../model/timeline";
+import type { Range } from "./drawing";
+import type { Scale } from "./use_scale";
+
+interface Pointer {
+  /** What the pointer is over; nothing while it drags. */
+  hover: UnixTime | null;
+  dragged: Range | null;
+  leave: () => void;
+  handlers: Record<"onPointerDown" | "onPointerMove" | "onPointerUp", (event: PointerEvent) => void> & {
+    onPointerLeave: () => void;
+    onPointerCancel: () => void;
+  };
+}
+
+/** Pointing at the plot, dragging a range over it, and clicking on the segment of an index, or on none. */
+export function usePointer(
+  scale: Scale,
+  segments: readonly Segment[],
+  onRange: (range: Range | null) => void,
+  onClick: (index: number | null, extend: boolean) => void,
+): Pointer {
+  const { perPixel, timeAt } = scale;
+  const [hover, setHover] = useState<UnixTime | null>(null);
+  const [dragged, setDragged] = useState<Range | null>(null);
+  // What is dragged is known at once, not with the next drawing: the button may come up before that.
+  const drag = useRef<{ from: UnixTime; x: number; range: Range | null } | null>(null);
+  const leave = () => setHover(null);
+
+  // Edges of segments attract; elsewhere whole minutes.
+  const snapped = (time: UnixTime) => {
+    const near = segments[segmentAt(segments, time, 6 * perPixel)];
+    for (const edge of near ? [near.start, near.end] : []) {
+      if (Math.abs(edge - time) < 6 * perPixel) return edge;
+    }
+    return Math.round(time / 60) * 60;
+  };
+  const onPointerDown = (event: PointerEvent) => {
+    if (event.button !== 0) return;
+    drag.current = { from: timeAt(event), x: event.clientX, range: null };
+    (event.currentTarget as HTMLElement).setPointerCapture(event.pointerId);
+  };
+  const onPointerMove = (event: PointerEvent) => {
+    const time = timeAt(event);
+    setHover(time);
+    const held = drag.current;
+    if (!held || (!held.range && Math.abs(event.clientX - held.x) < 4)) return;
+    const [a, b] = [snapped(held.from), snapped(time)];
+    held.range = { start: Math.min(a, b), end: Math.max(a, b) };
+    setDragged(held.range);
+  };
+  const onPointerUp = (event: PointerEvent) => {
+    if (!drag.current) return;
+    const { range } = drag.current;
+    drag.current = null;
+    setDragged(null);
+    if (range) return onRange(range.end > range.start ? range : null);
+    const index = segmentAt(segments, timeAt(event), 4 * perPixel);
+    onClick(index < 0 ? null : index, event.shiftKey);
+  };
+  const onPointerCancel = () => {
+    drag.current = null;
+    setDragged(null);
+  };
+  const handlers = { onPointerDown, onPointerMove, onPointerUp, onPointerLeave: leave, onPointerCancel };
+  return { hover: dragged ? null : hover, dragged, leave, handlers };
+}

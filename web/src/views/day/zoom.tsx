@@ -1,0 +1,51 @@
+import { Icon, type IconName } from "../../ui/icons";
+import { useShortcuts } from "../../ui/shortcuts";
+import type { Scale } from "./use_scale";
+
+const step = 0.6;
+
+interface Props {
+  scale: Scale;
+  onZoom: (factor: number) => void;
+  onRange: () => void;
+}
+
+/** How much of the day the timeline shows, and a range on it without dragging. */
+export function Zoom({ scale, onZoom, onRange }: Props) {
+  const closer = () => onZoom(step);
+  const farther = () => onZoom(1 / step);
+  const fitted = () => scale.show(null);
+  useShortcuts({ "+": closer, "=": closer, "-": farther, z: fitted });
+  const square = (name: string, key: string, icon: IconName, act: () => void) => (
+    <button
+      type="button"
+      class="button ghost square small"
+      aria-label={name}
+      title={`${name} (${key})`}
+      onClick={act}
+    >
+      <Icon name={icon} />
+    </button>
+  );
+  return (
+    <div class="zoom">
+      {square("Réduire", "−", "minus", farther)}
+      {square("Agrandir", "+", "plus", closer)}
+      <button
+        type="button"
+        class="button ghost small"
+        disabled={!scale.chosen}
+        title="Voir toute l’activité (Z)"
+        onClick={fitted}
+      >
+        Tout
+      </button>
+      <button type="button" class="button ghost small" onClick={() => scale.show(scale.day)}>
+        24 h
+      </button>
+      <button type="button" class="button ghost small" onClick={onRange}>
+        Plage…
+      </button>
+    </div>
+  );
+}
