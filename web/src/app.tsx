@@ -1,6 +1,6 @@
 import { useEffect, useState } from "preact/hooks";
 import type { Day, Status } from "./bridge/routes";
-import { useAnswer, useClient } from "./client";
+import { useAnswer } from "./client";
 import { loadPlace, savePlace, type Place } from "./model/place";
 import { addDays, dayOf } from "./model/time";
 import { Guard } from "./ui/guard";
@@ -9,7 +9,7 @@ import { Icon } from "./ui/icons";
 import { Failure } from "./ui/parts";
 import { useShortcuts } from "./ui/shortcuts";
 import { StoreBanner, StoreNotice } from "./ui/store_banner";
-import { type Notice, NoticeProvider, Toast, useAttempt } from "./ui/toast";
+import { type Notice, NoticeProvider, Toast, useSend } from "./ui/toast";
 import type { ViewProps } from "./views/props";
 import { viewOf, views } from "./views/registry";
 import { ShortcutHelp } from "./views/shortcut_help";
@@ -26,8 +26,7 @@ export function App() {
 }
 
 function Page() {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   const status = useAnswer("status", {}, 3);
   const [place, setPlace] = useState(loadPlace);
   const [help, setHelp] = useState(false);
@@ -49,8 +48,7 @@ function Page() {
   };
   const { id, dated = 0, component: View } = viewOf(place.view);
 
-  const togglePause = () =>
-    void attempt(() => client.call(status.answer?.paused ? "tracker.resume" : "tracker.pause", {}));
+  const togglePause = () => send(status.answer?.paused ? "tracker.resume" : "tracker.pause", {});
   useShortcuts({
     ...Object.fromEntries(views.map((view) => [view.key, () => go({ view: view.id })])),
     "?": () => setHelp(true),
@@ -144,8 +142,7 @@ function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
 }
 
 function Banners({ status }: { status: Status }) {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   const { update } = status;
   return (
     <>
@@ -159,7 +156,7 @@ function Banners({ status }: { status: Status }) {
           <button
             type="button"
             class="button small"
-            onClick={() => void attempt(() => client.call("permissions.requestAccessibility", {}))}
+            onClick={() => send("permissions.requestAccessibility", {})}
           >
             Autoriser la lecture des titres
           </button>
@@ -168,11 +165,7 @@ function Banners({ status }: { status: Status }) {
       {update && (
         <div class="banner">
           <p>Orvanta {update.version} est disponible.</p>
-          <button
-            type="button"
-            class="button small"
-            onClick={() => void attempt(() => client.call("openURL", { url: update.url }))}
-          >
+          <button type="button" class="button small" onClick={() => send("openURL", { url: update.url })}>
             <Icon name="external" />
             Voir la nouvelle version
           </button>

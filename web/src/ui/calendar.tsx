@@ -8,15 +8,27 @@ import {
   longDay,
   mondayOf,
   monthName,
-  weekday,
 } from "../model/time";
 import { Icon, type IconName } from "./icons";
+import { IconButton } from "./parts";
 
 interface CalendarProps {
   day: Day;
   today: Day;
   onPick: (day: Day) => void;
 }
+
+const steps: Record<string, (day: Day) => Day> = {
+  ArrowLeft: (day) => addDays(day, -1),
+  ArrowRight: (day) => addDays(day, 1),
+  ArrowUp: (day) => addDays(day, -7),
+  ArrowDown: (day) => addDays(day, 7),
+  Home: mondayOf,
+  End: (day) => addDays(mondayOf(day), 6),
+  PageUp: (day) => addMonths(day, -1),
+  PageDown: (day) => addMonths(day, 1),
+};
+const weekdays = ["lundi", "mardi", "mercredi", "jeudi", "vendredi", "samedi", "dimanche"];
 
 /** A month to pick a day from; days to come cannot be picked. */
 function Calendar({ day, today, onPick }: CalendarProps) {
@@ -25,61 +37,45 @@ function Calendar({ day, today, onPick }: CalendarProps) {
   const heading = useId();
   const first = firstOfMonth(cursor);
   const start = mondayOf(first);
-  const weeks = [0, 1, 2, 3, 4, 5].map((week) =>
-    [0, 1, 2, 3, 4, 5, 6].map((i) => addDays(start, week * 7 + i)),
-  );
+  const weeks = [0, 1, 2, 3, 4, 5].map((week) => weekdays.map((_, i) => addDays(start, week * 7 + i)));
 
   useEffect(() => {
     grid.current?.querySelector<HTMLElement>('[tabindex="0"]')?.focus();
   }, [cursor]);
 
   const move = (to: Day) => setCursor(to > today ? today : to);
-  const steps: Record<string, () => Day> = {
-    ArrowLeft: () => addDays(cursor, -1),
-    ArrowRight: () => addDays(cursor, 1),
-    ArrowUp: () => addDays(cursor, -7),
-    ArrowDown: () => addDays(cursor, 7),
-    Home: () => addDays(cursor, -weekday(cursor)),
-    End: () => addDays(cursor, 6 - weekday(cursor)),
-    PageUp: () => addMonths(cursor, -1),
-    PageDown: () => addMonths(cursor, 1),
-  };
   const onKeyDown = (event: KeyboardEvent) => {
     const step = steps[event.key];
     if (!step) return;
     event.preventDefault();
     event.stopPropagation();
-    move(step());
+    move(step(cursor));
   };
 
   return (
     <div class="calendar">
       <div class="calendar-head">
-        <button
-          type="button"
-          class="button ghost square"
-          aria-label="Mois précédent"
+        <IconButton
+          kind="ghost square"
+          icon="left"
+          label="Mois précédent"
           onClick={() => move(addMonths(cursor, -1))}
-        >
-          <Icon name="left" />
-        </button>
+        />
         <span id={heading} aria-live="polite">
           {capitalize(monthName(cursor))}
         </span>
-        <button
-          type="button"
-          class="button ghost square"
-          aria-label="Mois suivant"
+        <IconButton
+          kind="ghost square"
+          icon="right"
+          label="Mois suivant"
           disabled={addMonths(first, 1) > today}
           onClick={() => move(addMonths(cursor, 1))}
-        >
-          <Icon name="right" />
-        </button>
+        />
       </div>
       <table role="grid" aria-labelledby={heading} ref={grid} onKeyDown={onKeyDown}>
         <thead>
           <tr>
-            {["lundi", "mardi", "mercredi", "jeudi", "vendredi", "samedi", "dimanche"].map((name) => (
+            {weekdays.map((name) => (
               <th scope="col" abbr={name}>
                 {name.slice(0, 2)}
               </th>
@@ -90,27 +86,34 @@ function Calendar({ day, today, onPick }: CalendarProps) {
           {weeks.map((week) => (
             <tr>
               {week.map((date) => (
-                <td aria-selected={date === day}>
-                  <button
-                    type="button"
-                    class={`day${date === day ? " chosen" : ""}${date === today ? " today" : ""}${
-                      date.slice(0, 7) === cursor.slice(0, 7) ? "" : " outside"
-                    }`}
-                    tabIndex={date === cursor ? 0 : -1}
-                    disabled={date > today}
-                    aria-label={longDay(date)}
-                    aria-current={date === today ? "date" : undefined}
-                    onClick={() => onPick(date)}
-                  >
-                    {Number(date.slice(8))}
-                  </button>
-                </td>
+                <DayCell {...{ date, day, today, cursor, onPick }} />
               ))}
             </tr>
           ))}
         </tbody>
       </table>
     </div>
+  );
+}
+
+function DayCell({ date, day, today, cursor, onPick }: CalendarProps & { date: Day; cursor: Day }) {
+  const chosen = date === day ? " chosen" : "";
+  const now = date === today ? " today" : "";
+  const outside = date.slice(0, 7) === cursor.slice(0, 7) ? "" : " outside";
+  return (
+    <td aria-selected={date === day}>
+      <button
+        type="button"
+        class={`day${chosen}${now}${outside}`}
+        tabIndex={date === cursor ? 0 : -1}
+        disabled={date > today}
+        aria-label={longDay(date)}
+        aria-current={date === today ? "date" : undefined}
+        onClick={() => onPick(date)}
+      >
+        {Number(date.slice(8))}
+      </button>
+    </td>
   );
 }
 

@@ -1,7 +1,8 @@
 import type { ComponentChildren } from "preact";
-import { useEffect, useId, useRef, useState } from "preact/hooks";
-import { errorText } from "../client";
+import { useEffect, useId, useRef } from "preact/hooks";
 import { Icon } from "./icons";
+import { IconButton } from "./parts";
+import { useTask } from "./task";
 
 interface DialogProps {
   title: string;
@@ -38,9 +39,7 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
         <h2 id={heading} tabIndex={-1}>
           {title}
         </h2>
-        <button type="button" class="button ghost square" aria-label="Fermer" onClick={onClose}>
-          <Icon name="close" />
-        </button>
+        <IconButton kind="ghost square" icon="close" label="Fermer" onClick={onClose} />
       </header>
       {children}
     </dialog>
@@ -70,18 +69,10 @@ export function Confirm({
   onConfirm,
   onClose,
 }: ConfirmProps) {
-  const [error, setError] = useState("");
-  const [busy, setBusy] = useState(false);
+  const { busy, error, run } = useTask();
   const confirm = async () => {
-    setBusy(true);
-    setError("");
-    try {
-      await onConfirm();
-      onClose();
-    } catch (failure) {
-      setError(errorText(failure));
-      setBusy(false);
-    }
+    await onConfirm();
+    onClose();
   };
   return (
     <Dialog title={title} onClose={onClose} wide={wide}>
@@ -95,12 +86,33 @@ export function Confirm({
           type="button"
           class={danger ? "button danger" : "button primary"}
           disabled={disabled || busy}
-          onClick={() => void confirm()}
+          onClick={() => run(confirm)}
         >
           {action}
         </button>
       </footer>
     </Dialog>
+  );
+}
+
+interface FormProps {
+  id?: string;
+  class?: string;
+  children: ComponentChildren;
+  onSubmit: () => Promise<void> | void;
+}
+
+/** A form that the page itself checks and sends. */
+export function Form({ onSubmit, ...rest }: FormProps) {
+  return (
+    <form
+      noValidate
+      {...rest}
+      onSubmit={(event) => {
+        event.preventDefault();
+        void onSubmit();
+      }}
+    />
   );
 }
 

@@ -1,9 +1,9 @@
 import type { ProjectRow, Status } from "../bridge/routes";
-import { useAnswer, useClient } from "../client";
+import { useAnswer } from "../client";
 import { clip, clock, duration } from "../model/time";
 import { Icon } from "./icons";
 import { Foreign, ProjectSelect } from "./parts";
-import { useAttempt } from "./toast";
+import { useSend } from "./toast";
 
 function Now({ status }: { status: Status }) {
   const current = status.current;
@@ -54,8 +54,7 @@ function Now({ status }: { status: Status }) {
 }
 
 function CurrentProject({ status }: { status: Status }) {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   const projects = useAnswer("projects.list", {});
   const active = (projects.answer ?? []).filter(({ archived }: ProjectRow) => archived !== 1);
   const known = active.some(({ id }) => id === status.current_project);
@@ -68,7 +67,7 @@ function CurrentProject({ status }: { status: Status }) {
         none="Attribution automatique"
         projects={active}
         value={known ? status.current_project : null}
-        onChange={(project_id) => void attempt(() => client.call("tracker.project", { project_id }))}
+        onChange={(project_id) => send("tracker.project", { project_id })}
       />
     </label>
   );

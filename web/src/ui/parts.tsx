@@ -4,11 +4,29 @@ import { useState } from "preact/hooks";
 import type { ByCategory, ProjectTime, Seconds } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
 import { clip, duration, share } from "../model/time";
-import { CategoryMark, Icon, ProjectDot } from "./icons";
+import { CategoryMark, Icon, type IconName, ProjectDot } from "./icons";
 
 /** Text from the outside: titles, names, addresses. Kept apart from the direction of what surrounds it. */
 export function Foreign({ text, length = 300 }: { text: string; length?: number }) {
   return <bdi>{clip(text, length)}</bdi>;
+}
+
+interface IconButtonProps {
+  icon: IconName;
+  label: string;
+  title?: string;
+  kind?: string;
+  disabled?: boolean;
+  onClick: () => void;
+}
+
+/** A button that shows its icon alone. */
+export function IconButton({ icon, label, kind = "ghost square small", ...rest }: IconButtonProps) {
+  return (
+    <button type="button" class={`button ${kind}`} aria-label={label} {...rest}>
+      <Icon name={icon} />
+    </button>
+  );
 }
 
 interface EmptyProps {

@@ -6,6 +6,7 @@ import { since } from "../model/store";
 import { load, save } from "../model/stored";
 import { capitalize } from "../model/time";
 import { Icon } from "./icons";
+import { IconButton } from "./parts";
 
 /** While something is wrong; read out once, as it stays in place when the view changes. */
 export function StoreBanner({ status }: { status: Status | undefined }) {
@@ -36,18 +37,15 @@ export function StoreNotice() {
       {notice && notice !== seen && (
         <div class="banner">
           <p>{notice}</p>
-          <button
-            type="button"
-            class="button ghost square small"
-            aria-label="Ne plus montrer"
+          <IconButton
+            icon="close"
+            label="Ne plus montrer"
             onClick={() => {
               save(key, notice);
               setSeen(notice);
               document.querySelector<HTMLElement>("main")?.focus();
             }}
-          >
-            <Icon name="close" />
-          </button>
+          />
         </div>
       )}
     </div>

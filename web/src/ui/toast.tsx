@@ -1,9 +1,11 @@
 import { createContext } from "preact";
 import { useContext, useEffect, useRef, useState } from "preact/hooks";
+import type { Body, Route } from "../bridge/routes";
 import { errorText, useClient } from "../client";
 import { type Done, track } from "../model/changes";
 import { isolated } from "../model/time";
 import { Icon } from "./icons";
+import { IconButton } from "./parts";
 
 export interface Notice {
   text: string;
@@ -36,6 +38,13 @@ export function useAttempt(): (action: () => Promise<unknown>) => Promise<boolea
   };
 }
 
+/** Sends a request whose answer tells nothing, and says so when it fails. */
+export function useSend(): <R extends Route>(route: R, body: Body<R>) => void {
+  const client = useClient();
+  const attempt = useAttempt();
+  return (route, body) => void attempt(() => client.call(route, body));
+}
+
 /** Runs a write that the program can take back and says so, with the ways back and forth again. */
 export function useUndoable(): <T>(write: () => Promise<T>, say: (done: Done<T>) => Notice) => Promise<void> {
   const client = useClient();
@@ -65,13 +74,35 @@ function wayOf(event: KeyboardEvent): "undo" | "redo" | null {
   return key === "y" ? "redo" : null;
 }
 
+// Runs what the notice offers, also for the keys of that way, and never twice at a time.
+function useAction(notice: Notice | null): () => Promise<void> {
+  const attempt = useAttempt();
+  const acting = useRef(false);
+  const act = async () => {
+    const action = notice?.undo ?? notice?.redo;
+    if (!action || acting.current) return;
+    acting.current = true;
+    await attempt(action);
+    acting.current = false;
+  };
+  useEffect(() => {
+    const onKey = (event: KeyboardEvent) => {
+      const typing = event.target instanceof HTMLInputElement || event.target instanceof HTMLTextAreaElement;
+      const way = wayOf(event);
+      if (!way || typing || !notice?.[way]) return;
+      event.preventDefault();
+      void act();
+    };
+    window.addEventListener("keydown", onKey);
+    return () => window.removeEventListener("keydown", onKey);
+  });
+  return act;
+}
+
 export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () => void }) {
   const [held, setHeld] = useState(false);
   const box = useRef<HTMLDivElement>(null);
   const before = useRef<EventTarget | null>(null);
-  const acting = useRef(false);
-  const attempt = useAttempt();
-  const action = notice?.undo ?? notice?.redo;
 
   useEffect(() => {
     if (!notice || held) return;
@@ -90,24 +121,7 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
       before.current.focus({ preventScroll: true });
     onClose();
   };
-  const act = async () => {
-    if (!action || acting.current) return;
-    acting.current = true;
-    await attempt(action);
-    acting.current = false;
-  };
-
-  useEffect(() => {
-    const onKey = (event: KeyboardEvent) => {
-      const typing = event.target instanceof HTMLInputElement || event.target instanceof HTMLTextAreaElement;
-      const way = wayOf(event);
-      if (!way || typing || !notice?.[way]) return;
-      event.preventDefault();
-      void act();
-    };
-    window.addEventListener("keydown", onKey);
-    return () => window.removeEventListener("keydown", onKey);
-  });
+  const act = useAction(notice);
 
   return (
     <div class="toasts" role="status">
@@ -131,7 +145,7 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
               <p class="quiet">{line}</p>
             ))}
           </div>
-          {action && (
+          {(notice.undo ?? notice.redo) && (
             <button
               type="button"
               class="button small"
@@ -141,14 +155,7 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
               {notice.undo ? "Annuler" : "Rétablir"}
             </button>
           )}
-          <button
-            type="button"
-            class="button ghost square small"
-            aria-label="Fermer le message"
-            onClick={close}
-          >
-            <Icon name="close" />
-          </button>
+          <IconButton icon="close" label="Fermer le message" onClick={close} />
         </div>
       )}
     </div>

@@ -1,103 +1,92 @@
 import { useMemo } from "preact/hooks";
-import type { RecapReport, WeekSummary } from "../bridge/routes";
-import { useAnswer } from "../client";
+import type { Day, RecapReport, Seconds, WeekSummary } from "../bridge/routes";
 import { changes, type Compared, type Dimension } from "../model/recap";
-import { capitalize, dayInWeek, duration, durationChange, mondayOf } from "../model/time";
+import { capitalize, dayInWeek, duration, durationChange } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
-import { CategoryBar, CategoryLegend, Empty, Failure, Foreign, Incomplete } from "../ui/parts";
-import { openCalendar, WeekPeriodBar } from "../ui/period";
-import { useShortcuts } from "../ui/shortcuts";
+import { CategoryBar, CategoryLegend, Empty, Foreign } from "../ui/parts";
 import type { ViewProps } from "./props";
+import { WeekPage } from "./week_page";
 
-export function RecapView({ day, today, onDay, onOpenDay }: ViewProps) {
-  const monday = mondayOf(day);
-  const isCurrent = monday === mondayOf(today);
-  const { answer, error, reload } = useAnswer("recap", { date: monday }, isCurrent ? 60 : 0);
-  const recap = error && answer?.monday !== monday ? undefined : answer;
-  useShortcuts({ c: openCalendar });
-  const nothing = recap && recap.current.active === 0 && recap.previous.active === 0;
+export function RecapView(props: ViewProps) {
+  const { today, onDay, onOpenDay } = props;
   return (
-    <div class="view">
-      <WeekPeriodBar name="Bilan" day={day} today={today} onDay={onDay} />
-      {error && <Failure text={error} retry={reload} />}
-      <Incomplete text={recap?.incomplete} />
-      {nothing && (
-        <Empty title="Rien à comparer.">
-          {!recap.incomplete && <p>Ni cette semaine ni la précédente n’ont d’activité.</p>}
-          {!isCurrent && (
-            <button type="button" class="button" onClick={() => onDay(today)}>
-              Revenir à cette semaine
-            </button>
-          )}
-        </Empty>
-      )}
-      {recap && !nothing && (
-        <div class={recap.monday === monday ? "" : "stale"}>
-          <Tiles recap={recap} onOpenDay={onOpenDay} />
-          <section class="versus" aria-label="Catégories des deux semaines">
-            <WeekBar
-              name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"}
-              week={recap.current}
-              longest={Math.max(recap.current.active, recap.previous.active)}
-            />
-            <WeekBar
-              name="La précédente"
-              week={recap.previous}
-              longest={Math.max(recap.current.active, recap.previous.active)}
-            />
-            <CategoryLegend byCategory={recap.current.by_category} />
-          </section>
-          <h2 class="section-title">
-            Ce qui a le plus changé
-            <span class="change-key" aria-hidden="true">
-              <span>
-                <span class="share-fill now" />
-                {isCurrent ? "cette semaine" : "cette semaine-là"}
-              </span>
-              <span>
-                <span class="share-fill before" />
-                la précédente
-              </span>
-            </span>
-          </h2>
-          <div class="change-columns">
-            <Changes title="Catégories" recap={recap} dimension="category" />
-            <Changes title="Projets" recap={recap} dimension="project" />
-            <Changes title="Applications" recap={recap} dimension="app" />
-          </div>
-        </div>
-      )}
-    </div>
+    <WeekPage {...props} route="recap" name="Bilan">
+      {(recap, isCurrent) =>
+        recap.current.active > 0 || recap.previous.active > 0 ? (
+          <Recap {...{ recap, isCurrent, onOpenDay }} />
+        ) : (
+          <Empty title="Rien à comparer.">
+            {!recap.incomplete && <p>Ni cette semaine ni la précédente n’ont d’activité.</p>}
+            {!isCurrent && (
+              <button type="button" class="button" onClick={() => onDay(today)}>
+                Revenir à cette semaine
+              </button>
+            )}
+          </Empty>
+        )
+      }
+    </WeekPage>
   );
 }
 
-interface TilesProps {
+interface RecapProps {
   recap: RecapReport;
-  onOpenDay: (day: string) => void;
+  isCurrent: boolean;
+  onOpenDay: (day: Day) => void;
 }
 
-function Tiles({ recap: { current, previous }, onOpenDay }: TilesProps) {
+function Recap({ recap, isCurrent, onOpenDay }: RecapProps) {
+  const { current, previous } = recap;
+  const longest = Math.max(current.active, previous.active);
+  return (
+    <>
+      <Tiles recap={recap} onOpenDay={onOpenDay} />
+      <section class="versus" aria-label="Catégories des deux semaines">
+        <WeekBar
+          name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"}
+          week={current}
+          longest={longest}
+        />
+        <WeekBar name="La précédente" week={previous} longest={longest} />
+        <CategoryLegend byCategory={current.by_category} />
+      </section>
+      <h2 class="section-title">
+        Ce qui a le plus changé
+        <span class="change-key" aria-hidden="true">
+          <span>
+            <span class="share-fill now" />
+            {isCurrent ? "cette semaine" : "cette semaine-là"}
+          </span>
+          <span>
+            <span class="share-fill before" />
+            la précédente
+          </span>
+        </span>
+      </h2>
+      <div class="change-columns">
+        <Changes title="Catégories" recap={recap} dimension="category" />
+        <Changes title="Projets" recap={recap} dimension="project" />
+        <Changes title="Applications" recap={recap} dimension="app" />
+      </div>
+    </>
+  );
+}
+
+function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "isCurrent">) {
   const best = current.best_day;
   return (
     <dl class="tiles">
-      <Tile
-        name="Temps actif"
-        value={duration(current.active)}
-        change={current.active - previous.active}
-        before={duration(previous.active)}
-      />
+      <Tile name="Temps actif" now={current.active} before={previous.active} />
       <Tile
         name="Moyenne par jour actif"
-        value={duration(current.avg_per_day)}
-        change={current.avg_per_day - previous.avg_per_day}
-        before={duration(previous.avg_per_day)}
+        now={current.avg_per_day}
+        before={previous.avg_per_day}
         note={`${current.days_active} j, contre ${previous.days_active} j`}
       />
       <Tile
         name="Plus longue session"
-        value={duration(current.longest_session)}
-        change={current.longest_session - previous.longest_session}
-        before={duration(previous.longest_session)}
+        now={current.longest_session}
+        before={previous.longest_session}
         note="sans inactivité"
       />
       <div class="tile">
@@ -126,21 +115,20 @@ function Tiles({ recap: { current, previous }, onOpenDay }: TilesProps) {
 
 interface TileProps {
   name: string;
-  value: string;
-  change: number;
-  before: string;
-  note?: string | undefined;
+  now: Seconds;
+  before: Seconds;
+  note?: string;
 }
 
-function Tile({ name, value, change, before, note }: TileProps) {
+function Tile({ name, now, before, note }: TileProps) {
   return (
     <div class="tile">
       <dt>{name}</dt>
       <dd>
-        <b>{value}</b>
-        <span class="delta">{durationChange(change)}</span>
+        <b>{duration(now)}</b>
+        <span class="delta">{durationChange(now - before)}</span>
         <span class="quiet">
-          avant : {before}
+          avant : {duration(before)}
           {note && ` · ${note}`}
         </span>
       </dd>

@@ -1,71 +1,71 @@
 import type { WeekReport } from "../bridge/routes";
-import { useAnswer } from "../client";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
-import { addDays, capitalize, clock, count, duration, mondayOf, plainDay, weekdayShort } from "../model/time";
+import { addDays, capitalize, clock, count, duration, plainDay, weekdayShort } from "../model/time";
 import { CategoryTable } from "../ui/category_table";
-import { CategoryBar, CategoryLegend, Empty, Failure, Incomplete, projectRows, ShareList } from "../ui/parts";
-import { openCalendar, WeekPeriodBar } from "../ui/period";
-import { useShortcuts } from "../ui/shortcuts";
+import { CategoryBar, CategoryLegend, Empty, projectRows, ShareList } from "../ui/parts";
 import type { ViewProps } from "./props";
+import { WeekPage } from "./week_page";
 
-export function WeekView({ day, today, onDay, onOpenDay }: ViewProps) {
-  const monday = mondayOf(day);
-  const isCurrent = monday === mondayOf(today);
-  const { answer, error, reload } = useAnswer("week", { date: monday }, isCurrent ? 60 : 0);
-  const week = error && answer?.monday !== monday ? undefined : answer;
-  useShortcuts({ c: openCalendar });
-  const active = week ? week.days.reduce((sum, one) => sum + one.active, 0) : 0;
-  const daysActive = week ? week.days.filter((one) => one.active > 0).length : 0;
+export function WeekView(props: ViewProps) {
+  const { today, onDay, onOpenDay } = props;
   return (
-    <div class="view">
-      <WeekPeriodBar name="Semaine" day={day} today={today} onDay={onDay} />
-      {error && <Failure text={error} retry={reload} />}
-      <Incomplete text={week?.incomplete} />
-      {week?.incomplete && active === 0 && <Empty title="Rien n’a pu être lu pour cette semaine." />}
-      {week && !week.incomplete && active === 0 && (
-        <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>
-          {isCurrent ? (
-            <button type="button" class="button" onClick={() => onDay(addDays(monday, -7))}>
-              Voir la semaine dernière
+    <WeekPage {...props} route="week" name="Semaine">
+      {(week, isCurrent) => {
+        const active = week.days.reduce((sum, one) => sum + one.active, 0);
+        if (active > 0) return <Week {...{ week, active, today, onOpenDay }} />;
+        if (week.incomplete) return <Empty title="Rien n’a pu être lu pour cette semaine." />;
+        return (
+          <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>
+            <button
+              type="button"
+              class="button"
+              onClick={() => onDay(isCurrent ? addDays(week.monday, -7) : today)}
+            >
+              {isCurrent ? "Voir la semaine dernière" : "Revenir à cette semaine"}
             </button>
-          ) : (
-            <button type="button" class="button" onClick={() => onDay(today)}>
-              Revenir à cette semaine
-            </button>
-          )}
-        </Empty>
-      )}
-      {week && active > 0 && (
-        <div class={week.monday === monday ? "" : "stale"}>
-          <section class="summary" aria-label="Résumé de la semaine">
-            <p class="hero">
-              <b>{duration(active)}</b>
-              <span>actif</span>
-            </p>
-            <dl class="facts">
-              <div>
-                <dt>Moyenne sur {count(daysActive, "jour")}</dt>
-                <dd>{duration(active / daysActive)}</dd>
-              </div>
-            </dl>
-            <div class="summary-bar">
-              <CategoryBar byCategory={week.by_category} />
-              <CategoryLegend byCategory={week.by_category} />
-            </div>
-          </section>
-          <div class="week-columns">
-            <Chart week={week} today={today} onOpenDay={onOpenDay} />
-            <ShareList
-              title="Projets"
-              rows={projectRows(week.by_project)}
-              total={active}
-              empty="Aucun temps sur un projet cette semaine."
-              shown={12}
-            />
+          </Empty>
+        );
+      }}
+    </WeekPage>
+  );
+}
+
+interface WeekProps extends Pick<ViewProps, "today" | "onOpenDay"> {
+  week: WeekReport;
+  active: number;
+}
+
+function Week({ week, active, today, onOpenDay }: WeekProps) {
+  const daysActive = week.days.filter((one) => one.active > 0).length;
+  return (
+    <>
+      <section class="summary" aria-label="Résumé de la semaine">
+        <p class="hero">
+          <b>{duration(active)}</b>
+          <span>actif</span>
+        </p>
+        <dl class="facts">
+          <div>
+            <dt>Moyenne sur {count(daysActive, "jour")}</dt>
+            <dd>{duration(active / daysActive)}</dd>
           </div>
+        </dl>
+        <div class="summary-bar">
+          <CategoryBar byCategory={week.by_category} />
+          <CategoryLegend byCategory={week.by_category} />
         </div>
-      )}
-    </div>
+      </section>
+      <div class="week-columns">
+        <Chart {...{ week, today, onOpenDay }} />
+        <ShareList
+          title="Projets"
+          rows={projectRows(week.by_project)}
+          total={active}
+          empty="Aucun temps sur un projet cette semaine."
+          shown={12}
+        />
+      </div>
+    </>
   );
 }
 
@@ -75,15 +75,7 @@ function gridStep(hours: number): number {
 }
 
 /** Seven columns of stacked categories; each is a button that opens its day. */
-function Chart({
-  week,
-  today,
-  onOpenDay,
-}: {
-  week: WeekReport;
-  today: string;
-  onOpenDay: (day: string) => void;
-}) {
+function Chart({ week, today, onOpenDay }: Omit<WeekProps, "active">) {
   const longest = Math.max(...week.days.map((day) => activeTime(day.by_category)), 3600);
   const step = gridStep(longest / 3600);
   const top = Math.ceil(longest / 3600 / step) * step * 3600;

@@ -4,8 +4,8 @@ import { assignable, categoryLabel, isAssignable } from "../../model/categories"
 import type { Target } from "../../model/changes";
 import { patternOf } from "../../model/matching";
 import { count, duration } from "../../model/time";
-import { CategoryMark, Icon } from "../../ui/icons";
-import { Foreign, ProjectSelect } from "../../ui/parts";
+import { CategoryMark } from "../../ui/icons";
+import { Foreign, IconButton, ProjectSelect } from "../../ui/parts";
 import type { RuleDraft } from "../rules/rule_editor";
 import { RangeFields } from "./range_fields";
 import type { Picked } from "./use_picked";
@@ -46,15 +46,13 @@ export function AssignBar(props: Props) {
         <button type="button" class="button danger small" title="Suppr" onClick={onDelete}>
           Supprimer…
         </button>
-        <button
-          type="button"
-          class="button ghost square"
-          aria-label="Ne rien sélectionner"
+        <IconButton
+          kind="ghost square"
+          icon="close"
+          label="Ne rien sélectionner"
           title="Échap"
           onClick={onClose}
-        >
-          <Icon name="close" />
-        </button>
+        />
       </div>
       <div class="assign-how">
         <TargetFields target={target} projects={projects} onChange={setTarget} />

@@ -1,8 +1,7 @@
 import { useAnswer } from "../../client";
 import { addDays, capitalize, longDay } from "../../model/time";
 import { Failure, Incomplete } from "../../ui/parts";
-import { openCalendar, PeriodBar } from "../../ui/period";
-import { useShortcuts } from "../../ui/shortcuts";
+import { PeriodBar } from "../../ui/period";
 import type { ViewProps } from "../props";
 import { EmptyDay } from "./empty_day";
 import { RecordedDay } from "./recorded_day";
@@ -13,7 +12,6 @@ export function DayView({ day, today, onDay, status }: ViewProps) {
   // Another day's report stands in for the moment that its successor takes, not for one that fails.
   const report = error && answer?.date !== day ? undefined : answer;
   const recorded = report && (report.blocks.length > 0 || report.totals.active > 0);
-  useShortcuts({ c: openCalendar });
   return (
     <div class="view day-view">
       <PeriodBar

@@ -1,6 +1,5 @@
-import { useClient } from "../../client";
 import { Empty } from "../../ui/parts";
-import { useAttempt } from "../../ui/toast";
+import { useSend } from "../../ui/toast";
 
 interface Props {
   isToday: boolean;
@@ -13,8 +12,7 @@ interface Props {
 
 /** What stands for a day without anything recorded. */
 export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: Props) {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   if (incomplete) return <Empty title="Rien n’a pu être lu pour ce jour." />;
   if (isToday && paused) {
     return (
@@ -23,7 +21,7 @@ export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: 
         <button
           type="button"
           class="button primary"
-          onClick={() => void attempt(() => client.call("tracker.resume", {}))}
+          onClick={() => send("tracker.resume", {})}
         >
           Reprendre le suivi
         </button>

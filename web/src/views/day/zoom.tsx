@@ -1,4 +1,4 @@
-import { Icon, type IconName } from "../../ui/icons";
+import { IconButton } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import type { Scale } from "./use_scale";
 
@@ -16,21 +16,10 @@ export function Zoom({ scale, onZoom, onRange }: Props) {
   const farther = () => onZoom(1 / step);
   const fitted = () => scale.show(null);
   useShortcuts({ "+": closer, "=": closer, "-": farther, z: fitted });
-  const square = (name: string, key: string, icon: IconName, act: () => void) => (
-    <button
-      type="button"
-      class="button ghost square small"
-      aria-label={name}
-      title={`${name} (${key})`}
-      onClick={act}
-    >
-      <Icon name={icon} />
-    </button>
-  );
   return (
     <div class="zoom">
-      {square("Réduire", "−", "minus", farther)}
-      {square("Agrandir", "+", "plus", closer)}
+      <IconButton icon="minus" label="Réduire" title="Réduire (−)" onClick={farther} />
+      <IconButton icon="plus" label="Agrandir" title="Agrandir (+)" onClick={closer} />
       <button
         type="button"
         class="button ghost small"

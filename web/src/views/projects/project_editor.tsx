@@ -3,11 +3,11 @@ import type { ProjectRow } from "../../bridge/routes";
 import { errorText, useClient } from "../../client";
 import { assignable, categoryLabel, isAssignable } from "../../model/categories";
 import { isolated } from "../../model/time";
-import { Dialog, EditorFoot } from "../../ui/dialog";
+import { Dialog, EditorFoot, Form } from "../../ui/dialog";
 import { useUndoable } from "../../ui/toast";
 
 /** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
-export const palette: [string, string][] = [
+const palette: [string, string][] = [
   ["#3b82f6", "Bleu"],
   ["#0e9aa7", "Turquoise"],
   ["#3f9142", "Vert"],
@@ -29,13 +29,20 @@ function tooShort(keywords: string): string[] {
     .filter((word) => word !== "" && [...word].length < 3);
 }
 
-interface FieldsProps {
+export interface Fields {
   name: string;
   color: string;
   category: string;
   keywords: string;
-  onChange: (part: Partial<{ name: string; color: string; category: string; keywords: string }>) => void;
 }
+
+/** A new project where there are `others` already: the next colour in turn. */
+export function blankProject(others: number): Fields {
+  const color = palette[others % palette.length]?.[0] ?? "#3b82f6";
+  return { name: "", color, category: "travail", keywords: "" };
+}
+
+type FieldsProps = Fields & { onChange: (part: Partial<Fields>) => void };
 
 export function ProjectFields({ name, color, category, keywords, onChange }: FieldsProps) {
   const short = tooShort(keywords);
@@ -111,10 +118,11 @@ interface Props {
 export function ProjectEditor({ project, others, onClose }: Props) {
   const client = useClient();
   const undoable = useUndoable();
-  const [fields, setFields] = useState({
+  const blank = blankProject(others.length);
+  const [fields, setFields] = useState<Fields>({
     name: project?.name ?? "",
-    color: project?.color ?? palette[others.length % palette.length]?.[0] ?? "#3b82f6",
-    category: (isAssignable(project?.category) ? project.category : "travail") as string,
+    color: project?.color ?? blank.color,
+    category: isAssignable(project?.category) ? project.category : blank.category,
     keywords: project?.keywords ?? "",
   });
   const [error, setError] = useState("");
@@ -144,13 +152,7 @@ export function ProjectEditor({ project, others, onClose }: Props) {
 
   return (
     <Dialog title={project ? "Modifier le projet" : "Nouveau projet"} onClose={onClose}>
-      <form
-        noValidate
-        onSubmit={(event) => {
-          event.preventDefault();
-          void save();
-        }}
-      >
+      <Form onSubmit={save}>
         <div class="dialog-body form">
           <ProjectFields
             {...fields}
@@ -161,7 +163,7 @@ export function ProjectEditor({ project, others, onClose }: Props) {
           />
         </div>
         <EditorFoot error={error} onClose={onClose} />
-      </form>
+      </Form>
     </Dialog>
   );
 }
