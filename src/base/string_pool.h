@@ -23,6 +23,8 @@ class Text {
 
   /// Dense number of the string in its pool, from 0. Only for a Text that holds something.
   uint32_t id() const { return entry_->id; }
+  /// The same for equal texts, of whatever pool. Only for a Text that holds something.
+  uint64_t hash() const { return entry_->hash; }
 
   /// Same text, or both nothing. Equal texts of one pool are seen to be so at once.
   friend bool operator==(Text a, Text b) {

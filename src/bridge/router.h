@@ -18,6 +18,7 @@
 #include "reports/analytics.h"
 #include "storage/database.h"
 #include "storage/history.h"
+#include "storage/rule.h"
 #include "storage/store_keeper.h"
 #include "telemetry/telemetry.h"
 
@@ -61,6 +62,8 @@ class Router {
   Json rulesList(const Body& body);
   Json settingsGet(const Body& body);
   Json permissionsStatus(const Body& body);
+  Json rulesPreview(const Body& body);   // in rule_routes.cpp
+  Json eventsExplain(const Body& body);  // in rule_routes.cpp
 
   // Routes that write to the store, in write_routes.cpp.
   Json projectsSave(const Body& body);
@@ -108,6 +111,7 @@ class Router {
   TimeRange reachOf(const std::vector<int64_t>& ids);
   std::optional<std::string> projectName(const std::optional<int64_t>& id);
   static TimeRange rangeOf(const Body& body);
+  static Rule ruleOf(const Body& body);
 
   Parts parts_;
   const Clock clock_;

@@ -1,6 +1,5 @@
 // The router's routes that change what is stored.
 #include <algorithm>
-#include <array>
 #include <boost/json/array.hpp>
 #include <boost/json/serialize.hpp>
 #include <string>
@@ -91,22 +90,16 @@ json::value Router::projectsDelete(const Body& body) {
 }
 
 json::value Router::rulesSave(const Body& body) {
-  constexpr std::array<std::string_view, 4> kFields{"app", "domain", "title", "url"};
-  const auto field = body.s("field").value_or("");
-  const auto pattern = trimmed(body.s("pattern")).value_or("");
-  if (pattern.empty() || std::find(kFields.begin(), kFields.end(), field) == kFields.end()) {
-    throw AppError("règle invalide");
-  }
-  const auto category = body.s("category");
-  const auto project = body.i("project_id");
+  const auto rule = ruleOf(body);
   int64_t id = -1;
   const auto written = parts_.history.record([&](Transaction& change) {
-    change.run("DELETE FROM rules WHERE field=? AND lower(pattern)=lower(?)", {field, pattern});
+    change.run("DELETE FROM rules WHERE field=? AND lower(pattern)=lower(?)",
+               {rule.field, rule.pattern});
     id = change.run(
         "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
         "VALUES (?,?,?,?,?,?)",
-        {field, pattern, category, project, 0, clock_()});
-    return ChangeNote{.kind = "rule.save", .label = labels::ruleSaved(pattern)};
+        {rule.field, rule.pattern, rule.category, rule.projectId, 0, clock_()});
+    return ChangeNote{.kind = "rule.save", .label = labels::ruleSaved(rule.pattern)};
   });
   return told(written, {{"ok", true}, {"id", written ? id : -1}});
 }

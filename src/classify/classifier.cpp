@@ -46,14 +46,20 @@ void Classifier::addKeywords(const Project& project, Rank rank) {
 }
 
 void Classifier::classify(Ev& ev) {
-  if (ev.idle) {
-    ev.cat = idle_;
-    return;
-  }
-  ev.manual = ev.category || ev.projectId;
-  ev.cat = ev.category;
-  ev.pid = ev.projectId;
-  if (ev.cat && ev.pid) return;
+  const auto decision = decide(ev);
+  ev.cat = decision.category;
+  ev.pid = decision.project;
+  ev.manual = decision.manual();
+}
+
+Decision Classifier::decide(const Ev& ev) {
+  using By = Decision::By;
+  if (ev.idle) return {.category = idle_, .categoryBy = By::Idle};
+  Decision decision{.category = ev.category,
+                    .project = ev.projectId,
+                    .categoryBy = ev.category ? By::Manual : By::None,
+                    .projectBy = ev.projectId ? By::Manual : By::None};
+  if (ev.category && ev.projectId) return decision;
 
   PatternSearch::Found found;
   bool opensPhrase = false;
@@ -68,19 +74,34 @@ void Classifier::classify(Ev& ev) {
   look(kDomain, ev.domain);
   look(kApp, ev.app);
 
-  if (!ev.cat && found.category != kNone) ev.cat = ruleCategories_[found.category];
-  if (!ev.pid && found.project != kNone) ev.pid = rules_[found.project].projectId;
-  if (!ev.pid) {
+  if (!decision.category && found.category != kNone) {
+    decision.category = ruleCategories_[found.category];
+    decision.categoryBy = By::Rule;
+    decision.categoryRule = &rules_[found.category];
+  }
+  if (!decision.project && found.project != kNone) {
+    decision.projectRule = &rules_[found.project];
+    decision.projectBy = By::Rule;
+    decision.project = decision.projectRule->projectId;
+  }
+  if (!decision.project) {
     const auto keyword =
         opensPhrase ? std::min(found.keyword, phraseAcrossFields(ev)) : found.keyword;
-    if (keyword != kNone) ev.pid = keywordProjects_[keyword];
+    if (keyword != kNone) {
+      decision.project = keywordProjects_[keyword];
+      decision.projectBy = By::Keyword;
+    }
   }
-  if (!ev.cat) ev.cat = ev.pid ? projectCategory(*ev.pid) : unclassified_;
+  if (!decision.category) fillIn(decision);
+  return decision;
 }
 
-Text Classifier::projectCategory(int64_t project) {
-  const auto found = projects_.find(project);
-  return found != projects_.end() ? pool_.intern(found->second.category) : unclassified_;
+// The category of the effective project.
+void Classifier::fillIn(Decision& decision) {
+  const auto project = decision.project ? projects_.find(*decision.project) : projects_.end();
+  const bool known = project != projects_.end();
+  decision.category = known ? pool_.intern(project->second.category) : unclassified_;
+  decision.categoryBy = known ? Decision::By::Project : Decision::By::None;
 }
 
 Classifier::Match& Classifier::match(Field field, Text text) {
@@ -101,14 +122,17 @@ bool Classifier::opensPhrase(Text text) const {
                      [&](const std::string& opening) { return lowered.ends_with(opening); });
 }
 
-// Keywords are looked for in title, URL, domain and app joined by spaces.
-Classifier::Rank Classifier::phraseAcrossFields(const Ev& ev) const {
+std::string Classifier::keywordText(const Ev& ev) {
   std::string joined;
   for (const auto text : {ev.title, ev.url, ev.domain}) {
     if (text) joined.append(text.view()).push_back(' ');
   }
   joined.append(ev.app.view());
-  const auto haystack = lowerCase(joined);
+  return lowerCase(joined);
+}
+
+Classifier::Rank Classifier::phraseAcrossFields(const Ev& ev) const {
+  const auto haystack = keywordText(ev);
   const auto first = std::find_if(phrases_.begin(), phrases_.end(), [&](const Phrase& phrase) {
     return haystack.find(phrase.text) != std::string::npos;
   });

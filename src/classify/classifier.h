@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,24 @@
 #include "storage/ev.h"
 
 namespace orvanta {
+
+/// What a span counts as, and who says so.
+struct Decision {
+  enum class By : uint8_t { None, Idle, Manual, Rule, Keyword, Project };
+
+  Text category;
+  std::optional<int64_t> project;
+  By categoryBy = By::None;            ///< never Keyword
+  By projectBy = By::None;             ///< None, Manual, Rule or Keyword
+  const Rule* categoryRule = nullptr;  ///< only By::Rule
+  const Rule* projectRule = nullptr;   ///< only By::Rule
+
+  bool manual() const { return categoryBy == By::Manual || projectBy == By::Manual; }
+  /// The same effect, whoever it comes from.
+  bool agrees(const Decision& other) const {
+    return category == other.category && project == other.project;
+  }
+};
 
 /// Classifies spans of one request with one set of rules and projects. The effective project is the
 /// manual one, else that of the first matching rule that has one, else the first project (by id)
@@ -29,6 +48,11 @@ class Classifier {
 
   /// Sets `cat`, `pid` and `manual` of `ev`.
   void classify(Ev& ev);
+  /// The same with the reasons, whatever `ev` was classified as. Points into the rules.
+  Decision decide(const Ev& ev);
+
+  /// Where keywords are looked for: title, URL, domain and app joined by spaces, lower-cased.
+  static std::string keywordText(const Ev& ev);
 
  private:
   enum Field : std::size_t { kApp, kDomain, kTitle, kUrl, kFields };
@@ -51,7 +75,7 @@ class Classifier {
   Match& match(Field field, Text text);
   bool opensPhrase(Text text) const;
   Rank phraseAcrossFields(const Ev& ev) const;
-  Text projectCategory(int64_t project);
+  void fillIn(Decision& decision);
 
   StringPool& pool_;
   const std::vector<Rule>& rules_;

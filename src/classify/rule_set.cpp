@@ -1,8 +1,10 @@
 #include "classify/rule_set.h"
 
 #include <fmt/format.h>
+#include <glib.h>
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 #include <utility>
 
@@ -10,14 +12,10 @@
 
 namespace orvanta {
 
-// Sorted here: SQLite takes as long to sort them as to read them.
-std::vector<Rule> loadRules(Database& db) {
-  constexpr std::size_t kUsual = 300;
-  static const auto kSelect = fmt::format("SELECT {} FROM rules", Rule::kColumns);
-  std::vector<Rule> rules;
-  rules.reserve(kUsual);
-  db.scan(kSelect, {}, [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
+namespace {
 
+// Sorted here: SQLite takes as long to sort them as to read them.
+std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
   struct Place {
     int64_t priority;
     std::size_t length;
@@ -36,6 +34,31 @@ std::vector<Rule> loadRules(Database& db) {
   sorted.reserve(rules.size());
   for (const auto& place : order) sorted.push_back(std::move(rules[place.at]));
   return sorted;
+}
+
+}  // namespace
+
+std::vector<Rule> loadRules(Database& db) {
+  constexpr std::size_t kUsual = 300;
+  static const auto kSelect = fmt::format("SELECT {} FROM rules", Rule::kColumns);
+  std::vector<Rule> rules;
+  rules.reserve(kUsual);
+  db.scan(kSelect, {}, [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
+  return inMatchingOrder(std::move(rules));
+}
+
+std::vector<Rule> withRuleSaved(const std::vector<Rule>& rules, Rule rule) {
+  rule.id = std::numeric_limits<int64_t>::max();
+  rule.priority = 0;
+  std::vector<Rule> after;
+  after.reserve(rules.size() + 1);
+  for (const auto& other : rules) {
+    const bool replaced = other.field == rule.field &&
+                          g_ascii_strcasecmp(other.pattern.c_str(), rule.pattern.c_str()) == 0;
+    if (!replaced) after.push_back(other);
+  }
+  after.push_back(std::move(rule));
+  return inMatchingOrder(std::move(after));
 }
 
 Projects loadProjects(Database& db) {

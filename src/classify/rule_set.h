@@ -22,6 +22,10 @@ inline constexpr std::string_view kIdleCategory = "inactif";
 /// rule.
 std::vector<Rule> loadRules(Database& db);
 
+/// What loadRules() would yield once `rule` was saved: it takes the place of those of its field and
+/// pattern, in any case of ASCII letters, has priority 0 and is the newest.
+std::vector<Rule> withRuleSaved(const std::vector<Rule>& rules, Rule rule);
+
 /// All projects, archived ones included.
 Projects loadProjects(Database& db);
 

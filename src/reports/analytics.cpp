@@ -86,8 +86,7 @@ class DayTotals {
 // The report, which says so when it does not show all that is recorded.
 json::object whole(json::object report, const SpanReader& reader) {
   if (!reader.whole()) {
-    report["incomplete"] =
-        "Une partie du fichier des données est illisible : ce rapport n'est pas complet.";
+    report["incomplete"] = kIncomplete;
   }
   return report;
 }

@@ -1,14 +1,19 @@
 #include "reports/spans.h"
 
+#include <fmt/ranges.h>
+
+#include <limits>
+
 #include "storage/overlap.h"
 
 namespace orvanta {
 namespace {
 
 // All but the bundle: no report asks for it, and every text of a row costs.
+constexpr auto kColumns = "id, start, end, app, title, url, domain, idle, category, project_id";
+
 const OverlapQuery& query() {
-  static const OverlapQuery kQuery(
-      "id, start, end, app, title, url, domain, idle, category, project_id");
+  static const OverlapQuery kQuery(kColumns);
   return kQuery;
 }
 
@@ -36,11 +41,20 @@ void SpanReader::each(const TimeRange& range, const std::function<void(const Ev&
 }
 
 void SpanReader::stream(const TimeRange& range, const std::function<void(const Ev&)>& visit) {
-  constexpr uint32_t kMostTexts = 50000;
   walk(range, [&](const Cursor& row) {
     if (texts_->pool.size() > kMostTexts) texts_.emplace(rules_, projects_);
     visit(read(row, range));
   });
+}
+
+void SpanReader::eachOf(const std::vector<int64_t>& ids,
+                        const std::function<void(const Ev&)>& visit) {
+  static const auto kSelect = fmt::format(
+      "SELECT {} FROM events WHERE id IN (SELECT value FROM json_each(?)) ORDER BY start, id",
+      kColumns);
+  constexpr auto kForever = std::numeric_limits<double>::infinity();
+  const auto take = [&](const Cursor& row) { visit(read(row, {-kForever, kForever})); };
+  whole_ = db_.scan(kSelect, {fmt::format("[{}]", fmt::join(ids, ","))}, take) && whole_;
 }
 
 std::vector<Ev> SpanReader::all(const TimeRange& range) {

@@ -15,6 +15,13 @@
 
 namespace orvanta {
 
+/// What is said of a report that could not read all of its spans.
+inline constexpr auto kIncomplete =
+    "Une partie du fichier des données est illisible : ce rapport n'est pas complet.";
+
+/// How many texts are kept for a range of any length; beyond them they are forgotten.
+inline constexpr uint32_t kMostTexts = 50000;
+
 /// Whether a span has a part in `range`; touching it is not enough.
 inline bool overlaps(const Ev& ev, const TimeRange& range) {
   return ev.end > range.start && ev.start < range.end;
@@ -49,6 +56,15 @@ class SpanReader {
   /// All of them, for reports that go over them more than once.
   std::vector<Ev> all(const TimeRange& range);
 
+  /// These spans by stored start, whole and classified; what is no span's id is passed over.
+  void eachOf(const std::vector<int64_t>& ids, const std::function<void(const Ev&)>& visit);
+
+  /// Like stream, but the rows as they are stored, neither clipped nor classified.
+  void walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit);
+
+  /// Why one of the spans shown counts as it does.
+  Decision explain(const Ev& ev) { return texts_->classifier.decide(ev); }
+
   /// False once something could not be read: what was shown is not all.
   bool whole() const { return whole_; }
 
@@ -57,7 +73,6 @@ class SpanReader {
 
  private:
   Ev read(const Cursor& row, const TimeRange& range);
-  void walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit);
 
   Database& db_;
   bool whole_ = true;

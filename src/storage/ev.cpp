@@ -20,7 +20,7 @@ boost::json::object Ev::json() const {
 }
 
 EvReader::EvReader(StringPool& pool)
-    : pool_(pool), unknownApp_(pool.intern("Inconnu")), unclassified_(pool.intern("nonclasse")) {}
+    : pool_(pool), unknownApp_(pool.intern(kUnknownApp)), unclassified_(pool.intern("nonclasse")) {}
 
 Text EvReader::text(const Cursor& row, int column) {
   const auto value = row.str(column);

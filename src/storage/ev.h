@@ -4,11 +4,15 @@
 #include <boost/json/object.hpp>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "base/string_pool.h"
 #include "storage/statement.h"
 
 namespace orvanta {
+
+/// What a row without an application counts under.
+inline constexpr std::string_view kUnknownApp = "Inconnu";
 
 /// A row of `events` and, once classified, what it counts as. A plain value; its texts live in the
 /// pool that it was read into.
@@ -16,7 +20,7 @@ struct Ev {
   int64_t id = 0;
   double start = 0;  ///< Unix seconds
   double end = 0;    ///< Unix seconds
-  Text app;          ///< "Inconnu" when the row has none
+  Text app;          ///< kUnknownApp when the row has none
   Text bundle;
   Text title;
   Text url;

@@ -15,6 +15,12 @@ struct NaiveClassification {
   std::string cat;
   std::optional<int64_t> pid;
   bool manual = false;
+  // Who says so.
+  std::string catBy = "none";
+  std::string pidBy = "none";
+  std::optional<int64_t> catRule;
+  std::optional<int64_t> pidRule;
+  std::optional<std::string> keyword;
 };
 
 inline std::string naiveField(const Ev& ev, const std::string& field) {
@@ -32,19 +38,30 @@ inline bool naiveMatch(const std::string& text, const std::string& pattern) {
 // Walks all rules for the span, then all keywords.
 inline NaiveClassification naiveClassification(const Ev& ev, const std::vector<Rule>& rules,
                                                const Projects& projects) {
-  if (ev.idle) return {"inactif", {}, false};
+  if (ev.idle) return {.cat = "inactif", .catBy = "idle"};
+  NaiveClassification told;
   std::optional<std::string> category;
   if (ev.category) category = ev.category.str();
   auto project = ev.projectId;
-  const bool manual = category || project;
+  told.manual = category || project;
+  if (category) told.catBy = "manual";
+  if (project) told.pidBy = "manual";
   const auto categoryOf = [&](int64_t id) {
     return projects.contains(id) ? projects.at(id).category : "nonclasse";
   };
   if (!category || !project) {
     for (const auto& rule : rules) {
       if (!naiveMatch(naiveField(ev, rule.field), rule.pattern)) continue;
-      if (!project && rule.projectId) project = rule.projectId;
-      if (!category && rule.category) category = rule.category;
+      if (!project && rule.projectId) {
+        project = rule.projectId;
+        told.pidBy = "rule";
+        told.pidRule = rule.id;
+      }
+      if (!category && rule.category) {
+        category = rule.category;
+        told.catBy = "rule";
+        told.catRule = rule.id;
+      }
       if (category && project) break;
     }
   }
@@ -56,12 +73,20 @@ inline NaiveClassification naiveClassification(const Ev& ev, const std::vector<R
     haystack += ev.app.str();
     for (const auto& [id, candidate] : projects) {
       for (const auto& keyword : candidate.keywords) {
-        if (!project && !candidate.archived && naiveMatch(haystack, keyword)) project = id;
+        if (project || candidate.archived || !naiveMatch(haystack, keyword)) continue;
+        project = id;
+        told.pidBy = "keyword";
+        told.keyword = keyword;
       }
     }
   }
-  if (!category) category = project ? categoryOf(*project) : "nonclasse";
-  return {*category, project, manual};
+  if (!category) {
+    category = project ? categoryOf(*project) : "nonclasse";
+    if (project && projects.contains(*project)) told.catBy = "project";
+  }
+  told.cat = *category;
+  told.pid = project;
+  return told;
 }
 
 }  // namespace orvanta::test

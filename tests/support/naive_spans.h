@@ -18,10 +18,12 @@ struct NaiveSpan {
   std::string app;
   std::optional<std::string> title;
   std::optional<std::string> domain;
+  std::optional<std::string> url;
   bool idle = false;
   std::string cat;
   std::optional<int64_t> pid;
   bool manual = false;
+  NaiveClassification why;
 
   double duration() const { return std::max(end - start, 0.0); }
 };
@@ -66,10 +68,12 @@ inline NaiveSpans naiveSpans(Database& db, double from, double to) {
                      .app = raw.app.str(),
                      .title = row.str("title"),
                      .domain = row.str("domain"),
+                     .url = row.str("url"),
                      .idle = raw.idle,
                      .cat = classified.cat,
                      .pid = classified.pid,
-                     .manual = classified.manual});
+                     .manual = classified.manual,
+                     .why = classified});
   }
   return spans;
 }

@@ -1,0 +1,233 @@
+// What is told of rules before and after, against saving them and classifying everything again.
+#include <gtest/gtest.h>
+
+#include <boost/json/serialize.hpp>
+#include <set>
+
+#include "support/naive_reports.h"
+#include "support/program.h"
+#include "support/random_store.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+using test::Dice;
+using test::naiveAdd;
+using test::naiveLargest;
+using test::naiveOrNull;
+using test::NaiveSpan;
+using test::NaiveSpans;
+using test::NaiveSums;
+
+constexpr int kDay = 19800;  // since 1970
+
+json::object count(const NaiveSpans& spans) {
+  return {{"spans", spans.size()}, {"seconds", test::naiveSeconds(spans)}};
+}
+
+json::array shares(const NaiveSums<std::string>& sums, std::size_t most) {
+  json::array list;
+  for (const auto& [text, seconds] : naiveLargest(sums, most)) {
+    list.push_back({{"text", text}, {"seconds", seconds}});
+  }
+  return list;
+}
+
+json::array shares(const NaiveSpans& spans, std::optional<std::string> NaiveSpan::*text,
+                   std::size_t most) {
+  NaiveSums<std::string> sums;
+  for (const auto& span : spans) {
+    if (span.*text) naiveAdd(sums, *(span.*text), span.duration());
+  }
+  return shares(sums, most);
+}
+
+std::optional<std::string> fieldOf(const NaiveSpan& span, std::string_view field) {
+  if (field == "app") return span.app;
+  if (field == "domain") return span.domain;
+  return field == "title" ? span.title : span.url;
+}
+
+// Which of the spans come under which key, by falling seconds.
+template <class KeyOf>
+auto grouped(const NaiveSpans& spans, const KeyOf& keyOf) {
+  std::vector<std::pair<decltype(keyOf(spans.front())), NaiveSpans>> groups;
+  for (const auto& [key, seconds] : naiveLargest(test::naiveSums(spans, keyOf))) {
+    groups.emplace_back(key, NaiveSpans());
+  }
+  for (const auto& span : spans) {
+    const auto is = [&](const auto& group) { return group.first == keyOf(span); };
+    std::find_if(groups.begin(), groups.end(), is)->second.push_back(span);
+  }
+  return groups;
+}
+
+class RuleTelling : public testing::Test, protected test::Program {
+ protected:
+  void fill(unsigned seed, const std::function<void(Dice&)>& check) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Dice dice(seed);
+    test::fillAtRandom(store.db, dice, test::naiveStart(kDay - 40) + dice.upTo(3'000'000), 90000,
+                       {test::naiveStart(kDay - 29), test::naiveStart(kDay + 1)});
+    clock.now = test::naiveStart(kDay) + dice.upTo(80000);
+    check(dice);
+  }
+
+  json::value ask(const char* route, const json::object& body) {
+    return call(route, json::serialize(body));
+  }
+
+  test::LocalZone local{"Europe/Paris"};
+};
+
+json::object randomRule(Dice& dice) {
+  const char* fields[] = {"app", "domain", "title", "url"};
+  const char* patterns[] = {"a",         "Ab",   "ÉTÉ",     "été", "VIDEO",
+                            "video.com", "mail", "inconnu", " A "};
+  const json::value categories[] = {nullptr, "travail", "loisir", "étrange"};
+  json::object rule{{"field", dice.oneOf(fields)},
+                    {"pattern", dice.oneOf(patterns)},
+                    {"category", dice.oneOf(categories)}};
+  if (dice.oneIn(3)) rule["project_id"] = 1 + dice.upTo(6);
+  return rule;
+}
+
+json::object expectedPreview(const NaiveSpans& before, const NaiveSpans& after,
+                             const json::object& rule) {
+  const auto* field = rule.at("field").as_string().c_str();
+  const std::string pattern(trimBlanks(rule.at("pattern").as_string().c_str()));
+  const auto catches = [&](const NaiveSpan& span) {
+    return !span.idle && test::naiveMatch(fieldOf(span, field).value_or(""), pattern);
+  };
+  NaiveSpans caught;
+  NaiveSpans changed;
+  NaiveSpans kept;
+  json::array changes;
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    const bool same = before[i].cat == after[i].cat && before[i].pid == after[i].pid;
+    EXPECT_TRUE(same || catches(before[i])) << "only what is caught changes";
+    if (!catches(before[i])) continue;
+    caught.push_back(before[i]);
+    if (!same) changed.push_back(before[i]);
+    if (same && before[i].manual) kept.push_back(before[i]);
+  }
+  const auto move = [&](const NaiveSpan& span) {
+    const auto to = std::find_if(after.begin(), after.end(),
+                                 [&](const NaiveSpan& other) { return other.id == span.id; });
+    return std::tuple(span.cat, to->cat, span.pid, to->pid);
+  };
+  for (const auto& [key, spans] : grouped(changed, move)) {
+    if (changes.size() == 8) break;
+    auto change = count(spans);
+    const auto& [fromCat, toCat, fromPid, toPid] = key;
+    change["from_category"] = fromCat;
+    change["to_category"] = toCat;
+    change["from_project"] = naiveOrNull(fromPid);
+    change["to_project"] = naiveOrNull(toPid);
+    changes.push_back(std::move(change));
+  }
+  json::array examples;
+  const auto value = [&](const NaiveSpan& span) { return *fieldOf(span, field); };
+  for (const auto& [text, spans] : grouped(caught, value)) {
+    if (examples.size() == 5) break;
+    auto example = count(spans);
+    example["text"] = text;
+    example["titles"] = shares(spans, &NaiveSpan::title, 10);
+    example["urls"] = shares(spans, &NaiveSpan::url, 10);
+    examples.push_back(std::move(example));
+  }
+  auto preview = count(caught);
+  preview["changed"] = count(changed);
+  preview["kept"] = count(kept);
+  preview["changes"] = std::move(changes);
+  preview["examples"] = std::move(examples);
+  return preview;
+}
+
+TEST_F(RuleTelling, ThePreviewIsWhatSavingTheRuleDoes) {
+  std::set<bool> changes;
+  for (unsigned seed = 0; seed < 2000 && !HasFailure(); ++seed) {
+    fill(seed, [&](Dice& dice) {
+      const auto rule = randomRule(dice);
+      auto body = rule;
+      double from = test::naiveStart(kDay - 29);
+      double to = test::naiveStart(kDay + 1);
+      json::object dates{{"from", test::naiveIso(kDay - 29)}, {"to", test::naiveIso(kDay)}};
+      if (dice.oneIn(3)) {
+        body["all"] = true;
+        from = -1e11;
+        to = 1e11;
+        dates = {{"from", nullptr}, {"to", nullptr}};
+      } else if (dice.oneIn(3)) {
+        dates["from"] = body["from"] = test::naiveIso(kDay - 10);
+        dates["to"] = body["to"] = test::naiveIso(kDay - 3);
+        from = test::naiveStart(kDay - 10);
+        to = test::naiveStart(kDay - 2);
+      }
+      const auto actual = ask("rules.preview", body).as_object();
+      const auto before = test::naiveSpans(store.db, from, to);
+      ASSERT_EQ(ask("rules.save", rule).at("ok"), true);
+      auto expected = expectedPreview(before, test::naiveSpans(store.db, from, to), rule);
+      for (const auto& [key, date] : dates) expected[key] = date;
+      for (const auto& [key, value] : expected) EXPECT_EQ(actual.at(key), value) << key;
+      EXPECT_EQ(actual.size(), expected.size());
+      changes.insert(expected.at("changes").as_array().empty());
+    });
+  }
+  EXPECT_EQ(changes.size(), 2U);
+}
+
+TEST_F(RuleTelling, AnExplanationNamesWhoDecided) {
+  const auto reason = [](const NaiveSpan& span) {
+    const auto& why = span.why;
+    return std::tuple(why.cat, why.catBy, why.catRule, why.pid, why.pidBy, why.pidRule,
+                      why.keyword);
+  };
+  for (unsigned seed = 0; seed < 500 && !HasFailure(); ++seed) {
+    fill(seed, [&](Dice& dice) {
+      auto spans = test::naiveSpans(store.db, -1e11, 1e11);
+      std::erase_if(spans, [](const NaiveSpan& span) { return span.end > 1e10; });
+      spans.resize(static_cast<std::size_t>(dice.upTo(static_cast<int>(spans.size()))));
+      json::array ids{99999};
+      for (const auto& span : spans) ids.push_back(span.id);
+      const auto projects = loadProjects(store.db);
+      const auto listed = ask("rules.list", {});
+      json::array expected;
+      for (const auto& [key, own] : grouped(spans, reason)) {
+        const auto& [cat, catBy, catRule, pid, pidBy, pidRule, keyword] = key;
+        auto object = count(own);
+        object["category"] = cat;
+        object["category_by"] = catBy;
+        object["category_rule"] = naiveOrNull(catRule);
+        object["project_id"] = naiveOrNull(pid);
+        const bool known = pid && projects.contains(*pid);
+        object["project"] = known ? json::value(projects.at(*pid).name) : json::value(nullptr);
+        object["project_by"] = pidBy;
+        object["project_rule"] = naiveOrNull(pidRule);
+        object["keyword"] = naiveOrNull(keyword);
+        object["titles"] = shares(own, &NaiveSpan::title, 3);
+        object["urls"] = shares(own, &NaiveSpan::url, 3);
+        json::array rules;
+        for (const auto& row : listed.as_array()) {
+          auto rule = row.as_object();
+          rule.erase("created");
+          if (row.at("id") == object["category_rule"])
+            rules.insert(rules.begin(), rule);
+          else if (row.at("id") == object["project_rule"])
+            rules.push_back(rule);
+        }
+        object["rules"] = std::move(rules);
+        expected.push_back(std::move(object));
+      }
+      EXPECT_EQ(ask("events.explain", {{"ids", ids}}), json::value(expected));
+    });
+  }
+  EXPECT_EQ(ask("events.explain", {{"ids", json::array()}}),
+            json::value({{"error", "aucun bloc"}}));
+  EXPECT_EQ(ask("rules.preview", {{"field", "bundle"}, {"pattern", "x"}}),
+            json::value({{"error", "règle invalide"}}));
+}
+
+}  // namespace
+}  // namespace orvanta
