@@ -1,7 +1,5 @@
 // Bundles the page: one script, one style sheet, beside index.html.
-//   node build.mjs --out DIR            the product's page
-//   node build.mjs --out DIR --demo     answered from made-up data instead of the program
-//   node build.mjs --out DIR --demo --serve   the same, served and rebuilt at every change
+//   node build.mjs --out DIR
 import { copyFile, mkdir } from "node:fs/promises";
 import { dirname, join, resolve } from "node:path";
 import { fileURLToPath } from "node:url";
@@ -10,16 +8,16 @@ import * as esbuild from "esbuild";
 
 const here = dirname(fileURLToPath(import.meta.url));
 
-export async function build({ out, demo = false, serve = false }) {
+export async function build({ out, watch = false }) {
   const options = {
     absWorkingDir: here,
     entryPoints: [
-      { in: demo ? "demo/main.tsx" : "src/main.tsx", out: "app" },
+      { in: "src/main.tsx", out: "app" },
       { in: "src/styles/app.css", out: "app" },
     ],
     outdir: resolve(out),
     bundle: true,
-    minify: !serve,
+    minify: !watch,
     format: "iife",
     // WebKitGTK 2.40, Debian 12's first, is Safari 16.4.
     target: ["safari16.4", "chrome111"],
@@ -31,17 +29,14 @@ export async function build({ out, demo = false, serve = false }) {
   };
   await mkdir(out, { recursive: true });
   for (const file of ["index.html", "icon.svg"]) await copyFile(join(here, "src", file), join(out, file));
-  if (!serve) return esbuild.build(options);
+  if (!watch) return esbuild.build(options);
   const context = await esbuild.context(options);
-  await context.watch();
-  return context.serve({ servedir: resolve(out), host: "127.0.0.1" });
+  await context.rebuild();
+  return context.watch();
 }
 
 if (process.argv[1] === fileURLToPath(import.meta.url)) {
-  const { values } = parseArgs({
-    options: { out: { type: "string" }, demo: { type: "boolean" }, serve: { type: "boolean" } },
-  });
-  if (!values.out) throw new Error("usage: node build.mjs --out DIR [--demo] [--serve]");
-  const server = await build(values);
-  if (values.serve) console.log(`http://127.0.0.1:${server.port}/`);
+  const { values } = parseArgs({ options: { out: { type: "string" } } });
+  if (!values.out) throw new Error("usage: node build.mjs --out DIR");
+  await build(values);
 }

@@ -1,4 +1,4 @@
-// Pictures of every view on the made-up month, in both themes and the two usual window sizes:
+// Pictures of every view over the store of a made-up month, in both themes and the two usual window sizes:
 //   node screenshots.mjs [--out DIR] [--all]
 // Without --all only those that docs/screenshots keeps. Needs Chromium; ImageMagick makes them small.
 import { execFileSync } from "node:child_process";
@@ -7,13 +7,11 @@ import { tmpdir } from "node:os";
 import { dirname, join, resolve } from "node:path";
 import { fileURLToPath } from "node:url";
 import { parseArgs } from "node:util";
-import { build } from "./build.mjs";
-import { openDemo, serve } from "./test/browser.mjs";
+import { openStage } from "./test/browser.mjs";
 
 const here = dirname(fileURLToPath(import.meta.url));
 const { values } = parseArgs({ options: { out: { type: "string" }, all: { type: "boolean" } } });
 const out = resolve(values.out ?? join(here, "../docs/screenshots"));
-const now = "2026-11-19T16:42";
 
 const pick = (page, row) => page.locator(".block:not(.idle)").nth(row);
 const views = {
@@ -40,14 +38,13 @@ const views = {
   },
   reglages: { key: "g" },
   raccourcis: { key: "j", act: (page) => page.keyboard.press("?") },
-  accueil: { query: "&new" },
+  accueil: { make: ["--kind", "new"] },
 };
 const sizes = { petit: { width: 860, height: 560 }, grand: { width: 1180, height: 780 } };
 // Of what is done in a view one picture is enough.
 const kept = (view, theme, size) => !views[view].act || (size === "grand" && theme === "clair");
 
-const folder = await mkdtemp(join(tmpdir(), "orvanta-demo-"));
-await build({ out: folder, demo: true });
+const folder = await mkdtemp(join(tmpdir(), "orvanta-pictures-"));
 await mkdir(out, { recursive: true });
 // The font that GNOME gives as "system-ui", where it is installed (Debian: fonts-inter).
 await writeFile(
@@ -56,16 +53,15 @@ await writeFile(
    <edit name="family" mode="prepend" binding="strong"><string>Inter</string></edit></match></fontconfig>`,
 );
 process.env.FONTCONFIG_FILE = join(folder, "fonts.conf");
-const server = await serve(folder);
-const { browser, open } = await openDemo(server.address);
+const stage = await openStage();
 for (const [theme, colorScheme] of [
   ["clair", "light"],
   ["sombre", "dark"],
 ]) {
   for (const [size, viewport] of Object.entries(sizes)) {
-    for (const [name, { key, query, act }] of Object.entries(views)) {
+    for (const [name, { key, make, act }] of Object.entries(views)) {
       if (!values.all && !kept(name, theme, size)) continue;
-      const page = await open({ colorScheme, viewport, query: `?now=${now}${query ?? ""}` });
+      const page = await stage.open({ colorScheme, viewport, make });
       if (key) await page.keyboard.press(key);
       await page.waitForTimeout(250);
       await act?.(page);
@@ -78,6 +74,5 @@ for (const [theme, colorScheme] of [
     }
   }
 }
-await browser.close();
-server.close();
+await stage.close();
 await rm(folder, { recursive: true });

@@ -12,19 +12,21 @@ namespace orvanta {
 namespace fs = std::filesystem;
 namespace {
 
-// Active spans of `one` that lie, for a second or more, where the other has none.
-RestorePreview::Difference onlyIn(const FileConnection& one, const Coverage& other) {
+// Active spans of `one` that lie, for a second or more, where the other has none. Absent when not
+// all of them can be read.
+std::optional<RestorePreview::Difference> onlyIn(const FileConnection& one, const Coverage& other) {
   constexpr double kWorthNaming = 1;  // second
   RestorePreview::Difference difference;
-  one.each("SELECT start, end FROM events WHERE idle=0", {}, [&](const Cursor& row) {
-    const double start = row.dbl(0);
-    const double end = row.dbl(1);
-    const double alone = end - start - other.covered(start, end);
-    if (!(alone >= kWorthNaming)) return;
-    ++difference.spans;
-    difference.seconds += alone;
-  });
-  return difference;
+  const int code =
+      one.each("SELECT start, end FROM events WHERE idle=0", {}, [&](const Cursor& row) {
+        const double start = row.dbl(0);
+        const double end = row.dbl(1);
+        const double alone = end - start - other.covered(start, end);
+        if (!(alone >= kWorthNaming)) return;
+        ++difference.spans;
+        difference.seconds += alone;
+      });
+  return code == SQLITE_DONE ? std::optional(difference) : std::nullopt;
 }
 
 // Also where the store is a link to another folder: what is beside it is beside the file.
@@ -43,7 +45,7 @@ RestorePreview restorePreview(const DataLocation& where, const fs::path& backup)
   const auto earlier = FileConnection::reading(backup);
   if (!today || !earlier) return preview;
   preview.lost = onlyIn(today, coverageOf(earlier));
-  preview.regained = onlyIn(earlier, coverageOf(today));
+  if (preview.lost) preview.regained = onlyIn(earlier, coverageOf(today));
   return preview;
 }
 

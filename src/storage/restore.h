@@ -20,7 +20,7 @@ struct RestorePreview {
   StoreFacts now;
   StoreCheck backup;
   // Activity (no absences) that only one of the two has recorded, by time. Absent when one of them
-  // cannot be read.
+  // cannot be read in full.
   struct Difference {
     int64_t spans = 0;
     double seconds = 0;

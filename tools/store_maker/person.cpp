@@ -19,7 +19,8 @@ constexpr int kStudies = 4;  // the project
 
 }  // namespace
 
-void Person::live(const Date& date, int ago) {
+void Person::live(SpanWriter& spans, const Date& date, int ago) {
+  spans_ = &spans;
   ago_ = ago;
   if (ago == kDayElsewhere) return;
   const double midnight = calendar_.startOf(date);
@@ -61,7 +62,7 @@ double Person::session(double from, double to, const std::vector<Activity>& most
     const double end = std::min(at + length, to);
     auto span = spanOf(activity, at, end);
     correct(span);
-    spans_.add(span);
+    spans_->add(span);
     at = end;
     if (chance() >= 0.045) continue;
     const double pause = 200 + chance() * 900;
@@ -73,7 +74,7 @@ double Person::session(double from, double to, const std::vector<Activity>& most
 
 // The computer notices that nobody is there before it goes to sleep.
 void Person::away(double from, double seconds) {
-  spans_.add({.start = from, .end = from + seconds, .app = "Inactif", .idle = true});
+  spans_->add({.start = from, .end = from + seconds, .app = "Inactif", .idle = true});
 }
 
 const Activity& Person::pick(const std::vector<Activity>& from) {

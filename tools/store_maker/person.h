@@ -16,10 +16,10 @@ class Person {
  public:
   /// `oddities`: every text that comes from the outside may be an unusual one, not only those of
   /// the tenth day from the end.
-  Person(SpanWriter& spans, bool oddities) : spans_(spans), oddities_(oddities) {}
+  explicit Person(bool oddities) : oddities_(oddities) {}
 
   /// Lives the day `ago` days before the last one.
-  void live(const Date& date, int ago);
+  void live(SpanWriter& spans, const Date& date, int ago);
 
  private:
   double chance() { return std::uniform_real_distribution<double>(0, 1)(random_); }
@@ -31,7 +31,7 @@ class Person {
   MadeSpan spanOf(const Activity& activity, double start, double end);
   void correct(MadeSpan& span);
 
-  SpanWriter& spans_;
+  SpanWriter* spans_ = nullptr;  // of the day that is lived
   const bool oddities_;
   const Calendar calendar_;
   int ago_ = 0;

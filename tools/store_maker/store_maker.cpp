@@ -1,5 +1,6 @@
 #include "store_maker/store_maker.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -37,18 +38,35 @@ void addRules(Transaction& change, double now) {
   change.run(kInsert, {"app", "Zotero", "autre", 4, now - kMonth / 2});
 }
 
-void addDays(Transaction& change, const StorePlan& plan) {
+bool addPossessions(Database& db, const StorePlan& plan) {
+  Transaction change(db);
+  addProjects(change, plan.kind == StoreKind::Odd, plan.now);
+  addRules(change, plan.now);
+  return bool{change.commit()};
+}
+
+// The days, with the backup that was made yesterday in the morning.
+bool addDays(Database& db, const StorePlan& plan) {
+  constexpr double kMorning = 9.2 * 3600;
   const Calendar calendar;
-  SpanWriter spans(change, plan.now);
-  Person person(spans, plan.kind == StoreKind::Odd);
   const auto today = calendar.dateOf(plan.now);
-  for (int ago = plan.days - 1; ago >= 0; --ago) {
-    if (ago == 0 && plan.blocks > 0) {
-      liveRestlessly(spans, calendar.startOf(today), plan.now, plan.blocks);
-    } else {
-      person.live(today.plusDays(-ago), ago);
+  Person person(plan.kind == StoreKind::Odd);
+  const auto live = [&](int from, int to) {
+    Transaction change(db);
+    SpanWriter spans(change, plan.now);
+    for (int ago = from; ago >= to; --ago) {
+      if (ago == 0 && plan.blocks > 0) {
+        liveRestlessly(spans, calendar.startOf(today), plan.now, plan.blocks);
+      } else {
+        person.live(spans, today.plusDays(-ago), ago);
+      }
     }
-  }
+    return bool{change.commit()};
+  };
+  if (!live(plan.days - 1, 2)) return false;
+  const auto yesterday = calendar.startOf(today.plusDays(-1)) + kMorning;
+  return Backups(Backups::folderOf(db.location())).make(db.location().file(), yesterday).made &&
+         live(std::min(plan.days - 1, 1), 0);
 }
 
 }  // namespace
@@ -68,17 +86,12 @@ std::optional<StoreKind> storeKind(std::string_view name) {
 bool makeStore(const DataLocation& where, const StorePlan& plan) {
   Database db(where);
   seedDefaults(db, [&] { return plan.now - kMonth; });
-  Transaction change(db);
-  if (plan.kind == StoreKind::Person || plan.kind == StoreKind::Odd) {
-    addProjects(change, plan.kind == StoreKind::Odd, plan.now);
-    addRules(change, plan.now);
-    addDays(change, plan);
-  }
-  if (!change.commit()) return false;
   Database::Settings settings{{"excluded_domains", R"(["banque.example"])"}};
   if (plan.kind != StoreKind::New) settings["onboarded"] = "1";
   if (plan.blocks > 0) settings["min_block_seconds"] = "5";
-  return db.setSettings(settings) && db.truncateLog();
+  if (!db.setSettings(settings)) return false;
+  const bool person = plan.kind == StoreKind::Person || plan.kind == StoreKind::Odd;
+  return (!person || (addPossessions(db, plan) && addDays(db, plan))) && db.truncateLog();
 }
 
 }  // namespace orvanta

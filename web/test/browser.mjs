@@ -1,14 +1,14 @@
-// A real browser on the built page, and the policy under which the program serves it.
+// A real browser on the product's page, answered by the real program over made-up stores.
+import { execFileSync } from "node:child_process";
+import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
 import { readFile } from "node:fs/promises";
-import { createServer } from "node:http";
 import { createRequire } from "node:module";
-import { extname, join } from "node:path";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
 import { chromium } from "playwright-core";
-
-export const policy =
-  "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; font-src 'self'; " +
-  "connect-src 'none'; base-uri 'none'; form-action 'none'";
-const types = { ".html": "text/html", ".js": "text/javascript", ".css": "text/css", ".svg": "image/svg+xml" };
+import { build } from "../build.mjs";
+import { Program, serve } from "../dev_server.mjs";
+import { Shapes } from "./shapes.mjs";
 
 const axe = await readFile(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 
@@ -35,40 +35,84 @@ export async function complaints(page) {
   return [...(await violations(page)), ...breaks.map((text) => `a breaking space in ${text}`)];
 }
 
-/** Serves a folder on a free port of this machine. */
-export async function serve(folder) {
-  const server = createServer(async (request, response) => {
-    const name = new URL(request.url, "http://x").pathname.replace(/\/$/, "/index.html");
-    try {
-      const body = await readFile(join(folder, name.replaceAll("..", "")));
-      response.setHeader("Content-Type", `${types[extname(name)] ?? "text/plain"}; charset=utf-8`);
-      response.setHeader("Content-Security-Policy", policy);
-      response.end(body);
-    } catch {
-      response.statusCode = 404;
-      response.end();
-    }
-  });
-  await new Promise((listening) => server.listen(0, "127.0.0.1", listening));
-  return { address: `http://127.0.0.1:${server.address().port}/`, close: () => server.close() };
+/** A disk of its own for a store, that can be filled; undefined where mounting is not allowed. */
+function smallDisk(folder, size) {
+  mkdirSync(folder, { recursive: true });
+  try {
+    execFileSync("mount", ["-t", "tmpfs", "-o", `size=${size},mode=700`, "tmpfs", folder], { stdio: "ignore" });
+  } catch {
+    return undefined;
+  }
+  const filler = join(folder, "filler");
+  return {
+    fill: () => {
+      for (let page = 0; ; page++)
+        try {
+          writeFileSync(filler, Buffer.alloc(4096), { flag: "a" });
+        } catch {
+          return;
+        }
+    },
+    free: () => rmSync(filler),
+    unmount: () => execFileSync("umount", [folder]),
+  };
 }
 
-/** Chromium, and a way to open the page in it; `errors` collects all that the page complains about. */
-export async function openDemo(address) {
+/**
+ * A place to open pages in, each over a store and a program of its own; `errors` collects all that the
+ * pages complain about, `shapes` what they were answered.
+ */
+export async function openStage() {
+  const folder = mkdtempSync(join(tmpdir(), "orvanta-page-"));
+  const product = join(folder, "page");
+  await build({ out: product });
   const browser = await chromium.launch({
     executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
     args: ["--no-sandbox"],
   });
   const errors = [];
-  const open = async ({ query = "", ...options } = {}) => {
-    const context = await browser.newContext({ locale: "fr-FR", timezoneId: "Europe/Paris", ...options });
+  const shapes = new Shapes();
+  const closers = [];
+
+  /** `make`: what make-store is told; `disk`: the size of the store's own disk; others are Playwright's. */
+  const open = async ({ make = [], blind = false, disk: size, now = "2026-11-19 16:42:00", ...options } = {}) => {
+    const home = mkdtempSync(join(folder, "home-"));
+    const disk = size && smallDisk(join(home, "data"), size);
+    const program = await Program.start(home, { now, blind, make });
+    const asked = [];
+    const server = await serve(product, async (path, body) => {
+      asked.push([path, body]);
+      const answer = await program.ask(path, body);
+      shapes.note(path, answer);
+      return answer;
+    });
+    const context = await browser.newContext({
+      locale: "fr-FR",
+      timezoneId: "Europe/Paris",
+      viewport: { width: 1180, height: 780 },
+      ...options,
+    });
+    const close = async () => {
+      server.close();
+      await program.stop();
+      disk?.unmount();
+      closers.splice(closers.indexOf(close), 1);
+    };
+    closers.push(close);
+    context.on("close", close);
     const page = await context.newPage();
+    Object.assign(page, { program, asked, disk });
     page.setDefaultTimeout(10_000);
     page.on("pageerror", (error) => errors.push(String(error)));
     page.on("console", (message) => message.type() === "error" && errors.push(message.text()));
-    await page.goto(`${address}${query}`);
+    await page.goto(server.address);
     await page.waitForSelector("h1");
     return page;
   };
-  return { browser, open, errors };
+  const close = async () => {
+    await browser.close();
+    for (const one of [...closers]) await one();
+    rmSync(folder, { recursive: true, force: true });
+  };
+  return { browser, product, open, errors, shapes, close };
 }

@@ -1,34 +1,20 @@
-// The page in a real browser, under the policy that the program gives it, on made-up data.
+// The page in a real browser, under the policy that the program gives it, over the store of a made-up month.
 import assert from "node:assert/strict";
-import { mkdtemp, readFile, rm, stat } from "node:fs/promises";
-import { tmpdir } from "node:os";
+import { readFile, stat } from "node:fs/promises";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
-import { build } from "../build.mjs";
-import { complaints, openDemo, plain, serve, violations } from "./browser.mjs";
+import { serve } from "../dev_server.mjs";
+import { complaints, openStage, plain, violations } from "./browser.mjs";
 
-const now = "2026-11-19T16:42";
-let folder, server, demo;
+let stage;
+before(async () => (stage = await openStage()));
+after(() => stage?.close());
 
-before(async () => {
-  folder = await mkdtemp(join(tmpdir(), "orvanta-page-"));
-  await build({ out: join(folder, "demo"), demo: true });
-  await build({ out: join(folder, "product") });
-  server = await serve(join(folder, "demo"));
-  demo = await openDemo(server.address);
-});
-after(async () => {
-  await demo?.browser.close();
-  server?.close();
-  await rm(folder, { recursive: true });
-});
-
-const open = (query = "", options = {}) =>
-  demo.open({ query: `?now=${now}${query}`, viewport: { width: 1180, height: 780 }, ...options });
+const open = (options) => stage.open(options);
 const blocks = (page) => page.locator(".block:not(.idle)");
 for (const colorScheme of ["light", "dark"]) {
   test(`nothing for axe to complain about, ${colorScheme}`, async () => {
-    const page = await open("&blind", { colorScheme, reducedMotion: "reduce" });
+    const page = await open({ blind: true, colorScheme, reducedMotion: "reduce" });
     const found = [];
     const check = async (what) => {
       found.push(...(await complaints(page)).map((text) => `${what}: ${text}`));
@@ -60,7 +46,7 @@ for (const colorScheme of ["light", "dark"]) {
     await check("range");
     assert.deepEqual(found, []);
     await page.context().close();
-    const first = await open("&new", { colorScheme });
+    const first = await open({ make: ["--kind", "new"], colorScheme });
     for (const step of [1, 2, 3]) {
       assert.deepEqual(await violations(first), [], `welcome ${step}`);
       if (step < 3) await first.getByRole("button", { name: "Continuer" }).click();
@@ -265,7 +251,7 @@ test("projects and settings: what is wrong is said beside the field, what is rig
 });
 
 test("hostile text is shown as text, on every view", async () => {
-  const page = await open("&hostile");
+  const page = await open({ make: ["--kind", "odd"] });
   await page.evaluate(() => (window.hit = 0));
   for (const key of "jsbprg") {
     await page.keyboard.press(key);
@@ -291,7 +277,7 @@ test("hostile text is shown as text, on every view", async () => {
 });
 
 test("a day of 2,000 blocks appears in under 100 ms of script and draws only what is in sight", async () => {
-  const page = await open("&blocks=2000");
+  const page = await open({ make: ["--blocks", "2000"] });
   await page.waitForSelector(".block");
   const session = await page.context().newCDPSession(page);
   await session.send("Performance.enable");
@@ -326,20 +312,20 @@ test("a day of 2,000 blocks appears in under 100 ms of script and draws only wha
   await page.context().close();
 });
 
-test("the product's page is small and holds nothing made up", async () => {
-  const product = join(folder, "product");
+test("the product's page is small, and asks nobody but the program", async () => {
+  const { product } = stage;
   const sizes = await Promise.all(
     ["app.js", "app.css"].map(async (name) => (await stat(join(product, name))).size),
   );
   console.log(`app.js ${sizes[0]} bytes, app.css ${sizes[1]} bytes`);
   assert.ok(sizes[0] + sizes[1] < 150_000);
   const script = await readFile(join(product, "app.js"), "utf8");
-  assert.ok(!/Camille|Boutique Lumière|fetch\(|eval\(/.test(script));
+  assert.ok(!/fetch\(|XMLHttpRequest|WebSocket|eval\(/.test(script));
 });
 
 test("requests go to the handler as objects, and a failure is told with a way to try again", async () => {
-  const product = await serve(join(folder, "product"));
-  const context = await demo.browser.newContext();
+  const product = await serve(stage.product);
+  const context = await stage.browser.newContext();
   await context.addInitScript(() => {
     window.posted = [];
     const postMessage = (message) => {
@@ -374,5 +360,9 @@ test("requests go to the handler as objects, and a failure is told with a way to
 });
 
 test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(demo.errors, []);
+  assert.deepEqual(stage.errors, []);
+});
+
+test("what the program answered is what the page takes it for", () => {
+  assert.equal(stage.shapes.complaints(), "");
 });

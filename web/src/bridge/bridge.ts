@@ -1,3 +1,4 @@
+import { typeset } from "../model/time";
 import type { Answer, Body, Route } from "./routes";
 
 /** The way to the program. */
@@ -32,7 +33,7 @@ export function unwrap(answer: unknown): unknown {
   if (typeof answer === "object" && answer !== null && !Array.isArray(answer)) {
     const { error, ok } = answer as { error?: unknown; ok?: unknown };
     // Some routes answer {"ok": false, "error": text}; that is an answer, not a failure.
-    if (typeof error === "string" && ok === undefined) throw new BridgeError(error);
+    if (typeof error === "string" && ok === undefined) throw new BridgeError(typeset(error));
   }
   return answer;
 }
@@ -47,7 +48,7 @@ export function written<T>(answer: T): T {
     } = answer as { stored?: unknown; written?: unknown; message?: unknown };
     if (stored === false || done === false)
       throw new UnstoredError(
-        typeof message === "string" && message ? message : "Rien n’a pu être enregistré.",
+        typeof message === "string" && message ? typeset(message) : "Rien n’a pu être enregistré.",
       );
   }
   return answer;

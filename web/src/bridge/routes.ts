@@ -45,6 +45,9 @@ export interface ProjectRow {
   color: string | null;
   category: string | null;
   archived: number | null;
+  created: UnixTime | null;
+  external_id: string | null;
+  client: string | null;
   keywords: string | null;
 }
 
@@ -69,6 +72,10 @@ export interface Settings {
   privacy_mode: string;
   excluded_domains: string;
   retention_days: string;
+  onboarded: string;
+  paused: string;
+  telemetry: string;
+  install_id: string;
 }
 
 export interface Permissions {
@@ -135,7 +142,8 @@ export interface Routes {
   "store.check": [Nothing, { ok: boolean; message: string; problems: string[] }];
   "store.restorePreview": [{ file: string }, RestorePreview];
   "store.restore": [{ file: string }, Ok & { kept: string | null }];
-  "settings.get": [Nothing, Settings];
+  // Beside these, what the program itself notes.
+  "settings.get": [Nothing, Settings & Record<string, string>];
   "settings.set": [Partial<Record<keyof Settings, string | number | string[]>>, Ok];
   "tracker.pause": [Nothing, Ok];
   "tracker.resume": [Nothing, Ok];

@@ -128,6 +128,11 @@ export function weekName(monday: Day): string {
   return `${start} – ${dateOnly(sunday)}`;
 }
 
+/** A sentence of the program's, which it writes as people type, as French is set. */
+export function typeset(sentence: string): string {
+  return sentence.replace(/ (?=[:;!?»])|(?<=«) /g, "\u00a0").replaceAll("'", "’");
+}
+
 export function capitalize(text: string): string {
   return text.charAt(0).toLocaleUpperCase("fr-FR") + text.slice(1);
 }

@@ -3,7 +3,7 @@ import type { ComponentChildren } from "preact";
 import { useState } from "preact/hooks";
 import type { ByCategory, ProjectTime, Seconds } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
-import { clip, duration, share } from "../model/time";
+import { clip, duration, share, typeset } from "../model/time";
 import { CategoryMark, Icon, type IconName, ProjectDot } from "./icons";
 
 /** Text from the outside: titles, names, addresses. Kept apart from the direction of what surrounds it. */
@@ -50,7 +50,7 @@ export function Failure({ text, retry }: { text: string; retry: () => void }) {
   return (
     <div class="banner failed" role="alert">
       <Icon name="warning" />
-      <p>{text}</p>
+      <p>{typeset(text)}</p>
       <button type="button" class="button small" onClick={retry}>
         Réessayer
       </button>
@@ -65,7 +65,7 @@ export function Incomplete({ text }: { text: string | undefined }) {
       {text && (
         <div class="banner warn">
           <Icon name="warning" />
-          <p>{text}</p>
+          <p>{typeset(text)}</p>
         </div>
       )}
     </div>

@@ -4,7 +4,7 @@ import type { Status } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { since } from "../model/store";
 import { load, save } from "../model/stored";
-import { capitalize } from "../model/time";
+import { capitalize, typeset } from "../model/time";
 import { Icon } from "./icons";
 import { IconButton } from "./parts";
 
@@ -17,7 +17,7 @@ export function StoreBanner({ status }: { status: Status | undefined }) {
         <div class="banner failed">
           <Icon name="warning" />
           <p>
-            {trouble.message} <span class="quiet">{capitalize(since(trouble.since, status.now))}.</span>
+            {typeset(trouble.message)} <span class="quiet">{capitalize(since(trouble.since, status.now))}.</span>
           </p>
         </div>
       )}
@@ -36,7 +36,7 @@ export function StoreNotice() {
     <div role="status" class="store-notice">
       {notice && notice !== seen && (
         <div class="banner">
-          <p>{notice}</p>
+          <p>{typeset(notice)}</p>
           <IconButton
             icon="close"
             label="Ne plus montrer"

@@ -3,7 +3,7 @@ import type { Answer, Status } from "../../bridge/routes";
 import type { StoreStatus } from "../../bridge/store";
 import { errorText, useAnswer, useClient } from "../../client";
 import { covered, fileSize, moment } from "../../model/store";
-import { capitalize, count } from "../../model/time";
+import { capitalize, count, typeset } from "../../model/time";
 import { Icon } from "../../ui/icons";
 import { useAttempt, useNotice } from "../../ui/toast";
 import { Row } from "./fields";
@@ -39,7 +39,7 @@ export function StoreRows({ status }: { status: Status | undefined }) {
       <CheckRow />
       {store?.notice && (
         <Row wide label="Dernière réparation ou restauration">
-          <p class="store-facts">{store.notice}</p>
+          <p class="store-facts">{typeset(store.notice)}</p>
         </Row>
       )}
     </>
@@ -117,7 +117,7 @@ function CheckRow() {
           <>
             <p class={result.ok ? "state good" : "state bad"}>
               <Icon name={result.ok ? "check" : "warning"} />
-              {capitalize(result.message)}
+              {capitalize(typeset(result.message))}
             </p>
             {result.problems.length > 0 && (
               <ul>
