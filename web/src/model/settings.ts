@@ -1,24 +1,25 @@
 // The limits within which the page accepts a setting; the program takes any text.
 
-export interface NumberSetting {
-  key: "idle_threshold" | "min_span_seconds" | "min_block_seconds" | "retention_days";
+export type NumberSetting = "idle_threshold" | "min_span_seconds" | "min_block_seconds" | "retention_days";
+
+interface Limits {
   min: number;
   max: number;
 }
 
-export const numberSettings: Record<NumberSetting["key"], NumberSetting> = {
-  idle_threshold: { key: "idle_threshold", min: 30, max: 7200 },
-  min_span_seconds: { key: "min_span_seconds", min: 2, max: 600 },
-  min_block_seconds: { key: "min_block_seconds", min: 0, max: 3600 },
-  retention_days: { key: "retention_days", min: 0, max: 36500 },
+export const limits: Record<NumberSetting, Limits> = {
+  idle_threshold: { min: 30, max: 7200 },
+  min_span_seconds: { min: 2, max: 600 },
+  min_block_seconds: { min: 0, max: 3600 },
+  retention_days: { min: 0, max: 36500 },
 };
 
 /** What is wrong with the text as a value of the setting, in French; empty when nothing is. */
-export function numberError(setting: NumberSetting, text: string): string {
+export function numberError({ min, max }: Limits, text: string): string {
   if (!/^\d{1,6}$/.test(text.trim())) return "Un nombre entier est attendu.";
   const value = Number(text);
-  if (value < setting.min) return `${setting.min} au moins.`;
-  if (value > setting.max) return `${setting.max} au plus.`;
+  if (value < min) return `${min} au moins.`;
+  if (value > max) return `${max} au plus.`;
   return "";
 }
 

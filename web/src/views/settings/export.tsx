@@ -1,8 +1,9 @@
 import { useState } from "preact/hooks";
 import type { Day } from "../../bridge/routes";
-import { errorText, useClient } from "../../client";
+import { useClient } from "../../client";
 import { addDays, addMonths, dateOnly, firstOfMonth, mondayOf } from "../../model/time";
 import { DayButton } from "../../ui/calendar";
+import { useTask } from "../../ui/task";
 import { useNotice } from "../../ui/toast";
 import { Row } from "./fields";
 
@@ -12,8 +13,7 @@ export function Export({ today }: { today: Day }) {
   const notify = useNotice();
   const [from, setFrom] = useState(firstOfMonth(today));
   const [to, setTo] = useState(today);
-  const [busy, setBusy] = useState(false);
-  const [error, setError] = useState("");
+  const { busy, error, setError, run } = useTask();
   const lastMonth = addMonths(firstOfMonth(today), -1);
   const presets: [string, Day, Day][] = [
     ["Aujourd’hui", today, today],
@@ -22,17 +22,12 @@ export function Export({ today }: { today: Day }) {
     ["Le mois dernier", lastMonth, addDays(firstOfMonth(today), -1)],
   ];
 
-  const run = async () => {
+  const save = () => {
     if (to < from) return setError("Le dernier jour précède le premier.");
-    setBusy(true);
-    setError("");
-    try {
+    run(async () => {
       const { ok } = await client.call("export", { from, to });
       if (ok) notify({ text: `Exporté : du ${dateOnly(from)} au ${dateOnly(to)}.` });
-    } catch (failure) {
-      setError(errorText(failure));
-    }
-    setBusy(false);
+    });
   };
   return (
     <Row
@@ -61,7 +56,7 @@ export function Export({ today }: { today: Day }) {
         <DayButton label="Premier jour" text={dateOnly(from)} day={from} today={today} onPick={setFrom} />
         <span>à</span>
         <DayButton label="Dernier jour" text={dateOnly(to)} day={to} today={today} onPick={setTo} />
-        <button type="button" class="button primary" disabled={busy} onClick={() => void run()}>
+        <button type="button" class="button primary" disabled={busy} onClick={save}>
           {busy ? "Export en cours…" : "Exporter…"}
         </button>
       </div>

@@ -1,8 +1,10 @@
 import type { ComponentChildren } from "preact";
-import { useEffect, useId, useRef, useState } from "preact/hooks";
-import { errorText } from "../../client";
-import { numberError, type NumberSetting, readDomain } from "../../model/settings";
+import { useEffect, useId, useState } from "preact/hooks";
+import type { Settings } from "../../bridge/routes";
+import { useClient } from "../../client";
+import { limits, numberError, type NumberSetting } from "../../model/settings";
 import { Icon } from "../../ui/icons";
+import { useTask } from "../../ui/task";
 
 interface SectionProps {
   title: string;
@@ -39,39 +41,45 @@ export function Row({ label, help, htmlFor, wide, children }: RowProps) {
   );
 }
 
-interface NumberFieldProps {
+/** What shows some of the settings. */
+export interface SettingsProps {
+  settings: Settings;
+}
+
+interface NumberFieldProps extends SettingsProps {
+  setting: NumberSetting;
   label: string;
   help: ComponentChildren;
   unit: string;
-  setting: NumberSetting;
-  value: string;
-  /** False when the user thought better of it. */
-  onSave: (value: number) => Promise<boolean | void>;
+  /** Asked before it is stored; false when the user thought better of it. */
+  allow?: (value: number) => Promise<boolean>;
 }
 
 /** Takes effect when the field is left or on Enter; Escape gives the old value back. */
-export function NumberField({ label, help, unit, setting, value, onSave }: NumberFieldProps) {
+export function NumberField({ setting, label, help, unit, settings, allow }: NumberFieldProps) {
+  const client = useClient();
   const id = useId();
+  const value = settings[setting];
   const [text, setText] = useState(value);
-  const [error, setError] = useState("");
   const [saved, setSaved] = useState(false);
+  const { busy, error, setError, run } = useTask();
   useEffect(() => setText(value), [value]);
+  const change = (next: string) => {
+    setText(next);
+    setError("");
+    setSaved(false);
+  };
 
-  // A question asked on Enter takes the focus away, which is no second answer.
-  const saving = useRef(false);
-  const commit = async () => {
-    if (saving.current || text.trim() === value) return;
-    const wrong = numberError(setting, text);
-    setError(wrong);
-    if (wrong) return;
-    saving.current = true;
-    try {
-      if ((await onSave(Number(text))) === false) setText(value);
-      else setSaved(true);
-    } catch (failure) {
-      setError(errorText(failure));
-    }
-    saving.current = false;
+  const commit = () => {
+    // A question asked on Enter takes the focus away, which is no second answer.
+    if (busy || text.trim() === value) return;
+    const wrong = numberError(limits[setting], text);
+    if (wrong) return setError(wrong);
+    run(async () => {
+      if (allow && !(await allow(Number(text)))) return setText(value);
+      await client.call("settings.set", { [setting]: Number(text) });
+      setSaved(true);
+    });
   };
   return (
     <Row label={label} help={help} htmlFor={id}>
@@ -91,18 +99,11 @@ export function NumberField({ label, help, unit, setting, value, onSave }: Numbe
           value={text}
           aria-invalid={error !== ""}
           aria-describedby={`${id}-help ${id}-error`}
-          onInput={(event) => {
-            setText(event.currentTarget.value);
-            setError("");
-            setSaved(false);
-          }}
-          onBlur={() => void commit()}
+          onInput={(event) => change(event.currentTarget.value)}
+          onBlur={commit}
           onKeyDown={(event) => {
-            if (event.key === "Enter") void commit();
-            if (event.key === "Escape") {
-              setText(value);
-              setError("");
-            }
+            if (event.key === "Enter") commit();
+            if (event.key === "Escape") change(value);
           }}
         />
         <span class="unit">{unit}</span>
@@ -139,88 +140,6 @@ export function Switch({ label, help, on, onChange }: SwitchProps) {
           onChange(wanted);
         }}
       />
-    </Row>
-  );
-}
-
-/** The sites whose pages are never recorded. */
-export function DomainList({
-  domains,
-  onSave,
-}: {
-  domains: readonly string[];
-  onSave: (domains: string[]) => Promise<void>;
-}) {
-  const id = useId();
-  const [text, setText] = useState("");
-  const [error, setError] = useState("");
-  const add = async () => {
-    if (text.trim() === "") return;
-    const domain = readDomain(text);
-    if (domain === null) return setError("Un site s’écrit exemple.fr.");
-    try {
-      if (!domains.includes(domain)) await onSave([...domains, domain]);
-      setText("");
-      setError("");
-    } catch (failure) {
-      setError(errorText(failure));
-    }
-  };
-  return (
-    <Row
-      label="Sites exclus"
-      htmlFor={id}
-      help="Leur nom, leurs adresses et leurs titres ne sont jamais enregistrés, sous-domaines compris. Le temps compte pour le navigateur."
-    >
-      <form
-        class="with-unit"
-        noValidate
-        onSubmit={(event) => {
-          event.preventDefault();
-          void add();
-        }}
-      >
-        <input
-          id={id}
-          class="input"
-          placeholder="exemple.fr"
-          maxLength={300}
-          value={text}
-          aria-invalid={error !== ""}
-          aria-describedby={`${id}-help ${id}-error`}
-          onInput={(event) => {
-            setText(event.currentTarget.value);
-            setError("");
-          }}
-        />
-        <button type="submit" class="button">
-          Exclure
-        </button>
-      </form>
-      <span class="field-error" id={`${id}-error`} role="alert">
-        {error}
-      </span>
-      {domains.length > 0 && (
-        <ul class="chips">
-          {domains.map((domain) => (
-            <li key={domain}>
-              <button
-                type="button"
-                class="chip on"
-                aria-label={`Ne plus exclure ${domain}`}
-                onClick={() =>
-                  void onSave(domains.filter((other) => other !== domain)).catch((failure) =>
-                    setError(errorText(failure)),
-                  )
-                }
-              >
-                <bdi>{domain}</bdi>
-                <Icon name="close" />
-              </button>
-            </li>
-          ))}
-        </ul>
-      )}
     </Row>
   );
 }

@@ -1,8 +1,8 @@
-import { useState } from "preact/hooks";
 import type { Permissions } from "../../bridge/routes";
-import { errorText, useAnswer, useClient } from "../../client";
+import { useAnswer, useClient } from "../../client";
 import { Icon } from "../../ui/icons";
-import { useAttempt } from "../../ui/toast";
+import { useTask } from "../../ui/task";
+import { useSend } from "../../ui/toast";
 import { Row } from "./fields";
 
 const probeNames: Record<string, string> = {
@@ -33,8 +33,7 @@ const sourceNames: Record<string, string> = {
 
 /** What this desktop lets Orvanta see, and what can be done about the rest. */
 export function DesktopRows() {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   const { answer } = useAnswer("permissions.status", {}, 10);
   if (!answer) return null;
   return (
@@ -48,7 +47,7 @@ export function DesktopRows() {
           <button
             type="button"
             class="button"
-            onClick={() => void attempt(() => client.call("permissions.requestAccessibility", {}))}
+            onClick={() => send("permissions.requestAccessibility", {})}
           >
             Autoriser la lecture des titres
           </button>
@@ -75,8 +74,7 @@ export function DesktopRows() {
 
 /** The browsers that run, each with a way to try whether its active tab can be read. */
 export function BrowserRows() {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   const { answer } = useAnswer("permissions.status", {}, 10);
   if (!answer) return null;
   return (
@@ -90,11 +88,7 @@ export function BrowserRows() {
         <Browser key={browser.bundle} {...browser} known={answer.browsers[browser.bundle]} />
       ))}
       <Row label="Extension des navigateurs" help="C’est elle qui dit à Orvanta l’adresse de l’onglet actif.">
-        <button
-          type="button"
-          class="button"
-          onClick={() => void attempt(() => client.call("permissions.openAutomation", {}))}
-        >
+        <button type="button" class="button" onClick={() => send("permissions.openAutomation", {})}>
           Ouvrir les réglages
         </button>
       </Row>
@@ -110,18 +104,10 @@ interface BrowserProps {
 
 function Browser({ bundle, name, known }: BrowserProps) {
   const client = useClient();
-  const [busy, setBusy] = useState(false);
-  const [error, setError] = useState("");
+  const { busy, error, setError, run } = useTask();
   const test = async () => {
-    setBusy(true);
-    setError("");
-    try {
-      const result = await client.call("permissions.testBrowser", { bundle });
-      if (!result.ok) setError(result.error || "L’onglet actif n’a pas pu être lu.");
-    } catch (failure) {
-      setError(errorText(failure));
-    }
-    setBusy(false);
+    const result = await client.call("permissions.testBrowser", { bundle });
+    if (!result.ok) setError(result.error || "L’onglet actif n’a pas pu être lu.");
   };
   return (
     <Row label={name}>
@@ -133,7 +119,7 @@ function Browser({ bundle, name, known }: BrowserProps) {
         class="button"
         disabled={busy}
         aria-label={`Essayer ${name}`}
-        onClick={() => void test()}
+        onClick={() => run(test)}
       >
         {busy ? "Essai…" : "Essayer"}
       </button>

@@ -5,14 +5,14 @@ import { errorText, useAnswer, useClient } from "../../client";
 import { covered, fileSize, moment } from "../../model/store";
 import { capitalize, count, typeset } from "../../model/time";
 import { Icon } from "../../ui/icons";
-import { useAttempt, useNotice } from "../../ui/toast";
+import { useTask } from "../../ui/task";
+import { useNotice, useSend } from "../../ui/toast";
 import { Row } from "./fields";
 import { RestoreDialog } from "./restore_dialog";
 
 /** The file that keeps everything: how it is, its backups, and the way back to one of them. */
 export function StoreRows({ status }: { status: Status | undefined }) {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
   const store = useAnswer("store.status", {}, 30).answer;
   const now = status?.now ?? Date.now() / 1000;
   return (
@@ -27,11 +27,7 @@ export function StoreRows({ status }: { status: Status | undefined }) {
             )}
           </p>
         )}
-        <button
-          type="button"
-          class="button"
-          onClick={() => void attempt(() => client.call("revealData", {}))}
-        >
+        <button type="button" class="button" onClick={() => send("revealData", {})}>
           Montrer le dossier
         </button>
       </Row>
@@ -49,19 +45,11 @@ export function StoreRows({ status }: { status: Status | undefined }) {
 function BackupRow({ store, now }: { store: StoreStatus; now: number }) {
   const client = useClient();
   const notify = useNotice();
-  const [busy, setBusy] = useState(false);
-  const [error, setError] = useState("");
+  const { busy, error, run } = useTask();
   const [restoring, setRestoring] = useState(false);
-  const run = async () => {
-    setBusy(true);
-    setError("");
-    try {
-      const { size } = await client.call("store.backup", {});
-      notify({ text: `Sauvegardé : ${fileSize(size)}.` });
-    } catch (failure) {
-      setError(errorText(failure));
-    }
-    setBusy(false);
+  const backUp = async () => {
+    const { size } = await client.call("store.backup", {});
+    notify({ text: `Sauvegardé : ${fileSize(size)}.` });
   };
   const last = store.last_backup === null ? "aucune" : moment(store.last_backup, now);
   return (
@@ -69,7 +57,7 @@ function BackupRow({ store, now }: { store: StoreStatus; now: number }) {
       label="Sauvegardes"
       help={`Dernière : ${last}. Orvanta en fait seul, les vérifie et garde les plus récentes.`}
     >
-      <button type="button" class="button" disabled={busy} onClick={() => void run()}>
+      <button type="button" class="button" disabled={busy} onClick={() => run(backUp)}>
         {busy ? "Sauvegarde en cours…" : "Sauvegarder maintenant"}
       </button>
       <button type="button" class="button" onClick={() => setRestoring(true)}>
@@ -88,17 +76,12 @@ const shownProblems = 12;
 
 function CheckRow() {
   const client = useClient();
-  const [busy, setBusy] = useState(false);
+  const { busy, run } = useTask();
   const [result, setResult] = useState<Answer<"store.check"> | null>(null);
-  const run = async () => {
-    setBusy(true);
+  const check = async () => {
     setResult(null);
-    try {
-      setResult(await client.call("store.check", {}));
-    } catch (failure) {
-      setResult({ ok: false, message: errorText(failure), problems: [] });
-    }
-    setBusy(false);
+    const failed = (failure: unknown) => ({ ok: false, message: errorText(failure), problems: [] });
+    setResult(await client.call("store.check", {}).catch(failed));
   };
   const more = (result?.problems.length ?? 0) - shownProblems;
   return (
@@ -108,7 +91,7 @@ function CheckRow() {
         class="button"
         aria-label="Vérifier les données"
         disabled={busy}
-        onClick={() => void run()}
+        onClick={() => run(check)}
       >
         {busy ? "Vérification…" : "Vérifier"}
       </button>

@@ -1,15 +1,66 @@
 import { useEffect, useState } from "preact/hooks";
 import type { Status } from "../../bridge/routes";
-import { useClient } from "../../client";
-import { useAttempt } from "../../ui/toast";
+import { useSend } from "../../ui/toast";
 import { Row, Switch } from "./fields";
 
+/** What is sent of the use made of Orvanta, and whether there is a newer version. */
 export function TelemetryRows({ status }: { status: Status | undefined }) {
-  const client = useClient();
-  const attempt = useAttempt();
+  const send = useSend();
+  const version = status?.version ?? "–";
+  return (
+    <>
+      <Switch
+        label="Envoyer des mesures d’usage anonymes"
+        help={
+          status?.telemetry ? (
+            <>
+              Identifiant de cette installation : <code>{status.install_id || "–"}</code>. Éteindre l’oublie.
+            </>
+          ) : (
+            "Éteint, rien ne quitte cet ordinateur."
+          )
+        }
+        on={status?.telemetry ?? false}
+        onChange={(enabled) => send("telemetry.set", { enabled })}
+      />
+      <SentRow version={version} />
+      <UpdateRow version={version} update={status?.update ?? null} />
+    </>
+  );
+}
+
+function SentRow({ version }: { version: string }) {
+  return (
+    <Row wide label="Exactement ce qui est envoyé">
+      <details class="sent">
+        <summary>Voir les champs</summary>
+        <dl>
+          <dt>install_id</dt>
+          <dd>un identifiant tiré au hasard, sans lien avec vous</dd>
+          <dt>version</dt>
+          <dd>la version d’Orvanta, {version}</dd>
+          <dt>macos</dt>
+          <dd>la version du système, par exemple 12.5</dd>
+          <dt>arch</dt>
+          <dd>le type de processeur</dd>
+          <dt>event</dt>
+          <dd>first_launch une fois, heartbeat une fois par jour, error</dd>
+          <dt>error</dt>
+          <dd>
+            avec error seulement : les 500 premiers caractères de l’erreur de la base, une fois par jour au
+            plus
+          </dd>
+        </dl>
+        <p>Jamais d’application, de titre, de site, de durée ni de projet.</p>
+      </details>
+    </Row>
+  );
+}
+
+function UpdateRow({ version, update }: { version: string; update: Status["update"] }) {
+  const send = useSend();
   const [checked, setChecked] = useState(false);
   const [waiting, setWaiting] = useState(false);
-  const update = status?.update ?? null;
 
   // The check goes on in the background and gives up after ten seconds.
   useEffect(() => {
@@ -25,74 +76,35 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
   }, [update]);
 
   return (
-    <>
-      <Switch
-        label="Envoyer des mesures d’usage anonymes"
-        help={
-          status?.telemetry ? (
-            <>
-              Identifiant de cette installation : <code>{status.install_id || "–"}</code>. Éteindre l’oublie.
-            </>
-          ) : (
-            "Éteint, rien ne quitte cet ordinateur."
-          )
-        }
-        on={status?.telemetry ?? false}
-        onChange={(enabled) => void attempt(() => client.call("telemetry.set", { enabled }))}
-      />
-      <Row wide label="Exactement ce qui est envoyé">
-        <details class="sent">
-          <summary>Voir les champs</summary>
-          <dl>
-            <dt>install_id</dt>
-            <dd>un identifiant tiré au hasard, sans lien avec vous</dd>
-            <dt>version</dt>
-            <dd>la version d’Orvanta, {status?.version ?? "–"}</dd>
-            <dt>macos</dt>
-            <dd>la version du système, par exemple 12.5</dd>
-            <dt>arch</dt>
-            <dd>le type de processeur</dd>
-            <dt>event</dt>
-            <dd>first_launch une fois, heartbeat une fois par jour, error</dd>
-            <dt>error</dt>
-            <dd>
-              avec error seulement : les 500 premiers caractères de l’erreur de la base, une fois par jour au
-              plus
-            </dd>
-          </dl>
-          <p>Jamais d’application, de titre, de site, de durée ni de projet.</p>
-        </details>
-      </Row>
-      <Row
-        label="Mise à jour"
-        help={`Version installée : ${status?.version ?? "–"}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
-      >
-        <span class="quiet" role="status">
-          {checked && !update && "Pas de version plus récente trouvée."}
-        </span>
-        {update ? (
-          <button
-            type="button"
-            class="button primary"
-            onClick={() => void attempt(() => client.call("openURL", { url: update.url }))}
-          >
-            Voir Orvanta {update.version}
-          </button>
-        ) : (
-          <button
-            type="button"
-            class="button"
-            disabled={waiting}
-            onClick={() => {
-              setChecked(false);
-              setWaiting(true);
-              void attempt(() => client.call("update.check", {}));
-            }}
-          >
-            {waiting ? "Vérification…" : "Vérifier maintenant"}
-          </button>
-        )}
-      </Row>
-    </>
+    <Row
+      label="Mise à jour"
+      help={`Version installée : ${version}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
+    >
+      <span class="quiet" role="status">
+        {checked && !update && "Pas de version plus récente trouvée."}
+      </span>
+      {update ? (
+        <button
+          type="button"
+          class="button primary"
+          onClick={() => send("openURL", { url: update.url })}
+        >
+          Voir Orvanta {update.version}
+        </button>
+      ) : (
+        <button
+          type="button"
+          class="button"
+          disabled={waiting}
+          onClick={() => {
+            setChecked(false);
+            setWaiting(true);
+            send("update.check", {});
+          }}
+        >
+          {waiting ? "Vérification…" : "Vérifier maintenant"}
+        </button>
+      )}
+    </Row>
   );
 }

@@ -1,0 +1,73 @@
+import { useId, useState } from "preact/hooks";
+import { readDomain } from "../../model/settings";
+import { Form } from "../../ui/dialog";
+import { Icon } from "../../ui/icons";
+import { useTask } from "../../ui/task";
+import { Row } from "./fields";
+
+interface Props {
+  domains: readonly string[];
+  onSave: (domains: string[]) => Promise<void>;
+}
+
+/** The sites whose pages are never recorded. */
+export function DomainList({ domains, onSave }: Props) {
+  const id = useId();
+  const [text, setText] = useState("");
+  const { error, setError, run } = useTask();
+  const add = () => {
+    if (text.trim() === "") return;
+    const domain = readDomain(text);
+    if (domain === null) return setError("Un site s’écrit exemple.fr.");
+    run(async () => {
+      if (!domains.includes(domain)) await onSave([...domains, domain]);
+      setText("");
+    });
+  };
+  return (
+    <Row
+      label="Sites exclus"
+      htmlFor={id}
+      help="Leur nom, leurs adresses et leurs titres ne sont jamais enregistrés, sous-domaines compris. Le temps compte pour le navigateur."
+    >
+      <Form class="with-unit" onSubmit={add}>
+        <input
+          id={id}
+          class="input"
+          placeholder="exemple.fr"
+          maxLength={300}
+          value={text}
+          aria-invalid={error !== ""}
+          aria-describedby={`${id}-help ${id}-error`}
+          onInput={(event) => {
+            setText(event.currentTarget.value);
+            setError("");
+          }}
+        />
+        <button type="submit" class="button">
+          Exclure
+        </button>
+      </Form>
+      <span class="field-error" id={`${id}-error`} role="alert">
+        {error}
+      </span>
+      {domains.length > 0 && (
+        <ul class="chips">
+          {domains.map((domain) => (
+            <li key={domain}>
+              <button
+                type="button"
+                class="chip on"
+                aria-label={`Ne plus exclure ${domain}`}
+                onClick={() => run(() => onSave(domains.filter((other) => other !== domain)))}
+              >
+                <bdi>{domain}</bdi>
+                <Icon name="close" />
+              </button>
+            </li>
+          ))}
+        </ul>
+      )}
+    </Row>
+  );
+}

@@ -1,0 +1,53 @@
+import { useAnswer, useClient } from "../../client";
+import { useAttempt, useNotice } from "../../ui/toast";
+import { NumberField, type SettingsProps, Switch } from "./fields";
+
+/** What counts as an activity, and when Orvanta starts. */
+export function TrackingRows({ settings }: SettingsProps) {
+  return (
+    <>
+      <NumberField
+        setting="idle_threshold"
+        label="Seuil d’inactivité"
+        help="Sans clavier ni souris pendant ce temps, vous êtes absent depuis le dernier geste. Une vidéo ou un appel compte comme présence."
+        unit="secondes"
+        settings={settings}
+      />
+      <NumberField
+        setting="min_span_seconds"
+        label="Activité la plus courte"
+        help="Un passage plus bref reste compté dans l’activité d’avant."
+        unit="secondes"
+        settings={settings}
+      />
+      <NumberField
+        setting="min_block_seconds"
+        label="Bloc le plus court"
+        help="La liste du jour tait les blocs plus brefs ; ils comptent dans les totaux."
+        unit="secondes"
+        settings={settings}
+      />
+      <LaunchSwitch />
+    </>
+  );
+}
+
+function LaunchSwitch() {
+  const client = useClient();
+  const attempt = useAttempt();
+  const notify = useNotice();
+  const { answer } = useAnswer("permissions.status", {});
+  const launch = async (enabled: boolean) => {
+    const { ok, error } = await client.call("launchAtLogin", { enabled });
+    const text = error ?? "Le lancement à l’ouverture de session n’a pas pu être changé.";
+    if (!ok) notify({ text, failed: true });
+  };
+  return (
+    <Switch
+      label="Lancer à l’ouverture de la session"
+      help="Orvanta démarre sans fenêtre, dans la zone de notification."
+      on={answer?.launch_at_login ?? false}
+      onChange={(on) => void attempt(() => launch(on))}
+    />
+  );
+}
