@@ -9,13 +9,15 @@ PlatformActions desktopActions(const Desktop& desktop, BrowserConnection& browse
   PlatformActions actions;
   actions.accessibilityGranted = [&desktop] { return desktop.foreground->titlesReadable(); };
   actions.whyTitlesAreMissing = [&desktop] { return desktop.whyTitlesAreMissing(); };
-  actions.probes = [&desktop]() -> boost::json::object {
+  const auto probes = [&desktop](std::string Source::*what) -> boost::json::object {
     const auto sources = desktop.sources();
-    return {{"foreground", sources.foreground},
-            {"idle", sources.idle},
-            {"inhibition", sources.inhibition},
-            {"session", sources.session}};
+    return {{"foreground", sources.foreground.*what},
+            {"idle", sources.idle.*what},
+            {"inhibition", sources.inhibition.*what},
+            {"session", sources.session.*what}};
   };
+  actions.probes = [probes] { return probes(&Source::id); };
+  actions.probeNames = [probes] { return probes(&Source::name); };
   actions.runningBrowsers = [] {
     std::vector<BrowserName> names;
     for (const auto& running : runningBrowsers()) {

@@ -29,6 +29,8 @@ struct PlatformActions {
   std::function<bool()> accessibilityGranted = [] { return false; };
   /// Which desktop service each probe uses, by the probe's name.
   std::function<boost::json::object()> probes = [] { return boost::json::object(); };
+  /// The same in the user's language.
+  std::function<boost::json::object()> probeNames = [] { return boost::json::object(); };
   std::function<void()> requestAccessibility = [] {};
   /// A French sentence that says why window titles are missing, "" when they are not.
   std::function<std::string()> whyTitlesAreMissing = [] { return std::string(); };

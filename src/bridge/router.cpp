@@ -186,6 +186,7 @@ json::value Router::permissionsStatus(const Body& /*body*/) {
           {"browsers", browserPermissions()},
           {"launch_at_login", parts_.loginItem.enabled()},
           {"probes", parts_.platform.probes()},
+          {"probe_names", parts_.platform.probeNames()},
           {"advice", parts_.platform.whyTitlesAreMissing()}};
 }
 

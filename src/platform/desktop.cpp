@@ -65,7 +65,7 @@ void addWayland(Sources& sources, const dbus::Bus& session, const Log& log) {
 
 // Not every application tells assistive technologies what it shows.
 bool canReadAll(ForegroundProbe& foreground) {
-  return foreground.titlesReadable() && foreground.source() != dbus::AtSpi::kSource;
+  return foreground.titlesReadable() && foreground.source().id != dbus::AtSpi::kSource;
 }
 
 bool isWaylandSession() {

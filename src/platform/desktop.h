@@ -13,13 +13,12 @@
 
 namespace orvanta {
 
-/// The short, lasting English name of the desktop service behind each probe at this moment ("x11",
-/// "gnome-extension"); several are joined by "+", and "none" is none.
+/// The desktop service behind each probe at this moment.
 struct ProbeSources {
-  std::string foreground;
-  std::string idle;
-  std::string inhibition;
-  std::string session;  ///< lock, sleep and wake
+  Source foreground;
+  Source idle;
+  Source inhibition;
+  Source session;  ///< lock, sleep and wake
 };
 
 /// The probes of this session; none is null.

@@ -2,8 +2,7 @@
 // desktop service behind it. No probe fails: what cannot be told is the neutral answer. A probe
 // answers from a state that events keep up to date, or within 50 ms: the tick never waits for the
 // desktop. Unless a class says otherwise, its operations may be called from any one thread, and
-// source() from any thread at any time: the short, lasting English name of the desktop service
-// that answers now ("x11", "ext-idle-notify"), or kNoSource.
+// source() from any thread at any time: the desktop service that answers now, or kNoSource.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +13,15 @@
 
 namespace orvanta {
 
-inline constexpr auto kNoSource = "none";
+/// A desktop service that answers, or several.
+struct Source {
+  std::string id;    ///< short, lasting and English ("x11", "ext-idle-notify"); joined by "+"
+  std::string name;  ///< for display, in the user's language; joined by ", "
+
+  friend bool operator==(const Source&, const Source&) = default;
+};
+
+inline const Source kNoSource{"none", "non disponible ici"};
 
 /// The application in front.
 struct FrontmostApp {
@@ -35,7 +42,7 @@ class ForegroundProbe {
   virtual std::optional<std::string> windowTitle(int32_t pid) = 0;
   /// Whether window titles can be read on this desktop, now.
   virtual bool titlesReadable() = 0;
-  virtual std::string source() = 0;
+  virtual Source source() = 0;
 };
 
 /// How long nobody has touched keyboard or mouse.
@@ -44,7 +51,7 @@ class IdleProbe {
   virtual ~IdleProbe() = default;
   /// Seconds since the last input; 0 when it cannot be told.
   virtual double idleSeconds() = 0;
-  virtual std::string source() = 0;
+  virtual Source source() = 0;
 };
 
 /// One desktop service that may know that.
@@ -53,7 +60,7 @@ class IdleSource {
   virtual ~IdleSource() = default;
   /// Seconds since the last input; absent when the service is not there or does not answer.
   virtual std::optional<double> idleSeconds() = 0;
-  virtual std::string source() const = 0;
+  virtual Source source() const = 0;
 };
 
 /// Whether some program keeps the display awake, as players and calls do. Keeping only the machine
@@ -62,8 +69,7 @@ class InhibitionProbe {
  public:
   virtual ~InhibitionProbe() = default;
   virtual bool displayKeptAwake() = 0;
-  /// Several are joined by "+".
-  virtual std::string source() = 0;
+  virtual Source source() = 0;
 };
 
 /// What the session tells about itself. Called on the main thread.

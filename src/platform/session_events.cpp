@@ -31,13 +31,10 @@ void SessionEvents::readyToSleep() {
   logind_->readyToSleep();
 }
 
-std::string SessionEvents::source() const {
-  std::vector<std::string> names;
-  if (logind_ && logind_->present()) names.emplace_back("logind");
-  if (lockScreens_) {
-    for (auto& name : lockScreens_->present()) names.push_back(std::move(name));
-  }
-  return joinSources(names);
+Source SessionEvents::source() const {
+  auto sources = lockScreens_ ? lockScreens_->present() : std::vector<Source>();
+  if (logind_ && logind_->present()) sources.insert(sources.begin(), dbus::Logind::source());
+  return joinSources(sources);
 }
 
 void SessionEvents::changed() {

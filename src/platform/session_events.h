@@ -24,8 +24,8 @@ class SessionEvents {
   /// Lets the machine sleep now: to be called when what willSleep() asked for is done.
   void readyToSleep();
 
-  /// The services that are there, joined by "+", or "none". Any thread, after listen().
-  std::string source() const;
+  /// The services that are there. Any thread, after listen().
+  Source source() const;
 
  private:
   void changed();

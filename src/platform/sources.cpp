@@ -1,6 +1,7 @@
 #include "platform/sources.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 namespace orvanta {
@@ -28,7 +29,7 @@ bool FirstForeground::titlesReadable() {
   return first() != nullptr;
 }
 
-std::string FirstForeground::source() {
+Source FirstForeground::source() {
   auto* source = first();
   return source ? source->source() : kNoSource;
 }
@@ -44,7 +45,7 @@ double FirstIdle::idleSeconds() {
   return 0;
 }
 
-std::string FirstIdle::source() {
+Source FirstIdle::source() {
   const std::lock_guard lock(mutex_);
   for (const auto& source : sources_) {
     if (source->idleSeconds()) return source->source();
@@ -60,18 +61,22 @@ bool AnyInhibition::displayKeptAwake() {
                      [](const auto& source) { return source->displayKeptAwake(); });
 }
 
-std::string AnyInhibition::source() {
-  std::vector<std::string> names;
-  for (const auto& source : sources_) {
-    if (auto name = source->source(); name != kNoSource) names.push_back(std::move(name));
+Source AnyInhibition::source() {
+  std::vector<Source> answering;
+  for (const auto& each : sources_) {
+    if (auto source = each->source(); source != kNoSource) answering.push_back(std::move(source));
   }
-  return joinSources(names);
+  return joinSources(answering);
 }
 
-std::string joinSources(const std::vector<std::string>& names) {
-  std::string joined;
-  for (const auto& name : names) joined += (joined.empty() ? "" : "+") + name;
-  return joined.empty() ? kNoSource : joined;
+Source joinSources(const std::vector<Source>& sources) {
+  if (sources.empty()) return kNoSource;
+  auto joined = sources.front();
+  for (const auto& [id, name] : std::span(sources).subspan(1)) {
+    joined.id += "+" + id;
+    joined.name += ", " + name;
+  }
+  return joined;
 }
 
 }  // namespace orvanta

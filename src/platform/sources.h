@@ -19,7 +19,7 @@ class FirstForeground : public ForegroundProbe {
   std::optional<FrontmostApp> frontmostApp() override;
   std::optional<std::string> windowTitle(int32_t pid) override;
   bool titlesReadable() override;
-  std::string source() override;
+  Source source() override;
 
  private:
   ForegroundProbe* first() const;
@@ -33,7 +33,7 @@ class FirstIdle : public IdleProbe {
   explicit FirstIdle(std::vector<std::unique_ptr<IdleSource>> sources);
 
   double idleSeconds() override;
-  std::string source() override;
+  Source source() override;
 
  private:
   std::mutex mutex_;  // the sources are asked by one thread at a time
@@ -46,13 +46,13 @@ class AnyInhibition : public InhibitionProbe {
   explicit AnyInhibition(std::vector<std::unique_ptr<InhibitionProbe>> sources);
 
   bool displayKeptAwake() override;
-  std::string source() override;
+  Source source() override;
 
  private:
   std::vector<std::unique_ptr<InhibitionProbe>> sources_;
 };
 
-/// The names of several sources as one: joined by "+", or "none".
-std::string joinSources(const std::vector<std::string>& names);
+/// Several sources as one; kNoSource when there are none.
+Source joinSources(const std::vector<Source>& sources);
 
 }  // namespace orvanta

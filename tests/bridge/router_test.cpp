@@ -193,7 +193,7 @@ TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {
   store.db.setSetting("browser_perms", "[oops");
   EXPECT_EQ(call("permissions.status"),
             json::parse(R"({"accessibility": true, "launch_at_login": false, "browsers": {},
-                            "probes": {"idle": "x11"}, "advice": "",
+                            "probes": {"idle": "x11"}, "probe_names": {"idle": "X11"}, "advice": "",
                             "browsers_running": [{"bundle": "org.mozilla.firefox",
                                                   "name": "Firefox"}]})"));
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "vi"})"), error("navigateur inconnu"));

@@ -10,14 +10,14 @@ namespace {
 
 struct TestForeground : PublishedForeground {
   explicit TestForeground(std::string name) : name_(std::move(name)) {}
-  std::string source() override { return name_; }
+  Source source() override { return {name_, name_}; }
   using PublishedForeground::publish;
   using PublishedForeground::setReadable;
   const std::string name_;
 };
 
 struct TestIdle : PublishedIdle {
-  std::string source() const override { return "test"; }
+  Source source() const override { return {"test", "Test"}; }
   using PublishedIdle::idled;
   using PublishedIdle::resumed;
   using PublishedIdle::setAvailable;
@@ -43,12 +43,12 @@ TEST(SourcesTest, TheFirstThatWorksAnswersAndAVanishedOneIsForgotten) {
   EXPECT_EQ(probe.windowTitle(3), std::nullopt);
 
   a.setReadable(true);
-  EXPECT_EQ(probe.source(), "first");
+  EXPECT_EQ(probe.source().id, "first");
   EXPECT_EQ(probe.frontmostApp(), std::nullopt) << "it sees no window in front";
   a.publish(WindowClaims{});
   EXPECT_EQ(probe.frontmostApp()->name, "Inconnu");
   a.setReadable(false);
-  EXPECT_EQ(probe.source(), "second");
+  EXPECT_EQ(probe.source().id, "second");
   a.setReadable(true);
   EXPECT_EQ(probe.frontmostApp(), std::nullopt) << "what it saw before it went is old";
 }

@@ -37,7 +37,7 @@ struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
     ++inhibitionQuestions;
     return awake;
   }
-  std::string source() override { return "fake"; }
+  Source source() override { return {"fake", "Fake"}; }
 
   Collectors collectors{*this, *this, *this,
                         [this](const FrontmostApp& front) -> std::optional<BrowserTab> {

@@ -97,10 +97,10 @@ int main(int argc, char** argv) {
   loop->run();
   const auto sources = desktop.sources();
   const json::object summary{
-      {"foreground", sources.foreground},
-      {"idle", sources.idle},
-      {"inhibition", sources.inhibition},
-      {"session", sources.session},
+      {"foreground", sources.foreground.id},
+      {"idle", sources.idle.id},
+      {"inhibition", sources.inhibition.id},
+      {"session", sources.session.id},
       {"foreground_cost", cost([&] {
          const auto app = desktop.foreground->frontmostApp();
          if (app) desktop.foreground->windowTitle(app->pid);

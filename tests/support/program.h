@@ -56,6 +56,7 @@ struct Program {
     PlatformActions actions;
     actions.accessibilityGranted = [] { return true; };
     actions.probes = [] { return boost::json::object{{"idle", "x11"}}; };
+    actions.probeNames = [] { return boost::json::object{{"idle", "X11"}}; };
     actions.requestAccessibility = note("requestAccessibility");
     actions.runningBrowsers = [] {
       return std::vector<BrowserName>{{"org.mozilla.firefox", "Firefox"}};

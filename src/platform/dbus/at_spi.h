@@ -26,7 +26,7 @@ class AtSpi : public PublishedForeground {
   AtSpi& operator=(const AtSpi&) = delete;
 
   static constexpr auto kSource = "at-spi";
-  std::string source() override { return kSource; }
+  Source source() override { return {kSource, "accessibilité (AT-SPI)"}; }
 
  private:
   /// An object of an application on the accessibility bus.

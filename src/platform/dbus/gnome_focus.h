@@ -15,7 +15,7 @@ class GnomeFocus : public PublishedForeground {
   /// `session` may be null.
   explicit GnomeFocus(const Bus& session);
 
-  std::string source() override { return "gnome-extension"; }
+  Source source() override { return {"gnome-extension", "extension GNOME"}; }
 
  private:
   void focused(const Reply& window);

@@ -37,11 +37,12 @@ bool logindBlocksIdle(const Reply& reply) {
 }  // namespace
 
 Inhibitors::Inhibitors(const Bus& system, const Bus& session) {
-  add("logind", system, "org.freedesktop.login1", "org.freedesktop.login1.Manager",
-      "/org/freedesktop/login1", "ListInhibitors", {}, logindBlocksIdle);
-  add("gnome-session", session, "org.gnome.SessionManager", "org.gnome.SessionManager",
+  add({"logind", "systemd-logind"}, system, "org.freedesktop.login1",
+      "org.freedesktop.login1.Manager", "/org/freedesktop/login1", "ListInhibitors", {},
+      logindBlocksIdle);
+  add({"gnome-session", "GNOME"}, session, "org.gnome.SessionManager", "org.gnome.SessionManager",
       "/org/gnome/SessionManager", "IsInhibited", arguments(kGnomeInhibitIdle), saysYes);
-  add("kde-policy-agent", session, "org.kde.Solid.PowerManagement.PolicyAgent",
+  add({"kde-policy-agent", "KDE Plasma"}, session, "org.kde.Solid.PowerManagement.PolicyAgent",
       "org.kde.Solid.PowerManagement.PolicyAgent", "/org/kde/Solid/PowerManagement/PolicyAgent",
       "HasInhibition", arguments(kKdeChangeScreenSettings), saysYes);
 }
@@ -55,12 +56,12 @@ Inhibitors::~Inhibitors() {
   }
 }
 
-std::string Inhibitors::source() {
-  std::vector<std::string> names;
+Source Inhibitors::source() {
+  std::vector<Source> sources;
   for (const auto& question : questions_) {
-    if (question.service->present()) names.emplace_back(question.source);
+    if (question.service->present()) sources.push_back(question.source);
   }
-  return joinSources(names);
+  return joinSources(sources);
 }
 
 bool Inhibitors::displayKeptAwake() {
@@ -98,14 +99,14 @@ bool Inhibitors::displayKeptAwake() {
   return inhibited;
 }
 
-void Inhibitors::add(const char* source, const Bus& bus, const char* service, const char* interface,
+void Inhibitors::add(Source source, const Bus& bus, const char* service, const char* interface,
                      const char* path, const char* method, const Reply& arguments,
                      std::function<bool(const Reply&)> inhibited) {
   if (!bus) return;
   auto watched = std::make_unique<Service>(bus, service);
   watched->watch();
-  questions_.push_back(
-      {source, bus, std::move(watched), path, interface, method, arguments, std::move(inhibited)});
+  questions_.push_back({std::move(source), bus, std::move(watched), path, interface, method,
+                        arguments, std::move(inhibited)});
 }
 
 void Inhibitors::ask(Question& question) {

@@ -27,11 +27,11 @@ class Inhibitors : public InhibitionProbe {
   Inhibitors& operator=(const Inhibitors&) = delete;
 
   bool displayKeptAwake() override;
-  std::string source() override;
+  Source source() override;
 
  private:
   struct Question {
-    const char* source;
+    Source source;
     Bus bus;
     std::unique_ptr<Service> service;
     const char* path;
@@ -44,7 +44,7 @@ class Inhibitors : public InhibitionProbe {
     bool answer = false;
   };
 
-  void add(const char* source, const Bus& bus, const char* service, const char* interface,
+  void add(Source source, const Bus& bus, const char* service, const char* interface,
            const char* path, const char* method, const Reply& arguments,
            std::function<bool(const Reply&)> inhibited);
   void ask(Question& question);

@@ -26,7 +26,7 @@ class KwinScript : public PublishedForeground {
   KwinScript(const KwinScript&) = delete;
   KwinScript& operator=(const KwinScript&) = delete;
 
-  std::string source() override { return "kwin-script"; }
+  Source source() override { return {"kwin-script", "script KWin"}; }
 
  private:
   void loadSoon();

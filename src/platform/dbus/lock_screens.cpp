@@ -8,18 +8,23 @@ namespace orvanta::dbus {
 namespace {
 
 struct Known {
+  const char* id;
   const char* name;
   const char* service;  // and interface
   std::array<const char*, 2> paths;
 };
 constexpr std::array<Known, 5> kKnown{{
-    {"gnome-screensaver", "org.gnome.ScreenSaver", {"/org/gnome/ScreenSaver", nullptr}},
+    {"gnome-screensaver", "GNOME", "org.gnome.ScreenSaver", {"/org/gnome/ScreenSaver", nullptr}},
     {"freedesktop-screensaver",
+     "verrou d’écran",
      "org.freedesktop.ScreenSaver",
      {"/org/freedesktop/ScreenSaver", "/ScreenSaver"}},
-    {"cinnamon-screensaver", "org.cinnamon.ScreenSaver", {"/org/cinnamon/ScreenSaver", nullptr}},
-    {"mate-screensaver", "org.mate.ScreenSaver", {"/org/mate/ScreenSaver", nullptr}},
-    {"xfce-screensaver", "org.xfce.ScreenSaver", {"/org/xfce/ScreenSaver", nullptr}},
+    {"cinnamon-screensaver",
+     "Cinnamon",
+     "org.cinnamon.ScreenSaver",
+     {"/org/cinnamon/ScreenSaver", nullptr}},
+    {"mate-screensaver", "MATE", "org.mate.ScreenSaver", {"/org/mate/ScreenSaver", nullptr}},
+    {"xfce-screensaver", "Xfce", "org.xfce.ScreenSaver", {"/org/xfce/ScreenSaver", nullptr}},
 }};
 
 }  // namespace
@@ -27,8 +32,8 @@ constexpr std::array<Known, 5> kKnown{{
 LockScreens::LockScreens(const Bus& session, std::function<void(bool)> changed)
     : changed_(std::move(changed)) {
   for (const auto& known : kKnown) {
-    auto& locker =
-        *lockers_.emplace_back(std::make_unique<Locker>(known.name, session, known.service));
+    auto& locker = *lockers_.emplace_back(
+        std::make_unique<Locker>(Source{known.id, known.name}, session, known.service));
     for (const auto* path : known.paths) {
       if (!path) continue;
       locker.service.onSignal(
@@ -45,12 +50,12 @@ LockScreens::LockScreens(const Bus& session, std::function<void(bool)> changed)
   }
 }
 
-std::vector<std::string> LockScreens::present() const {
-  std::vector<std::string> names;
+std::vector<Source> LockScreens::present() const {
+  std::vector<Source> sources;
   for (const auto& locker : lockers_) {
-    if (locker->service.present()) names.push_back(locker->name);
+    if (locker->service.present()) sources.push_back(locker->source);
   }
-  return names;
+  return sources;
 }
 
 void LockScreens::setActive(Locker& locker, bool active) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/dbus/service.h"
+#include "platform/probes.h"
 
 namespace orvanta::dbus {
 
@@ -20,16 +21,16 @@ class LockScreens {
   LockScreens(const LockScreens&) = delete;
   LockScreens& operator=(const LockScreens&) = delete;
 
-  /// The lockers that are there, by short names. Any thread.
-  std::vector<std::string> present() const;
+  /// The lockers that are there. Any thread.
+  std::vector<Source> present() const;
 
  private:
   struct Locker {
-    std::string name;
+    Source source;
     Service service;
     bool active = false;
-    Locker(std::string shortName, const Bus& bus, const std::string& serviceName)
-        : name(std::move(shortName)), service(bus, serviceName) {}
+    Locker(Source known, const Bus& bus, const std::string& name)
+        : source(std::move(known)), service(bus, name) {}
   };
 
   void setActive(Locker& locker, bool active);

@@ -30,6 +30,7 @@ class Logind {
   /// Lets the machine sleep now: to be called when what willSleep() asked for is done.
   void readyToSleep();
 
+  static Source source() { return {"logind", "systemd-logind"}; }
   /// Whether logind is there. Any thread.
   bool present() const { return service_.present(); }
 

@@ -18,7 +18,7 @@ class LogindIdle : public IdleSource {
   explicit LogindIdle(const Bus& system);
 
   std::optional<double> idleSeconds() override;
-  std::string source() const override { return "logind"; }
+  Source source() const override { return {"logind", "systemd-logind"}; }
 
  private:
   void read();

@@ -22,7 +22,7 @@ class MutterIdle : public PublishedIdle {
   MutterIdle(const MutterIdle&) = delete;
   MutterIdle& operator=(const MutterIdle&) = delete;
 
-  std::string source() const override { return "mutter-idle-monitor"; }
+  Source source() const override { return {"mutter-idle-monitor", "GNOME"}; }
 
  private:
   void watchIdle();

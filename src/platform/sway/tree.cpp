@@ -95,8 +95,9 @@ bool Tree::displayKeptAwake() {
   return answer_;
 }
 
-std::string Tree::source() {
-  return socket_.empty() || access(socket_.c_str(), F_OK) != 0 ? kNoSource : "sway-tree";
+Source Tree::source() {
+  const bool there = !socket_.empty() && access(socket_.c_str(), F_OK) == 0;
+  return there ? Source{"sway-tree", "sway"} : kNoSource;
 }
 
 }  // namespace orvanta::sway

@@ -17,7 +17,7 @@ class Tree : public InhibitionProbe {
   explicit Tree(std::string socket = {});
 
   bool displayKeptAwake() override;
-  std::string source() override;
+  Source source() override;
 
  private:
   const std::string socket_;

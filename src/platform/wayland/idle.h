@@ -24,7 +24,7 @@ class Idle : public PublishedIdle, private Client {
  public:
   explicit Idle(std::shared_ptr<Connection> connection);
 
-  std::string source() const override { return Protocol::kSource; }
+  Source source() const override { return {Protocol::kSource, Protocol::kName}; }
 
  private:
   using Notifier = typename Protocol::Notifier;
@@ -55,6 +55,7 @@ struct ExtIdleNotify {
   using Notifier = ext_idle_notifier_v1;
   using Notification = ext_idle_notification_v1;
   static constexpr auto kSource = "ext-idle-notify";
+  static constexpr auto kName = "Wayland";
 };
 using ExtIdle = Idle<ExtIdleNotify>;
 
@@ -63,6 +64,7 @@ struct KwinIdleTimeout {
   using Notifier = org_kde_kwin_idle;
   using Notification = org_kde_kwin_idle_timeout;
   static constexpr auto kSource = "kwin-idle";
+  static constexpr auto kName = "KWin";
 };
 using KwinIdle = Idle<KwinIdleTimeout>;
 

@@ -22,7 +22,7 @@ class PlasmaWindows : public PublishedForeground, private Client {
   PlasmaWindows(const PlasmaWindows&) = delete;
   PlasmaWindows& operator=(const PlasmaWindows&) = delete;
 
-  std::string source() override { return "plasma-window-management"; }
+  Source source() override { return {"plasma-window-management", "KDE Plasma"}; }
 
  private:
   struct Window;

@@ -22,7 +22,7 @@ class WlrToplevels : public PublishedForeground, private Client {
   WlrToplevels(const WlrToplevels&) = delete;
   WlrToplevels& operator=(const WlrToplevels&) = delete;
 
-  std::string source() override { return "wlr-foreign-toplevel"; }
+  Source source() override { return {"wlr-foreign-toplevel", "Wayland (wlroots)"}; }
 
  private:
   struct Toplevel;

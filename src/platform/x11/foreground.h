@@ -23,7 +23,7 @@ class Foreground : public PublishedForeground {
   Foreground(const Foreground&) = delete;
   Foreground& operator=(const Foreground&) = delete;
 
-  std::string source() override { return "x11"; }
+  Source source() override { return {"x11", "X11"}; }
 
  private:
   void follow();

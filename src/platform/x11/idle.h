@@ -18,7 +18,7 @@ class Idle : public IdleSource {
   explicit Idle(std::string display = {}) : display_(std::move(display)) {}
 
   std::optional<double> idleSeconds() override;
-  std::string source() const override { return "xscreensaver"; }
+  Source source() const override { return {"xscreensaver", "XScreenSaver"}; }
 
  private:
   std::optional<double> ask();
