@@ -85,6 +85,8 @@ export interface Permissions {
   launch_at_login: boolean;
   /** Where each kind of observation comes from on this desktop. */
   probes?: Record<string, string>;
+  /** The same, as it is called. */
+  probe_names?: Record<string, string>;
   /** Why window titles are missing and what helps; "" when they are not. */
   advice?: string;
 }

@@ -12,25 +12,6 @@ const probeNames: Record<string, string> = {
   session: "Verrouillage et veille",
 };
 
-const sourceNames: Record<string, string> = {
-  x11: "X11",
-  xscreensaver: "XScreenSaver",
-  "wlr-foreign-toplevel": "Wayland (wlroots)",
-  "gnome-extension": "extension GNOME",
-  "gnome-session": "GNOME",
-  "gnome-screensaver": "GNOME",
-  "mutter-idle-monitor": "GNOME",
-  "plasma-window-management": "KDE Plasma",
-  "kwin-script": "script KWin",
-  "kwin-idle": "KWin",
-  "kde-policy-agent": "KDE Plasma",
-  "ext-idle-notify": "Wayland",
-  "sway-tree": "sway",
-  "freedesktop-screensaver": "verrou d’écran",
-  "at-spi": "accessibilité (AT-SPI)",
-  logind: "systemd-logind",
-};
-
 /** What this desktop lets Orvanta see, and what can be done about the rest. */
 export function DesktopRows() {
   const send = useSend();
@@ -44,28 +25,14 @@ export function DesktopRows() {
       >
         <State good={answer.accessibility} text={answer.accessibility ? "lisible" : "illisible"} />
         {(!answer.accessibility || answer.advice) && (
-          <button
-            type="button"
-            class="button"
-            onClick={() => send("permissions.requestAccessibility", {})}
-          >
+          <button type="button" class="button" onClick={() => send("permissions.requestAccessibility", {})}>
             Autoriser la lecture des titres
           </button>
         )}
       </Row>
       {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
         <Row key={probe} label={probeNames[probe] ?? probe}>
-          <State
-            good={source !== "none"}
-            text={
-              source === "none"
-                ? "non disponible ici"
-                : source
-                    .split("+")
-                    .map((name) => sourceNames[name] ?? name)
-                    .join(", ")
-            }
-          />
+          <State good={source !== "none"} text={answer.probe_names?.[probe] ?? source} />
         </Row>
       ))}
     </>
