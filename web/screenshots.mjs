@@ -31,9 +31,9 @@ const views = {
     key: "r",
     act: async (page) => {
       await page.keyboard.press("n");
-      await page.locator("dialog input").fill("lemonde");
+      await page.locator("dialog input").first().fill("lemonde");
       await page.locator("dialog select").nth(1).selectOption("autre");
-      await page.waitForSelector(".preview li");
+      await page.locator(".preview summary").click();
     },
   },
   reglages: { key: "g" },

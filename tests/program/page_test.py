@@ -122,8 +122,8 @@ class PageTest(PageCase):
         page.type("App")
         page.click("//dialog//label/span[. = 'Catégorie']")
         page.type("Loi")
-        page.wait_for_text("//dialog", "2 activités, 50 min ces sept derniers jours.")
-        page.wait_for_text("//dialog", "50 min changeraient de catégorie")
+        page.wait_for_text("//dialog", "2 activités, 50 min ces 30 derniers jours.")
+        page.wait_for_text("//dialog", "Ce qui changerait : 50 min.")
         page.click(button("Enregistrer"))
         self.wait_for_store([("app", "ATELIER", "loisir", None)],
                             "SELECT field, pattern, category, project_id FROM rules"

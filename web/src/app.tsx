@@ -108,7 +108,7 @@ function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
       <p class="brand">
         <svg viewBox="0 0 20 20" aria-hidden="true">
           <circle cx="10" cy="10" r="8" />
-          <path d="M10 5.500V10l3 2" />
+          <path d="M10 5.5V10l3 2" />
         </svg>
         <span>Orvanta</span>
       </p>

@@ -1,10 +1,8 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import type { Block, RuleRow, Segment, WeekSummary } from "../src/bridge/routes";
+import type { Block, Segment, WeekSummary } from "../src/bridge/routes";
 import { everything, filterBlocks } from "../src/model/filter";
-import { matches, preview, reason } from "../src/model/matching";
 import { changes } from "../src/model/recap";
-import { changedBy } from "../src/model/rules";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
 import { covered, fileSize, moment, since } from "../src/model/store";
 import { numberError, limits, readDomain, readList } from "../src/model/settings";
@@ -29,76 +27,6 @@ function block(part: Partial<Block>): Block {
     ...part,
   };
 }
-function rule(part: Partial<RuleRow>): RuleRow {
-  return {
-    id: ++lastId,
-    field: "domain",
-    pattern: "x",
-    category: "travail",
-    project_id: null,
-    priority: 0,
-    created: 0,
-    ...part,
-  };
-}
-
-test("a rule looks anywhere in its field, whatever the case, and never into time away", () => {
-  const page = block({ app: "Firefox", domain: "Docs.GitHub.com", title: "ÉTUDE", ids: [1, 2] });
-  assert.ok(matches({ field: "domain", pattern: "github.COM" }, page));
-  assert.ok(matches({ field: "title", pattern: "étude" }, page));
-  assert.ok(!matches({ field: "app", pattern: "github" }, page));
-  assert.ok(!matches({ field: "domain", pattern: "" }, page));
-  assert.ok(!matches({ field: "url", pattern: "github" }, page));
-  assert.ok(!matches({ field: "domain", pattern: "github" }, { ...page, idle: true }));
-  const caught = preview({ field: "domain", pattern: "github" }, [
-    page,
-    block({ domain: "github.com", manual: true }),
-    block({}),
-  ]);
-  assert.deepEqual([caught.spans, caught.blocks, caught.duration, caught.manual], [3, 2, 200, 100]);
-  assert.equal(caught.examples.length, 2);
-});
-
-test("a preview leaves out what a hand or a stronger rule decides", () => {
-  const blocks = [
-    block({ domain: "docs.exemple.fr", cat: "loisir" }),
-    block({ domain: "exemple.fr", cat: "loisir" }),
-    block({ domain: "exemple.fr", cat: "loisir", manual: true }),
-    block({ domain: "exemple.fr", cat: "autre" }),
-  ];
-  const stronger = rule({ pattern: "docs.exemple.fr", category: "loisir" });
-  const builtin = rule({ pattern: "docs.exemple.fr", category: "loisir", priority: -10 });
-  const wanted = { field: "domain", pattern: "exemple.fr" } as const;
-  assert.equal(changedBy(wanted, "autre", blocks, [stronger]), 100);
-  assert.equal(changedBy(wanted, "autre", blocks, [builtin]), 200);
-  assert.equal(changedBy(wanted, null, blocks, []), 0);
-});
-
-test("a block's category is explained by the first rule that gives it", () => {
-  const rules = [
-    rule({ pattern: "docs.exemple.fr", category: "autre" }),
-    rule({ pattern: "exemple.fr", category: "loisir" }),
-  ];
-  const project = {
-    id: 7,
-    name: "Étude",
-    color: "",
-    category: "travail",
-    archived: false,
-    keywords: "étude, thèse",
-  };
-  assert.deepEqual(reason(block({ domain: "www.exemple.fr", cat: "loisir" }), rules, []), {
-    kind: "rule",
-    rule: rules[1],
-  });
-  assert.equal(reason(block({ domain: "exemple.fr", manual: true }), rules, []).kind, "manual");
-  assert.deepEqual(reason(block({ title: "Ma Thèse", pid: 7 }), rules, [project]), {
-    kind: "keyword",
-    project,
-    keyword: "thèse",
-  });
-  assert.equal(reason(block({ cat: "nonclasse" }), rules, []).kind, "none");
-});
 
 test("a selection outlives the growth, split and loss of its blocks", () => {
   const day = [

@@ -29,7 +29,8 @@ for (const colorScheme of ["light", "dark"]) {
     await page.keyboard.press("Escape");
     await page.keyboard.press("r");
     await page.keyboard.press("n");
-    await page.locator("dialog input").fill("firefox");
+    await page.locator("dialog input").first().fill("github");
+    await page.locator(".preview summary").click();
     await check("rule editor");
     await page.keyboard.press("Escape");
     await page.keyboard.press("p");
@@ -41,6 +42,7 @@ for (const colorScheme of ["light", "dark"]) {
     await check("calendar");
     await page.keyboard.press("Escape");
     await blocks(page).nth(1).click();
+    await page.locator(".assign-why span").first().waitFor();
     await check("selection");
     await page.getByRole("button", { name: "Plage…" }).click();
     await check("range");
@@ -202,23 +204,69 @@ test("the keyboard reaches the timeline's stretches and ranges, and comes back",
   await page.context().close();
 });
 
-test("a rule shows what it would catch, and then catches it", async () => {
+test("a rule shows what it would catch, change and leave, and then catches it", async () => {
   const page = await open();
+  const dialog = page.locator("dialog");
+  const preview = page.locator(".preview");
+  const saying = (text) => page.locator(".preview", { hasText: text }).waitFor();
   await page.keyboard.press("r");
   await page.keyboard.press("n");
-  await page.locator("dialog input").fill("LeMonde");
-  await page.locator("dialog select").nth(1).selectOption("autre");
-  await page.waitForSelector(".preview li");
-  const preview = plain(await page.locator(".preview").innerText());
-  const [, spans, time] = /(\d+) activités, (.+) ces sept/.exec(preview);
-  assert.ok(Number(spans) > 1 && preview.includes(`${time} changeraient de catégorie`), preview);
+  await dialog.locator("input").first().fill("LeMonde");
+  await dialog.getByLabel("Catégorie").selectOption("autre");
+  await saying(/ces 30 derniers jours.*Ce qui changerait/s);
+  const text = plain(await preview.innerText());
+  const [, spans, time, changed] = /(\d+) activités, (.+) ces 30.*\s+Ce qui changerait : (.+)\./.exec(text);
+  assert.ok(Number(spans) > 1 && time === changed, text);
+  assert.match(text, /Loisir\s*→\s*devient\s*Autre/);
+  // What it holds: titles, and the addresses that the list of the day does not show.
+  await preview.locator("summary").first().click();
+  await preview.getByText("https://lemonde.fr/").waitFor();
+  await preview.getByText("Tout", { exact: true }).click();
+  await saying("depuis le début");
+
+  await dialog.locator("input").first().fill("rien de tel");
+  await saying("Rien depuis le début. La règle vaudra pour la suite.");
+  await dialog.getByLabel("Quand").selectOption("app");
+  await dialog.locator("input").first().fill("inkscape");
+  await saying("Assigné à la main, resterait tel quel");
+  await dialog.getByLabel("Quand").selectOption("url");
+  await dialog.locator("input").first().fill("lemonde.fr/0/");
+  await preview.locator("summary", { hasText: "https://lemonde.fr/0/1" }).waitFor();
+
   await page.getByRole("button", { name: "Enregistrer" }).click();
+  await dialog.waitFor({ state: "detached" });
   await page.locator("#rule-search").fill("lemonde");
   await page.waitForFunction(() => document.querySelectorAll(".windowed .rule-row").length === 2);
   assert.match(
     await page.locator(".windowed .rule-row").first().innerText(),
-    /LeMonde[\s\S]*Autre[\s\S]*À moi/,
+    /lemonde[\s\S]*Autre[\s\S]*À moi/,
   );
+  await page.context().close();
+});
+
+test("a block says why it counts as it does, and leads to what decided", async () => {
+  const page = await open();
+  const why = page.locator(".assign-why");
+  const saying = (text) => page.locator(".assign-why", { hasText: text }).waitFor();
+  await page.locator(".block", { hasText: "README.md — boutique-lumiere" }).first().click();
+  await saying("Règle « application contient Code »");
+  await saying("Mot-clé « lumiere »");
+  await why.getByRole("button", { name: "Modifier cette règle" }).click();
+  const rule = page.getByRole("dialog", { name: "Modifier la règle" });
+  assert.equal(await rule.locator("input").first().inputValue(), "Code");
+  assert.equal(await rule.getByLabel("Catégorie").inputValue(), "travail");
+  await page.keyboard.press("Escape");
+  await why.getByRole("button", { name: "Modifier ce projet" }).click();
+  const project = page.getByRole("dialog", { name: "Modifier le projet" });
+  assert.equal(await project.getByLabel("Nom").inputValue(), "Boutique Lumière");
+  await page.keyboard.press("Escape");
+  await page.getByRole("listbox").focus();
+  await page.keyboard.press("2");
+  await page.waitForSelector(".toast");
+  await page.locator(".block", { hasText: "extranet-mairie.fr" }).first().click();
+  await saying("Aucune règle ne le classe");
+  await page.locator(".block", { hasText: "Assigné à la main" }).click();
+  await saying("Assigné à la main");
   await page.context().close();
 });
 
@@ -253,19 +301,33 @@ test("projects and settings: what is wrong is said beside the field, what is rig
 test("hostile text is shown as text, on every view", async () => {
   const page = await open({ make: ["--kind", "odd"] });
   await page.evaluate(() => (window.hit = 0));
-  for (const key of "jsbprg") {
-    await page.keyboard.press(key);
-    await page.waitForTimeout(120);
+  const safe = async (what) => {
     const found = await page.evaluate(() => ({
       hit: window.hit,
       made: document.querySelectorAll("#page script, #page img, #page b[onclick]").length,
-      wide: [...document.querySelectorAll(".main, .top, .side")].some(
+      wide: [...document.querySelectorAll(".main, .top, .side, .preview, .assign")].some(
         (part) => part.scrollWidth > part.clientWidth || part.getBoundingClientRect().right > innerWidth,
       ),
     }));
-    assert.deepEqual(found, { hit: 0, made: 0, wide: false }, `view ${key}`);
+    assert.deepEqual(found, { hit: 0, made: 0, wide: false }, what);
+  };
+  for (const key of "jsbprg") {
+    await page.keyboard.press(key);
+    await page.waitForTimeout(120);
+    await safe(`view ${key}`);
   }
+  await page.keyboard.press("r");
+  await page.keyboard.press("n");
+  await page.locator("dialog select").first().selectOption("title");
+  await page.locator("dialog input").first().fill("hit=1");
+  await page.locator(".preview summary").first().click();
+  await page.waitForTimeout(120);
+  await safe("rule editor");
+  await page.keyboard.press("Escape");
   await page.keyboard.press("j");
+  await blocks(page).nth(1).click();
+  await page.locator(".assign-why span").first().waitFor();
+  await safe("selection");
   const text = await page.locator(".blocks").innerText();
   for (const part of ["<script>hit=1</script>", "<img src=x onerror=hit=1>", "👩‍👩‍👧"])
     assert.ok(text.includes(part), part);

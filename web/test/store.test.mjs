@@ -146,7 +146,7 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   assert.deepEqual(await rows(), before);
   // An edit is two changes of the program's, and one of the user's.
   await page.getByRole("button", { name: /^Modifier la règle intranet/ }).click();
-  await page.locator("dialog input").fill("intranet.exemple.fr");
+  await page.locator("dialog input").first().fill("intranet.exemple.fr");
   await button(page, "Enregistrer").click();
   await page.locator(".rule-row", { hasText: "intranet.exemple.fr" }).waitFor();
   writes(page);

@@ -9,9 +9,11 @@ import type {
   UnixTime,
   WeekReport,
 } from "./reports";
+import type { Explanation, RuleField, RulePreview, RuleRow } from "./rules";
 import type { Backup, Change, RestorePreview, StoreStatus, StoreTrouble, Unstored } from "./store";
 
 export type * from "./reports";
+export type * from "./rules";
 
 export interface Status {
   paused: boolean;
@@ -49,19 +51,6 @@ export interface ProjectRow {
   external_id: string | null;
   client: string | null;
   keywords: string | null;
-}
-
-export type RuleField = "app" | "domain" | "title" | "url";
-
-/** A row of the table "rules"; built-in rules have a negative priority. */
-export interface RuleRow {
-  id: number;
-  field: RuleField;
-  pattern: string;
-  category: string | null;
-  project_id: number | null;
-  priority: number;
-  created: UnixTime | null;
 }
 
 /** Every setting is text; booleans are "1" and "0", lists JSON. */
@@ -121,7 +110,13 @@ export interface Routes {
     Saved,
   ];
   "rules.delete": [{ id: number }, Ok];
+  /** Of the last 30 days, unless told otherwise. */
+  "rules.preview": [
+    { field: RuleField; pattern: string; category: string | null; project_id: number | null; all?: boolean },
+    RulePreview,
+  ];
   "rules.defaults": [Nothing, Ok & { added: number }];
+  "events.explain": [{ ids: number[] }, Explanation[]];
   "events.assign": [
     { ids: number[]; clear?: boolean; category?: string | null; project_id?: number | null },
     Ok & { learned?: LearnedRule[] },

@@ -12,6 +12,9 @@ const labels: Record<Cat, string> = {
   inactif: "Inactif",
 };
 
+/** What a person chooses from: name and label. */
+export const categoryOptions = assignable.map((cat) => [cat, labels[cat]] as const);
+
 /** A category that the page does not know is shown under its own name. */
 export function categoryLabel(cat: string): string {
   return labels[cat as Cat] ?? cat;

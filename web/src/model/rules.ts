@@ -1,6 +1,5 @@
-import type { Block, RuleRow, Seconds } from "../bridge/routes";
+import type { RuleRow } from "../bridge/routes";
 import { fold } from "./filter";
-import { matches, type Pattern } from "./matching";
 
 export type Source = "mine" | "learned" | "builtin";
 
@@ -29,32 +28,4 @@ export function filterRules(
     const text = fold(`${rule.pattern} ${rule.category ?? ""} ${projectName(rule.project_id)}`);
     return words.every((word) => text.includes(word));
   });
-}
-
-function length(pattern: string): number {
-  return [...pattern].length;
-}
-
-/**
- * Of the blocks that a new rule catches, the time that would change its category. An assignment by hand
- * stays, and so does what an older rule with a longer pattern decides.
- */
-export function changedBy(
-  pattern: Pattern,
-  category: string | null,
-  blocks: readonly Block[],
-  rules: readonly RuleRow[],
-): Seconds {
-  if (category === null) return 0;
-  const wanted = pattern.pattern.toLowerCase();
-  const stronger = rules.filter(
-    (rule) =>
-      rule.category !== null &&
-      (rule.priority > 0 || (rule.priority === 0 && length(rule.pattern) >= length(pattern.pattern))) &&
-      !(rule.field === pattern.field && rule.pattern.toLowerCase() === wanted),
-  );
-  return blocks
-    .filter((block) => matches(pattern, block) && !block.manual && block.cat !== category)
-    .filter((block) => !stronger.some((rule) => matches(rule, block)))
-    .reduce((sum, block) => sum + block.duration, 0);
 }

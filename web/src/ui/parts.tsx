@@ -1,5 +1,5 @@
 // Small pieces that several views share.
-import type { ComponentChildren } from "preact";
+import type { ButtonHTMLAttributes, ComponentChildren } from "preact";
 import { useState } from "preact/hooks";
 import type { ByCategory, ProjectTime, Seconds } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
@@ -9,6 +9,30 @@ import { CategoryMark, Icon, type IconName, ProjectDot } from "./icons";
 /** Text from the outside: titles, names, addresses. Kept apart from the direction of what surrounds it. */
 export function Foreign({ text, length = 300 }: { text: string; length?: number }) {
   return <bdi>{clip(text, length)}</bdi>;
+}
+
+interface ProjectNameProps {
+  project: { name: string; color: string | null };
+  length?: number;
+  kind?: string;
+}
+
+export function ProjectName({ project, length = 40, kind = "project" }: ProjectNameProps) {
+  return (
+    <span class={kind}>
+      <ProjectDot color={project.color} />
+      <Foreign text={project.name} length={length} />
+    </span>
+  );
+}
+
+interface ButtonProps extends Omit<ButtonHTMLAttributes<HTMLButtonElement>, "class"> {
+  /** How it looks: the style sheet's names, "primary small". */
+  kind?: string;
+}
+
+export function Button({ kind, ...rest }: ButtonProps) {
+  return <button type="button" class={kind ? `button ${kind}` : "button"} {...rest} />;
 }
 
 interface IconButtonProps {
@@ -23,9 +47,9 @@ interface IconButtonProps {
 /** A button that shows its icon alone. */
 export function IconButton({ icon, label, kind = "ghost square small", ...rest }: IconButtonProps) {
   return (
-    <button type="button" class={`button ${kind}`} aria-label={label} {...rest}>
+    <Button kind={kind} aria-label={label} {...rest}>
       <Icon name={icon} />
-    </button>
+    </Button>
   );
 }
 
@@ -51,9 +75,9 @@ export function Failure({ text, retry }: { text: string; retry: () => void }) {
     <div class="banner failed" role="alert">
       <Icon name="warning" />
       <p>{typeset(text)}</p>
-      <button type="button" class="button small" onClick={retry}>
+      <Button kind="small" onClick={retry}>
         Réessayer
-      </button>
+      </Button>
     </div>
   );
 }
@@ -248,21 +272,66 @@ interface ProjectSelectProps {
 }
 
 export function ProjectSelect({ label, none, projects, value, onChange }: ProjectSelectProps) {
+  const listed = projects.filter(({ id, archived }) => Number(archived) !== 1 || id === value);
+  return (
+    <Select
+      label={label}
+      value={value === null ? "" : String(value)}
+      options={[["", none], ...listed.map(({ id, name }) => [String(id), clip(name, 60)] as const)]}
+      onChange={(id) => onChange(id ? Number(id) : null)}
+    />
+  );
+}
+
+interface SelectProps {
+  label?: string | undefined;
+  value: string;
+  /** What each is worth and what it says. */
+  options: readonly (readonly [string, string])[];
+  onChange: (value: string) => void;
+}
+
+export function Select({ label, value, options, onChange }: SelectProps) {
   return (
     <select
       class="select"
       aria-label={label}
-      value={value === null ? "" : String(value)}
-      onChange={(event) => onChange(event.currentTarget.value ? Number(event.currentTarget.value) : null)}
+      value={value}
+      onChange={(event) => onChange(event.currentTarget.value)}
     >
-      <option value="">{none}</option>
-      {projects
-        .filter(({ id, archived }) => Number(archived) !== 1 || id === value)
-        .map(({ id, name }) => (
-          <option key={id} value={String(id)}>
-            {clip(name, 60)}
-          </option>
-        ))}
+      {options.map(([name, text]) => (
+        <option key={name} value={name}>
+          {text}
+        </option>
+      ))}
     </select>
+  );
+}
+
+interface SegmentedProps<T> {
+  legend: string;
+  small?: boolean;
+  choices: readonly { value: T; label: ComponentChildren; title?: string }[];
+  value: T;
+  onChange: (value: T) => void;
+}
+
+/** One of a few, side by side. */
+export function Segmented<T>({ legend, small, choices, value, onChange }: SegmentedProps<T>) {
+  return (
+    <fieldset class={small ? "segmented small" : "segmented"}>
+      <legend class="sr-only">{legend}</legend>
+      {choices.map((choice) => (
+        <label key={choice.value} title={choice.title}>
+          <input
+            type="radio"
+            name={legend}
+            checked={value === choice.value}
+            onChange={() => onChange(choice.value)}
+          />
+          <span>{choice.label}</span>
+        </label>
+      ))}
+    </fieldset>
   );
 }

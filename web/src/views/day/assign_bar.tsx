@@ -1,12 +1,10 @@
 import { useEffect, useState } from "preact/hooks";
-import type { Block, Day, Project } from "../../bridge/routes";
-import { assignable, categoryLabel, isAssignable } from "../../model/categories";
+import type { Block, Day, Project, RuleFacts } from "../../bridge/routes";
+import { categoryOptions, isAssignable } from "../../model/categories";
 import type { Target } from "../../model/changes";
-import { patternOf } from "../../model/matching";
 import { count, duration } from "../../model/time";
 import { CategoryMark } from "../../ui/icons";
-import { Foreign, IconButton, ProjectSelect } from "../../ui/parts";
-import type { RuleDraft } from "../rules/rule_editor";
+import { Button, Foreign, IconButton, ProjectSelect, Segmented } from "../../ui/parts";
 import { RangeFields } from "./range_fields";
 import type { Picked } from "./use_picked";
 import { Why } from "./why";
@@ -16,14 +14,16 @@ interface Props {
   picked: Picked;
   projects: readonly Project[];
   onAssign: (target: Target) => void;
-  onDraft: (draft: RuleDraft) => void;
+  onNewRule: (block: Block) => void;
+  onEditRule: (rule: RuleFacts) => void;
+  onEditProject: (id: number) => void;
   onDelete: () => void;
   onClose: () => void;
 }
 
 /** What to make of the selected blocks, or of the range dragged over the timeline. */
 export function AssignBar(props: Props) {
-  const { picked, projects, onAssign, onDraft, onDelete, onClose } = props;
+  const { picked, projects, onAssign, onDelete, onClose, onNewRule, onEditRule, onEditProject } = props;
   const { blocks, range, time } = picked;
   const [target, setTarget] = useTarget(picked);
   const one = !range && blocks.length === 1 ? blocks[0] : undefined;
@@ -43,9 +43,9 @@ export function AssignBar(props: Props) {
     >
       <What {...props} one={one} />
       <div class="assign-end">
-        <button type="button" class="button danger small" title="Suppr" onClick={onDelete}>
+        <Button kind="danger small" title="Suppr" onClick={onDelete}>
           Supprimer…
-        </button>
+        </Button>
         <IconButton
           kind="ghost square"
           icon="close"
@@ -54,19 +54,16 @@ export function AssignBar(props: Props) {
           onClick={onClose}
         />
       </div>
+      {one && <Why key={one.ids[0]} block={one} {...{ onEditRule, onEditProject }} />}
       <div class="assign-how">
         <TargetFields target={target} projects={projects} onChange={setTarget} />
-        <button type="submit" class="button primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
+        <Button type="submit" kind="primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
           {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
-        </button>
+        </Button>
         {one && (
-          <button
-            type="button"
-            class="button"
-            onClick={() => onDraft({ ...patternOf(one), category: one.cat, projectId: one.pid })}
-          >
+            <Button onClick={() => onNewRule(one)}>
             Créer une règle…
-          </button>
+          </Button>
         )}
       </div>
     </form>
@@ -89,7 +86,7 @@ function useTarget({ blocks, range }: Picked) {
   return state;
 }
 
-function What({ day, picked, projects, one, onDraft }: Props & { one: Block | undefined }) {
+function What({ day, picked, one }: Props & { one: Block | undefined }) {
   const { blocks, range, time, whole, pickRange, pickBlocks } = picked;
   return (
     <div class="assign-what">
@@ -110,24 +107,23 @@ function What({ day, picked, projects, one, onDraft }: Props & { one: Block | un
           <Foreign text={one.title} />
         </span>
       )}
-      {one && (
-        <Why
-          block={one}
-          projects={projects}
-          onEditRule={(rule) =>
-            onDraft({
-              field: rule.field,
-              pattern: rule.pattern,
-              category: rule.category,
-              projectId: rule.project_id,
-              replaces: rule,
-            })
-          }
-        />
-      )}
     </div>
   );
 }
+
+const categoryChoices = [
+  { value: null, label: "Auto", title: "Selon les règles (0)" },
+  ...categoryOptions.map(([cat, label], index) => ({
+    value: cat,
+    label: (
+      <>
+        <CategoryMark cat={cat} />
+        {label}
+      </>
+    ),
+    title: `${label} (${index + 1})`,
+  })),
+];
 
 interface TargetFieldsProps {
   target: Target;
@@ -137,14 +133,6 @@ interface TargetFieldsProps {
 
 function TargetFields({ target, projects, onChange }: TargetFieldsProps) {
   const { category, projectId } = target;
-  const radio = (cat: string | null) => (
-    <input
-      type="radio"
-      name="category"
-      checked={category === cat}
-      onChange={() => onChange({ ...target, category: cat })}
-    />
-  );
   // A project's time counts as the project's category, unless another was chosen.
   const chooseProject = (id: number | null) => {
     const usual = projects.find((project) => project.id === id)?.category;
@@ -152,22 +140,12 @@ function TargetFields({ target, projects, onChange }: TargetFieldsProps) {
   };
   return (
     <>
-      <fieldset class="segmented">
-        <legend class="sr-only">Catégorie</legend>
-        <label title="Selon les règles (0)">
-          {radio(null)}
-          <span>Auto</span>
-        </label>
-        {assignable.map((cat, index) => (
-          <label key={cat} title={`${categoryLabel(cat)} (${index + 1})`}>
-            {radio(cat)}
-            <span>
-              <CategoryMark cat={cat} />
-              {categoryLabel(cat)}
-            </span>
-          </label>
-        ))}
-      </fieldset>
+      <Segmented
+        legend="Catégorie"
+        choices={categoryChoices}
+        value={category}
+        onChange={(cat) => onChange({ ...target, category: cat })}
+      />
       <ProjectSelect
         label="Projet"
         none="Sans projet"

@@ -36,7 +36,7 @@ export function DayView({ day, today, onDay, status }: ViewProps) {
           onYesterday={() => onDay(addDays(today, -1))}
         />
       )}
-      {recorded && <RecordedDay {...{ report, day, today }} now={isToday ? (status?.now ?? null) : null} />}
+      {recorded && <RecordedDay {...{ report, day }} now={isToday ? (status?.now ?? null) : null} />}
     </div>
   );
 }

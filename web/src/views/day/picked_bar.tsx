@@ -1,13 +1,15 @@
 import { useState } from "preact/hooks";
 import type { Day, Project } from "../../bridge/routes";
-import { useClient } from "../../client";
+import { useAnswer, useClient } from "../../client";
 import { assignable } from "../../model/categories";
 import { assignIds, assignRange, type Target } from "../../model/changes";
 import { clock, count, duration, isolated } from "../../model/time";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { learnedText } from "../rules/learned_text";
-import { RuleEditor, type RuleDraft } from "../rules/rule_editor";
+import { ProjectEditor } from "../projects/project_editor";
+import { draftFrom, draftOf, type RuleDraft } from "../rules/draft";
+import { RuleEditor } from "../rules/rule_editor";
 import { AssignBar } from "./assign_bar";
 import { DeleteDialog, type Deletion } from "./delete_dialog";
 import type { Bar } from "./use_bar";
@@ -15,16 +17,16 @@ import type { Picked } from "./use_picked";
 
 interface Props {
   day: Day;
-  today: Day;
   projects: readonly Project[];
   picked: Picked;
   bar: Bar;
 }
 
 /** What can be done with what is picked: by the bar, by single keys, in dialogues. */
-export function PickedBar({ day, today, projects, picked, bar }: Props) {
+export function PickedBar({ day, projects, picked, bar }: Props) {
   const [deleting, setDeleting] = useState<Deletion | null>(null);
   const [draft, setDraft] = useState<RuleDraft | null>(null);
+  const [project, setProject] = useState<number | null>(null);
   const { range, selected } = picked;
   const what = range ? `${clock(range.start)} – ${clock(range.end)}` : count(selected.length, "bloc");
   const ids = selected.flatMap((block) => block.ids);
@@ -44,7 +46,9 @@ export function PickedBar({ day, today, projects, picked, bar }: Props) {
         <AssignBar
           {...{ day, picked, projects }}
           onAssign={assign}
-          onDraft={setDraft}
+          onNewRule={(block) => setDraft(draftFrom(block))}
+          onEditRule={(rule) => setDraft(draftOf(rule))}
+          onEditProject={setProject}
           onDelete={remove}
           onClose={bar.leave}
         />
@@ -62,9 +66,16 @@ export function PickedBar({ day, today, projects, picked, bar }: Props) {
           }}
         />
       )}
-      {draft && <RuleEditor draft={draft} today={today} onClose={() => setDraft(null)} />}
+      {draft && <RuleEditor draft={draft} onClose={() => setDraft(null)} />}
+      {project !== null && <KnownProject id={project} onClose={() => setProject(null)} />}
     </>
   );
+}
+
+function KnownProject({ id, onClose }: { id: number; onClose: () => void }) {
+  const { answer } = useAnswer("projects.list", {});
+  const project = answer?.find((one) => one.id === id);
+  return project ? <ProjectEditor project={project} others={answer ?? []} onClose={onClose} /> : null;
 }
 
 // Gives what is picked, named `what`, a category and a project; the digits do as well.

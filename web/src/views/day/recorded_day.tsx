@@ -16,13 +16,12 @@ interface Props {
   report: DayReport;
   /** The day asked for; the report may still be the one of the day before. */
   day: Day;
-  today: Day;
   /** Null on other days than today. */
   now: UnixTime | null;
 }
 
 /** A day on which something was recorded: its sums, its timeline, its blocks. */
-export function RecordedDay({ report, day, today, now }: Props) {
+export function RecordedDay({ report, day, now }: Props) {
   const { blocks, totals, projects } = report;
   const [filter, setFilter] = useState<Filter>(loadFilter);
   useEffect(() => saveFilter(filter), [filter]);
@@ -68,7 +67,7 @@ export function RecordedDay({ report, day, today, now }: Props) {
           </section>
         </div>
       </div>
-      <PickedBar {...{ day, today, projects, picked, bar }} />
+      <PickedBar {...{ day, projects, picked, bar }} />
     </>
   );
 }

@@ -1,9 +1,9 @@
 import type { Project, Segment } from "../../bridge/routes";
-import { categories, categoryLabel } from "../../model/categories";
+import { categories } from "../../model/categories";
 import { activity } from "../../model/timeline";
 import { clock, count, duration } from "../../model/time";
-import { CategoryMark, ProjectDot } from "../../ui/icons";
-import { Foreign } from "../../ui/parts";
+import { CategoryName } from "../../ui/icons";
+import { Foreign, ProjectName } from "../../ui/parts";
 
 interface Props {
   segment: Segment;
@@ -41,10 +41,7 @@ export function SegmentTip({ segment, projects, x, width, near }: Props) {
             (cat) =>
               kinds[cat] !== undefined && (
                 <p key={cat}>
-                  <span class="category">
-                    <CategoryMark cat={cat} />
-                    {categoryLabel(cat)}
-                  </span>
+                  <CategoryName cat={cat} />
                   <span>{duration(kinds[cat])}</span>
                 </p>
               ),
@@ -53,16 +50,8 @@ export function SegmentTip({ segment, projects, x, width, near }: Props) {
       ) : (
         <>
           <p>
-            <span class="category">
-              <CategoryMark cat={segment.cat} />
-              {categoryLabel(segment.cat)}
-            </span>
-            {project && (
-              <span class="project">
-                <ProjectDot color={project.color} />
-                <Foreign text={project.name} length={40} />
-              </span>
-            )}
+            <CategoryName cat={segment.cat} />
+            {project && <ProjectName project={project} />}
           </p>
           <p class="quiet">
             <Foreign text={segment.top.join(", ")} length={120} />

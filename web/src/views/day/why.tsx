@@ -1,41 +1,64 @@
-import type { Block, Project, RuleRow } from "../../bridge/routes";
+import type { Block } from "../../bridge/routes";
+import type { Explanation, RuleFacts } from "../../bridge/rules";
 import { useAnswer } from "../../client";
-import { reason } from "../../model/matching";
+import { count } from "../../model/time";
 import { Foreign } from "../../ui/parts";
 import { fieldLabel } from "../rules/labels";
 
-interface Props {
-  block: Block;
-  projects: readonly Project[];
-  onEditRule: (rule: RuleRow) => void;
+interface Actions {
+  onEditRule: (rule: RuleFacts) => void;
+  onEditProject: (id: number) => void;
 }
 
-/** What decided on a block: a hand, a rule, a keyword, or nothing. */
-export function Why({ block, projects, onEditRule }: Props) {
-  const { answer: rules } = useAnswer("rules.list", {});
-  if (!rules) return null;
-  const why = reason(block, rules, projects);
-  if (why.kind === "manual") return <span class="quiet">assigné à la main</span>;
-  if (why.kind === "keyword")
-    return (
-      <span class="quiet">
-        {"par le mot-clé «\u00a0"}
-        <Foreign text={why.keyword} length={30} />
-        {"\u00a0»"}
-      </span>
-    );
-  if (why.kind === "none") {
-    const free = block.cat === "nonclasse" && block.pid === null;
-    return (
-      <span class="quiet">{free ? "aucune règle" : "par une règle sur l’adresse ou un autre titre"}</span>
-    );
-  }
-  const { rule } = why;
+/** Why a block counts as it does: what a hand, a rule or a keyword decided, and the way to change that. */
+export function Why({ block, ...actions }: Actions & { block: Block }) {
+  const { answer } = useAnswer("events.explain", { ids: block.ids });
+  const why = answer?.[0];
+  const more = (answer?.length ?? 1) - 1;
   return (
-    <button type="button" class="link" onClick={() => onEditRule(rule)}>
-      {`par la règle\u00a0: ${fieldLabel(rule.field).toLowerCase()} contient «\u00a0`}
-      <Foreign text={rule.pattern} length={30} />
-      {"\u00a0»"}
-    </button>
+    <p class="assign-why">
+      {why && <Decision why={why} {...actions} />}
+      {more > 0 && <span class="quiet">{`et ${count(more, "autre raison", "autres raisons")}`}</span>}
+    </p>
+  );
+}
+
+function Decision({ why, onEditRule, onEditProject }: Actions & { why: Explanation }) {
+  const ruleOf = (id: number | null) => why.rules.find((rule) => rule.id === id);
+  const categoryRule = ruleOf(why.category_rule);
+  const projectRule = why.project_rule === why.category_rule ? undefined : ruleOf(why.project_rule);
+  const manual = why.category_by === "manual" || why.project_by === "manual";
+  const free = why.category_by === "none" && why.project_by === "none";
+  const { project_id: id, keyword } = why;
+  return (
+    <>
+      {manual && <span>Assigné à la main</span>}
+      {free && <span>Aucune règle ne le classe</span>}
+      {categoryRule && <ByRule rule={categoryRule} onEdit={onEditRule} />}
+      {projectRule && <ByRule rule={projectRule} onEdit={onEditRule} />}
+      {why.project_by === "keyword" && keyword !== null && id !== null && (
+        <span>
+          {"Mot-clé «\u00a0"}
+          <Foreign text={keyword} length={30} />
+          {"\u00a0» "}
+          <button type="button" class="link" onClick={() => onEditProject(id)}>
+            Modifier ce projet
+          </button>
+        </span>
+      )}
+    </>
+  );
+}
+
+function ByRule({ rule, onEdit }: { rule: RuleFacts; onEdit: (rule: RuleFacts) => void }) {
+  return (
+    <span>
+      {`Règle «\u00a0${fieldLabel(rule.field).toLowerCase()} contient `}
+      <Foreign text={rule.pattern} length={40} />
+      {"\u00a0» "}
+      <button type="button" class="link" onClick={() => onEdit(rule)}>
+        Modifier cette règle
+      </button>
+    </span>
   );
 }

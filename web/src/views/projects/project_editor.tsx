@@ -1,9 +1,10 @@
 import { useState } from "preact/hooks";
 import type { ProjectRow } from "../../bridge/routes";
 import { errorText, useClient } from "../../client";
-import { assignable, categoryLabel, isAssignable } from "../../model/categories";
+import { categoryOptions, isAssignable } from "../../model/categories";
 import { isolated } from "../../model/time";
 import { Dialog, EditorFoot, Form } from "../../ui/dialog";
+import { Select } from "../../ui/parts";
 import { useUndoable } from "../../ui/toast";
 
 /** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
@@ -78,17 +79,11 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
       </fieldset>
       <label class="field">
         <span>Catégorie</span>
-        <select
-          class="select"
+        <Select
           value={category}
-          onChange={(event) => onChange({ category: event.currentTarget.value })}
-        >
-          {assignable.map((cat) => (
-            <option key={cat} value={cat}>
-              {categoryLabel(cat)}
-            </option>
-          ))}
-        </select>
+          options={categoryOptions}
+          onChange={(value) => onChange({ category: value })}
+        />
         <small>Ce que compte son temps quand aucune règle n’en décide.</small>
       </label>
       <label class="field">

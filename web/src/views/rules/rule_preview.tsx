@@ -1,0 +1,174 @@
+import { useState } from "preact/hooks";
+import type { Answer, ProjectRow } from "../../bridge/routes";
+import type { TextShare } from "../../bridge/rules";
+import { useAnswer } from "../../client";
+import { count, duration } from "../../model/time";
+import { CategoryName, Icon } from "../../ui/icons";
+import { Foreign, Incomplete, ProjectName, Segmented } from "../../ui/parts";
+import { useSettled } from "../../ui/settled";
+import type { RuleDraft } from "./draft";
+
+const periods = [
+  { value: false, label: "30 derniers jours", words: "ces 30 derniers jours" },
+  { value: true, label: "Tout", words: "depuis le début" },
+];
+
+interface Props {
+  rule: RuleDraft;
+  projects: readonly ProjectRow[];
+}
+
+/** What the rule would catch and change, asked while it is being written. */
+export function RulePreview({ rule: { field, pattern, category, projectId }, projects }: Props) {
+  const [all, setAll] = useState(false);
+  const rule = useSettled({ field, pattern: pattern.trim(), category, project_id: projectId, all });
+  return (
+    <section class="preview" aria-label="Aperçu">
+      <Segmented legend="Période de l’aperçu" small choices={periods} value={all} onChange={setAll} />
+      {rule.pattern === "" || pattern.trim() === "" ? (
+        <p class="quiet">Ce que la règle attrape apparaîtra ici.</p>
+      ) : (
+        <Caught rule={rule} projects={projects} />
+      )}
+    </section>
+  );
+}
+
+type Asked = { field: RuleDraft["field"]; pattern: string; category: string | null; project_id: number | null; all: boolean };
+
+function Caught({ rule, projects }: { rule: Asked; projects: readonly ProjectRow[] }) {
+  const { answer, error } = useAnswer("rules.preview", rule);
+  if (error) return <p class="field-error">{error}</p>;
+  if (!answer) return <p class="quiet">Lecture…</p>;
+  return (
+    <>
+      <Summary answer={answer} />
+      {answer.changes.length > 0 && (
+        <ul class="preview-changes" aria-label="Ce qui changerait">
+          {answer.changes.map((change, index) => (
+            <li key={index}>
+              <Becomes change={change} projects={projects} />
+              <b>{duration(change.seconds)}</b>
+            </li>
+          ))}
+        </ul>
+      )}
+      {answer.examples.map((example) => (
+        <Example key={example.text} {...{ example }} field={rule.field} />
+      ))}
+    </>
+  );
+}
+
+type Preview = Answer<"rules.preview">;
+
+function Summary({ answer }: { answer: Preview }) {
+  const { words } = periods[answer.from === null ? 1 : 0]!;
+  const { spans, seconds, changed, kept } = answer;
+  return (
+    <div role="status">
+      {spans === 0 ? (
+        <p>
+          <b>Rien {words}.</b> La règle vaudra pour la suite.
+        </p>
+      ) : (
+        <p>
+          <b>
+            {count(spans, "activité")}, {duration(seconds)}
+          </b>{" "}
+          {words}.
+        </p>
+      )}
+      {spans > 0 && (
+        <p class="quiet">
+          {changed.spans > 0 ? `Ce qui changerait\u00a0: ${duration(changed.seconds)}.` : "Rien ne changerait."}
+          {kept.spans > 0 && ` Assigné à la main, resterait tel quel\u00a0: ${duration(kept.seconds)}.`}
+        </p>
+      )}
+      <Incomplete text={answer.incomplete} />
+    </div>
+  );
+}
+
+interface BecomesProps {
+  change: Preview["changes"][number];
+  projects: readonly ProjectRow[];
+}
+
+// Only what differs.
+function Becomes({ change, projects }: BecomesProps) {
+  const project = (id: number | null) => {
+    const known = projects.find((one) => one.id === id);
+    if (known) return <ProjectName project={known} />;
+    return <span class="quiet">{id === null ? "sans projet" : "projet supprimé"}</span>;
+  };
+  return (
+    <span class="becomes">
+      {change.from_category !== change.to_category && (
+        <span>
+          <CategoryName cat={change.from_category} />
+          <Arrow />
+          <CategoryName cat={change.to_category} />
+        </span>
+      )}
+      {change.from_project !== change.to_project && (
+        <span>
+          {project(change.from_project)}
+          <Arrow />
+          {project(change.to_project)}
+        </span>
+      )}
+    </span>
+  );
+}
+
+function Arrow() {
+  return (
+    <>
+      <span aria-hidden="true">→</span>
+      <span class="sr-only">devient</span>
+    </>
+  );
+}
+
+interface ExampleProps {
+  example: Preview["examples"][number];
+  field: RuleDraft["field"];
+}
+
+// A text that the rule catches, and in it what was seen there: the titles and addresses that it hides.
+function Example({ example, field }: ExampleProps) {
+  const inside = [...(field === "title" ? [] : example.titles), ...(field === "url" ? [] : example.urls)];
+  if (inside.length === 0)
+    return (
+      <div class="preview-example">
+        <Share {...example} />
+      </div>
+    );
+  return (
+    <details class="preview-example">
+      <summary>
+        <Icon name="right" />
+        <Share {...example} />
+      </summary>
+      <ul>
+        {inside.map((share) => (
+          <li key={share.text} class="quiet">
+            <Share {...share} />
+          </li>
+        ))}
+      </ul>
+    </details>
+  );
+}
+
+function Share({ text, seconds }: TextShare) {
+  return (
+    <>
+      <span>
+        <Foreign text={text} length={120} />
+      </span>
+      <b>{duration(seconds)}</b>
+    </>
+  );
+}

@@ -1,0 +1,94 @@
+import { useRef } from "preact/hooks";
+import type { ProjectRow, RuleRow } from "../../bridge/routes";
+import { type Source, sourceOf } from "../../model/rules";
+import { clip } from "../../model/time";
+import { CategoryName } from "../../ui/icons";
+import { Foreign, IconButton, ProjectName } from "../../ui/parts";
+import { useWindowed } from "../../ui/windowed";
+import { fieldLabel } from "./labels";
+
+const rowHeight = 40;
+const origins: Record<Source, string> = { mine: "À moi", learned: "Apprise", builtin: "Intégrée" };
+
+interface Actions {
+  onEdit: (rule: RuleRow) => void;
+  onDelete: (rule: RuleRow) => void;
+}
+
+interface Props extends Actions {
+  rules: readonly RuleRow[];
+  learned: ReadonlySet<number>;
+  project: (id: number | null) => ProjectRow | undefined;
+}
+
+export function RuleTable({ rules, learned, project, ...actions }: Props) {
+  const body = useRef<HTMLDivElement>(null);
+  const { first, end } = useWindowed(body, rules.length, rowHeight);
+  return (
+    <div class="table" role="table" aria-label="Règles" aria-rowcount={rules.length + 1}>
+      <div role="rowgroup">
+        <div class="rule-row head" role="row" aria-rowindex={1}>
+          <span role="columnheader">Champ</span>
+          <span role="columnheader">Contient</span>
+          <span role="columnheader">Catégorie</span>
+          <span role="columnheader">Projet</span>
+          <span role="columnheader">Origine</span>
+          <span role="columnheader" class="sr-only">
+            Actions
+          </span>
+        </div>
+      </div>
+      <div class="windowed" role="rowgroup" ref={body} style={{ height: `${rules.length * rowHeight}px` }}>
+        {rules.slice(first, end).map((rule, offset) => (
+          <div
+            key={rule.id}
+            class="rule-row"
+            role="row"
+            aria-rowindex={first + offset + 2}
+            style={{ transform: `translateY(${(first + offset) * rowHeight}px)` }}
+          >
+            <Cells
+              rule={rule}
+              origin={origins[sourceOf(rule, learned)]}
+              to={project(rule.project_id)}
+              {...actions}
+            />
+          </div>
+        ))}
+      </div>
+    </div>
+  );
+}
+
+interface CellsProps extends Actions {
+  rule: RuleRow;
+  origin: string;
+  to: ProjectRow | undefined;
+}
+
+function Cells({ rule, origin, to, onEdit, onDelete }: CellsProps) {
+  const name = clip(rule.pattern, 60);
+  return (
+    <>
+      <span role="cell" class="quiet">
+        {fieldLabel(rule.field)}
+      </span>
+      <b role="cell" title={clip(rule.pattern, 500)}>
+        <Foreign text={rule.pattern} length={120} />
+      </b>
+      <span role="cell">
+        {rule.category ? <CategoryName cat={rule.category} /> : <span class="quiet">–</span>}
+      </span>
+      <span role="cell">
+        {to && <ProjectName project={to} />}
+      </span>
+      <span role="cell" class="quiet">
+        {origin}
+      </span>
+      <span role="cell" class="row-actions">
+        <IconButton icon="edit" label={`Modifier la règle ${name}`} onClick={() => onEdit(rule)} />
+        <IconButton icon="trash" label={`Supprimer la règle ${name}`} onClick={() => onDelete(rule)} />
+      </span>
+    </>
+  );
+}
