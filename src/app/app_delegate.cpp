@@ -45,7 +45,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::openDashboardAtLaunch(bool asked, const std::string& activationToken) {
-  if (asked || (parts_.db.setting("onboarded") != "1" && parts_.db.readable()))
+  if (asked || (!parts_.db.settings().onboarded && parts_.db.readable()))
     actions_.showDashboard(activationToken);
 }
 

@@ -5,12 +5,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+
+#include "base/number.h"
 
 namespace orvanta {
 namespace {
@@ -33,14 +34,6 @@ std::optional<std::vector<std::string>> statusFields(int32_t pid) {
   if (name == std::string::npos) return {};
   std::istringstream rest(text.substr(name + 1));
   return std::vector<std::string>(std::istream_iterator<std::string>(rest), {});
-}
-
-template <typename Number>
-std::optional<Number> number(const std::string& text) {
-  Number value = 0;
-  const auto* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace
@@ -69,14 +62,15 @@ std::vector<std::string> commandLineOf(int32_t pid) {
 std::optional<int32_t> parentOf(int32_t pid) {
   constexpr std::size_t kParent = 1;
   const auto fields = statusFields(pid);
-  return fields && fields->size() > kParent ? number<int32_t>((*fields)[kParent]) : std::nullopt;
+  return fields && fields->size() > kParent ? parseNumber<int32_t>((*fields)[kParent])
+                                            : std::nullopt;
 }
 
 std::optional<double> ageOf(int32_t pid) {
   constexpr std::size_t kStart = 19;  // in clock ticks since the machine started
   const auto fields = statusFields(pid);
   const auto start =
-      fields && fields->size() > kStart ? number<uint64_t>((*fields)[kStart]) : std::nullopt;
+      fields && fields->size() > kStart ? parseNumber<uint64_t>((*fields)[kStart]) : std::nullopt;
   if (!start) return {};
   timespec now{};
   clock_gettime(CLOCK_BOOTTIME, &now);
@@ -90,7 +84,7 @@ std::vector<int32_t> ownProcesses() {
   std::error_code failed;
   for (fs::directory_iterator entry("/proc", failed), end; !failed && entry != end;
        entry.increment(failed)) {
-    const auto pid = number<int32_t>(entry->path().filename().string());
+    const auto pid = parseNumber<int32_t>(entry->path().filename().string());
     struct stat facts {};
     if (pid && stat(entry->path().c_str(), &facts) == 0 && facts.st_uid == getuid()) {
       found.push_back(*pid);

@@ -9,8 +9,6 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -144,13 +142,6 @@ std::string validUtf8(std::string_view text) {
   const std::unique_ptr<char, decltype(&g_free)> valid(
       g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
   return valid.get();
-}
-
-std::optional<double> parseNumber(std::string_view text) {
-  double number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return {};
-  return number;
 }
 
 }  // namespace orvanta

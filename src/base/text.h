@@ -36,8 +36,4 @@ std::string_view trimBlanks(std::string_view text);
 /// `text` with every byte that is not UTF-8 replaced by U+FFFD.
 std::string validUtf8(std::string_view text);
 
-/// The whole of `text` as a decimal number ("180", "12.5"), whatever the locale. Absent when it is
-/// anything else, an infinity or out of range.
-std::optional<double> parseNumber(std::string_view text);
-
 }  // namespace orvanta

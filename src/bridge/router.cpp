@@ -2,6 +2,7 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/parse.hpp>
+#include <boost/json/value_from.hpp>
 #include <string>
 #include <utility>
 
@@ -45,6 +46,7 @@ const std::vector<Router::Route> Router::kRoutes{
     {"events.assign", &Router::eventsAssign},
     {"events.assignRange", &Router::eventsAssignRange},
     {"settings.get", &Router::settingsGet},
+    {"settings.describe", &Router::settingsDescribe},
     {"settings.set", &Router::settingsSet},
     {"tracker.pause", &Router::trackerPause},
     {"tracker.resume", &Router::trackerResume},
@@ -125,6 +127,7 @@ json::value Router::status(const Body& /*body*/) {
   if (const auto newer = telemetry.updateAvailable()) {
     update = {{"version", newer->version}, {"url", newer->url}};
   }
+  const auto settings = db.settings();
   json::object answer{{"paused", tracker.paused()},
                       {"current", std::move(current)},
                       {"now", clock_()},
@@ -133,9 +136,9 @@ json::value Router::status(const Body& /*body*/) {
                       {"current_project_name", std::move(projectName)},
                       {"current_project_since", jsonOrNull(tracker.currentProjectSince())},
                       {"db", db.location().file().string()},
-                      {"onboarded", db.setting("onboarded") == "1" || !db.readable()},
+                      {"onboarded", settings.onboarded || !db.readable()},
                       {"telemetry", telemetry.enabled()},
-                      {"install_id", db.setting("install_id")},
+                      {"install_id", settings.installId},
                       {"version", telemetry.appVersion()},
                       {"update", std::move(update)}};
   if (const auto condition = db.condition()) {
@@ -171,9 +174,11 @@ json::value Router::rulesList(const Body& /*body*/) {
 }
 
 json::value Router::settingsGet(const Body& /*body*/) {
-  json::object settings;
-  for (const auto& [key, value] : parts_.db.allSettings()) settings[key] = value;
-  return settings;
+  return json::value_from(parts_.db.allSettings());
+}
+
+json::value Router::settingsDescribe(const Body& /*body*/) {
+  return describeSettings();
 }
 
 json::value Router::permissionsStatus(const Body& /*body*/) {

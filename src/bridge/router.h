@@ -61,6 +61,7 @@ class Router {
   Json projectsList(const Body& body);
   Json rulesList(const Body& body);
   Json settingsGet(const Body& body);
+  Json settingsDescribe(const Body& body);
   Json permissionsStatus(const Body& body);
   Json rulesPreview(const Body& body);   // in rule_routes.cpp
   Json eventsExplain(const Body& body);  // in rule_routes.cpp

@@ -175,18 +175,22 @@ json::value Router::eventsAssignRange(const Body& body) {
 }
 
 json::value Router::settingsSet(const Body& body) {
-  Database::Settings values;
+  SettingTexts values;
   for (const auto& [key, value] : body.object()) {
     if (value.is_null() || !defaultSettings().contains(key)) continue;
     values[key] = plainText(value);
   }
   const auto written = values.empty() ? Written::stored() : parts_.db.setSettings(values);
   parts_.tracker.startRetention();
-  return told(written);
+  json::object answer{{"ok", true}};
+  if (auto otherwise = readAs(values); !otherwise.empty()) {
+    answer["read_as"] = std::move(otherwise);
+  }
+  return told(written, std::move(answer));
 }
 
 json::value Router::onboardingDone(const Body& /*body*/) {
-  return told(parts_.db.setSetting("onboarded", "1"));
+  return told(parts_.db.setSettings({stored(&Settings::onboarded, true)}));
 }
 
 TimeRange Router::rangeOf(const Body& body) {

@@ -12,6 +12,7 @@
 #include <ctime>
 #include <system_error>
 
+#include "base/number.h"
 #include "base/unix_socket.h"
 
 namespace orvanta {
@@ -29,19 +30,12 @@ std::string written(const TabState& state) {
   return fmt::format("tab {:.6f}\n{}\n{}", state.since, state.tab->url, state.tab->title);
 }
 
-std::optional<double> sinceOf(std::string_view text) {
-  double since = 0;
-  const auto* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, since);
-  return error == std::errc() && stop == end ? std::optional(since) : std::nullopt;
-}
-
 std::optional<TabState> parse(std::string_view text) {
   constexpr std::string_view kNone = "none ";
   constexpr std::string_view kTab = "tab ";
   const auto line = text.substr(0, text.find('\n'));
   const auto kind = line.substr(0, line.find(' ') + 1);
-  const auto since = sinceOf(line.substr(kind.size()));
+  const auto since = parseNumber(line.substr(kind.size()));
   if (!since) return {};
   if (kind == kNone) return TabState{{}, *since};
   if (kind != kTab || line.size() == text.size()) return {};

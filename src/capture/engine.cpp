@@ -138,7 +138,7 @@ Sample Engine::observeForeground() {
   }
   sample.url = std::move(tab->url);
   sample.title = std::move(tab->title);
-  if (settings_.domainsOnly) {
+  if (settings_.privacy == Privacy::Domain) {
     sample.title.reset();
     sample.url.reset();
   }
@@ -148,7 +148,7 @@ Sample Engine::observeForeground() {
 void Engine::readSettings() {
   auto texts = db_.settingsNow();
   if (!texts || texts == settingTexts_) return;
-  settings_ = CaptureSettings::of(*texts);
+  settings_ = Settings::of(*texts);
   settingTexts_ = std::move(texts);
 }
 

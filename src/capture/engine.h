@@ -7,7 +7,6 @@
 
 #include "base/calendar.h"
 #include "base/clock.h"
-#include "capture/capture_settings.h"
 #include "capture/collectors.h"
 #include "capture/live_state.h"
 #include "capture/sample.h"
@@ -110,8 +109,8 @@ class Engine {
   const Clock clock_;
   const UptimeClock uptime_;
   SpanLog log_;
-  CaptureSettings settings_;
-  std::optional<Database::Settings> settingTexts_;  // what settings_ was read from
+  Settings settings_ = Settings::unread();
+  std::optional<SettingTexts> settingTexts_;  // what settings_ was read from
 
   bool locked_ = false;
   std::optional<double> asleepSince_;  // of the uptime without sleep

@@ -1,6 +1,5 @@
 #include "capture/retention.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <future>
@@ -18,13 +17,6 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr double kSecondsPerDay = 86400.0;
 constexpr int kStep = 2000;  // spans; a step takes 1 to 10 ms
-
-std::optional<int64_t> wholeNumber(const std::string& text) {
-  int64_t number = 0;
-  const auto* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
 
 // Does `step` until it says that nothing is left, and pauses after each for as long as it took: a
 // mutex that is taken again at once lets nobody else in. False when asked to stop.
@@ -66,12 +58,12 @@ void Retention::start() {
 // made after the first walk, when little is left for it to hold: making it is one statement, for
 // which everybody waits.
 void Retention::apply(const std::stop_token& stop) {
-  const auto days = wholeNumber(db_.setting("retention_days"));
-  if (!days || *days < 1) {
+  const auto days = db_.settings().retentionDays;
+  if (days < 1) {
     if (indexed()) db_.exec("DROP INDEX IF EXISTS idx_events_titled").forget();
     return;
   }
-  const double cutOff = time_.now() - static_cast<double>(*days) * kSecondsPerDay;
+  const double cutOff = time_.now() - static_cast<double>(days) * kSecondsPerDay;
   stripped_ = false;
   if (!indexed()) {
     if (!walk(cutOff, stop)) return;

@@ -11,7 +11,7 @@ namespace orvanta {
 Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock, UptimeClock uptime)
     : db_(db),
       clock_(std::move(clock)),
-      live_(clock_, db.setting("paused") == "1"),
+      live_(clock_, db.settings().paused),
       engine_(db, collectors, live_, clock_, uptime),
       retention_(db, clock_, uptime),
       queue_("orvanta.tracker") {}
@@ -25,7 +25,7 @@ void Tracker::start() {
 Written Tracker::setPaused(bool paused) {
   live_.setPaused(paused);
   if (paused) queue_.post([this] { engine_.pause(); });
-  return db_.setSetting("paused", paused ? "1" : "0");
+  return db_.setSettings({stored(&Settings::paused, paused)});
 }
 
 void Tracker::forgetProject(int64_t project) {

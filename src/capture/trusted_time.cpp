@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/text.h"
+#include "base/number.h"
 
 namespace orvanta {
 namespace {

@@ -4,7 +4,6 @@
 #include <boost/json/array.hpp>
 #include <utility>
 
-#include "base/text.h"
 #include "reports/agg.h"
 #include "reports/csv.h"
 #include "reports/spans.h"
@@ -112,12 +111,10 @@ Date Analytics::parseDate(const std::optional<std::string>& text) const {
 }
 
 json::object Analytics::day(const std::optional<std::string>& text) const {
-  constexpr double kShortestBlock = 60;
   const auto date = parseDate(text);
   const auto bounds = calendar_.dayBounds(date);
   SpanReader reader(db_);
   const auto spans = reader.all(bounds);
-  const double minSeconds = parseNumber(db_.setting("min_block_seconds")).value_or(kShortestBlock);
   Extent extent;
   for (const auto& ev : spans) extent.add(ev);
   return whole({{"date", date.iso()},
@@ -126,7 +123,7 @@ json::object Analytics::day(const std::optional<std::string>& text) const {
                 {"first", jsonOrNull(extent.first)},
                 {"last", jsonOrNull(extent.last)},
                 {"segments", segments(spans)},
-                {"blocks", blocks(spans, minSeconds)},
+                {"blocks", blocks(spans, db_.settings().minBlock)},
                 {"totals", aggJson(aggregate(spans), reader.projects())},
                 {"projects", byName(reader.projects())}},
                reader);

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <functional>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -14,6 +13,7 @@
 #include "base/log.h"
 #include "storage/connection.h"
 #include "storage/data_location.h"
+#include "storage/settings.h"
 #include "storage/statement.h"
 #include "storage/store_health.h"
 #include "storage/value.h"
@@ -35,7 +35,6 @@ class Transaction;
 class Database {
  public:
   using ErrorReport = std::function<void(const std::string& message)>;
-  using Settings = std::map<std::string, std::string>;
 
   /// Prepares the location, opens the file and brings it up to date, an older form of it after a
   /// backup; writes nothing when it is.
@@ -80,12 +79,14 @@ class Database {
   /// the same until the program ends, and is stored by look() as soon as that is possible.
   std::string setting(const std::string& key);
   /// The defaults overlaid by what is stored.
-  Settings allSettings();
+  SettingTexts allSettings();
   /// The same without waiting for anybody; absent when the store is busy or cannot be read.
-  std::optional<Settings> settingsNow();
+  std::optional<SettingTexts> settingsNow();
+  /// What allSettings() are read as.
+  Settings settings() { return Settings::of(allSettings()); }
   Written setSetting(const std::string& key, const std::string& value);
   /// All of them are stored, or none.
-  Written setSettings(const Settings& values);
+  Written setSettings(const SettingTexts& values);
 
   /// What is wrong with the file, if anything.
   std::optional<StoreHealth::Condition> condition() const { return health_.condition(); }
@@ -138,12 +139,12 @@ class Database {
   std::optional<StoreTrouble> trouble(int code) const;
   Written failed(int code, std::string_view sql, Tell tell = Tell::LogAndReport);
   std::optional<Identity> identity(const char* suffix = "") const;
-  std::optional<Settings> storedSettings();
-  Settings overlaid(Settings stored);
+  std::optional<SettingTexts> storedSettings();
+  SettingTexts overlaid(SettingTexts stored);
   std::string replaceFile();
 
   Written patiently(const Attempt& attempt);
-  Written storeSettings(Transaction& change, const Settings& values);
+  Written storeSettings(Transaction& change, const SettingTexts& values);
   void storeWaiting();
   void tell();
 
@@ -173,7 +174,7 @@ class Database {
   int depth_ = 0;                   // of transactions
 
   std::mutex settingsMutex_;  // guards the next
-  Settings waiting_;          // set, and not stored yet
+  SettingTexts waiting_;      // set, and not stored yet
 
   std::mutex scanMutex_;  // guards the next
   Connection scanner_;    // opened by the first scan

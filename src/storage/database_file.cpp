@@ -50,7 +50,7 @@ void Database::look() {
 // would be read as part of the new one.
 std::string Database::replaceFile() {
   const bool gone = !identity();
-  auto settings = storedSettings().value_or(Settings());
+  auto settings = storedSettings().value_or(SettingTexts());
   scanner_ = {};
   if (connection_) {
     sqlite3_wal_checkpoint_v2(connection_.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr,
@@ -106,8 +106,8 @@ bool Database::exchange(Meanwhile meanwhile, const std::function<bool()>& work) 
   return done;
 }
 
-std::optional<Database::Settings> Database::storedSettings() {
-  Settings settings;
+std::optional<SettingTexts> Database::storedSettings() {
+  SettingTexts settings;
   const bool all = each("SELECT key, value FROM settings", {}, [&](const Cursor& row) {
     const auto key = row.str(0);
     const auto value = row.str(1);
@@ -116,12 +116,12 @@ std::optional<Database::Settings> Database::storedSettings() {
   return all ? std::optional(std::move(settings)) : std::nullopt;
 }
 
-Database::Settings Database::allSettings() {
-  return overlaid(storedSettings().value_or(Settings()));
+SettingTexts Database::allSettings() {
+  return overlaid(storedSettings().value_or(SettingTexts()));
 }
 
-std::optional<Database::Settings> Database::settingsNow() {
-  std::optional<Settings> stored;
+std::optional<SettingTexts> Database::settingsNow() {
+  std::optional<SettingTexts> stored;
   {
     const std::unique_lock lock(mutex_, std::try_to_lock);
     if (lock) stored = storedSettings();
@@ -129,7 +129,7 @@ std::optional<Database::Settings> Database::settingsNow() {
   return stored ? std::optional(overlaid(std::move(*stored))) : std::nullopt;
 }
 
-Database::Settings Database::overlaid(Settings stored) {
+SettingTexts Database::overlaid(SettingTexts stored) {
   {
     const std::lock_guard lock(settingsMutex_);
     for (const auto& [key, value] : waiting_) stored[key] = value;
@@ -155,7 +155,7 @@ Written Database::setSetting(const std::string& key, const std::string& value) {
   return setSettings({{key, value}});
 }
 
-Written Database::setSettings(const Settings& values) {
+Written Database::setSettings(const SettingTexts& values) {
   {
     const std::lock_guard lock(settingsMutex_);
     for (const auto& [key, value] : values) waiting_[key] = value;
@@ -164,7 +164,7 @@ Written Database::setSettings(const Settings& values) {
   return storeSettings(change, values);
 }
 
-Written Database::storeSettings(Transaction& change, const Settings& values) {
+Written Database::storeSettings(Transaction& change, const SettingTexts& values) {
   for (const auto& [key, value] : values) {
     change.run("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)", {key, value});
   }
@@ -181,7 +181,7 @@ Written Database::storeSettings(Transaction& change, const Settings& values) {
 
 // Also finds out whether a trouble has ended where nothing else is to be written: by writing.
 void Database::storeWaiting() {
-  Settings waiting;
+  SettingTexts waiting;
   {
     const std::lock_guard lock(settingsMutex_);
     waiting = waiting_;

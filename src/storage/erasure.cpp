@@ -19,10 +19,10 @@ constexpr double kSameInstant = 0.001;  // seconds
 // span, ?4 to ?7 are the edges of the range less and plus an instant.
 std::string idsReachingIn(std::string_view end) {
   return fmt::format(
-      "(SELECT id FROM events INDEXED BY idx_events_long WHERE end - start > 14000 AND end > ?5 "
+      "(SELECT id FROM events INDEXED BY idx_events_long WHERE {1} AND end > ?5 "
       "AND +start < ?3 AND {0} UNION ALL "
       "SELECT id FROM events WHERE start >= ?3 AND start < ?4 AND +end > ?5 AND {0})",
-      end);
+      end, kIsLong);
 }
 
 Args rangeArgs(const TimeRange& range) {

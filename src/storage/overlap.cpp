@@ -10,9 +10,9 @@ namespace orvanta {
 // before the range and reaches into it is a long one, so nothing is missed.
 OverlapQuery::OverlapQuery(std::string_view columns, std::string_view condition)
     : longBefore(fmt::format("SELECT {} FROM events INDEXED BY idx_events_long "
-                             "WHERE end - start > 14000 AND end > ?1 AND +start < ?2 "
+                             "WHERE {} AND end > ?1 AND +start < ?2 "
                              "AND +start < ?3 {} ORDER BY start, id",
-                             columns, condition)),
+                             columns, kIsLong, condition)),
       fromShortlyBefore(fmt::format("SELECT {} FROM events WHERE +end > ?1 AND start < ?2 "
                                     "AND start >= ?3 {} ORDER BY start, id",
                                     columns, condition)) {}

@@ -31,9 +31,10 @@ constexpr auto kSchema =
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT);";
 
 // Holds about one span a day, so that a range query finds the long spans that reach into it without
-// walking the history. A little below kLongSpan, so that rounding in `end - start` loses none.
-constexpr auto kLongSpanIndex =
-    "CREATE INDEX IF NOT EXISTS idx_events_long ON events(end, start) WHERE end - start > 14000";
+// walking the history.
+const std::string kLongSpanIndex =
+    std::string("CREATE INDEX IF NOT EXISTS idx_events_long ON events(end, start) WHERE ") +
+    kIsLong;
 
 // Nothing on a default store: few spans are assigned by hand or recorded under a project. What asks
 // for those of a project or of an assignment finds them here, whatever the history.
@@ -41,21 +42,6 @@ constexpr auto kManualIndex =
     "CREATE INDEX IF NOT EXISTS idx_events_manual "
     "ON events(project_id, category, domain, app, start) "
     "WHERE category IS NOT NULL OR project_id IS NOT NULL";
-
-}  // namespace
-
-const std::map<std::string, std::string>& defaultSettings() {
-  static const std::map<std::string, std::string> defaults{
-      {"idle_threshold", "180"},   {"min_span_seconds", "10"},
-      {"min_block_seconds", "60"}, {"privacy_mode", "full"},
-      {"excluded_domains", "[]"},  {"retention_days", "0"},
-      {"onboarded", "0"},          {"paused", "0"},
-      {"telemetry", "0"},          {"install_id", ""},
-  };
-  return defaults;
-}
-
-namespace {
 
 // Columns of `projects` that the first version did not have.
 constexpr std::array<const char*, 3> kLaterColumns{"external_id", "client", "keywords"};

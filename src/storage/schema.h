@@ -1,9 +1,8 @@
-// The store's tables, its settings and how a file of any age is brought up to date.
+// The store's tables, and how a file of any age is brought up to date.
 #pragma once
 
 #include <sqlite3.h>
 
-#include <map>
 #include <optional>
 #include <string>
 
@@ -13,13 +12,11 @@ namespace orvanta {
 
 class Database;
 
-/// Every setting that the user may change, with its default. Values are text; booleans are "1" and
-/// "0", lists are JSON.
-const std::map<std::string, std::string>& defaultSettings();
-
 /// Spans longer than this many seconds are found through an index of their own, see
 /// SpanReader. A night away from the machine is one; a working day has none.
 inline constexpr double kLongSpan = 14400;
+/// What that index holds, in SQL. A little less, so that rounding loses none.
+inline constexpr auto kIsLong = "end - start > 14000";
 
 /// The form of the tables, as PRAGMA user_version holds it. A file of a later form is left as it
 /// is.

@@ -1,10 +1,10 @@
 // orvanta-tab: the active tab of a browser. One program with two sides that meet at a socket: what
 // the browser starts for our extension, and what Orvanta starts to ask.
-#include <charconv>
 #include <cstdio>
 #include <string_view>
 #include <vector>
 
+#include "base/number.h"
 #include "tab/native_host.h"
 #include "tab/query.h"
 
@@ -16,13 +16,6 @@ constexpr auto kUsage =
     "Usage : orvanta-tab --tab NAVIGATEUR [PROCESSUS]   affiche l'adresse et le titre de l'onglet\n"
     "        orvanta-tab --test NAVIGATEUR              attend que le navigateur soit connecté\n"
     "Les navigateurs démarrent eux-mêmes ce programme pour l'extension.\n";
-
-std::optional<int> processNumber(std::string_view text) {
-  int pid = 0;
-  const auto* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, pid);
-  return error == std::errc() && stop == end && pid > 0 ? std::optional(pid) : std::nullopt;
-}
 
 // Chromium names the extension's origin, Firefox the manifest and the extension.
 bool startedByBrowser(const std::vector<std::string_view>& words) {
@@ -37,7 +30,8 @@ int main(int argc, char** argv) {
   if (startedByBrowser(words)) return runNativeHost();
   if (words.size() == 2 && words[0] == "--tab") return printTab(words[1], {});
   if (words.size() == 3 && words[0] == "--tab") {
-    if (const auto pid = processNumber(words[2])) return printTab(words[1], pid);
+    if (const auto pid = parseNumber<int>(words[2]); pid && *pid > 0)
+      return printTab(words[1], pid);
   }
   if (words.size() == 2 && words[0] == "--test") return testTab(words[1]);
   std::fputs(kUsage, stderr);

@@ -61,17 +61,14 @@ Telemetry::Telemetry(Database& db, AppFacts facts, std::string service,
       calendar_(std::move(calendar)) {}
 
 bool Telemetry::enabled() const {
-  return db_.setting("telemetry") == "1";
+  return db_.settings().telemetry;
 }
 
 Written Telemetry::setEnabled(bool on) {
-  Database::Settings settings{{"telemetry", on ? "1" : "0"}};
-  if (!on) {
-    settings["install_id"] = "";
-  } else if (db_.setting("install_id").empty()) {
-    settings["install_id"] = newInstallId();
-  }
-  auto written = db_.setSettings(settings);
+  const auto known = on ? db_.settings().installId : "";
+  auto written =
+      db_.setSettings({stored(&Settings::telemetry, on),
+                       stored(&Settings::installId, on && known.empty() ? newInstallId() : known)});
   if (on) daily();
   return written;
 }
@@ -103,7 +100,7 @@ void Telemetry::reportError(const std::string& message) {
 }
 
 void Telemetry::send(const std::string& event, const Extra& extra, std::function<void()> accepted) {
-  json::object payload{{"install_id", db_.setting("install_id")},
+  json::object payload{{"install_id", db_.settings().installId},
                        {"version", facts_.version},
                        {"macos", facts_.osVersion},
                        {"arch", facts_.arch},

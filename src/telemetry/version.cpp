@@ -1,20 +1,18 @@
 #include "telemetry/version.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <vector>
+
+#include "base/number.h"
 
 namespace orvanta {
 namespace {
 
 int64_t numberOf(std::string_view piece) {
-  // from_chars knows no plus sign, which a release number may not need either, but it is a number.
+  // parseNumber knows no plus sign, which a release number may not need either, but it is a number.
   if (piece.starts_with('+') && !piece.starts_with("+-")) piece.remove_prefix(1);
-  int64_t number = 0;
-  const auto* end = piece.data() + piece.size();
-  const auto [stop, error] = std::from_chars(piece.data(), end, number);
-  return error == std::errc() && stop == end ? number : 0;
+  return parseNumber<int64_t>(piece).value_or(0);
 }
 
 std::vector<int64_t> numbersOf(std::string_view version) {

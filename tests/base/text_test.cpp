@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/number.h"
+
 namespace orvanta {
 namespace {
 

@@ -187,6 +187,15 @@ TEST_F(RouterTest, SettingsTakeKnownKeysAsText) {
   EXPECT_EQ(settings.at("privacy_mode"), "full");
   EXPECT_FALSE(settings.as_object().contains("unknown"));
   EXPECT_NE(spans().find("title lost"), std::string::npos) << "retention acts at once";
+  EXPECT_EQ(call("settings.set", R"({"idle_threshold": -5, "retention_days": 2})"),
+            json::parse(R"({"ok": true, "read_as": {"idle_threshold": 30}})"));
+  EXPECT_EQ(setting("idle_threshold"), "-5") << "as it was given";
+  const auto described = call("settings.describe").as_array();
+  EXPECT_EQ(described.at(0), json::parse(R"({"key": "idle_threshold", "default": "180",
+              "kind": "number", "smallest": 30, "largest": 7200, "writer": "user"})"));
+  EXPECT_EQ(described.at(3), json::parse(R"({"key": "privacy_mode", "default": "full",
+              "kind": "choice", "smallest": null, "largest": null, "writer": "user",
+              "choices": ["full", "domain"]})"));
 }
 
 TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {

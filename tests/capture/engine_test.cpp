@@ -303,19 +303,6 @@ TEST_F(EngineTest, ExcludedSitesAndThePrivateModeLeaveNoTrace) {
   }
 }
 
-TEST_F(EngineTest, SettingsThatAreNoNumbersFallBack) {
-  store.db.setSetting("idle_threshold", "beaucoup");
-  store.db.setSetting("min_span_seconds", "");
-  desktop.show("A");
-  run(10);
-  desktop.idle = 179;
-  run(2);
-  EXPECT_EQ(spans().size(), 1U);
-  desktop.idle = 180;
-  run(2);
-  EXPECT_EQ(spans().size(), 2U);
-}
-
 TEST_F(EngineTest, ASpanThatCouldNotBeStoredIsStoredLater) {
   store.db.exec("ALTER TABLE events RENAME TO away");
   desktop.show("A", "titre");

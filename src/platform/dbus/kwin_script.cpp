@@ -8,8 +8,9 @@
 #include <stdexcept>
 #include <utility>
 
-#include "base/own_file.h"
+#include "base/number.h"
 #include "base/text.h"
+#include "base/own_file.h"
 #include "platform/resources/resources.h"
 
 namespace orvanta::dbus {
