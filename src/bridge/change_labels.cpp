@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/display_text.h"
+#include "storage/category.h"
 
 namespace orvanta::labels {
 namespace {
@@ -13,11 +14,12 @@ std::string quoted(std::string_view text) {
   return "« " + oneLine(text, kLongest) + " »";
 }
 
+// Of ours that can be chosen; any other names itself.
 std::string categoryName(std::string_view category) {
-  if (category == "travail") return "Travail";
-  if (category == "loisir") return "Loisir";
-  if (category == "autre") return "Autre";
-  return oneLine(category, kLongest);
+  constexpr std::array kNames{"Travail", "Loisir", "Autre"};
+  const auto ours =
+      static_cast<std::size_t>(parsed<Category>(category).value_or(Category::Inactif));
+  return ours < kNames.size() ? kNames.at(ours) : oneLine(category, kLongest);
 }
 
 std::string target(const std::optional<std::string>& category,

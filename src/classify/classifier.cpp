@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "storage/category.h"
 
 namespace orvanta {
 
@@ -12,16 +13,15 @@ Classifier::Classifier(StringPool& pool, const std::vector<Rule>& rules, const P
     : pool_(pool),
       rules_(rules),
       projects_(projects),
-      unclassified_(pool.intern(kUnclassified)),
-      idle_(pool.intern(kIdleCategory)) {
-  constexpr std::array<std::string_view, kFields> kNames{"app", "domain", "title", "url"};
+      unclassified_(pool.intern(textOf(Category::Nonclasse))),
+      idle_(pool.intern(textOf(Category::Inactif))) {
   ruleCategories_.reserve(rules.size());
   for (Rank rank = 0; rank < rules.size(); ++rank) {
     const auto& rule = rules[rank];
     ruleCategories_.push_back(rule.category ? pool.intern(*rule.category) : Text());
-    const auto* const field = std::find(kNames.begin(), kNames.end(), rule.field);
-    if (field == kNames.end()) continue;
-    search_.at(static_cast<std::size_t>(field - kNames.begin()))
+    const auto field = parsed<RuleField>(rule.field);
+    if (!field) continue;
+    search_.at(static_cast<std::size_t>(*field))
         .add(lowerCase(rule.pattern),
              {.category = rule.category ? rank : kNone, .project = rule.projectId ? rank : kNone});
   }
@@ -63,16 +63,16 @@ Decision Classifier::decide(const Ev& ev) {
 
   PatternSearch::Found found;
   bool opensPhrase = false;
-  const auto look = [&](Field field, Text text) {
+  const auto look = [&](RuleField field, Text text) {
     if (!text) return;
     const auto& known = match(field, text);
     found.merge(known.found);
     opensPhrase = opensPhrase || known.opensPhrase;
   };
-  look(kTitle, ev.title);
-  look(kUrl, ev.url);
-  look(kDomain, ev.domain);
-  look(kApp, ev.app);
+  look(RuleField::Title, ev.title);
+  look(RuleField::Url, ev.url);
+  look(RuleField::Domain, ev.domain);
+  look(RuleField::App, ev.app);
 
   if (!decision.category && found.category != kNone) {
     decision.category = ruleCategories_[found.category];
@@ -104,11 +104,12 @@ void Classifier::fillIn(Decision& decision) {
   decision.categoryBy = known ? Decision::By::Project : Decision::By::None;
 }
 
-Classifier::Match& Classifier::match(Field field, Text text) {
-  auto& matches = matches_.at(field);
+Classifier::Match& Classifier::match(RuleField field, Text text) {
+  const auto at = static_cast<std::size_t>(field);
+  auto& matches = matches_.at(at);
   if (matches.size() <= text.id()) matches.resize(pool_.size());
   auto& match = matches[text.id()];
-  if (!match.known) match = {search_.at(field).search(text.view()), true, opensPhrase(text)};
+  if (!match.known) match = {search_.at(at).search(text.view()), true, opensPhrase(text)};
   return match;
 }
 

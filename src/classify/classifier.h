@@ -55,7 +55,7 @@ class Classifier {
   static std::string keywordText(const Ev& ev);
 
  private:
-  enum Field : std::size_t { kApp, kDomain, kTitle, kUrl, kFields };
+  static constexpr auto kFields = kTexts<RuleField>.size();
   using Rank = PatternSearch::Rank;
   static constexpr Rank kNone = PatternSearch::kNone;
 
@@ -72,7 +72,7 @@ class Classifier {
   };
 
   void addKeywords(const Project& project, Rank rank);
-  Match& match(Field field, Text text);
+  Match& match(RuleField field, Text text);
   bool opensPhrase(Text text) const;
   Rank phraseAcrossFields(const Ev& ev) const;
   void fillIn(Decision& decision);

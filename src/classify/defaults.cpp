@@ -341,13 +341,13 @@ constexpr std::array<std::string_view, 30> kAutreApps{
 };
 
 template <class List>
-void append(std::vector<DefaultRule>& rules, const List& patterns, std::string_view field,
-            std::string_view category) {
+void append(std::vector<DefaultRule>& rules, const List& patterns, RuleField field,
+            Category category) {
   for (const auto pattern : patterns) {
     // Administration pages and addresses with a path are seen in the URL only.
     const bool inUrl = pattern.find('/') != std::string_view::npos || pattern == "wp-admin" ||
                        pattern == "elementor";
-    rules.push_back({inUrl ? "url" : field, pattern, category});
+    rules.push_back({inUrl ? RuleField::Url : field, pattern, category});
   }
 }
 
@@ -359,12 +359,12 @@ std::string keyOf(std::string_view field, std::string_view pattern) {
 
 std::vector<DefaultRule> defaultRules() {
   std::vector<DefaultRule> rules;
-  append(rules, kTravailDomains, "domain", "travail");
-  append(rules, kTravailApps, "app", "travail");
-  append(rules, kLoisirDomains, "domain", "loisir");
-  append(rules, kLoisirApps, "app", "loisir");
-  append(rules, kAutreDomains, "domain", "autre");
-  append(rules, kAutreApps, "app", "autre");
+  append(rules, kTravailDomains, RuleField::Domain, Category::Travail);
+  append(rules, kTravailApps, RuleField::App, Category::Travail);
+  append(rules, kLoisirDomains, RuleField::Domain, Category::Loisir);
+  append(rules, kLoisirApps, RuleField::App, Category::Loisir);
+  append(rules, kAutreDomains, RuleField::Domain, Category::Autre);
+  append(rules, kAutreApps, RuleField::App, Category::Autre);
   return rules;
 }
 
@@ -376,9 +376,10 @@ int addDefaults(Transaction& change, const Clock& clock) {
   int added = 0;
   const double now = clock();
   for (const auto& rule : defaultRules()) {
-    if (present.contains(keyOf(rule.field, rule.pattern))) continue;
+    const auto field = textOf(rule.field);
+    if (present.contains(keyOf(field, rule.pattern))) continue;
     change.run("INSERT INTO rules(field, pattern, category, priority, created) VALUES (?,?,?,?,?)",
-               {rule.field, rule.pattern, rule.category, kDefaultPriority, now});
+               {field, rule.pattern, textOf(rule.category), kDefaultPriority, now});
     ++added;
   }
   change.run("INSERT OR REPLACE INTO settings(key, value) VALUES ('rules_seeded', '1')");

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "storage/category.h"
+#include "storage/rule.h"
 #include "storage/transaction.h"
 
 namespace orvanta {
@@ -14,9 +16,9 @@ inline constexpr int kDefaultPriority = -10;
 
 /// A built-in rule; it never names a project.
 struct DefaultRule {
-  std::string_view field;
+  RuleField field;
   std::string_view pattern;
-  std::string_view category;
+  Category category;
 };
 
 /// The 287 built-in rules. No two have the same field and pattern, whatever the case.

@@ -8,6 +8,7 @@
 
 #include "classify/rule_set.h"
 #include "storage/json.h"
+#include "storage/rule.h"
 
 namespace orvanta {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 namespace json = boost::json;
 
 // Field and value of what an assignment may teach.
-using Key = std::pair<std::string_view, std::string>;
+using Key = std::pair<RuleField, std::string>;
 
 std::set<Key> keysOf(Transaction& change, const std::vector<int64_t>& ids) {
   std::set<Key> keys;
@@ -24,7 +25,8 @@ std::set<Key> keysOf(Transaction& change, const std::vector<int64_t>& ids) {
                 const auto app = row.str(0);
                 const auto domain = row.str(1);
                 const auto value = domain ? domain : app;
-                if (value && !value->empty()) keys.emplace(domain ? "domain" : "app", *value);
+                if (value && !value->empty())
+                  keys.emplace(domain ? RuleField::Domain : RuleField::App, *value);
               });
   return keys;
 }
@@ -32,7 +34,7 @@ std::set<Key> keysOf(Transaction& change, const std::vector<int64_t>& ids) {
 bool userHasRule(Transaction& change, const Key& key) {
   bool found = false;
   change.each("SELECT 1 FROM rules WHERE field=? AND lower(pattern)=lower(?) AND priority>=0",
-              {key.first, key.second}, [&](const Cursor&) { found = true; });
+              {textOf(key.first), key.second}, [&](const Cursor&) { found = true; });
   return found;
 }
 
@@ -47,8 +49,8 @@ bool isHabit(Transaction& change, const Calendar& calendar, const Key& key,
       "SELECT min(start), max(start) FROM events WHERE app=? AND domain IS NULL AND category IS ? "
       "AND project_id IS ? AND (category IS NOT NULL OR project_id IS NOT NULL)";
   bool habit = false;
-  change.each(key.first == "domain" ? kOfDomain : kOfApp, {key.second, category, projectId},
-              [&](const Cursor& row) {
+  change.each(key.first == RuleField::Domain ? kOfDomain : kOfApp,
+              {key.second, category, projectId}, [&](const Cursor& row) {
                 habit = calendar.dateOf(row.dbl(0)) != calendar.dateOf(row.dbl(1));
               });
   return habit;
@@ -83,8 +85,8 @@ std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clo
     const auto id = change.run(
         "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
         "VALUES (?,?,?,?,0,?)",
-        {key.first, key.second, category, projectId, clock()});
-    learned.push_back({id, std::string(key.first), key.second, category, project});
+        {textOf(key.first), key.second, category, projectId, clock()});
+    learned.push_back({id, std::string(textOf(key.first)), key.second, category, project});
   }
   return learned;
 }

@@ -1,8 +1,6 @@
 // The rules and projects that a request classifies with.
 #pragma once
 
-#include <array>
-#include <string_view>
 #include <vector>
 
 #include "storage/database.h"
@@ -10,13 +8,6 @@
 #include "storage/rule.h"
 
 namespace orvanta {
-
-/// The categories in the display order of reports. Idle spans have "inactif", which is none of
-/// them.
-inline constexpr std::array<std::string_view, 4> kCategories{"travail", "loisir", "autre",
-                                                             "nonclasse"};
-inline constexpr std::string_view kUnclassified = "nonclasse";
-inline constexpr std::string_view kIdleCategory = "inactif";
 
 /// All rules in matching order: the higher priority first, then the longer pattern, then the older
 /// rule.

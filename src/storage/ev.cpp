@@ -1,5 +1,6 @@
 #include "storage/ev.h"
 
+#include "storage/category.h"
 #include "storage/json.h"
 
 namespace orvanta {
@@ -20,7 +21,9 @@ boost::json::object Ev::json() const {
 }
 
 EvReader::EvReader(StringPool& pool)
-    : pool_(pool), unknownApp_(pool.intern(kUnknownApp)), unclassified_(pool.intern("nonclasse")) {}
+    : pool_(pool),
+      unknownApp_(pool.intern(kUnknownApp)),
+      unclassified_(pool.intern(textOf(Category::Nonclasse))) {}
 
 Text EvReader::text(const Cursor& row, int column) {
   const auto value = row.str(column);

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "storage/category.h"
 #include "storage/value.h"
 
 namespace orvanta {
@@ -16,8 +17,8 @@ namespace orvanta {
 struct Project {
   int64_t id = 0;
   std::string name;
-  std::string color = "#3b82f6";     ///< CSS colour
-  std::string category = "travail";  ///< what time on this project counts as
+  std::string color = "#3b82f6";                    ///< CSS colour
+  std::string category{textOf(Category::Travail)};  ///< what time on this project counts as
   bool archived = false;
   std::vector<std::string> keywords;  ///< see parseKeywords
 

@@ -5,14 +5,21 @@
 #include <optional>
 #include <string>
 
+#include "base/enum_text.h"
 #include "storage/statement.h"
 
 namespace orvanta {
 
+/// Where in a span a rule looks.
+enum class RuleField { App, Domain, Title, Url };
+
+template <>
+inline constexpr std::array<std::string_view, 4> kTexts<RuleField>{"app", "domain", "title", "url"};
+
 /// A row of `rules`: spans whose `field` contains `pattern` get the category, the project or both.
 struct Rule {
   int64_t id = 0;
-  std::string field;  ///< "app", "domain", "title" or "url"; any other matches nothing
+  std::string field;  ///< of a RuleField; any other matches nothing
   std::string pattern;
   std::optional<std::string> category;
   std::optional<int64_t> projectId;

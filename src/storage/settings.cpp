@@ -88,7 +88,6 @@ constexpr Setting kSettings[] = {
     {"told_no_tray", "", {}, {}, {}, kProgram, "The user knows that this desktop has no tray."},
 };
 constexpr const char* kKinds[] = {"text", "number", "number", "flag", "choice", "list", "text"};
-constexpr const char* kChoices[] = {"full", "domain"};  // as Privacy
 
 // What a text is read as; `plain` when it says just that.
 template <class T>
@@ -125,8 +124,8 @@ Reading<bool> read(bool Settings::*, const Setting& /*row*/, std::string_view te
 }
 
 Reading<Privacy> read(Privacy Settings::*, const Setting& /*row*/, std::string_view text) {
-  const bool domain = text == kChoices[1];
-  return {domain ? Privacy::Domain : Privacy::Full, domain || text == kChoices[0]};
+  const auto choice = parsed<Privacy>(text);
+  return {choice.value_or(Privacy::Full), choice.has_value()};
 }
 
 Reading<std::vector<std::string>> read(std::vector<std::string> Settings::*, const Setting& /*row*/,
@@ -147,7 +146,7 @@ Reading<std::string> read(std::string Settings::*, const Setting& /*row*/, std::
 }
 
 json::value jsonOf(Privacy privacy) {
-  return kChoices[static_cast<int>(privacy)];
+  return json::value(textOf(privacy));
 }
 
 // Without a point where there is nothing behind it.
@@ -241,7 +240,7 @@ json::array describeSettings() {
                            {"smallest", limit(row.offered.smallest)},
                            {"largest", limit(row.offered.largest)},
                            {"writer", row.writer == kUser ? "user" : "program"}};
-    if (kind == "choice") described["choices"] = json::value_from(kChoices);
+    if (kind == "choice") described["choices"] = json::value_from(kTexts<Privacy>);
     rows.push_back(std::move(described));
   }
   return rows;

@@ -12,6 +12,8 @@
 #include <variant>
 #include <vector>
 
+#include "base/enum_text.h"
+
 namespace orvanta {
 
 /// Settings by key as the store keeps them, any text: flags are "1" and "0", lists are JSON.
@@ -21,6 +23,9 @@ enum class Privacy {
   Full,
   Domain  ///< neither titles nor addresses are recorded
 };
+
+template <>
+inline constexpr std::array<std::string_view, 2> kTexts<Privacy>{"full", "domain"};
 
 /// The settings as the program goes by them; what each means is said in the table. Text that says
 /// nothing usable gives the default, a number out of all reason the nearest one that is offered.

@@ -1,10 +1,10 @@
 #include "storage/table_shape.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "base/text.h"
+#include "storage/rule.h"
 
 namespace orvanta {
 namespace {
@@ -86,10 +86,9 @@ bool TableShape::fits(const Args& record) const {
     if (rowid ? !value.isNull() : !fitsColumn(value, columns[i])) return false;
   }
   if (name != "rules") return true;
-  constexpr std::array<std::string_view, 4> kFields{"app", "domain", "title", "url"};
   const int field = column("field");
   const auto* text = field < 0 ? nullptr : record[static_cast<std::size_t>(field)].text();
-  return text && std::find(kFields.begin(), kFields.end(), *text) != kFields.end();
+  return text && parsed<RuleField>(*text);
 }
 
 bool TableShape::sound(const Args& row) const {

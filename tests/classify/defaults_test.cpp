@@ -16,8 +16,8 @@ TEST(Defaults, AreOfTheRightKindsWithoutDuplicates) {
   std::map<std::string, int> kinds;
   std::set<std::string> keys;
   for (const auto& rule : defaultRules()) {
-    ++kinds[std::string(rule.category) + " " + std::string(rule.field)];
-    EXPECT_TRUE(keys.insert(std::string(rule.field) + "|" + lowerCase(rule.pattern)).second)
+    ++kinds[std::string(textOf(rule.category)) + " " + std::string(textOf(rule.field))];
+    EXPECT_TRUE(keys.insert(std::string(textOf(rule.field)) + "|" + lowerCase(rule.pattern)).second)
         << rule.pattern;
   }
   EXPECT_EQ(kinds, (std::map<std::string, int>{{"travail domain", 98},
