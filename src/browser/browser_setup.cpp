@@ -4,7 +4,6 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <array>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <fstream>
@@ -22,37 +21,13 @@ namespace {
 namespace fs = std::filesystem;
 namespace json = boost::json;
 
-constexpr auto kManifest = "fr.quellvane.orvanta.tab.json";
-
-struct Place {
-  std::string_view bundle;
-  std::string_view folder;
-};
-
-// Where Chromium's kin keep their profiles, below the configuration folder.
-constexpr std::array kConfigFolders{
-    Place{"com.google.Chrome", "google-chrome"},
-    Place{"com.google.Chrome", "google-chrome-beta"},
-    Place{"com.google.Chrome.canary", "google-chrome-unstable"},
-    Place{"com.google.Chrome.canary", "google-chrome-canary"},
-    Place{"com.brave.Browser", "BraveSoftware/Brave-Browser"},
-    Place{"com.microsoft.edgemac", "microsoft-edge"},
-    Place{"com.microsoft.edgemac", "microsoft-edge-beta"},
-    Place{"com.microsoft.edgemac", "microsoft-edge-dev"},
-    Place{"com.vivaldi.Vivaldi", "vivaldi"},
-    Place{"org.chromium.Chromium", "chromium"},
-    Place{"com.operasoftware.Opera", "opera"},
-};
-
-// Where Firefox's kin look for manifests, below the home folder.
-constexpr std::array kHomeFolders{
-    Place{"org.mozilla.firefox", ".mozilla"},
-    Place{"io.gitlab.librewolf-community", ".librewolf"},
-};
-
 std::string contents(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+const char* hostsFolder(BrowserKind kind) {
+  return kind == BrowserKind::kFirefox ? "native-messaging-hosts" : "NativeMessagingHosts";
 }
 
 bool isThere(const fs::path& path) {
@@ -88,36 +63,26 @@ BrowserSetup BrowserSetup::ofUser() {
   return {Folders::ofUser(), ownProgram("orvanta-tab"), ownData("")};
 }
 
-bool BrowserSetup::takesExtension(const Browser& browser) {
-  const auto same = [&](const Place& place) { return place.bundle == browser.bundle; };
-  return std::any_of(kConfigFolders.begin(), kConfigFolders.end(), same) ||
-         std::any_of(kHomeFolders.begin(), kHomeFolders.end(), same);
-}
-
 std::vector<fs::path> BrowserSetup::profileFolders(const Browser& browser) const {
   std::vector<fs::path> found;
-  for (const auto& place : kConfigFolders) {
-    if (place.bundle == browser.bundle) found.push_back(folders_.config / place.folder);
-  }
-  for (const auto& place : kHomeFolders) {
-    if (place.bundle == browser.bundle) found.push_back(folders_.home / place.folder);
+  for (const auto place : browser.profiles) {
+    found.push_back((place.starts_with('.') ? folders_.home : folders_.config) / place);
   }
   return found;
 }
 
 std::vector<fs::path> BrowserSetup::manifestFolders(const Browser& browser) const {
-  const bool firefox = browser.kind == BrowserKind::kFirefox;
   const auto profiles = profileFolders(browser);
   std::vector<fs::path> folders;
   for (const auto& profile : profiles) {
     // Of several editions those that are there; of none, the usual one.
     if (&profile != &profiles.front() && !isThere(profile)) continue;
-    folders.push_back(profile / (firefox ? "native-messaging-hosts" : "NativeMessagingHosts"));
+    folders.push_back(profile / hostsFolder(browser.kind));
   }
-  if (firefox) return folders;
+  if (browser.kind == BrowserKind::kFirefox) return folders;
   for (const auto& running : runningBrowsers()) {
     const auto own = running.browser == &browser ? userDataFolder(running.pid) : fs::path();
-    if (own.is_absolute()) folders.push_back(own / "NativeMessagingHosts");
+    if (own.is_absolute()) folders.push_back(own / hostsFolder(browser.kind));
   }
   return folders;
 }
@@ -130,7 +95,7 @@ std::string BrowserSetup::write(const Browser& browser, const fs::path& folder) 
   if (broken || !manifest.is_object()) return source.string() + " : fichier manquant ou abîmé";
   manifest.get_object()["path"] = helper_.string();
   const auto text = json::serialize(manifest) + "\n";
-  const auto file = folder / kManifest;
+  const auto file = folder / kTabManifest;
   if (contents(file) == text) return {};
   return writeOwnFile(file, text).value_or("");
 }
@@ -148,13 +113,14 @@ std::string BrowserSetup::connectAll() const {
   const auto running = runningBrowsers();
   std::string text;
   for (const auto& browser : browsers()) {
-    if (!takesExtension(browser)) continue;
+    if (!browser.takesExtension()) continue;
     const auto profiles = profileFolders(browser);
     const bool installed =
         std::any_of(profiles.begin(), profiles.end(), isThere) ||
         std::any_of(running.begin(), running.end(),
                     [&](const RunningBrowser& one) { return one.browser == &browser; }) ||
-        (browser.bundle == "org.mozilla.firefox" && isThere(folders_.config / "mozilla"));
+        std::any_of(browser.traces.begin(), browser.traces.end(),
+                    [&](std::string_view trace) { return isThere(folders_.config / trace); });
     if (!installed) continue;
     const auto problem = connect(browser);
     text += problem.empty() ? fmt::format("{} est prêt. {}\n", browser.name, advice(browser))
@@ -166,19 +132,20 @@ std::string BrowserSetup::connectAll() const {
 void BrowserSetup::refresh() const {
   for (const auto& browser : browsers()) {
     for (const auto& profile : profileFolders(browser)) {
-      for (const auto* name : {"native-messaging-hosts", "NativeMessagingHosts"}) {
-        if (isThere(profile / name / kManifest)) write(browser, profile / name);
-      }
+      const auto folder = profile / hostsFolder(browser.kind);
+      if (isThere(folder / kTabManifest)) write(browser, folder);
     }
   }
 }
 
 std::string BrowserSetup::advice(const Browser& browser) const {
-  if (browser.bundle == "org.gnome.Epiphany") {
-    return "GNOME Web n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité "
-           "du bureau est activée : activez-la, puis redémarrez GNOME Web.";
+  if (browser.aliases.size() == 0) return fmt::format("{} n'existe pas sous Linux.", browser.name);
+  if (!browser.takesExtension()) {
+    return fmt::format(
+        "{0} n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité du bureau "
+        "est activée : activez-la, puis redémarrez {0}.",
+        browser.name);
   }
-  if (!takesExtension(browser)) return fmt::format("{} n'existe pas sous Linux.", browser.name);
   bool open = false;
   for (const auto& running : runningBrowsers()) {
     if (running.browser != &browser) continue;

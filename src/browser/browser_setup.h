@@ -28,9 +28,6 @@ class BrowserSetup {
   /// `helper` is the program, `data` the folder with the extension and the manifests' templates.
   BrowserSetup(Folders folders, std::filesystem::path helper, std::filesystem::path data);
 
-  /// Whether our extension can be added to this browser at all.
-  static bool takesExtension(const Browser& browser);
-
   /// Writes the manifest wherever this browser looks for it, the profiles of running instances
   /// included. An empty text, or the system's words when a file could not be written.
   std::string connect(const Browser& browser) const;

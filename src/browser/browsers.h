@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -14,16 +15,33 @@ namespace orvanta {
 enum class BrowserKind { kChromium, kFirefox, kWebKit };
 
 struct Browser {
+  using Names = std::initializer_list<std::string_view>;
+
   std::string_view bundle;  ///< one identifier on every platform
   std::string_view name;    ///< for display
   BrowserKind kind;
+  /// Desktop-file ids, window classes and program files, of distributions, vendors, Flatpak and
+  /// snap; with slashes, a folder of its program, whose name another has, too. One that does not
+  /// exist on Linux has none.
+  Names aliases = {};
+  Names titles = {};  ///< as it writes itself at the end of a window title
+  /// Where it keeps its profiles: with a point below the home folder, else below the configuration
+  /// folder; the usual one first. One that does not take our extension has none.
+  Names profiles = {};
+  Names traces = {};  ///< what else in the configuration folder tells that it is installed
+  /// Where it looks for everybody's manifests: "etc/…", or "lib/…" below the prefix.
+  std::string_view everybody = {};
+
+  bool takesExtension() const { return profiles.size() > 0; }
 };
+
+/// The file by which a browser finds our helper program.
+inline constexpr auto kTabManifest = "fr.quellvane.orvanta.tab.json";
 
 /// The browser table.
 std::span<const Browser> browsers();
 
-/// By the identifier of the table, or by any desktop-file id or window class that the browser goes
-/// by on Linux, in any letter case. Null when it is none.
+/// By the identifier or an alias of the table, in any letter case. Null when it is none.
 const Browser* findBrowser(std::string_view name);
 
 /// By the program file that the process runs. Null when it is no browser.

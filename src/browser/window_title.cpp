@@ -1,32 +1,31 @@
 // How browsers end their window titles; see showsPublicWindow.
 #include <algorithm>
-#include <array>
 
 #include "browser/browsers.h"
 
 namespace orvanta {
 namespace {
 
-constexpr std::array<std::string_view, 6> kFirefoxNames{
-    "Mozilla Firefox",           "Firefox",   "Firefox Nightly",
-    "Firefox Developer Edition", "LibreWolf", "Mozilla Firefox ESR"};
-
-// As Chromium's kin write themselves in a title.
-constexpr std::array<std::string_view, 7> kChromiumNames{
-    "Chromium", "Google Chrome",       "Brave", "Microsoft Edge", "Vivaldi",
-    "Opera",    "Microsoft\u200b Edge"};
+// Whether it is so of any name that browsers of this kind write into their titles.
+template <class Fits>
+bool anyTitle(BrowserKind kind, const Fits& fits) {
+  const auto all = browsers();
+  return std::any_of(all.begin(), all.end(), [&](const Browser& browser) {
+    return browser.kind == kind && std::any_of(browser.titles.begin(), browser.titles.end(), fits);
+  });
+}
 
 bool endsPlainly(std::string_view title) {
   constexpr std::string_view kDash = " — ";
   const auto dash = title.rfind(kDash);
   const auto end = dash == std::string_view::npos ? title : title.substr(dash + kDash.size());
-  return std::find(kFirefoxNames.begin(), kFirefoxNames.end(), end) != kFirefoxNames.end();
+  return anyTitle(BrowserKind::kFirefox, [&](std::string_view name) { return name == end; });
 }
 
 // "Page - Chromium", "Page - Google Chrome - Profile"; private and guest windows put their mark in
 // parentheses right behind the name: "Page - Chromium (Incognito)".
 bool namesNoMode(std::string_view title) {
-  return std::any_of(kChromiumNames.begin(), kChromiumNames.end(), [&](std::string_view name) {
+  return anyTitle(BrowserKind::kChromium, [&](std::string_view name) {
     const auto at = title.rfind(name);
     if (at == std::string_view::npos) return false;
     constexpr std::string_view kDash = " - ";

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <set>
 
 #include "support/fake_browser.h"
 
@@ -31,7 +32,11 @@ TEST(Browsers, AreKnownByEveryName) {
   for (const auto* name : {"", "firefo", "org.gnome.Terminal", "chromium.desktop"}) {
     EXPECT_FALSE(findBrowser(name)) << name;
   }
-  EXPECT_EQ(browsers().size(), 13U);
+  std::set<std::string_view> known;
+  for (const auto& browser : browsers()) {
+    EXPECT_EQ(findBrowser(browser.bundle), &browser);
+    for (const auto alias : browser.aliases) EXPECT_TRUE(known.insert(alias).second) << alias;
+  }
 }
 
 TEST(Browsers, AreKnownByTheirProcess) {

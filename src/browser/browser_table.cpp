@@ -1,0 +1,90 @@
+// All that is known of each browser; one that is added is a row here.
+#include "browser/browsers.h"
+
+namespace orvanta {
+namespace {
+
+const Browser kBrowsers[] = {
+    {.bundle = "com.google.Chrome",
+     .name = "Google Chrome",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"google-chrome", "google-chrome-stable", "google-chrome-beta", "chrome"},
+     .titles = {"Google Chrome"},
+     .profiles = {"google-chrome", "google-chrome-beta"},
+     .everybody = "etc/opt/chrome"},
+    {.bundle = "com.google.Chrome.canary",
+     .name = "Google Chrome Canary",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"google-chrome-unstable", "google-chrome-canary", "com.google.chromedev",
+                 "/chrome-unstable/", "/chrome-canary/"},
+     .profiles = {"google-chrome-unstable", "google-chrome-canary"}},
+    {.bundle = "com.brave.Browser",
+     .name = "Brave Browser",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"brave", "brave-browser", "brave-browser-beta", "brave-browser-nightly",
+                 "brave_brave"},
+     .titles = {"Brave"},
+     .profiles = {"BraveSoftware/Brave-Browser"}},
+    {.bundle = "com.microsoft.edgemac",
+     .name = "Microsoft Edge",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"microsoft-edge", "microsoft-edge-stable", "microsoft-edge-beta",
+                 "microsoft-edge-dev", "com.microsoft.edge", "msedge"},
+     .titles = {"Microsoft Edge", "Microsoft\u200b Edge"},
+     .profiles = {"microsoft-edge", "microsoft-edge-beta", "microsoft-edge-dev"},
+     .everybody = "etc/opt/edge"},
+    {.bundle = "com.vivaldi.Vivaldi",
+     .name = "Vivaldi",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"vivaldi", "vivaldi-bin", "vivaldi-stable", "vivaldi-snapshot"},
+     .titles = {"Vivaldi"},
+     .profiles = {"vivaldi"}},
+    {.bundle = "company.thebrowser.Browser", .name = "Arc", .kind = BrowserKind::kChromium},
+    {.bundle = "com.apple.Safari", .name = "Safari", .kind = BrowserKind::kWebKit},
+    {.bundle = "com.kagi.kagimacOS", .name = "Orion", .kind = BrowserKind::kWebKit},
+    {.bundle = "org.mozilla.firefox",
+     .name = "Firefox",
+     .kind = BrowserKind::kFirefox,
+     .aliases = {"firefox", "firefox-bin", "firefox-esr", "firefox-beta", "firefox-nightly",
+                 "firefox-developer-edition", "firefoxdeveloperedition", "firefox_firefox",
+                 // Kin that mark private windows in ways of their own: their titles never count.
+                 "firefox-aurora", "firefox-trunk", "firefox.real", "tor browser", "tor-browser",
+                 "mullvadbrowser", "zen", "waterfox", "floorp"},
+     .titles = {"Mozilla Firefox", "Firefox", "Firefox Nightly", "Firefox Developer Edition",
+                "Mozilla Firefox ESR"},
+     .profiles = {".mozilla"},
+     .traces = {"mozilla"},
+     .everybody = "lib/mozilla"},
+    {.bundle = "org.chromium.Chromium",
+     .name = "Chromium",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"chromium", "chromium-browser", "chromium_chromium", "ungoogled-chromium",
+                 "io.github.ungoogled_software.ungoogled_chromium"},
+     .titles = {"Chromium"},
+     .profiles = {"chromium"},
+     .everybody = "etc/chromium"},
+    {.bundle = "com.operasoftware.Opera",
+     .name = "Opera",
+     .kind = BrowserKind::kChromium,
+     .aliases = {"opera", "opera-beta", "opera-stable", "opera_opera", "com.opera.opera"},
+     .titles = {"Opera"},
+     .profiles = {"opera"}},
+    {.bundle = "io.gitlab.librewolf-community",
+     .name = "LibreWolf",
+     .kind = BrowserKind::kFirefox,
+     .aliases = {"librewolf", "librewolf-default"},
+     .titles = {"LibreWolf"},
+     .profiles = {".librewolf"}},
+    {.bundle = "org.gnome.Epiphany",
+     .name = "GNOME Web",
+     .kind = BrowserKind::kWebKit,
+     .aliases = {"epiphany", "epiphany-browser"}},
+};
+
+}  // namespace
+
+std::span<const Browser> browsers() {
+  return kBrowsers;
+}
+
+}  // namespace orvanta
