@@ -16,76 +16,47 @@ namespace json = boost::json;
 
 constexpr int64_t kDay = 86400;      // seconds
 constexpr int64_t kCentury = 36500;  // days
-constexpr auto kUser = Writer::User;
-constexpr auto kProgram = Writer::Program;
+using Member = decltype(Setting::member);
+
+constexpr Setting number(const char* key, Member member, const char* fallback, Bounds offered,
+                         Bounds read, const char* about) {
+  return {key, fallback, member, offered, read, Writer::User, about};
+}
+
+constexpr Setting other(const char* key, Member member, const char* fallback, const char* about) {
+  return {key, fallback, member, {}, {}, Writer::User, about};
+}
+
+constexpr Setting ours(const char* key, const char* about) {
+  return {key, "", {}, {}, {}, Writer::Program, about};
+}
 
 constexpr Setting kSettings[] = {
-    {"idle_threshold",
-     "180",
-     &Settings::idleThreshold,
-     {30, 7200},
-     {1, 100 * kDay},
-     kUser,
-     "Seconds without input after which nobody is there."},
-    {"min_span_seconds",
-     "10",
-     &Settings::minSpan,
-     {2, 600},
-     {0, kDay},
-     kUser,
-     "Seconds that an activity must last to be one; what is shorter counts with the one before."},
-    {"min_block_seconds",
-     "60",
-     &Settings::minBlock,
-     {0, 3600},
-     {0, 100 * kDay},
-     kUser,
-     "Seconds; the day's list leaves shorter blocks out, the totals do not."},
-    {"privacy_mode",
-     "full",
-     &Settings::privacy,
-     {},
-     {},
-     kUser,
-     "With \"domain\" neither titles nor addresses are recorded."},
-    {"excluded_domains",
-     "[]",
-     &Settings::excludedDomains,
-     {},
-     {},
-     kUser,
-     "Of these sites and what lies under them only the browser is recorded."},
-    {"retention_days",
-     "0",
-     &Settings::retentionDays,
-     {0, kCentury},
-     {0, 1000 * kCentury},
-     kUser,
-     "Titles and addresses older than this are erased; 0 keeps all."},
-    {"onboarded", "0", &Settings::onboarded, {}, {}, kUser, "The user has seen the welcome."},
-    {"paused",
-     "0",
-     &Settings::paused,
-     {},
-     {},
-     kUser,
-     "Nothing is recorded, from the next start on."},
-    {"telemetry", "0", &Settings::telemetry, {}, {}, kUser, "Whether anything is sent."},
-    {"install_id",
-     "",
-     &Settings::installId,
-     {},
-     {},
-     kUser,
-     "The random name under which it is sent; empty while nothing is."},
-    {"rules_seeded", "", {}, {}, {}, kProgram, "The built-in rules have been made."},
-    {"browser_perms", "", {}, {}, {}, kProgram, "How each browser answered its test."},
-    {"telemetry_first_sent", "", {}, {}, {}, kProgram, "The day of the first sending."},
-    {"telemetry_last_heartbeat", "", {}, {}, {}, kProgram, "The day of the last sending."},
-    {"believed_time", "", {}, {}, {}, kProgram, "What the clock is known to have passed."},
-    {"store_notice", "", {}, {}, {}, kProgram, "What the user is still to be told of the store."},
-    {"store_erasing", "", {}, {}, {}, kProgram, "What is still to be erased from the backups."},
-    {"told_no_tray", "", {}, {}, {}, kProgram, "The user knows that this desktop has no tray."},
+    number("idle_threshold", &Settings::idleThreshold, "180", {30, 7200}, {1, 100 * kDay},
+           "Seconds without input after which nobody is there."),
+    number("min_span_seconds", &Settings::minSpan, "10", {2, 600}, {0, kDay},
+           "Seconds that an activity must last; what is shorter counts with the one before."),
+    number("min_block_seconds", &Settings::minBlock, "60", {0, 3600}, {0, 100 * kDay},
+           "Seconds; the day's list leaves shorter blocks out, the totals do not."),
+    other("privacy_mode", &Settings::privacy, "full",
+          "With \"domain\" neither titles nor addresses are recorded."),
+    other("excluded_domains", &Settings::excludedDomains, "[]",
+          "Of these sites and what lies under them only the browser is recorded."),
+    number("retention_days", &Settings::retentionDays, "0", {0, kCentury}, {0, 1000 * kCentury},
+           "Titles and addresses older than this are erased; 0 keeps all."),
+    other("onboarded", &Settings::onboarded, "0", "The user has seen the welcome."),
+    other("paused", &Settings::paused, "0", "Recording is paused."),
+    other("telemetry", &Settings::telemetry, "0", "Whether anything is sent."),
+    other("install_id", &Settings::installId, "",
+          "The random name under which it is sent; empty while nothing is."),
+    ours("rules_seeded", "The built-in rules have been made."),
+    ours("browser_perms", "How each browser answered its test."),
+    ours("telemetry_first_sent", "The day of the first sending."),
+    ours("telemetry_last_heartbeat", "The day of the last sending."),
+    ours("believed_time", "What the clock is known to have passed."),
+    ours("store_notice", "What the user is still to be told of the store."),
+    ours("store_erasing", "What is still to be erased from the backups."),
+    ours("told_no_tray", "The user knows that this desktop has no tray."),
 };
 constexpr const char* kKinds[] = {"text", "number", "number", "flag", "choice", "list", "text"};
 
@@ -97,18 +68,13 @@ struct Reading {
 };
 
 template <class T>
-Reading<T> within(const Setting& row, T number) {
-  if (number < static_cast<T>(row.read.smallest))
-    return {static_cast<T>(row.offered.smallest), false};
-  if (number > static_cast<T>(row.read.largest))
-    return {static_cast<T>(row.offered.largest), false};
-  return {number, true};
-}
-
-template <class T>
 Reading<T> readNumber(const Setting& row, std::string_view text) {
-  if (const auto number = parseNumber<T>(text)) return within(row, *number);
-  return {*parseNumber<T>(row.fallback), false};
+  const auto as = [](int64_t limit) { return static_cast<T>(limit); };
+  const auto number = parseNumber<T>(text);
+  if (!number) return {*parseNumber<T>(row.fallback), false};
+  if (*number < as(row.read.smallest)) return {as(row.offered.smallest), false};
+  if (*number > as(row.read.largest)) return {as(row.offered.largest), false};
+  return {*number, true};
 }
 
 Reading<double> read(double Settings::*, const Setting& row, std::string_view text) {
@@ -160,7 +126,7 @@ json::value jsonOf(const T& value) {
   return json::value_from(value);
 }
 
-// Calls `use` with the row, its member and what it is read as, for every row that has a member.
+// Calls `use` with every row that has a member, and that.
 template <class Use>
 void forEachMember(const Use& use) {
   for (const auto& row : kSettings) {
@@ -210,7 +176,7 @@ const SettingTexts& defaultSettings() {
   static const auto defaults = [] {
     SettingTexts texts;
     for (const auto& row : kSettings) {
-      if (row.writer == kUser) texts[row.key] = row.fallback;
+      if (row.writer == Writer::User) texts[row.key] = row.fallback;
     }
     return texts;
   }();
@@ -239,7 +205,7 @@ json::array describeSettings() {
                            {"kind", kind},
                            {"smallest", limit(row.offered.smallest)},
                            {"largest", limit(row.offered.largest)},
-                           {"writer", row.writer == kUser ? "user" : "program"}};
+                           {"writer", row.writer == Writer::User ? "user" : "program"}};
     if (kind == "choice") described["choices"] = json::value_from(kTexts<Privacy>);
     rows.push_back(std::move(described));
   }
