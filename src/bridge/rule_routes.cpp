@@ -1,5 +1,4 @@
 // The router's routes that tell what rules do, and why.
-#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -92,14 +91,12 @@ json::object toJson(const Explanation& explanation) {
 
 // The texts as the store will hold them: up to a NUL.
 Rule Router::ruleOf(const Body& body) {
-  constexpr std::array<std::string_view, 4> kFields{"app", "domain", "title", "url"};
   const auto stored = [](const std::string& text) { return std::string(text.c_str()); };
   Rule rule{.field = body.s("field").value_or(""),
             .pattern = std::string(trimBlanks(body.s("pattern").value_or(""))),
             .category = body.s("category"),
             .projectId = body.i("project_id")};
-  if (rule.pattern.empty() ||
-      std::find(kFields.begin(), kFields.end(), rule.field) == kFields.end()) {
+  if (rule.pattern.empty() || !parsed<RuleField>(rule.field)) {
     throw AppError("règle invalide");
   }
   rule.pattern = stored(rule.pattern);

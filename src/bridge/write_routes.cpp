@@ -12,15 +12,13 @@
 #include "classify/assign_range.h"
 #include "classify/defaults.h"
 #include "classify/learning.h"
-#include "storage/schema.h"
+#include "storage/project.h"
 
 namespace orvanta {
 namespace {
 
 namespace json = boost::json;
 
-constexpr auto kDefaultColor = "#3b82f6";
-constexpr auto kDefaultCategory = "travail";
 constexpr auto kNameTaken = "un projet porte déjà ce nom";
 
 std::optional<std::string> trimmed(const std::optional<std::string>& text) {
@@ -34,8 +32,8 @@ json::value Router::projectsSave(const Body& body) {
   const auto name = trimmed(body.s("name")).value_or("");
   if (name.empty()) throw AppError("nom manquant");
   const auto keywords = trimmed(body.s("keywords"));
-  const auto color = body.s("color").value_or(kDefaultColor);
-  const auto category = body.s("category").value_or(kDefaultCategory);
+  const auto color = body.s("color").value_or(Project().color);
+  const auto category = body.s("category").value_or(Project().category);
   const auto id = body.i("id");
   const auto archived = body.i("archived").value_or(0);
   int64_t added = 0;

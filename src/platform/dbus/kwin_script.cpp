@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "base/number.h"
-#include "base/text.h"
 #include "base/own_file.h"
+#include "base/text.h"
 #include "platform/resources/resources.h"
 
 namespace orvanta::dbus {
