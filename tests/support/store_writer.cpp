@@ -19,9 +19,9 @@ namespace {
 
 using namespace orvanta;
 
-class Writer {
+class StoreWriter {
  public:
-  Writer(const char* folder, double begin) : program_(folder), begin_(begin) {
+  StoreWriter(const char* folder, double begin) : program_(folder), begin_(begin) {
     clock_.now = begin;
     seedDefaults(program_.store.db, clock_.read());
     engine_ = std::make_unique<Engine>(program_.store.db, program_.desktop.collectors, live_,
@@ -110,7 +110,7 @@ int main(int argc, char** argv) {
   if (argc != 3) return 2;  // folder; time of the first tick, or "finish"
   finishSwap(DataLocation::under(argv[1]).file());
   if (std::string_view(argv[2]) == "finish") return 0;
-  Writer writer(argv[1], std::strtod(argv[2], nullptr));
+  StoreWriter writer(argv[1], std::strtod(argv[2], nullptr));
   for (int step = 0;; ++step) {
     writer.tick();
     if (step % 5 == 4) writer.change();

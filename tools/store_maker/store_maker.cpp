@@ -86,7 +86,7 @@ std::optional<StoreKind> storeKind(std::string_view name) {
 bool makeStore(const DataLocation& where, const StorePlan& plan) {
   Database db(where);
   seedDefaults(db, [&] { return plan.now - kMonth; });
-  Database::Settings settings{{"excluded_domains", R"(["banque.example"])"}};
+  SettingTexts settings{{"excluded_domains", R"(["banque.example"])"}};
   if (plan.kind != StoreKind::New) settings["onboarded"] = "1";
   if (plan.blocks > 0) settings["min_block_seconds"] = "5";
   if (!db.setSettings(settings)) return false;
