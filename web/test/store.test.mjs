@@ -179,6 +179,8 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   const suggested = await accept.count();
   await accept.first().click();
   await toast(page, "va désormais à");
+  const made = (await page.program.ask("rules.list")).filter(({ project_id }) => project_id !== null);
+  assert.ok(made.some(({ pattern, project_id }) => pattern === "revue-typographie.fr" && project_id === 4));
   await button(page, "Annuler").click();
   await toast(page, "Annulé");
   await page.waitForFunction(
