@@ -6,7 +6,7 @@ import { addDays, dayOf } from "./model/time";
 import { Guard } from "./ui/guard";
 import { Header } from "./ui/header";
 import { Icon } from "./ui/icons";
-import { Failure } from "./ui/parts";
+import { Button, Failure } from "./ui/parts";
 import { useShortcuts } from "./ui/shortcuts";
 import { StoreBanner, StoreNotice } from "./ui/store_banner";
 import { type Notice, NoticeProvider, Toast, useSend } from "./ui/toast";
@@ -153,22 +153,18 @@ function Banners({ status }: { status: Status }) {
             <b>Orvanta ne peut pas lire le titre des fenêtres sur ce bureau.</b> Le temps est compté par
             application seulement.
           </p>
-          <button
-            type="button"
-            class="button small"
-            onClick={() => send("permissions.requestAccessibility", {})}
-          >
+          <Button kind="small" onClick={() => send("permissions.requestAccessibility", {})}>
             Autoriser la lecture des titres
-          </button>
+          </Button>
         </div>
       )}
       {update && (
         <div class="banner">
           <p>Orvanta {update.version} est disponible.</p>
-          <button type="button" class="button small" onClick={() => send("openURL", { url: update.url })}>
+          <Button kind="small" onClick={() => send("openURL", { url: update.url })}>
             <Icon name="external" />
             Voir la nouvelle version
-          </button>
+          </Button>
         </div>
       )}
     </>

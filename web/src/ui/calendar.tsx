@@ -1,16 +1,8 @@
 import { useEffect, useId, useRef, useState } from "preact/hooks";
 import type { Day } from "../bridge/routes";
-import {
-  addDays,
-  addMonths,
-  capitalize,
-  firstOfMonth,
-  longDay,
-  mondayOf,
-  monthName,
-} from "../model/time";
+import { addDays, addMonths, capitalize, firstOfMonth, longDay, mondayOf, monthName } from "../model/time";
 import { Icon, type IconName } from "./icons";
-import { IconButton } from "./parts";
+import { Button, IconButton } from "./parts";
 
 interface CalendarProps {
   day: Day;
@@ -156,9 +148,8 @@ export function DayButton({ label, text, icon, id, day, today, onPick }: DayButt
         close();
       }}
     >
-      <button
-        type="button"
-        class={text ? "button" : "button square"}
+      <Button
+        kind={text ? "" : "square"}
         id={id}
         aria-label={text ? `${label}\u00a0: ${text}` : label}
         aria-haspopup="dialog"
@@ -167,7 +158,7 @@ export function DayButton({ label, text, icon, id, day, today, onPick }: DayButt
       >
         {icon && <Icon name={icon} />}
         {text}
-      </button>
+      </Button>
       {open && (
         <div class="popover" role="dialog" aria-label={label}>
           <Calendar

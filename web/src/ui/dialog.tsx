@@ -1,7 +1,7 @@
 import type { ComponentChildren } from "preact";
 import { useEffect, useId, useRef } from "preact/hooks";
 import { Icon } from "./icons";
-import { IconButton } from "./parts";
+import { Button, IconButton } from "./parts";
 import { useTask } from "./task";
 
 interface DialogProps {
@@ -79,17 +79,12 @@ export function Confirm({
       <div class="dialog-body prose">{children}</div>
       <FormError text={error} />
       <footer class="dialog-foot">
-        <button type="button" class="button" autoFocus onClick={onClose}>
+        <Button autoFocus onClick={onClose}>
           Annuler
-        </button>
-        <button
-          type="button"
-          class={danger ? "button danger" : "button primary"}
-          disabled={disabled || busy}
-          onClick={() => run(confirm)}
-        >
+        </Button>
+        <Button kind={danger ? "danger" : "primary"} disabled={disabled || busy} onClick={() => run(confirm)}>
           {action}
-        </button>
+        </Button>
       </footer>
     </Dialog>
   );
@@ -131,12 +126,10 @@ export function EditorFoot({ error, onClose }: { error: string; onClose: () => v
     <>
       <FormError text={error} />
       <footer class="dialog-foot">
-        <button type="button" class="button" onClick={onClose}>
-          Annuler
-        </button>
-        <button type="submit" class="button primary">
+        <Button onClick={onClose}>Annuler</Button>
+        <Button type="submit" kind="primary">
           Enregistrer
-        </button>
+        </Button>
       </footer>
     </>
   );

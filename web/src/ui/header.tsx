@@ -2,7 +2,7 @@ import type { ProjectRow, Status } from "../bridge/routes";
 import { useAnswer } from "../client";
 import { clip, clock, duration } from "../model/time";
 import { Icon } from "./icons";
-import { Foreign, ProjectSelect } from "./parts";
+import { Button, Foreign, ProjectSelect } from "./parts";
 import { useSend } from "./toast";
 
 function Now({ status }: { status: Status }) {
@@ -81,15 +81,10 @@ export function Header({ status, onToggle }: { status: Status | undefined; onTog
         <>
           <Now status={status} />
           <CurrentProject status={status} />
-          <button
-            type="button"
-            class={status.paused ? "button primary" : "button"}
-            title="Maj + P"
-            onClick={onToggle}
-          >
+          <Button kind={status.paused ? "primary" : ""} title="Maj + P" onClick={onToggle}>
             <Icon name={status.paused ? "play" : "pause"} />
             {status.paused ? "Reprendre" : "Pause"}
-          </button>
+          </Button>
         </>
       )}
     </header>

@@ -1,6 +1,6 @@
 import type { Day } from "../bridge/routes";
 import { DayButton } from "./calendar";
-import { IconButton } from "./parts";
+import { Button, IconButton } from "./parts";
 import { useShortcuts } from "./shortcuts";
 
 interface Props {
@@ -40,15 +40,9 @@ export function PeriodBar({ title, previous, next, back, day, today, isCurrent, 
       </div>
       <h1>{title}</h1>
       <DayButton label="Choisir une date" icon="day" id="calendar" day={day} today={today} onPick={onDay} />
-      <button
-        type="button"
-        class="button"
-        disabled={isCurrent}
-        title={`${back} (A)`}
-        onClick={() => onDay(today)}
-      >
+      <Button disabled={isCurrent} title={`${back} (A)`} onClick={() => onDay(today)}>
         {back}
-      </button>
+      </Button>
     </div>
   );
 }

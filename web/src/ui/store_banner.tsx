@@ -17,7 +17,8 @@ export function StoreBanner({ status }: { status: Status | undefined }) {
         <div class="banner failed">
           <Icon name="warning" />
           <p>
-            {typeset(trouble.message)} <span class="quiet">{capitalize(since(trouble.since, status.now))}.</span>
+            {typeset(trouble.message)}{" "}
+            <span class="quiet">{capitalize(since(trouble.since, status.now))}.</span>
           </p>
         </div>
       )}

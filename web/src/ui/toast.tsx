@@ -5,7 +5,7 @@ import { errorText, useClient } from "../client";
 import { type Done, track } from "../model/changes";
 import { isolated } from "../model/time";
 import { Icon } from "./icons";
-import { IconButton } from "./parts";
+import { Button, IconButton } from "./parts";
 
 export interface Notice {
   text: string;
@@ -146,14 +146,13 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
             ))}
           </div>
           {(notice.undo ?? notice.redo) && (
-            <button
-              type="button"
-              class="button small"
+            <Button
+              kind="small"
               onClick={() => void act()}
               title={notice.undo ? "Ctrl + Z" : "Ctrl + Maj + Z"}
             >
               {notice.undo ? "Annuler" : "Rétablir"}
-            </button>
+            </Button>
           )}
           <IconButton icon="close" label="Fermer le message" onClick={close} />
         </div>

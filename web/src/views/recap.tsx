@@ -3,7 +3,7 @@ import type { Day, RecapReport, Seconds, WeekSummary } from "../bridge/routes";
 import { changes, type Compared, type Dimension } from "../model/recap";
 import { capitalize, dayInWeek, duration, durationChange } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
-import { CategoryBar, CategoryLegend, Empty, Foreign } from "../ui/parts";
+import { Button, CategoryBar, CategoryLegend, Empty, Foreign } from "../ui/parts";
 import type { ViewProps } from "./props";
 import { WeekPage } from "./week_page";
 
@@ -17,11 +17,7 @@ export function RecapView(props: ViewProps) {
         ) : (
           <Empty title="Rien à comparer.">
             {!recap.incomplete && <p>Ni cette semaine ni la précédente n’ont d’activité.</p>}
-            {!isCurrent && (
-              <button type="button" class="button" onClick={() => onDay(today)}>
-                Revenir à cette semaine
-              </button>
-            )}
+            {!isCurrent && <Button onClick={() => onDay(today)}>Revenir à cette semaine</Button>}
           </Empty>
         )
       }

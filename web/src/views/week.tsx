@@ -2,7 +2,7 @@ import type { WeekReport } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
 import { addDays, capitalize, clock, count, duration, plainDay, weekdayShort } from "../model/time";
 import { CategoryTable } from "../ui/category_table";
-import { CategoryBar, CategoryLegend, Empty, projectRows, ShareList } from "../ui/parts";
+import { Button, CategoryBar, CategoryLegend, Empty, projectRows, ShareList } from "../ui/parts";
 import type { ViewProps } from "./props";
 import { WeekPage } from "./week_page";
 
@@ -16,13 +16,9 @@ export function WeekView(props: ViewProps) {
         if (week.incomplete) return <Empty title="Rien n’a pu être lu pour cette semaine." />;
         return (
           <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>
-            <button
-              type="button"
-              class="button"
-              onClick={() => onDay(isCurrent ? addDays(week.monday, -7) : today)}
-            >
+            <Button onClick={() => onDay(isCurrent ? addDays(week.monday, -7) : today)}>
               {isCurrent ? "Voir la semaine dernière" : "Revenir à cette semaine"}
-            </button>
+            </Button>
           </Empty>
         );
       }}

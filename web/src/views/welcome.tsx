@@ -4,6 +4,7 @@ import { UnstoredError } from "../bridge/bridge";
 import type { Status } from "../bridge/routes";
 import { useAnswer, useClient } from "../client";
 import { Form, FormError } from "../ui/dialog";
+import { Button } from "../ui/parts";
 import { useTask } from "../ui/task";
 import { useNotice } from "../ui/toast";
 import { blankProject, type Fields, ProjectFields } from "./projects/project_editor";
@@ -50,9 +51,9 @@ export function Welcome({ status, banner, onDone }: Props) {
             />
           ) : (
             <Foot onBack={step > 0 && (() => setStep(step - 1))}>
-              <button type="button" class="button primary" onClick={() => setStep(step + 1)}>
+              <Button kind="primary" onClick={() => setStep(step + 1)}>
                 Continuer
-              </button>
+              </Button>
             </Foot>
           )}
         </div>
@@ -78,11 +79,7 @@ function Head({ title, lead }: { title: string; lead: string }) {
 function Foot({ onBack, children }: { onBack: false | (() => void); children: ComponentChildren }) {
   return (
     <footer class="dialog-foot">
-      {onBack && (
-        <button type="button" class="button" onClick={onBack}>
-          Retour
-        </button>
-      )}
+      {onBack && <Button onClick={onBack}>Retour</Button>}
       <span class="spacer" />
       {children}
     </footer>
@@ -98,18 +95,17 @@ function Recorded({ db }: { db: string }) {
       />
       <ul class="facts-list">
         <li>
-          <b>Ce qui est noté.</b> L’application devant vous, le titre de sa fenêtre, l’onglet du
-          navigateur, et les moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni
-          contenu.
+          <b>Ce qui est noté.</b> L’application devant vous, le titre de sa fenêtre, l’onglet du navigateur,
+          et les moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni contenu.
         </li>
         <li>
-          <b>Où c’est gardé.</b> Dans un seul fichier de cet ordinateur, lisible de vous seul. Rien ne
-          part ailleurs.
+          <b>Où c’est gardé.</b> Dans un seul fichier de cet ordinateur, lisible de vous seul. Rien ne part
+          ailleurs.
           <code>{db}</code>
         </li>
         <li>
-          <b>Vous décidez.</b> Une pause d’un clic, des sites exclus, un mode sans titres ni adresses,
-          un export, et des règles que vous pouvez lire et changer.
+          <b>Vous décidez.</b> Une pause d’un clic, des sites exclus, un mode sans titres ni adresses, un
+          export, et des règles que vous pouvez lire et changer.
         </li>
       </ul>
     </>
@@ -180,12 +176,10 @@ function FirstProject({ fields, onFields, onBack, onDone }: FirstProjectProps) {
       </Form>
       <FormError text={error} />
       <Foot onBack={onBack}>
-        <button type="button" class="button" onClick={() => run(finish)}>
-          Plus tard
-        </button>
-        <button type="submit" form="first-project" class="button primary">
+        <Button onClick={() => run(finish)}>Plus tard</Button>
+        <Button type="submit" form="first-project" kind="primary">
           Créer et commencer
-        </button>
+        </Button>
       </Foot>
     </>
   );

@@ -3,8 +3,8 @@ import type { Block, Project } from "../../bridge/routes";
 import { categoryLabel } from "../../model/categories";
 import { indexOf, isSelected, type Mode, select, selectAll, type Selection } from "../../model/selection";
 import { clip, clock, duration } from "../../model/time";
-import { CategoryMark, Icon, ProjectDot } from "../../ui/icons";
-import { Foreign } from "../../ui/parts";
+import { CategoryMark, Icon } from "../../ui/icons";
+import { Foreign, ProjectName } from "../../ui/parts";
 import { scrollerOf, useWindowed } from "../../ui/windowed";
 
 const rowHeight = 36;
@@ -171,12 +171,7 @@ function Row({ id, block, project, index, count, selected, active, onClick, onOp
           )}
         </span>
       )}
-      {project && (
-        <span class="project chip still">
-          <ProjectDot color={project.color} />
-          <Foreign text={project.name} length={40} />
-        </span>
-      )}
+      {project && <ProjectName project={project} kind="project chip still" />}
       <span class="block-manual" title={block.manual ? "Assigné à la main" : undefined}>
         {block.manual && (
           <>

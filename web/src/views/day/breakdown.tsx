@@ -15,6 +15,11 @@ function rows(times: readonly AppTime[]): ShareRow[] {
   return times.map(({ name, duration, cats }) => ({ key: name, name, duration, parts: cats }));
 }
 
+const named = [
+  ["app", "apps", "Applications", "Aucune application."],
+  ["domain", "domains", "Sites", "Aucun site visité."],
+] as const;
+
 /** Who had how much of the day: projects, applications, sites. */
 export function Breakdown({ totals, filter, onFlip }: Props) {
   return (
@@ -27,22 +32,17 @@ export function Breakdown({ totals, filter, onFlip }: Props) {
         chosen={filter.project === null ? null : String(filter.project)}
         onChoose={(id) => onFlip("project", Number(id))}
       />
-      <ShareList
-        title="Applications"
-        rows={rows(totals.apps)}
-        total={totals.active}
-        empty="Aucune application."
-        chosen={filter.app}
-        onChoose={(name) => onFlip("app", name)}
-      />
-      <ShareList
-        title="Sites"
-        rows={rows(totals.domains)}
-        total={totals.active}
-        empty="Aucun site visité."
-        chosen={filter.domain}
-        onChoose={(name) => onFlip("domain", name)}
-      />
+      {named.map(([name, times, title, empty]) => (
+        <ShareList
+          key={name}
+          title={title}
+          rows={rows(totals[times])}
+          total={totals.active}
+          empty={empty}
+          chosen={filter[name]}
+          onChoose={(one) => onFlip(name, one)}
+        />
+      ))}
     </div>
   );
 }

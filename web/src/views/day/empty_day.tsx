@@ -1,4 +1,4 @@
-import { Empty } from "../../ui/parts";
+import { Button, Empty } from "../../ui/parts";
 import { useSend } from "../../ui/toast";
 
 interface Props {
@@ -18,13 +18,9 @@ export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: 
     return (
       <Empty title="Le suivi est en pause.">
         <p>Rien n’est enregistré aujourd’hui tant qu’il n’a pas repris.</p>
-        <button
-          type="button"
-          class="button primary"
-          onClick={() => send("tracker.resume", {})}
-        >
+        <Button kind="primary" onClick={() => send("tracker.resume", {})}>
           Reprendre le suivi
-        </button>
+        </Button>
       </Empty>
     );
   }
@@ -32,18 +28,14 @@ export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: 
     return (
       <Empty title="La journée commence.">
         <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
-        <button type="button" class="button" onClick={onYesterday}>
-          Voir hier
-        </button>
+        <Button onClick={onYesterday}>Voir hier</Button>
       </Empty>
     );
   }
   return (
     <Empty title="Rien d’enregistré ce jour-là.">
       <p>L’ordinateur était éteint, ou le suivi en pause.</p>
-      <button type="button" class="button" onClick={onToday}>
-        Revenir à aujourd’hui
-      </button>
+      <Button onClick={onToday}>Revenir à aujourd’hui</Button>
     </Empty>
   );
 }

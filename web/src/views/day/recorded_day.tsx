@@ -1,7 +1,14 @@
 import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Day, DayReport, UnixTime } from "../../bridge/routes";
-import { everything, type Filter, filterBlocks, isFiltering, loadFilter, saveFilter } from "../../model/filter";
-import { Empty } from "../../ui/parts";
+import {
+  everything,
+  type Filter,
+  filterBlocks,
+  isFiltering,
+  loadFilter,
+  saveFilter,
+} from "../../model/filter";
+import { Button, Empty } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import { BlockList, reveal } from "./block_list";
 import { Breakdown } from "./breakdown";
@@ -57,9 +64,7 @@ export function RecordedDay({ report, day, now }: Props) {
               />
             ) : isFiltering(filter) ? (
               <Empty title="Aucun bloc ne correspond au filtre.">
-                <button type="button" class="button" onClick={showAll}>
-                  Retirer le filtre
-                </button>
+                <Button onClick={showAll}>Retirer le filtre</Button>
               </Empty>
             ) : (
               <Empty title="Rien que des passages très brefs." />

@@ -118,10 +118,7 @@ function Drawing({ report, now, scale, selected, hovered, cursor, range, tip }: 
         )}
       </svg>
       {range && range.end > view.from && range.start < view.to && (
-        <span
-          class="range-label"
-          style={{ left: `${Math.min(Math.max(x(range.start), 0), width - 150)}px` }}
-        >
+        <span class="range-label" style={{ left: `${Math.min(Math.max(x(range.start), 0), width - 150)}px` }}>
           {clock(range.start)} – {clock(range.end)} · {duration(range.end - range.start)}
         </span>
       )}

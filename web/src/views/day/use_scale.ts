@@ -63,7 +63,8 @@ export function useWheel(plot: RefObject<HTMLElement | null>, scale: Scale): voi
   const wheel = useRef((_: WheelEvent) => {});
   wheel.current = (event) => {
     if (event.ctrlKey) scale.zoomBy(Math.exp(event.deltaY / 300), scale.timeAt(event));
-    else if (event.deltaX !== 0 || event.shiftKey) scale.shift((event.deltaX || event.deltaY) * scale.perPixel);
+    else if (event.deltaX !== 0 || event.shiftKey)
+      scale.shift((event.deltaX || event.deltaY) * scale.perPixel);
     else return;
     event.preventDefault();
   };

@@ -1,4 +1,4 @@
-import { IconButton } from "../../ui/parts";
+import { Button, IconButton } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import type { Scale } from "./use_scale";
 
@@ -20,21 +20,15 @@ export function Zoom({ scale, onZoom, onRange }: Props) {
     <div class="zoom">
       <IconButton icon="minus" label="Réduire" title="Réduire (−)" onClick={farther} />
       <IconButton icon="plus" label="Agrandir" title="Agrandir (+)" onClick={closer} />
-      <button
-        type="button"
-        class="button ghost small"
-        disabled={!scale.chosen}
-        title="Voir toute l’activité (Z)"
-        onClick={fitted}
-      >
+      <Button kind="ghost small" disabled={!scale.chosen} title="Voir toute l’activité (Z)" onClick={fitted}>
         Tout
-      </button>
-      <button type="button" class="button ghost small" onClick={() => scale.show(scale.day)}>
+      </Button>
+      <Button kind="ghost small" onClick={() => scale.show(scale.day)}>
         24 h
-      </button>
-      <button type="button" class="button ghost small" onClick={onRange}>
+      </Button>
+      <Button kind="ghost small" onClick={onRange}>
         Plage…
-      </button>
+      </Button>
     </div>
   );
 }

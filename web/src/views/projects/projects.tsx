@@ -4,7 +4,7 @@ import { useAnswer, useClient } from "../../client";
 import { isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
-import { Empty, Failure } from "../../ui/parts";
+import { Button, Empty, Failure } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { ProjectEditor } from "./project_editor";
@@ -28,19 +28,19 @@ export function ProjectsView() {
       <div class="view-head">
         <h1>Projets</h1>
         <span class="spacer" />
-        <button type="button" class="button primary" title="N" onClick={startNew}>
+        <Button kind="primary" title="N" onClick={startNew}>
           <Icon name="plus" />
           Nouveau projet
-        </button>
+        </Button>
       </div>
       {error && <Failure text={error} retry={reload} />}
       <Suggestions />
       {projects?.length === 0 && (
         <Empty title="Pas encore de projet.">
           <p>Un projet rassemble le temps d’un client, d’un cours, d’un chantier.</p>
-          <button type="button" class="button primary" onClick={startNew}>
+          <Button kind="primary" onClick={startNew}>
             Créer le premier
-          </button>
+          </Button>
         </Empty>
       )}
       {listed("Actifs", false)}

@@ -3,8 +3,7 @@ import type { RuleRow, Suggestion } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { load, save } from "../../model/stored";
 import { clip, duration, isolated } from "../../model/time";
-import { ProjectDot } from "../../ui/icons";
-import { Foreign } from "../../ui/parts";
+import { Button, Foreign, ProjectName } from "../../ui/parts";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { fieldLabel } from "../rules/labels";
 
@@ -60,26 +59,21 @@ export function Suggestions() {
             </b>
             <span class="quiet">{duration(suggestion.duration)}</span>
             <span aria-hidden="true">→</span>
-            <span class="project">
-              <ProjectDot color={suggestion.color} />
-              <Foreign text={suggestion.project} length={60} />
-            </span>
-            <button
-              type="button"
-              class="button small"
+            <ProjectName project={{ name: suggestion.project, color: suggestion.color }} length={60} />
+            <Button
+              kind="small"
               onClick={() => ignore(suggestion)}
               aria-label={`Ignorer ${clip(suggestion.name, 60)}`}
             >
               Ignorer
-            </button>
-            <button
-              type="button"
-              class="button soft small"
+            </Button>
+            <Button
+              kind="soft small"
               onClick={() => void accept(suggestion)}
               aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
             >
               Accepter
-            </button>
+            </Button>
           </li>
         ))}
       </ul>

@@ -2,6 +2,7 @@ import { useId, useState } from "preact/hooks";
 import { readDomain } from "../../model/settings";
 import { Form } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
+import { Button } from "../../ui/parts";
 import { useTask } from "../../ui/task";
 import { Row } from "./fields";
 
@@ -44,9 +45,7 @@ export function DomainList({ domains, onSave }: Props) {
             setError("");
           }}
         />
-        <button type="submit" class="button">
-          Exclure
-        </button>
+        <Button type="submit">Exclure</Button>
       </Form>
       <span class="field-error" id={`${id}-error`} role="alert">
         {error}

@@ -3,6 +3,7 @@ import type { Day } from "../../bridge/routes";
 import { useClient } from "../../client";
 import { addDays, addMonths, dateOnly, firstOfMonth, mondayOf } from "../../model/time";
 import { DayButton } from "../../ui/calendar";
+import { Button } from "../../ui/parts";
 import { useTask } from "../../ui/task";
 import { useNotice } from "../../ui/toast";
 import { Row } from "./fields";
@@ -32,6 +33,7 @@ export function Export({ today }: { today: Day }) {
   return (
     <Row
       wide
+      error={error}
       label="Exporter"
       help="Un fichier CSV, une ligne par activité, que tout tableur ouvre. Les deux jours sont compris."
     >
@@ -56,13 +58,10 @@ export function Export({ today }: { today: Day }) {
         <DayButton label="Premier jour" text={dateOnly(from)} day={from} today={today} onPick={setFrom} />
         <span>à</span>
         <DayButton label="Dernier jour" text={dateOnly(to)} day={to} today={today} onPick={setTo} />
-        <button type="button" class="button primary" disabled={busy} onClick={save}>
+        <Button kind="primary" disabled={busy} onClick={save}>
           {busy ? "Export en cours…" : "Exporter…"}
-        </button>
+        </Button>
       </div>
-      <span class="field-error" role="alert">
-        {error}
-      </span>
     </Row>
   );
 }

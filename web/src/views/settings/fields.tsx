@@ -26,17 +26,26 @@ interface RowProps {
   htmlFor?: string;
   /** Whose controls need more than half of the row. */
   wide?: boolean;
+  /** What went wrong with them. */
+  error?: string;
   children: ComponentChildren;
 }
 
-export function Row({ label, help, htmlFor, wide, children }: RowProps) {
+export function Row({ label, help, htmlFor, wide, error, children }: RowProps) {
   return (
     <div class={wide ? "settings-row wide" : "settings-row"}>
       <div class="settings-label">
         {htmlFor ? <label for={htmlFor}>{label}</label> : <span>{label}</span>}
         {help && <small id={htmlFor && `${htmlFor}-help`}>{help}</small>}
       </div>
-      <div class="settings-control">{children}</div>
+      <div class="settings-control">
+        {children}
+        {error !== undefined && (
+          <span class="field-error" id={htmlFor && `${htmlFor}-error`} role="alert">
+            {error}
+          </span>
+        )}
+      </div>
     </div>
   );
 }
@@ -82,7 +91,7 @@ export function NumberField({ setting, label, help, unit, settings, allow }: Num
     });
   };
   return (
-    <Row label={label} help={help} htmlFor={id}>
+    <Row label={label} help={help} htmlFor={id} error={error}>
       <span class="with-unit">
         <span class="saved" role="status">
           {saved && (
@@ -107,9 +116,6 @@ export function NumberField({ setting, label, help, unit, settings, allow }: Num
           }}
         />
         <span class="unit">{unit}</span>
-      </span>
-      <span class="field-error" id={`${id}-error`} role="alert">
-        {error}
       </span>
     </Row>
   );

@@ -1,6 +1,7 @@
 import type { Permissions } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { Icon } from "../../ui/icons";
+import { Button } from "../../ui/parts";
 import { useTask } from "../../ui/task";
 import { useSend } from "../../ui/toast";
 import { Row } from "./fields";
@@ -25,9 +26,9 @@ export function DesktopRows() {
       >
         <State good={answer.accessibility} text={answer.accessibility ? "lisible" : "illisible"} />
         {(!answer.accessibility || answer.advice) && (
-          <button type="button" class="button" onClick={() => send("permissions.requestAccessibility", {})}>
+          <Button onClick={() => send("permissions.requestAccessibility", {})}>
             Autoriser la lecture des titres
-          </button>
+          </Button>
         )}
       </Row>
       {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
@@ -55,9 +56,7 @@ export function BrowserRows() {
         <Browser key={browser.bundle} {...browser} known={answer.browsers[browser.bundle]} />
       ))}
       <Row label="Extension des navigateurs" help="C’est elle qui dit à Orvanta l’adresse de l’onglet actif.">
-        <button type="button" class="button" onClick={() => send("permissions.openAutomation", {})}>
-          Ouvrir les réglages
-        </button>
+        <Button onClick={() => send("permissions.openAutomation", {})}>Ouvrir les réglages</Button>
       </Row>
     </>
   );
@@ -77,22 +76,13 @@ function Browser({ bundle, name, known }: BrowserProps) {
     if (!result.ok) setError(result.error || "L’onglet actif n’a pas pu être lu.");
   };
   return (
-    <Row label={name}>
+    <Row label={name} error={error}>
       {known === "ok" && <State good text="onglet lisible" />}
       {known === "denied" && <State good={false} text="onglet illisible" />}
       {known === undefined && <span class="quiet">pas encore essayé</span>}
-      <button
-        type="button"
-        class="button"
-        disabled={busy}
-        aria-label={`Essayer ${name}`}
-        onClick={() => run(test)}
-      >
+      <Button disabled={busy} aria-label={`Essayer ${name}`} onClick={() => run(test)}>
         {busy ? "Essai…" : "Essayer"}
-      </button>
-      <span class="field-error" role="alert">
-        {error}
-      </span>
+      </Button>
     </Row>
   );
 }

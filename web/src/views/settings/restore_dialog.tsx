@@ -87,9 +87,7 @@ function Preview({ file, onReady }: { file: string; onReady: () => void }) {
 function Lost({ spans, seconds }: { spans: number | null; seconds: Seconds | null }) {
   if (spans === null || seconds === null)
     return (
-      <>
-        Le fichier actuel ne peut pas être lu en entier : ce qui manque à cette sauvegarde n’est pas connu.
-      </>
+      <>Le fichier actuel ne peut pas être lu en entier : ce qui manque à cette sauvegarde n’est pas connu.</>
     );
   if (spans === 0) return <>Cette sauvegarde contient tout le temps du fichier actuel.</>;
   return (

@@ -1,7 +1,7 @@
 import { useState } from "preact/hooks";
 import { useAnswer, useClient } from "../../client";
 import { Confirm } from "../../ui/dialog";
-import { Failure } from "../../ui/parts";
+import { Button, Failure } from "../../ui/parts";
 import type { ViewProps } from "../props";
 import { Export } from "./export";
 import { Row, Section } from "./fields";
@@ -43,9 +43,7 @@ export function SettingsView({ status, today, onWelcome }: ViewProps) {
       </Section>
       <Section title="Orvanta">
         <Row label="Accueil" help="Ce qui est enregistré, les autorisations, un premier projet.">
-          <button type="button" class="button" onClick={onWelcome}>
-            Revoir l’accueil
-          </button>
+          <Button onClick={onWelcome}>Revoir l’accueil</Button>
         </Row>
         <QuitRow />
       </Section>
@@ -58,9 +56,9 @@ function QuitRow() {
   const [quitting, setQuitting] = useState(false);
   return (
     <Row label="Quitter" help="Fermer cette fenêtre n’arrête pas le suivi ; quitter, si.">
-      <button type="button" class="button danger" onClick={() => setQuitting(true)}>
+      <Button kind="danger" onClick={() => setQuitting(true)}>
         Quitter Orvanta
-      </button>
+      </Button>
       {quitting && (
         <Confirm
           title="Quitter Orvanta ?"

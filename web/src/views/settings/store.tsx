@@ -5,6 +5,7 @@ import { errorText, useAnswer, useClient } from "../../client";
 import { covered, fileSize, moment } from "../../model/store";
 import { capitalize, count, typeset } from "../../model/time";
 import { Icon } from "../../ui/icons";
+import { Button } from "../../ui/parts";
 import { useTask } from "../../ui/task";
 import { useNotice, useSend } from "../../ui/toast";
 import { Row } from "./fields";
@@ -27,9 +28,7 @@ export function StoreRows({ status }: { status: Status | undefined }) {
             )}
           </p>
         )}
-        <button type="button" class="button" onClick={() => send("revealData", {})}>
-          Montrer le dossier
-        </button>
+        <Button onClick={() => send("revealData", {})}>Montrer le dossier</Button>
       </Row>
       {store && <BackupRow store={store} now={now} />}
       <CheckRow />
@@ -55,17 +54,13 @@ function BackupRow({ store, now }: { store: StoreStatus; now: number }) {
   return (
     <Row
       label="Sauvegardes"
+      error={error}
       help={`Dernière : ${last}. Orvanta en fait seul, les vérifie et garde les plus récentes.`}
     >
-      <button type="button" class="button" disabled={busy} onClick={() => run(backUp)}>
+      <Button disabled={busy} onClick={() => run(backUp)}>
         {busy ? "Sauvegarde en cours…" : "Sauvegarder maintenant"}
-      </button>
-      <button type="button" class="button" onClick={() => setRestoring(true)}>
-        Restaurer…
-      </button>
-      <span class="field-error" role="alert">
-        {error}
-      </span>
+      </Button>
+      <Button onClick={() => setRestoring(true)}>Restaurer…</Button>
       {restoring && <RestoreDialog backups={store.backups} now={now} onClose={() => setRestoring(false)} />}
     </Row>
   );
@@ -86,15 +81,9 @@ function CheckRow() {
   const more = (result?.problems.length ?? 0) - shownProblems;
   return (
     <Row label="Vérification" help="Lit tout le fichier et dit s’il est entier. Rien n’y est changé.">
-      <button
-        type="button"
-        class="button"
-        aria-label="Vérifier les données"
-        disabled={busy}
-        onClick={() => run(check)}
-      >
+      <Button aria-label="Vérifier les données" disabled={busy} onClick={() => run(check)}>
         {busy ? "Vérification…" : "Vérifier"}
-      </button>
+      </Button>
       <div class="check-result" role="status">
         {result && (
           <>

@@ -1,5 +1,6 @@
 import { useEffect, useState } from "preact/hooks";
 import type { Status } from "../../bridge/routes";
+import { Button } from "../../ui/parts";
 import { useSend } from "../../ui/toast";
 import { Row, Switch } from "./fields";
 
@@ -84,17 +85,11 @@ function UpdateRow({ version, update }: { version: string; update: Status["updat
         {checked && !update && "Pas de version plus récente trouvée."}
       </span>
       {update ? (
-        <button
-          type="button"
-          class="button primary"
-          onClick={() => send("openURL", { url: update.url })}
-        >
+        <Button kind="primary" onClick={() => send("openURL", { url: update.url })}>
           Voir Orvanta {update.version}
-        </button>
+        </Button>
       ) : (
-        <button
-          type="button"
-          class="button"
+        <Button
           disabled={waiting}
           onClick={() => {
             setChecked(false);
@@ -103,7 +98,7 @@ function UpdateRow({ version, update }: { version: string; update: Status["updat
           }}
         >
           {waiting ? "Vérification…" : "Vérifier maintenant"}
-        </button>
+        </Button>
       )}
     </Row>
   );
