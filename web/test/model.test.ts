@@ -5,7 +5,7 @@ import { everything, filterBlocks } from "../src/model/filter";
 import { changes } from "../src/model/recap";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
 import { covered, fileSize, moment, since } from "../src/model/store";
-import { numberError, limits, readDomain, readList } from "../src/model/settings";
+import { numberError, readDomain, readList } from "../src/model/settings";
 import { activity, bars, clamp, fit, hours, segmentAt, ticks, zoom } from "../src/model/timeline";
 
 let lastId = 0;
@@ -151,9 +151,10 @@ test("the recap orders changes by their size and names what is gone", () => {
 });
 
 test("a setting is refused with a reason", () => {
+  const limits = { smallest: 30, largest: 7200 };
   const wrong = ["", "1,5", "-5", "abc", "1e3", "99999999", "29"];
-  for (const text of wrong) assert.notEqual(numberError(limits.idle_threshold, text), "", text);
-  assert.equal(numberError(limits.idle_threshold, " 180 "), "");
+  for (const text of wrong) assert.notEqual(numberError(limits, text), "", text);
+  assert.equal(numberError(limits, " 180 "), "");
   const domains: [string, string | null][] = [
     ["Exemple.FR", "exemple.fr"],
     ["https://www.exemple.fr/a?b#c", "exemple.fr"],

@@ -288,6 +288,19 @@ test("a project: what is wrong is said beside the field, what is right holds", a
   await page.context().close();
 });
 
+test("a setting that the program reads otherwise is said beside its field", async () => {
+  const page = await open();
+  await page.keyboard.press("g");
+  // The page offers nothing of the kind; a program of other limits may.
+  const ask = page.program.ask.bind(page.program);
+  const otherwise = { ok: true, read_as: { idle_threshold: 120 } };
+  page.program.ask = (path, body) => (path === "settings.set" ? otherwise : ask(path, body));
+  await page.getByLabel("Seuil d’inactivité").fill("60");
+  await page.keyboard.press("Enter");
+  await page.getByText("Sera lu comme 120 secondes.").waitFor();
+  await page.context().close();
+});
+
 test("nothing is erased without a yes", async () => {
   const page = await open();
   await page.keyboard.press("g");

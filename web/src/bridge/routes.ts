@@ -67,6 +67,18 @@ export interface Settings {
   install_id: string;
 }
 
+/** A row of the program's table of settings. */
+export interface SettingRow {
+  key: string;
+  default: string;
+  kind: "text" | "number" | "flag" | "choice" | "list";
+  /** What a person is offered of a number; null of anything else. */
+  smallest: number | null;
+  largest: number | null;
+  choices?: string[];
+  writer: "user" | "program";
+}
+
 export interface Permissions {
   accessibility: boolean;
   browsers_running: { bundle: string; name: string }[];
@@ -141,7 +153,12 @@ export interface Routes {
   "store.restore": [{ file: string }, Ok & { kept: string | null }];
   // Beside these, what the program itself notes.
   "settings.get": [Nothing, Settings & Record<string, string>];
-  "settings.set": [Partial<Record<keyof Settings, string | number | string[]>>, Ok];
+  "settings.describe": [Nothing, SettingRow[]];
+  "settings.set": [
+    Partial<Record<keyof Settings, string | number | string[]>>,
+    // What is read instead of what was stored, where that is not the same.
+    Ok & { read_as?: Record<string, string | number | boolean | string[]> },
+  ];
   "tracker.pause": [Nothing, Ok];
   "tracker.resume": [Nothing, Ok];
   "tracker.project": [{ project_id: number | null }, Ok];

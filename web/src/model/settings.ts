@@ -1,25 +1,13 @@
-// The limits within which the page accepts a setting; the program takes any text.
+import type { SettingRow } from "../bridge/routes";
 
-export type NumberSetting = "idle_threshold" | "min_span_seconds" | "min_block_seconds" | "retention_days";
-
-interface Limits {
-  min: number;
-  max: number;
-}
-
-export const limits: Record<NumberSetting, Limits> = {
-  idle_threshold: { min: 30, max: 7200 },
-  min_span_seconds: { min: 2, max: 600 },
-  min_block_seconds: { min: 0, max: 3600 },
-  retention_days: { min: 0, max: 36500 },
-};
+type Limits = Pick<SettingRow, "smallest" | "largest">;
 
 /** What is wrong with the text as a value of the setting, in French; empty when nothing is. */
-export function numberError({ min, max }: Limits, text: string): string {
+export function numberError({ smallest, largest }: Limits, text: string): string {
   if (!/^\d{1,6}$/.test(text.trim())) return "Un nombre entier est attendu.";
   const value = Number(text);
-  if (value < min) return `${min} au moins.`;
-  if (value > max) return `${max} au plus.`;
+  if (smallest !== null && value < smallest) return `${smallest} au moins.`;
+  if (largest !== null && value > largest) return `${largest} au plus.`;
   return "";
 }
 

@@ -1,8 +1,8 @@
 import type { ComponentChildren } from "preact";
 import { useEffect, useId, useState } from "preact/hooks";
-import type { Settings } from "../../bridge/routes";
+import type { SettingRow, Settings } from "../../bridge/routes";
 import { useClient } from "../../client";
-import { limits, numberError, type NumberSetting } from "../../model/settings";
+import { numberError } from "../../model/settings";
 import { Icon } from "../../ui/icons";
 import { useTask } from "../../ui/task";
 
@@ -50,13 +50,14 @@ export function Row({ label, help, htmlFor, wide, error, children }: RowProps) {
   );
 }
 
-/** What shows some of the settings. */
+/** What shows some of the settings, and what the program says of each. */
 export interface SettingsProps {
   settings: Settings;
+  rows: readonly SettingRow[];
 }
 
 interface NumberFieldProps extends SettingsProps {
-  setting: NumberSetting;
+  setting: keyof Settings;
   label: string;
   help: ComponentChildren;
   unit: string;
@@ -65,33 +66,37 @@ interface NumberFieldProps extends SettingsProps {
 }
 
 /** Takes effect when the field is left or on Enter; Escape gives the old value back. */
-export function NumberField({ setting, label, help, unit, settings, allow }: NumberFieldProps) {
+export function NumberField({ setting, label, help, unit, settings, rows, allow }: NumberFieldProps) {
   const client = useClient();
   const id = useId();
   const value = settings[setting];
+  const row = rows.find(({ key }) => key === setting);
   const [text, setText] = useState(value);
   const [saved, setSaved] = useState(false);
+  const [hint, setHint] = useState("");
   const { busy, error, setError, run } = useTask();
   useEffect(() => setText(value), [value]);
   const change = (next: string) => {
     setText(next);
     setError("");
     setSaved(false);
+    setHint("");
   };
 
   const commit = () => {
     // A question asked on Enter takes the focus away, which is no second answer.
     if (busy || text.trim() === value) return;
-    const wrong = numberError(limits[setting], text);
+    const wrong = row ? numberError(row, text) : "";
     if (wrong) return setError(wrong);
     run(async () => {
       if (allow && !(await allow(Number(text)))) return setText(value);
-      await client.call("settings.set", { [setting]: Number(text) });
+      const { read_as = {} } = await client.call("settings.set", { [setting]: Number(text) });
       setSaved(true);
+      if (setting in read_as) setHint(`Sera lu comme ${read_as[setting]} ${unit}.`);
     });
   };
   return (
-    <Row label={label} help={help} htmlFor={id} error={error}>
+    <Row label={label} help={help} htmlFor={id} error={error || hint}>
       <span class="with-unit">
         <span class="saved" role="status">
           {saved && (
@@ -105,6 +110,7 @@ export function NumberField({ setting, label, help, unit, settings, allow }: Num
           id={id}
           class="input number"
           inputMode="numeric"
+          placeholder={row?.default}
           value={text}
           aria-invalid={error !== ""}
           aria-describedby={`${id}-help ${id}-error`}

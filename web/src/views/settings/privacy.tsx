@@ -13,7 +13,8 @@ const modes = [
 ] as const;
 
 /** What is recorded of windows and sites, and for how long. */
-export function PrivacyRows({ settings }: SettingsProps) {
+export function PrivacyRows(props: SettingsProps) {
+  const { settings } = props;
   const client = useClient();
   const send = useSend();
   return (
@@ -38,17 +39,17 @@ export function PrivacyRows({ settings }: SettingsProps) {
         domains={readList(settings.excluded_domains)}
         onSave={async (domains) => void (await client.call("settings.set", { excluded_domains: domains }))}
       />
-      <RetentionField settings={settings} />
+      <RetentionField {...props} />
     </>
   );
 }
 
 // Erases at once and for good, so it asks first whenever it would erase more than before.
-function RetentionField({ settings }: SettingsProps) {
+function RetentionField(props: SettingsProps) {
   const [asked, setAsked] = useState<number | null>(null);
   const answer = useRef((_: boolean) => {});
   const allow = async (days: number) => {
-    const before = Number(settings.retention_days) || 0;
+    const before = Number(props.settings.retention_days) || 0;
     if (days === 0 || (before > 0 && days >= before)) return true;
     setAsked(days);
     const yes = await new Promise<boolean>((resolve) => (answer.current = resolve));
@@ -67,7 +68,7 @@ function RetentionField({ settings }: SettingsProps) {
           </>
         }
         unit="jours"
-        settings={settings}
+        {...props}
         allow={allow}
       />
       {asked !== null && (

@@ -13,6 +13,7 @@ import { TrackingRows } from "./tracking";
 
 export function SettingsView({ status, today, onWelcome }: ViewProps) {
   const { answer: settings, error, reload } = useAnswer("settings.get", {});
+  const { answer: rows } = useAnswer("settings.describe", {});
   return (
     <div class="view settings">
       <div class="view-head">
@@ -20,13 +21,13 @@ export function SettingsView({ status, today, onWelcome }: ViewProps) {
         <p class="quiet">Chaque changement vaut aussitôt.</p>
       </div>
       {error && <Failure text={error} retry={reload} />}
-      {settings && (
+      {settings && rows && (
         <>
           <Section title="Suivi">
-            <TrackingRows settings={settings} />
+            <TrackingRows {...{ settings, rows }} />
           </Section>
           <Section title="Vie privée">
-            <PrivacyRows settings={settings} />
+            <PrivacyRows {...{ settings, rows }} />
           </Section>
         </>
       )}

@@ -3,7 +3,7 @@ import { useAttempt, useNotice } from "../../ui/toast";
 import { NumberField, type SettingsProps, Switch } from "./fields";
 
 /** What counts as an activity, and when Orvanta starts. */
-export function TrackingRows({ settings }: SettingsProps) {
+export function TrackingRows(props: SettingsProps) {
   return (
     <>
       <NumberField
@@ -11,21 +11,21 @@ export function TrackingRows({ settings }: SettingsProps) {
         label="Seuil d’inactivité"
         help="Sans clavier ni souris pendant ce temps, vous êtes absent depuis le dernier geste. Une vidéo ou un appel compte comme présence."
         unit="secondes"
-        settings={settings}
+        {...props}
       />
       <NumberField
         setting="min_span_seconds"
         label="Activité la plus courte"
         help="Un passage plus bref reste compté dans l’activité d’avant."
         unit="secondes"
-        settings={settings}
+        {...props}
       />
       <NumberField
         setting="min_block_seconds"
         label="Bloc le plus court"
         help="La liste du jour tait les blocs plus brefs ; ils comptent dans les totaux."
         unit="secondes"
-        settings={settings}
+        {...props}
       />
       <LaunchSwitch />
     </>
