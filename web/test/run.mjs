@@ -1,5 +1,5 @@
-// The page's tests: "types" (the compiler), "units" (pure functions), "page" and "store" (in a real
-// browser); all of them without arguments.
+// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page" and
+// "store" (in a real browser); all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -35,7 +35,7 @@ async function units() {
 }
 
 const suites = {
-  types: () => run("node_modules/typescript/bin/tsc", "--noEmit"),
+  types: () => run("node_modules/typescript/bin/tsc", "--noEmit") && run("lint.mjs"),
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
   store: () => run("--test", join(here, "store.test.mjs")),
