@@ -91,22 +91,11 @@ Desktop blindDesktop() {
   return desktop;
 }
 
-Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type) {
-  try {
-    auto bus = Gio::DBus::Connection::get_sync(type);
-    bus->set_exit_on_close(false);
-    return bus;
-  } catch (const Glib::Error&) {
-    return {};
-  }
-}
-
 ProbeSources Desktop::sources() const {
   return {foreground->source(), idle->source(), inhibition->source(), session->source()};
 }
 
-Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
-                       const Glib::RefPtr<Gio::DBus::Connection>& session, const Log& log) {
+Desktop observeDesktop(const dbus::Bus& system, const dbus::Bus& session, const Log& log) {
   Sources sources;
   sources.idle.push_back(std::make_unique<dbus::MutterIdle>(session));
   sources.inhibition.push_back(std::make_unique<dbus::Inhibitors>(system, session));

@@ -1,13 +1,12 @@
 // The one place that chooses how this session is observed.
 #pragma once
 
-#include <giomm/dbusconnection.h>
-
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "base/log.h"
+#include "dbus/bus.h"
 #include "platform/probes.h"
 #include "platform/session_events.h"
 
@@ -44,13 +43,8 @@ struct Desktop {
 /// Probes that see nothing, for when nothing is recorded.
 Desktop blindDesktop();
 
-/// A message bus of the machine or of the session; null when there is none. Losing it does not end
-/// the program.
-Glib::RefPtr<Gio::DBus::Connection> connectBus(Gio::DBus::BusType type);
-
 /// By what the session offers. Where nothing can tell what is in front, that is logged and the
 /// probes give neutral answers. On the main thread, whose loop keeps the probes up to date.
-Desktop observeDesktop(const Glib::RefPtr<Gio::DBus::Connection>& system,
-                       const Glib::RefPtr<Gio::DBus::Connection>& session, const Log& log);
+Desktop observeDesktop(const dbus::Bus& system, const dbus::Bus& session, const Log& log);
 
 }  // namespace orvanta

@@ -39,19 +39,16 @@ void openFile(const std::filesystem::path& file, const Log& log) {
   launch(Gio::File::create_for_path(file.string())->get_uri(), log);
 }
 
-void revealFile(const Glib::RefPtr<Gio::DBus::Connection>& session,
-                const std::filesystem::path& file, const Log& log) {
+void revealFile(const dbus::Bus& session, const std::filesystem::path& file, const Log& log) {
   const auto folder = Gio::File::create_for_path(file.parent_path().string())->get_uri();
   if (!session) {
     launch(folder, log);
     return;
   }
   const std::vector<Glib::ustring> files{Gio::File::create_for_path(file.string())->get_uri()};
-  const auto arguments = Glib::VariantContainerBase::create_tuple(
-      {Glib::Variant<std::vector<Glib::ustring>>::create(files),
-       Glib::Variant<Glib::ustring>::create("")});
   session->call(
-      "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1", "ShowItems", arguments,
+      "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1", "ShowItems",
+      dbus::arguments(files, ""),
       [session, folder, log](Glib::RefPtr<Gio::AsyncResult>& result) {
         try {
           session->call_finish(result);

@@ -1,12 +1,11 @@
 // What the desktop does for the program at the user's wish.
 #pragma once
 
-#include <giomm/dbusconnection.h>
-
 #include <filesystem>
 #include <string>
 
 #include "base/log.h"
+#include "dbus/bus.h"
 
 namespace orvanta {
 
@@ -23,7 +22,6 @@ void openFile(const std::filesystem::path& file, const Log& log);
 
 /// Shows the file in the file manager (org.freedesktop.FileManager1), or where none answers on
 /// `session` opens its folder. Main thread; returns at once.
-void revealFile(const Glib::RefPtr<Gio::DBus::Connection>& session,
-                const std::filesystem::path& file, const Log& log);
+void revealFile(const dbus::Bus& session, const std::filesystem::path& file, const Log& log);
 
 }  // namespace orvanta

@@ -1,16 +1,13 @@
 // The program's icon in the desktop's tray.
 #pragma once
 
-#include <giomm/cancellable.h>
-#include <giomm/dbusconnection.h>
-#include <giomm/dbusinterfacevtable.h>
-#include <glibmm/variant.h>
-
 #include <functional>
 #include <string>
 #include <utility>
 
 #include "base/main_thread.h"
+#include "dbus/exported_object.h"
+#include "dbus/service.h"
 
 namespace orvanta::tray {
 
@@ -40,11 +37,8 @@ class StatusNotifierItem {
   };
 
   /// On the session bus. `activated` is called for a click that is not for the menu.
-  StatusNotifierItem(Glib::RefPtr<Gio::DBus::Connection> session, Identity identity,
-                     Appearance appearance, std::function<void()> activated);
-  ~StatusNotifierItem();
-  StatusNotifierItem(const StatusNotifierItem&) = delete;
-  StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
+  StatusNotifierItem(const dbus::Bus& session, Identity identity, Appearance appearance,
+                     std::function<void()> activated);
 
   /// Tells the panel what has changed; nothing when nothing has.
   void show(const Appearance& appearance);
@@ -59,33 +53,22 @@ class StatusNotifierItem {
   void onShownChanged(std::function<void()> changed) { shownChanged_ = std::move(changed); }
 
  private:
-  using Reply = Glib::VariantContainerBase;
-
-  void exportObject();
-  void called(const Glib::ustring& method, const Reply& arguments);
-  void property(Glib::VariantBase& value, const Glib::ustring& name) const;
-  void emit(const char* signal, const Reply& arguments = {});
+  void called(const std::string& method, const dbus::Reply& arguments);
+  Glib::VariantBase property(const std::string& name) const;
+  void emit(const char* signal, const dbus::Reply& arguments = {});
   void registerItem();
   void askForHost();
-  void watcherVanished();
   void setShown(bool registered, bool hosted);
-  void call(const char* interface, const char* method, const Reply& arguments,
-            const std::function<void(const Reply*)>& then);
 
-  Glib::RefPtr<Gio::DBus::Connection> session_;
   const Identity identity_;
   Appearance appearance_;
   std::string activationToken_;
   std::function<void()> activated_;
   std::function<void()> shownChanged_;
-  Gio::DBus::InterfaceVTable vtable_;
-  unsigned objectId_ = 0;
-  unsigned watchId_ = 0;
-  unsigned hostSubscription_ = 0;
+  dbus::ExportedObject object_;
+  dbus::Service watcher_;
   bool registered_ = false;
   bool hosted_ = false;
-  std::string watcher_;  // unique name of the one that is there
-  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();  // of questions to it
   MainThread mainThread_;
 };
 

@@ -1,7 +1,7 @@
 // The desktop's switch for accessibility (org.a11y.Status of at-spi2-core).
 #pragma once
 
-#include <giomm/dbusconnection.h>
+#include "dbus/bus.h"
 
 namespace orvanta::dbus {
 
@@ -9,6 +9,6 @@ namespace orvanta::dbus {
 /// ones: applications that notice then tell screen readers, and `orvanta-tab`, what they show.
 /// Browsers of Chromium's kin notice only when they start. It slows every application a little, so
 /// only the user may ask for it. Blocks for a second at most. Whether it is on afterwards.
-bool switchAccessibilityOn(const Glib::RefPtr<Gio::DBus::Connection>& session);
+bool switchAccessibilityOn(const Bus& session);
 
 }  // namespace orvanta::dbus

@@ -1,6 +1,5 @@
 #include "platform/dbus/at_spi.h"
 
-#include <giomm/asyncresult.h>
 #include <glibmm/main.h>
 
 #include <tuple>
@@ -14,21 +13,14 @@ namespace orvanta::dbus {
 namespace {
 
 constexpr auto kAccessible = "org.a11y.atspi.Accessible";
-constexpr auto kProperties = "org.freedesktop.DBus.Properties";
 constexpr auto kRegistry = "org.a11y.atspi.Registry";
 constexpr auto kRoot = "/org/a11y/atspi/accessible/root";
 constexpr auto kWindowEvents = "org.a11y.atspi.Event.Window";
 constexpr unsigned kLookSeconds = 2;
-constexpr int kPatienceMilliseconds = 2000;
+constexpr std::chrono::seconds kPatience{2};
 constexpr guint32 kActive = 1U << 1U;  // ATSPI_STATE_ACTIVE
 
 using Reference = std::tuple<Glib::ustring, Glib::DBusObjectPathString>;
-
-std::string textIn(const Reply& reply) {
-  const auto value = argument<Glib::VariantBase>(reply);
-  return validUtf8(
-      Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(value).get().raw());
-}
 
 }  // namespace
 
@@ -56,126 +48,104 @@ AtSpi::~AtSpi() {
 // Titles are read again at each look: their changes are not told without telling every change of
 // every label of every application.
 bool AtSpi::look() {
-  const bool closed = bus_ && bus_->is_closed();
+  const bool closed = talk_ && talk_->bus()->is_closed();
   if (closed || !launcher_.present() || !needed_()) {
     disconnect();
-  } else if (bus_) {
+  } else if (talk_) {
     readTitle();
-  } else if (!std::exchange(connecting_, true)) {
+  } else if (!std::exchange(asked_, true)) {
     launcher_.call(
         "/org/a11y/bus", "org.a11y.Bus", "GetAddress", {},
-        [this](const Reply& reply) { connect(argument<Glib::ustring>(reply)); },
-        [this] { connecting_ = false; });
+        [this](const Reply& reply) { connect(argument<std::string>(reply)); },
+        [this] { asked_ = false; });
   }
   return true;
 }
 
 void AtSpi::connect(const std::string& address) {
-  if (!connecting_) return;  // not wanted any more
-  if (cancel_) cancel_->cancel();
-  cancel_ = Gio::Cancellable::create();
-  Gio::DBus::Connection::create_for_address(
-      address,
-      [this, cancel = cancel_](const Glib::RefPtr<Gio::AsyncResult>& result) {
-        Bus bus;
-        try {
-          bus = Gio::DBus::Connection::create_for_address_finish(result);
-        } catch (const Glib::Error&) {
-          // Tried again at a later look.
-        }
-        if (cancel->is_cancelled()) return;
-        connecting_ = false;
-        bus_ = bus;
-        if (!bus_) return;
-        bus_->set_exit_on_close(false);
-        for (const bool active : {true, false}) {
-          subscriptions_.push_back(bus_->signal_subscribe(
-              [this, active](const auto&, const Glib::ustring& sender, const Glib::ustring& path,
-                             const auto&, const auto&, const auto&) {
-                active ? activated({sender, path}) : deactivated({sender, path});
-              },
-              {}, kWindowEvents, active ? "Activate" : "Deactivate"));
-          ask(kRegistry, "/org/a11y/atspi/registry", kRegistry, "RegisterEvent",
-              arguments(Glib::ustring(active ? "window:activate" : "window:deactivate")), {});
-        }
-        setReadable(true);
-        findActive();
-      },
-      cancel_,
-      Gio::DBus::ConnectionFlags::AUTHENTICATION_CLIENT |
-          Gio::DBus::ConnectionFlags::MESSAGE_BUS_CONNECTION);
+  if (!asked_) return;  // not wanted any more
+  connecting_ = std::make_unique<Connecting>(address, [this](const Bus& bus) {
+    asked_ = false;
+    if (bus) connected(bus);  // otherwise tried again at a later look
+  });
+}
+
+void AtSpi::connected(const Bus& bus) {
+  talk_ = std::make_unique<Conversation>(bus, Conversation::Start::Yes, kPatience);
+  const Place anybody{.interface = kWindowEvents};
+  talk_->onSignal(anybody, "Activate", [this](const Signal& of) {
+    activated({of.sender, of.path});
+  });
+  talk_->onSignal(anybody, "Deactivate", [this](const Signal& of) {
+    deactivated({of.sender, of.path});
+  });
+  for (const auto* event : {"window:activate", "window:deactivate"}) {
+    talk_->call({kRegistry, "/org/a11y/atspi/registry", kRegistry}, "RegisterEvent",
+                arguments(event));
+  }
+  setReadable(true);
+  findActive();
 }
 
 void AtSpi::disconnect() {
-  connecting_ = false;
-  if (cancel_) cancel_->cancel();
-  for (const auto subscription : subscriptions_) bus_->signal_unsubscribe(subscription);
-  subscriptions_.clear();
-  bus_.reset();
+  asked_ = false;
+  connecting_.reset();
+  talk_.reset();
   active_ = {};
   setReadable(false);
 }
 
-void AtSpi::ask(const std::string& name, const std::string& path, const char* interface,
-                const char* method, const Reply& arguments, Then then) {
-  bus_->call(
-      path, interface, method, arguments,
-      [bus = bus_, cancel = cancel_,
-       then = std::move(then)](const Glib::RefPtr<Gio::AsyncResult>& result) {
-        try {
-          const auto reply = bus->call_finish(result);
-          if (then && !cancel->is_cancelled()) then(reply);
-        } catch (const std::exception&) {
-          // An application that has gone or hangs is not in front as far as we can know.
-        }
-      },
-      cancel_, name, kPatienceMilliseconds);
+// An application that has gone or hangs is not in front as far as we can know.
+void AtSpi::children(const std::string& name, const std::string& path,
+                     std::function<void(const Frame&)> then) {
+  talk_->call({name, path, kAccessible}, "GetChildren", {},
+              [then = std::move(then)](const Reply& reply) {
+                for (const auto& [application, child] : argument<std::vector<Reference>>(reply)) {
+                  then({application, child});
+                }
+              });
 }
 
 // Which window is active already, before the first switch.
 void AtSpi::findActive() {
-  const auto eachChild = [this](const std::string& name, const std::string& path,
-                                const std::function<void(const Frame&)>& then) {
-    ask(name, path, kAccessible, "GetChildren", {}, [then](const Reply& reply) {
-      for (const auto& [application, child] : argument<std::vector<Reference>>(reply)) {
-        then({application, child});
-      }
-    });
-  };
-  eachChild(kRegistry, kRoot, [this, eachChild](const Frame& application) {
-    eachChild(application.application, application.path, [this](const Frame& frame) {
-      ask(frame.application, frame.path, kAccessible, "GetState", {},
-          [this, frame](const Reply& reply) {
-            const auto states = argument<std::vector<guint32>>(reply);
-            const bool active = !states.empty() && (states.front() & kActive) != 0;
-            if (active && active_ == Frame{}) activated(frame);
-          });
+  children(kRegistry, kRoot, [this](const Frame& application) {
+    children(application.application, application.path, [this](const Frame& frame) {
+      talk_->call({frame.application, frame.path, kAccessible}, "GetState", {},
+                  [this, frame](const Reply& reply) {
+                    const auto states = argument<std::vector<guint32>>(reply);
+                    const bool active = !states.empty() && (states.front() & kActive) != 0;
+                    if (active && active_ == Frame{}) activated(frame);
+                  });
     });
   });
+}
+
+// Of an object of the active application, while that is active.
+void AtSpi::readName(const std::string& path, std::function<void(const std::string&)> then) {
+  talk_->read<std::string>(
+      {active_.application, path, kAccessible}, "Name",
+      [this, frame = active_, then = std::move(then)](const std::string& name) {
+        if (active_ == frame) then(validUtf8(name));
+      });
 }
 
 void AtSpi::activated(const Frame& frame) {
   active_ = frame;
   claims_ = {};
-  ask("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      "GetConnectionUnixProcessID", arguments(Glib::ustring(frame.application)),
-      [this, frame](const Reply& reply) {
-        if (active_ != frame) return;
-        const auto pid = argument<guint32>(reply);
-        claims_.pid = static_cast<int32_t>(pid);
-        claims_.names.push_back(validUtf8(commandNameOf(claims_.pid)));
-        show();
-      });
-  ask(frame.application, kRoot, kProperties, "Get",
-      arguments(Glib::ustring(kAccessible), Glib::ustring("Name")),
-      [this, frame](const Reply& reply) {
-        if (active_ != frame) return;
-        const auto name = textIn(reply);
-        if (name.empty()) return;
-        claims_.names.insert(claims_.names.begin(), name);
-        claims_.fallbackName = name;
-        show();
-      });
+  talk_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"},
+              "GetConnectionUnixProcessID", arguments(frame.application),
+              [this, frame](const Reply& reply) {
+                if (active_ != frame) return;
+                claims_.pid = static_cast<int32_t>(argument<guint32>(reply));
+                claims_.names.push_back(validUtf8(commandNameOf(claims_.pid)));
+                show();
+              });
+  readName(kRoot, [this](const std::string& name) {
+    if (name.empty()) return;
+    claims_.names.insert(claims_.names.begin(), name);
+    claims_.fallbackName = name;
+    show();
+  });
   readTitle();
 }
 
@@ -187,14 +157,10 @@ void AtSpi::deactivated(const Frame& frame) {
 
 void AtSpi::readTitle() {
   if (active_ == Frame{}) return;
-  ask(active_.application, active_.path, kProperties, "Get",
-      arguments(Glib::ustring(kAccessible), Glib::ustring("Name")),
-      [this, frame = active_](const Reply& reply) {
-        if (active_ != frame) return;
-        const auto title = textIn(reply);
-        claims_.title = title.empty() ? std::nullopt : std::optional(title);
-        show();
-      });
+  readName(active_.path, [this](const std::string& title) {
+    claims_.title = title.empty() ? std::nullopt : std::optional(title);
+    show();
+  });
 }
 
 void AtSpi::show() {

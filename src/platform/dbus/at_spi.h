@@ -3,12 +3,11 @@
 
 #include <sigc++/connection.h>
 
-#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
-#include <vector>
 
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 #include "platform/published.h"
 
 namespace orvanta::dbus {
@@ -35,13 +34,14 @@ class AtSpi : public PublishedForeground {
     std::string path;
     friend bool operator==(const Frame&, const Frame&) = default;
   };
-  using Then = std::function<void(const Reply&)>;
 
   bool look();
   void connect(const std::string& address);
   void disconnect();
-  void ask(const std::string& name, const std::string& path, const char* interface,
-           const char* method, const Reply& arguments, Then then);
+  void connected(const Bus& bus);
+  void children(const std::string& name, const std::string& path,
+                std::function<void(const Frame&)> then);
+  void readName(const std::string& path, std::function<void(const std::string&)> then);
   void findActive();
   void activated(const Frame& frame);
   void deactivated(const Frame& frame);
@@ -51,11 +51,10 @@ class AtSpi : public PublishedForeground {
   const std::function<bool()> needed_;
   Service shell_;
   Service launcher_;
-  Bus bus_;  // the accessibility bus; null while not needed
-  Glib::RefPtr<Gio::Cancellable> cancel_;
-  std::vector<guint> subscriptions_;
+  std::unique_ptr<Connecting> connecting_;
+  std::unique_ptr<Conversation> talk_;  // on the accessibility bus; null while not needed
   sigc::connection timer_;
-  bool connecting_ = false;
+  bool asked_ = false;  // where that bus is
   Frame active_;
   WindowClaims claims_;
 };

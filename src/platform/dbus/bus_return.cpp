@@ -1,6 +1,5 @@
 #include "platform/dbus/bus_return.h"
 
-#include <giomm/asyncresult.h>
 #include <glib.h>
 
 #include <algorithm>
@@ -26,7 +25,7 @@ std::string addressOfSessionBus() {
 
 }  // namespace
 
-BusReturn::BusReturn(Glib::RefPtr<Gio::DBus::Connection> bus, std::function<void()> returned)
+BusReturn::BusReturn(Bus bus, std::function<void()> returned)
     : address_(addressOfSessionBus()),
       returned_(std::move(returned)),
       bus_(std::move(bus)),
@@ -44,7 +43,6 @@ BusReturn::BusReturn(Glib::RefPtr<Gio::DBus::Connection> bus, std::function<void
 
 BusReturn::~BusReturn() {
   closed_.disconnect();
-  cancel_->cancel();
 }
 
 void BusReturn::lookLater() {
@@ -53,27 +51,11 @@ void BusReturn::lookLater() {
 }
 
 void BusReturn::look() {
-  Gio::DBus::Connection::create_for_address(
-      address_,
-      [this, cancel = cancel_](const Glib::RefPtr<Gio::AsyncResult>& result) {
-        Glib::RefPtr<Gio::DBus::Connection> bus;
-        try {
-          bus = Gio::DBus::Connection::create_for_address_finish(result);
-          bus->set_exit_on_close(false);
-        } catch (const Glib::Error&) {
-          // Not there yet.
-        }
-        if (cancel->is_cancelled()) return;
-        bus ? found(bus) : lookLater();
-      },
-      cancel_,
-      Gio::DBus::ConnectionFlags::AUTHENTICATION_CLIENT |
-          Gio::DBus::ConnectionFlags::MESSAGE_BUS_CONNECTION);
-}
-
-void BusReturn::found(const Glib::RefPtr<Gio::DBus::Connection>& bus) {
-  bus_ = bus;
-  mainThread_.after(kMoment, [this] { bus_->is_closed() ? lookLater() : returned_(); });
+  connecting_ = std::make_unique<Connecting>(address_, [this](const Bus& bus) {
+    bus_ = bus;
+    if (!bus_) return lookLater();
+    mainThread_.after(kMoment, [this] { bus_->is_closed() ? lookLater() : returned_(); });
+  });
 }
 
 }  // namespace orvanta::dbus

@@ -1,15 +1,15 @@
 // Notices that the session bus is there again.
 #pragma once
 
-#include <giomm/cancellable.h>
-#include <giomm/dbusconnection.h>
 #include <sigc++/connection.h>
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "base/main_thread.h"
+#include "dbus/bus.h"
 
 namespace orvanta::dbus {
 
@@ -21,7 +21,7 @@ class BusReturn {
  public:
   /// `bus` may be null. `returned` is called once: when a bus answers that has been there for a
   /// moment. Without a socket as the address there is nothing to wait for.
-  BusReturn(Glib::RefPtr<Gio::DBus::Connection> bus, std::function<void()> returned);
+  BusReturn(Bus bus, std::function<void()> returned);
   ~BusReturn();
   BusReturn(const BusReturn&) = delete;
   BusReturn& operator=(const BusReturn&) = delete;
@@ -29,14 +29,13 @@ class BusReturn {
  private:
   void lookLater();
   void look();
-  void found(const Glib::RefPtr<Gio::DBus::Connection>& bus);
 
   const std::string address_;
   const std::function<void()> returned_;
-  Glib::RefPtr<Gio::DBus::Connection> bus_;  // the lost one, or the one that is tried
+  Bus bus_;  // the lost one, or the one that is tried
   sigc::connection closed_;
   std::chrono::milliseconds pause_;
-  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
+  std::unique_ptr<Connecting> connecting_;
   MainThread mainThread_;
 };
 

@@ -26,10 +26,10 @@ GnomeFocus::GnomeFocus(const Bus& session) : extension_(session, kName) {
 
 void GnomeFocus::focused(const Reply& window) {
   constexpr std::string_view kSuffix = ".desktop";
-  auto application = validUtf8(argument<Glib::ustring>(window, 0).raw());
+  auto application = validUtf8(argument<std::string>(window, 0));
   if (application.ends_with(kSuffix)) application.resize(application.size() - kSuffix.size());
-  const auto windowClass = validUtf8(argument<Glib::ustring>(window, 1).raw());
-  const auto title = validUtf8(argument<Glib::ustring>(window, 2).raw());
+  const auto windowClass = validUtf8(argument<std::string>(window, 1));
+  const auto title = validUtf8(argument<std::string>(window, 2));
   const auto pid = static_cast<int32_t>(argument<guint32>(window, 3));
   setReadable(true);
   publish(WindowClaims::told(application, windowClass, title, pid));

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 #include "platform/published.h"
 
 namespace orvanta::dbus {

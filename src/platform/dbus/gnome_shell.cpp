@@ -90,15 +90,10 @@ GnomeShell::GnomeShell(const Bus& session, Log log)
 }
 
 void GnomeShell::learn() {
-  shell_.call(
-      kShellPath, "org.freedesktop.DBus.Properties", "Get",
-      arguments(Glib::ustring(kShell), Glib::ustring("ShellVersion")), [this](const Reply& reply) {
-        const auto value = argument<Glib::VariantBase>(reply);
-        const auto text =
-            Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(value).get().raw();
-        std::from_chars(text.data(), text.data() + text.size(), version_);
-      });
-  shell_.call(kShellPath, kExtensions, "GetExtensionInfo", arguments(Glib::ustring(kId)),
+  shell_.read<std::string>(kShellPath, kShell, "ShellVersion", [this](const std::string& version) {
+    std::from_chars(version.data(), version.data() + version.size(), version_);
+  });
+  shell_.call(kShellPath, kExtensions, "GetExtensionInfo", arguments(kId),
               [this](const Reply& reply) {
                 using Info = std::map<Glib::ustring, Glib::VariantBase>;
                 listed_ = !argument<Info>(reply).empty();
@@ -130,7 +125,7 @@ std::string GnomeShell::installExtension() {
     return "L'extension GNOME d'Orvanta est installée : fermez votre session puis rouvrez-la une "
            "fois pour que les titres des fenêtres soient enregistrés.";
   }
-  shell_.call(kShellPath, kExtensions, "EnableExtension", arguments(Glib::ustring(kId)));
+  shell_.call(kShellPath, kExtensions, "EnableExtension", arguments(kId));
   return {};
 }
 

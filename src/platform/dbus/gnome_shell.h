@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/log.h"
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 
 namespace orvanta::dbus {
 

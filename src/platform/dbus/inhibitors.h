@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 #include "platform/probes.h"
 
 namespace orvanta::dbus {

@@ -1,7 +1,6 @@
 #include "platform/dbus/kwin_script.h"
 
 #include <giomm/dbuserror.h>
-#include <giomm/dbusintrospection.h>
 #include <glibmm/main.h>
 #include <glibmm/miscutils.h>
 
@@ -17,7 +16,8 @@ namespace orvanta::dbus {
 namespace {
 
 constexpr auto kPath = "/fr/quellvane/orvanta/Focus";
-constexpr auto kInterface = R"(<node><interface name="fr.quellvane.orvanta.Focus">
+constexpr auto kInterface = "fr.quellvane.orvanta.Focus";
+constexpr auto kDescription = R"(<node><interface name="fr.quellvane.orvanta.Focus">
   <method name="Report">
     <arg name="application" type="s" direction="in"/>
     <arg name="windowClass" type="s" direction="in"/>
@@ -35,12 +35,7 @@ KwinScript::KwinScript(const Bus& session, std::function<bool()> needed, Log log
     : bus_(session),
       needed_(std::move(needed)),
       log_(std::move(log)),
-      kwin_(session, "org.kde.KWin"),
-      methods_([this](const auto&, const Glib::ustring& sender, const auto&, const auto&,
-                      const auto&, const Reply& arguments,
-                      const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
-        called(sender, arguments, call);
-      }) {
+      kwin_(session, "org.kde.KWin") {
   kwin_.watch([this] { loadSoon(); },
               [this] {
                 delay_.disconnect();
@@ -50,11 +45,9 @@ KwinScript::KwinScript(const Bus& session, std::function<bool()> needed, Log log
 
 KwinScript::~KwinScript() {
   delay_.disconnect();
-  if (object_ == 0) return;
-  bus_->unregister_object(object_);
+  if (!object_) return;
   // Nobody waits for the answer, and the message must not end with us.
-  bus_->call("/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)), {},
-             kwin_.name());
+  bus_->call("/Scripting", kScripting, "unloadScript", arguments(kScriptName), {}, kwin_.name());
   try {
     bus_->flush_sync();
   } catch (const Glib::Error&) {  // the bus ends with the session
@@ -72,19 +65,16 @@ void KwinScript::loadSoon() {
       kDelayMilliseconds);
 }
 
-void KwinScript::exportObject() {
-  const auto description = Gio::DBus::NodeInfo::create_for_xml(kInterface);
-  object_ = bus_->register_object(kPath, description->lookup_interface(), methods_);
-}
-
-void KwinScript::called(const std::string& sender, const Reply& arguments,
-                        const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
+void KwinScript::called(const std::string& sender, const Reply& arguments) {
   if (sender != kwin_.owner()) {
-    call->return_error(Gio::DBus::Error(Gio::DBus::Error::ACCESS_DENIED, "Only KWin reports"));
-    return;
+    throw Gio::DBus::Error(Gio::DBus::Error::ACCESS_DENIED, "Only KWin reports");
   }
-  report(arguments);
-  call->return_value({});
+  const auto text = [&](std::size_t index) {
+    return validUtf8(argument<std::string>(arguments, index));
+  };
+  setReadable(true);
+  publish(WindowClaims::told(text(0), text(1), text(2),
+                             static_cast<int32_t>(parseNumber(text(3)).value_or(0))));
 }
 
 std::string KwinScript::writeScript() const {
@@ -98,17 +88,21 @@ std::string KwinScript::writeScript() const {
 
 void KwinScript::load() {
   try {
-    if (object_ == 0) exportObject();
+    if (!object_) {
+      object_.emplace(bus_, kPath, kInterface, kDescription,
+                      [this](const auto& sender, const auto& /*method*/, const auto& arguments) {
+                        called(sender, arguments);
+                      });
+    }
     const auto path = writeScript();
     // KWin refuses a name that it has already, such as that of a run which crashed.
     const auto reload = [this, path] {
       kwin_.call(
-          "/Scripting", kScripting, "loadScript",
-          arguments(Glib::ustring(path), Glib::ustring(kScriptName)),
+          "/Scripting", kScripting, "loadScript", arguments(path, kScriptName),
           [this](const Reply& /*number*/) { start(); }, [this] { loadSoon(); });
     };
     kwin_.call(
-        "/Scripting", kScripting, "unloadScript", arguments(Glib::ustring(kScriptName)),
+        "/Scripting", kScripting, "unloadScript", arguments(kScriptName),
         [reload](const Reply& /*reply*/) { reload(); }, reload);
   } catch (const std::exception& error) {
     log_(std::string("Orvanta: script KWin impossible (") + error.what() + ")");
@@ -119,15 +113,6 @@ void KwinScript::load() {
 // gives a number twice when another script was unloaded.
 void KwinScript::start() {
   kwin_.call("/Scripting", kScripting, "start", {});
-}
-
-void KwinScript::report(const Reply& arguments) {
-  const auto text = [&](std::size_t index) {
-    return validUtf8(argument<Glib::ustring>(arguments, index).raw());
-  };
-  setReadable(true);
-  publish(WindowClaims::told(text(0), text(1), text(2),
-                             static_cast<int32_t>(parseNumber(text(3)).value_or(0))));
 }
 
 }  // namespace orvanta::dbus

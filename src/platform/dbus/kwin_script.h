@@ -1,15 +1,15 @@
 // The active window of KDE, told by a script inside KWin.
 #pragma once
 
-#include <giomm/dbusinterfacevtable.h>
-#include <giomm/dbusmethodinvocation.h>
 #include <sigc++/connection.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "base/log.h"
-#include "platform/dbus/service.h"
+#include "dbus/exported_object.h"
+#include "dbus/service.h"
 #include "platform/published.h"
 
 namespace orvanta::dbus {
@@ -30,21 +30,17 @@ class KwinScript : public PublishedForeground {
 
  private:
   void loadSoon();
-  void exportObject();
-  void called(const std::string& sender, const Reply& arguments,
-              const Glib::RefPtr<Gio::DBus::MethodInvocation>& call);
+  void called(const std::string& sender, const Reply& arguments);
   void load();
   void start();
-  void report(const Reply& arguments);
   std::string writeScript() const;
 
   const Bus bus_;
   const std::function<bool()> needed_;
   const Log log_;
   Service kwin_;
-  const Gio::DBus::InterfaceVTable methods_;
   sigc::connection delay_;
-  guint object_ = 0;
+  std::optional<ExportedObject> object_;
 };
 
 }  // namespace orvanta::dbus

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 #include "platform/probes.h"
 
 namespace orvanta::dbus {

@@ -1,15 +1,10 @@
 // Lock, unlock, sleep, wake and the end of the session, as systemd-logind tells them.
 #pragma once
 
-#include <giomm/cancellable.h>
-#include <giomm/dbusconnection.h>
-
-#include <functional>
 #include <string>
-#include <vector>
 
 #include "base/main_thread.h"
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 #include "platform/probes.h"
 
 namespace orvanta::dbus {
@@ -22,25 +17,16 @@ namespace orvanta::dbus {
 class Logind {
  public:
   /// `system` may be null.
-  Logind(Glib::RefPtr<Gio::DBus::Connection> system, SessionListener listener);
-  ~Logind();
-  Logind(const Logind&) = delete;
-  Logind& operator=(const Logind&) = delete;
+  Logind(const Bus& system, SessionListener listener);
 
   /// Lets the machine sleep now: to be called when what willSleep() asked for is done.
-  void readyToSleep();
+  void readyToSleep() { delayLock_.reset(); }
 
   static Source source() { return {"logind", "systemd-logind"}; }
   /// Whether logind is there. Any thread.
   bool present() const { return service_.present(); }
 
  private:
-  void follow(const char* interface, const char* signal, const char* path,
-              std::function<void(const std::string& path, const Reply& arguments)> then,
-              const char* about = "");
-  void ask(const std::string& path, const char* interface, const char* method,
-           const Reply& arguments, const std::function<void(const Reply&)>& then,
-           const std::function<void()>& otherwise);
   void appeared();
   void vanished();
   void findSession();
@@ -53,17 +39,15 @@ class Logind {
   void wake();
   void holdDelayLock();
 
-  Glib::RefPtr<Gio::DBus::Connection> system_;
   Service service_;
+  Conversation logind_;
   SessionListener listener_;
-  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
-  std::vector<guint> subscriptions_;
   std::string session_;  // its object; empty until it is known
   bool locked_ = false;
   bool asleep_ = false;  // or about to be
   int sleeps_ = 0;       // counts them
   int silences_ = 0;     // questions of this sleep that were not answered
-  int delayLock_ = -1;   // file that logind watches; the lock lasts until it is closed
+  OwnedFd delayLock_;    // file that logind watches; the lock lasts until it is closed
   MainThread mainThread_;
 };
 

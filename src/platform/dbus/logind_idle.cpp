@@ -28,15 +28,12 @@ std::optional<double> LogindIdle::idleSeconds() {
 }
 
 void LogindIdle::read() {
-  logind_.call(
-      kPath, kProperties, "GetAll", arguments(Glib::ustring(kManager)), [this](const Reply& reply) {
-        const auto all = argument<std::map<Glib::ustring, Glib::VariantBase>>(reply);
-        const auto hint = Glib::VariantBase::cast_dynamic<Glib::Variant<bool>>(all.at("IdleHint"));
-        const auto since =
-            Glib::VariantBase::cast_dynamic<Glib::Variant<guint64>>(all.at("IdleSinceHint"));
-        idleSince_ = hint.get() ? static_cast<double>(since.get()) / kMicrosecondsPerSecond : 0;
-        known_ = true;
-      });
+  logind_.call(kPath, kProperties, "GetAll", arguments(kManager), [this](const Reply& reply) {
+    const auto all = argument<std::map<Glib::ustring, Glib::VariantBase>>(reply);
+    const auto since = static_cast<double>(fromValue<guint64>(all.at("IdleSinceHint")));
+    idleSince_ = fromValue<bool>(all.at("IdleHint")) ? since / kMicrosecondsPerSecond : 0;
+    known_ = true;
+  });
 }
 
 }  // namespace orvanta::dbus

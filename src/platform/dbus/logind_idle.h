@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/dbus/service.h"
+#include "dbus/service.h"
 #include "platform/probes.h"
 
 namespace orvanta::dbus {

@@ -1,13 +1,11 @@
 #include "platform/dbus/mutter_idle.h"
 
-#include <glibmm/main.h>
-
 namespace orvanta::dbus {
 namespace {
 
 constexpr auto kName = "org.gnome.Mutter.IdleMonitor";  // of the service and of its interface
 constexpr auto kPath = "/org/gnome/Mutter/IdleMonitor/Core";
-constexpr unsigned kRetrySeconds = 10;
+constexpr std::chrono::seconds kRetry{10};
 
 }  // namespace
 
@@ -22,10 +20,6 @@ MutterIdle::MutterIdle(const Bus& session) : mutter_(session, kName) {
                 });
 }
 
-MutterIdle::~MutterIdle() {
-  retry_.disconnect();
-}
-
 void MutterIdle::watchIdle() {
   mutter_.call(
       kPath, kName, "AddIdleWatch", arguments(guint64{kNoticedAfter.count()}),
@@ -34,12 +28,9 @@ void MutterIdle::watchIdle() {
         setAvailable(true);
       },
       [this] {
-        retry_ = Glib::signal_timeout().connect_seconds(
-            [this] {
-              if (mutter_.present() && !idleWatch_) watchIdle();
-              return false;
-            },
-            kRetrySeconds);
+        mainThread_.after(kRetry, [this] {
+          if (mutter_.present() && !idleWatch_) watchIdle();
+        });
       });
 }
 

@@ -1,13 +1,12 @@
 // Time since the last input of a GNOME session.
 #pragma once
 
-#include <sigc++/connection.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>
 
-#include "platform/dbus/service.h"
+#include "base/main_thread.h"
+#include "dbus/service.h"
 #include "platform/published.h"
 
 namespace orvanta::dbus {
@@ -18,9 +17,6 @@ class MutterIdle : public PublishedIdle {
  public:
   /// `session` may be null.
   explicit MutterIdle(const Bus& session);
-  ~MutterIdle() override;
-  MutterIdle(const MutterIdle&) = delete;
-  MutterIdle& operator=(const MutterIdle&) = delete;
 
   Source source() const override { return {"mutter-idle-monitor", "GNOME"}; }
 
@@ -30,9 +26,9 @@ class MutterIdle : public PublishedIdle {
   void fired(guint32 watch);
 
   Service mutter_;
-  sigc::connection retry_;
   std::optional<guint32> idleWatch_;
   std::optional<guint32> inputWatch_;  // fires once
+  MainThread mainThread_;
 };
 
 }  // namespace orvanta::dbus

@@ -1,12 +1,10 @@
 // The end of the session, as session managers announce it.
 #pragma once
 
-#include <giomm/cancellable.h>
-#include <giomm/dbusconnection.h>
-
 #include <functional>
 #include <string>
-#include <vector>
+
+#include "dbus/conversation.h"
 
 namespace orvanta::dbus {
 
@@ -17,29 +15,16 @@ class SessionClient {
  public:
   /// On the session bus, which may be null. `ending` is called when the session ends for good;
   /// once it has returned, the session manager is told that we are ready.
-  SessionClient(Glib::RefPtr<Gio::DBus::Connection> session, const std::string& applicationId,
-                std::function<void()> ending);
-  ~SessionClient();
-  SessionClient(const SessionClient&) = delete;
-  SessionClient& operator=(const SessionClient&) = delete;
+  SessionClient(const Bus& session, const std::string& applicationId, std::function<void()> ending);
 
  private:
-  struct Manager {
-    const char* service;
-    const char* path;
-    const char* interface;
-    const char* clientInterface;
-  };
+  void follow(const Place& manager, const char* clientInterface);
+  void registerWith(const Place& manager, const std::string& applicationId);
+  void answer(const Place& client);
 
-  void follow(const Manager& manager);
-  void registerWith(const Manager& manager, const std::string& applicationId);
-  void answer(const Manager& manager);
-
-  Glib::RefPtr<Gio::DBus::Connection> session_;
+  Conversation talk_;
   std::function<void()> ending_;
-  std::vector<unsigned> subscriptions_;
   std::string client_;  // the object that stands for us; empty until we are known
-  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
 };
 
 }  // namespace orvanta::dbus
