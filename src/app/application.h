@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/handover.h"
+#include "base/application_id.h"
 #include "base/main_thread.h"
 #include "storage/data_lock.h"
 
@@ -21,8 +22,6 @@ struct Services;
 namespace dbus {
 class BusReturn;
 }
-
-inline constexpr auto kApplicationId = "fr.quellvane.orvanta";
 
 /// The exit status by which an instance that records nothing leaves a `--call` to the caller.
 inline constexpr int kAnswerYourself = 75;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/application_id.h"
+
 namespace orvanta {
 namespace {
 
@@ -31,7 +33,7 @@ StatusMenu::StatusMenu(const Glib::RefPtr<Gio::DBus::Connection>& session,
     : actions_(std::move(actions)),
       server_(kMenuPath, menu_),
       item_(session,
-            {.id = "fr.quellvane.orvanta",
+            {.id = kApplicationId,
              .title = "Orvanta",
              .iconThemePath = std::move(iconThemePath),
              .menuPath = kMenuPath,

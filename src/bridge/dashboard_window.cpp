@@ -14,6 +14,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/gobject_ref.h"
 #include "base/text.h"
 #include "bridge/request.h"
 
@@ -25,14 +26,10 @@ namespace json = boost::json;
 constexpr unsigned kStartPatience = 20000;  // ms; a cold start on a slow disk
 constexpr unsigned kPatience = 3000;        // ms
 
-struct Unref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
-
 }  // namespace
 
 struct DashboardWindow::Process {
-  std::unique_ptr<GSubprocess, Unref> child;
+  Ref<GSubprocess> child;
   std::unique_ptr<LineChannel> channel;
   bool reacted = false;
 };
@@ -87,8 +84,7 @@ void DashboardWindow::start() {
   }
   // Takes the number 3 in the child.
   constexpr int kChildsEnd = 3;
-  const std::unique_ptr<GSubprocessLauncher, Unref> launcher(
-      g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
+  const Ref<GSubprocessLauncher> launcher(g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
   g_subprocess_launcher_take_fd(launcher.get(), ends[1], kChildsEnd);
   GError* raw = nullptr;
   auto process = std::make_unique<Process>();

@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/application_id.h"
 #include "base/line_channel.h"
 #include "base/log.h"
 #include "dashboard/color_scheme.h"
@@ -136,9 +137,9 @@ int main(int argc, char** argv) {
     systemLog("Orvanta: pas d'écran pour le tableau de bord");
     return 1;
   }
-  g_set_prgname("fr.quellvane.orvanta");  // what desktops match with the desktop file
+  g_set_prgname(kApplicationId);  // what desktops match with the desktop file
   const auto application =
-      Gtk::Application::create("fr.quellvane.orvanta", Gio::Application::Flags::NON_UNIQUE);
+      Gtk::Application::create(kApplicationId, Gio::Application::Flags::NON_UNIQUE);
   std::unique_ptr<Dashboard> dashboard;
   application->signal_startup().connect([&] {
     dashboard = std::make_unique<Dashboard>(*application.get(), socket);

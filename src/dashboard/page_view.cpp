@@ -8,6 +8,7 @@
 #include <memory>
 #include <string_view>
 
+#include "base/gobject_ref.h"
 #include "dashboard/page_files.h"
 #include "dashboard/window_size.h"
 
@@ -22,11 +23,6 @@ constexpr auto kPolicy =
     "font-src 'self'; connect-src 'none'; base-uri 'none'; form-action 'none'; "
     "frame-ancestors 'none'";
 
-struct Unref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
-template <class T>
-using Ref = std::unique_ptr<T, Unref>;
 using Chars = std::unique_ptr<char, decltype(&g_free)>;
 
 void serve(WebKitURISchemeRequest* request, gpointer /*data*/) {

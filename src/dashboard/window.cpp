@@ -8,6 +8,7 @@
 
 #include <utility>
 
+#include "base/application_id.h"
 #include "dashboard/window_size.h"
 
 namespace orvanta {
@@ -15,7 +16,7 @@ namespace orvanta {
 Window::Window(Listener listener)
     : listener_(std::move(listener)), page_(listener_.posted, listener_.failed) {
   set_title("Orvanta");
-  set_icon_name("fr.quellvane.orvanta");
+  set_icon_name(kApplicationId);
   const auto size = loadWindowSize();
   set_default_size(size.width, size.height);
   if (size.maximized) maximize();

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "base/application_id.h"
+
 namespace orvanta {
 
 /// The program's entry in the user's autostart folder (XDG Desktop Application Autostart
@@ -13,7 +15,7 @@ class LoginItem {
  public:
   /// `folder` is the autostart folder, `program` what is started.
   LoginItem(const std::filesystem::path& folder, std::filesystem::path program)
-      : file_(folder / "fr.quellvane.orvanta.desktop"), program_(std::move(program)) {}
+      : file_(folder / (std::string(kApplicationId) + ".desktop")), program_(std::move(program)) {}
 
   /// That of this user and of the running program.
   static LoginItem ofUser();

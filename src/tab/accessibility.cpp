@@ -19,12 +19,12 @@ constexpr uint32_t kStateShowing = 25;
 constexpr uint32_t kRelationEmbeds = 13;
 constexpr uint32_t kRoleDocumentWeb = 95;
 
-struct Unref {
+struct Free {
   void operator()(GVariant* value) const { g_variant_unref(value); }
   void operator()(GDBusConnection* bus) const { g_object_unref(bus); }
   void operator()(GVariantIter* iterator) const { g_variant_iter_free(iterator); }
 };
-using Variant = std::unique_ptr<GVariant, Unref>;
+using Variant = std::unique_ptr<GVariant, Free>;
 
 // An object of an application.
 struct Object {
@@ -56,7 +56,7 @@ class Bus {
   }
 
  private:
-  std::unique_ptr<GDBusConnection, Unref> bus_;
+  std::unique_ptr<GDBusConnection, Free> bus_;
 };
 
 // The bus that the accessible applications meet on; none when accessibility is off.
@@ -102,7 +102,7 @@ class Tree {
     if (!reply) return found;
     GVariantIter* raw = nullptr;
     g_variant_get(reply.get(), "(a(so))", &raw);
-    const std::unique_ptr<GVariantIter, Unref> iterator(raw);
+    const std::unique_ptr<GVariantIter, Free> iterator(raw);
     append(*iterator, found);
     return found;
   }
@@ -113,7 +113,7 @@ class Tree {
     if (!reply) return false;
     GVariantIter* raw = nullptr;
     g_variant_get(reply.get(), "(au)", &raw);
-    const std::unique_ptr<GVariantIter, Unref> iterator(raw);
+    const std::unique_ptr<GVariantIter, Free> iterator(raw);
     guint32 word = 0;
     for (uint32_t first = 0; g_variant_iter_next(iterator.get(), "u", &word) != FALSE;
          first += kBits) {
@@ -163,11 +163,11 @@ class Tree {
     if (!reply) return {};
     GVariantIter* raw = nullptr;
     g_variant_get(reply.get(), "(a(ua(so)))", &raw);
-    const std::unique_ptr<GVariantIter, Unref> relations(raw);
+    const std::unique_ptr<GVariantIter, Free> relations(raw);
     guint32 relation = 0;
     GVariantIter* rawTargets = nullptr;
     while (g_variant_iter_next(relations.get(), "(ua(so))", &relation, &rawTargets) != FALSE) {
-      const std::unique_ptr<GVariantIter, Unref> targets(rawTargets);
+      const std::unique_ptr<GVariantIter, Free> targets(rawTargets);
       std::vector<Object> found;
       append(*targets, found);
       if (relation == kRelationEmbeds && !found.empty()) return found.front();

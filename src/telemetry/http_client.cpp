@@ -4,16 +4,12 @@
 
 #include <utility>
 
+#include "base/gobject_ref.h"
+
 namespace orvanta {
 namespace {
 
 constexpr gsize kMostBytes = 1 << 20;  // our own feed is some hundred
-
-struct Unref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
-template <class T>
-using Ref = std::unique_ptr<T, Unref>;
 
 struct Request {
   Ref<SoupSession> session;

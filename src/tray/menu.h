@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "base/gobject_ref.h"
+
 namespace orvanta::tray {
 
 /// One line of a menu, or a submenu, or the menu itself. Setting what is already so sends nothing;
@@ -42,12 +44,9 @@ class MenuItem {
   DbusmenuMenuitem* get() const { return item_.get(); }
 
  private:
-  struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-  };
   static void activated(DbusmenuMenuitem* item, guint timestamp, gpointer self);
 
-  std::unique_ptr<DbusmenuMenuitem, Unref> item_;
+  Ref<DbusmenuMenuitem> item_;
   gulong handler_ = 0;
   std::function<void()> action_;
 };
@@ -59,10 +58,7 @@ class MenuServer {
   MenuServer(const char* path, const MenuItem& menu);
 
  private:
-  struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-  };
-  std::unique_ptr<DbusmenuServer, Unref> server_;
+  Ref<DbusmenuServer> server_;
 };
 
 }  // namespace orvanta::tray
