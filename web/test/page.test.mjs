@@ -320,7 +320,7 @@ test("hostile text is shown as text, on every view", async () => {
     const found = await page.evaluate(() => ({
       hit: window.hit,
       made: document.querySelectorAll("#page script, #page img, #page b[onclick]").length,
-      wide: [...document.querySelectorAll(".main, .top, .side, .preview, .assign")].some(
+      wide: [...document.querySelectorAll(".main, .top, .side, .preview, .assign, dialog")].some(
         (part) => part.scrollWidth > part.clientWidth || part.getBoundingClientRect().right > innerWidth,
       ),
     }));

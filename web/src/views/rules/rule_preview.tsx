@@ -146,7 +146,7 @@ function Example({ example, field }: ExampleProps) {
       </div>
     );
   return (
-    <details class="preview-example">
+    <details>
       <summary>
         <Icon name="right" />
         <Share {...example} />
