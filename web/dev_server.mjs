@@ -50,12 +50,10 @@ export class Program {
   /** `now`, where given, is when it believes to be started; `blind` lets it find no desktop. */
   static async start(folder, { now, blind = false, make = [] } = {}) {
     const program = new Program();
-    program.data = join(folder, "data");
+    program.data = join(folder, ".local/share");
     program.prefix = now ? ["faketime", "-m", "--exclude-monotonic", now] : [];
     program.env = { PATH: process.env.PATH, LANG: "C.UTF-8", TZ: process.env.TZ, HOME: folder };
     if (!blind) program.env.DISPLAY = await screen();
-    for (const name of ["DATA", "CONFIG", "STATE", "CACHE"])
-      program.env[`XDG_${name}_HOME`] = join(folder, name.toLowerCase());
     for (const name of ["SESSION", "SYSTEM"]) program.env[`DBUS_${name}_BUS_ADDRESS`] = "disabled:";
     mkdirSync(program.data, { recursive: true });
     const [command, ...words] = [...program.prefix, maker, program.data, ...make];

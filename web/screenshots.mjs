@@ -38,7 +38,8 @@ const views = {
   },
   reglages: { key: "g" },
   raccourcis: { key: "j", act: (page) => page.keyboard.press("?") },
-  accueil: { make: ["--kind", "new"] },
+  // It shows where the store is.
+  accueil: { make: ["--kind", "new"], home: join(tmpdir(), "camille") },
 };
 const sizes = { petit: { width: 860, height: 560 }, grand: { width: 1180, height: 780 } };
 // Of what is done in a view one picture is enough.
@@ -59,9 +60,10 @@ for (const [theme, colorScheme] of [
   ["sombre", "dark"],
 ]) {
   for (const [size, viewport] of Object.entries(sizes)) {
-    for (const [name, { key, make, act }] of Object.entries(views)) {
+    for (const [name, { key, make, home, act }] of Object.entries(views)) {
       if (!values.all && !kept(name, theme, size)) continue;
-      const page = await stage.open({ colorScheme, viewport, make });
+      if (home) await rm(home, { recursive: true, force: true });
+      const page = await stage.open({ colorScheme, viewport, make, home });
       if (key) await page.keyboard.press(key);
       await page.waitForTimeout(250);
       await act?.(page);

@@ -13,7 +13,7 @@ namespace {
 constexpr double kMinute = 60;
 constexpr double kHour = 3600;
 constexpr int kDayElsewhere = 8;
-constexpr int kOddDay = 10;
+constexpr int kOddDay = 30;
 constexpr int kCorrectedBefore = 3;
 constexpr int kStudies = 4;  // the project
 

@@ -10,12 +10,12 @@
 namespace orvanta {
 
 /// The same days give the same life. Weekdays are work with pauses, a lunch and some evenings,
-/// weekends mostly free; the eighth day from the end is spent elsewhere, and what was corrected by
-/// hand is older than three days.
+/// weekends mostly free; the eighth day before the last is spent elsewhere, and what was corrected
+/// by hand is older than three days.
 class Person {
  public:
   /// `oddities`: every text that comes from the outside may be an unusual one, not only those of
-  /// the tenth day from the end.
+  /// the thirtieth day before the last.
   explicit Person(bool oddities) : oddities_(oddities) {}
 
   /// Lives the day `ago` days before the last one.

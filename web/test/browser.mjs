@@ -39,7 +39,9 @@ export async function complaints(page) {
 function smallDisk(folder, size) {
   mkdirSync(folder, { recursive: true });
   try {
-    execFileSync("mount", ["-t", "tmpfs", "-o", `size=${size},mode=700`, "tmpfs", folder], { stdio: "ignore" });
+    execFileSync("mount", ["-t", "tmpfs", "-o", `size=${size},mode=700`, "tmpfs", folder], {
+      stdio: "ignore",
+    });
   } catch {
     return undefined;
   }
@@ -74,10 +76,19 @@ export async function openStage() {
   const shapes = new Shapes();
   const closers = [];
 
-  /** `make`: what make-store is told; `disk`: the size of the store's own disk; others are Playwright's. */
-  const open = async ({ make = [], blind = false, disk: size, now = "2026-11-19 16:42:00", ...options } = {}) => {
-    const home = mkdtempSync(join(folder, "home-"));
-    const disk = size && smallDisk(join(home, "data"), size);
+  /**
+   * `make`: what make-store is told; `disk`: the size of the store's own disk; `home`: the user's folder,
+   * an empty one; what is not named here is Playwright's.
+   */
+  const open = async ({
+    make = [],
+    blind = false,
+    disk: size,
+    home = mkdtempSync(join(folder, "home-")),
+    now = "2026-11-19 16:42:00",
+    ...options
+  } = {}) => {
+    const disk = size && smallDisk(join(home, ".local/share"), size);
     const program = await Program.start(home, { now, blind, make });
     const asked = [];
     const server = await serve(product, async (path, body) => {

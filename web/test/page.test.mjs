@@ -149,7 +149,10 @@ test("a range is typed, and one without activity cannot be assigned", async () =
   await page.waitForSelector(".toast");
   assert.match(plain(await page.locator(".toast").innerText()), /Assigné : 09:35 – 10:10 \(35 min\)/);
   for (const edge of [/^09:35/, / – 10:10/])
-    await page.locator(".block", { hasText: edge }).filter({ hasText: /Loisir.*Assigné à la main/s }).waitFor();
+    await page
+      .locator(".block", { hasText: edge })
+      .filter({ hasText: /Loisir.*Assigné à la main/s })
+      .waitFor();
   await page.context().close();
 });
 

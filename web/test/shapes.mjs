@@ -11,9 +11,13 @@ const web = join(dirname(fileURLToPath(import.meta.url)), "..");
 function shape(value) {
   if (Array.isArray(value)) return `[${[...new Set(value.map(shape))].sort().join()}]`;
   if (typeof value === "object" && value !== null)
-    return `{${Object.entries(value).map(([key, one]) => `${key}:${shape(one)}`).join()}}`;
+    return `{${Object.entries(value)
+      .map(([key, one]) => `${key}:${shape(one)}`)
+      .join()}}`;
   // Short words may be one of a few that are declared.
-  return typeof value === "string" && /^[a-z]{0,12}$/i.test(value) ? `'${value}'` : typeof value + (value === null);
+  return typeof value === "string" && /^[a-z]{0,12}$/i.test(value)
+    ? `'${value}'`
+    : typeof value + (value === null);
 }
 
 // Of each list one entry of every shape; of texts no more than tells them apart.
@@ -48,13 +52,20 @@ export class Shapes {
           `export const a${lines.length}: Routes[${JSON.stringify(route)}][1] = ${JSON.stringify(trimmed(answer))};`,
         );
     writeFileSync(join(folder, "answers.ts"), `${lines.join("\n")}\n`);
-    const config = { extends: "../../tsconfig.json", include: ["answers.ts"], compilerOptions: { noEmit: true } };
+    const config = {
+      extends: "../../tsconfig.json",
+      include: ["answers.ts"],
+      compilerOptions: { noEmit: true },
+    };
     writeFileSync(join(folder, "tsconfig.json"), JSON.stringify(config));
     try {
       execFileSync(process.execPath, [join(web, "node_modules/typescript/bin/tsc"), "-p", folder]);
       return "";
     } catch (error) {
-      return `${error.stdout}`.replace(/\((\d+),\d+\)/g, (place, line) => `${place} ${lines[line - 1].slice(0, 90)}`);
+      return `${error.stdout}`.replace(
+        /\((\d+),\d+\)/g,
+        (place, line) => `${place} ${lines[line - 1].slice(0, 90)}`,
+      );
     } finally {
       rmSync(folder, { recursive: true });
     }

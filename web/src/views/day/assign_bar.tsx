@@ -60,11 +60,7 @@ export function AssignBar(props: Props) {
         <Button type="submit" kind="primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
           {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
         </Button>
-        {one && (
-            <Button onClick={() => onNewRule(one)}>
-            Créer une règle…
-          </Button>
-        )}
+        {one && <Button onClick={() => onNewRule(one)}>Créer une règle…</Button>}
       </div>
     </form>
   );

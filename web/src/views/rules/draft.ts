@@ -24,7 +24,9 @@ export function draftOf({ id, field, pattern, category, project_id }: RuleFacts)
 
 /** The rule that a block suggests: its site, or else its application. */
 export function draftFrom({ app, domain, cat, pid }: Block): RuleDraft {
-  const what = domain ? { field: "domain" as const, pattern: domain } : { field: "app" as const, pattern: app };
+  const what = domain
+    ? { field: "domain" as const, pattern: domain }
+    : { field: "app" as const, pattern: app };
   return { ...what, category: given(cat), projectId: pid };
 }
 

@@ -1,5 +1,5 @@
 import { useState } from "preact/hooks";
-import type { Answer, ProjectRow } from "../../bridge/routes";
+import type { Answer, Body, ProjectRow } from "../../bridge/routes";
 import type { TextShare } from "../../bridge/rules";
 import { useAnswer } from "../../client";
 import { count, duration } from "../../model/time";
@@ -34,9 +34,12 @@ export function RulePreview({ rule: { field, pattern, category, projectId }, pro
   );
 }
 
-type Asked = { field: RuleDraft["field"]; pattern: string; category: string | null; project_id: number | null; all: boolean };
+interface CaughtProps {
+  rule: Body<"rules.preview">;
+  projects: readonly ProjectRow[];
+}
 
-function Caught({ rule, projects }: { rule: Asked; projects: readonly ProjectRow[] }) {
+function Caught({ rule, projects }: CaughtProps) {
   const { answer, error } = useAnswer("rules.preview", rule);
   if (error) return <p class="field-error">{error}</p>;
   if (!answer) return <p class="quiet">Lecture…</p>;
@@ -81,7 +84,9 @@ function Summary({ answer }: { answer: Preview }) {
       )}
       {spans > 0 && (
         <p class="quiet">
-          {changed.spans > 0 ? `Ce qui changerait\u00a0: ${duration(changed.seconds)}.` : "Rien ne changerait."}
+          {changed.spans > 0
+            ? `Ce qui changerait\u00a0: ${duration(changed.seconds)}.`
+            : "Rien ne changerait."}
           {kept.spans > 0 && ` Assigné à la main, resterait tel quel\u00a0: ${duration(kept.seconds)}.`}
         </p>
       )}

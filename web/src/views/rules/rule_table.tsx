@@ -79,9 +79,7 @@ function Cells({ rule, origin, to, onEdit, onDelete }: CellsProps) {
       <span role="cell">
         {rule.category ? <CategoryName cat={rule.category} /> : <span class="quiet">–</span>}
       </span>
-      <span role="cell">
-        {to && <ProjectName project={to} />}
-      </span>
+      <span role="cell">{to && <ProjectName project={to} />}</span>
       <span role="cell" class="quiet">
         {origin}
       </span>

@@ -39,9 +39,7 @@ export function RulesView() {
       <div class="view-head">
         <h1>Règles</h1>
         <p class="quiet">Une règle vaut aussi pour le passé. La plus longue l’emporte.</p>
-        <Button onClick={() => setRestoring(true)}>
-          Rétablir les règles intégrées
-        </Button>
+        <Button onClick={() => setRestoring(true)}>Rétablir les règles intégrées</Button>
         <Button kind="primary" title="N" onClick={() => setDraft(blankRule)}>
           <Icon name="plus" />
           Nouvelle règle
@@ -51,16 +49,12 @@ export function RulesView() {
       <RuleTools {...{ rules, learned, filter }} shown={shown.length} onFilter={setFilter} />
       {rules?.length === 0 && (
         <Empty title="Aucune règle.">
-          <Button onClick={() => setRestoring(true)}>
-            Rétablir les règles intégrées
-          </Button>
+          <Button onClick={() => setRestoring(true)}>Rétablir les règles intégrées</Button>
         </Empty>
       )}
       {rules && rules.length > 0 && shown.length === 0 && (
         <Empty title="Aucune règle ne correspond.">
-          <Button onClick={() => setFilter(allRules)}>
-            Tout montrer
-          </Button>
+          <Button onClick={() => setFilter(allRules)}>Tout montrer</Button>
         </Empty>
       )}
       {shown.length > 0 && (
@@ -100,12 +94,15 @@ function RestoreDefaults({ onClose }: { onClose: () => void }) {
     undoable(
       () => client.call("rules.defaults", {}),
       ({ answer: { added } }) => ({
-        text: added === 0 ? "Elles étaient toutes là." : `${count(added, "règle rétablie", "règles rétablies")}.`,
+        text:
+          added === 0 ? "Elles étaient toutes là." : `${count(added, "règle rétablie", "règles rétablies")}.`,
       }),
     );
   return (
     <Confirm title="Rétablir les règles intégrées ?" action="Rétablir" onClose={onClose} onConfirm={restore}>
-      <p>Celles que vous avez supprimées reviennent. Les vôtres et les règles apprises gardent la priorité.</p>
+      <p>
+        Celles que vous avez supprimées reviennent. Les vôtres et les règles apprises gardent la priorité.
+      </p>
     </Confirm>
   );
 }
