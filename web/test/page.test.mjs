@@ -269,8 +269,9 @@ test("a project: what is wrong is said beside the field, what is right holds", a
   const dialog = page.locator("dialog");
   const saved = async (name) => (await page.program.ask("projects.list")).find((one) => one.name === name);
   await page.keyboard.press("p");
-  await page.getByRole("heading", { name: "Projets" }).waitFor();
+  await page.getByRole("button", { name: "Modifier Atelier CMD" }).waitFor();
   await page.keyboard.press("n");
+  await dialog.waitFor();
   await page.keyboard.type("Atelier CMD"); // into the field that has the focus
   await page.keyboard.press("Enter");
   await dialog.getByText("Un projet porte déjà ce nom.").waitFor();
@@ -285,6 +286,7 @@ test("a project: what is wrong is said beside the field, what is right holds", a
   await dialog.getByLabel("Nom").fill("Mémoire");
   await page.keyboard.press("Enter");
   await page.getByRole("button", { name: "Supprimer Mémoire" }).click();
+  await dialog.waitFor();
   await page.keyboard.press("Enter"); // the focus is on the way out
   await dialog.waitFor({ state: "detached" });
   assert.equal((await saved("Mémoire")).color, "#c254a5");
