@@ -15,6 +15,14 @@ const axe = await readFile(createRequire(import.meta.url).resolve("axe-core/axe.
 /** Text as it would be typed: without no-break spaces and marks of direction. */
 export const plain = (text) => text.replace(/[\u00a0\u202f]/g, " ").replace(/[\u2068\u2069]/g, "");
 
+/** The keys of all views, in their order. */
+export async function viewKeys(page) {
+  await page.waitForSelector("[data-view]");
+  return page
+    .locator("[data-view]")
+    .evaluateAll((all) => all.map((one) => one.ariaKeyShortcuts.toLowerCase()));
+}
+
 /** What axe finds wrong with the page as it is now. */
 export async function violations(page) {
   // Put there from outside the page: its own policy lets no such script in.
