@@ -8,10 +8,10 @@
 #include "classify/learning.h"
 #include "platform/desktop.h"
 #include "ratios.h"
-#include "storage/json.h"
 #include "store_maker/bench_stores.h"
 
-#include "bridge/router.h"
+#include "app/command_line.h"
+#include "bridge/core.h"
 
 namespace orvanta::bench {
 namespace {
@@ -22,7 +22,7 @@ constexpr double kSecondsPerDay = 86400;
 
 // The program over a store that may be changed.
 struct Program {
-  explicit Program(int days) : store(openStoreToChange(days)) { tracker.applyRetention(); }
+  explicit Program(int days) : store(openStoreToChange(days)) { core.tracker.applyRetention(); }
 
   void run(std::string_view sql, const Args& args = {}) {
     if (!db.run(sql, args)) std::abort();
@@ -31,21 +31,8 @@ struct Program {
   std::unique_ptr<Database> store;
   Database& db = *store;
   Desktop desktop = blindDesktop();
-  Collectors collectors{*desktop.foreground, *desktop.idle, *desktop.inhibition};
-  Tracker tracker{db, collectors};
-  Analytics analytics{db, wallClock};
-  History history{db};
-  Backups backups{Backups::folderOf(db.location())};
-  StoreKeeper keeper{db, backups};
-  Telemetry telemetry{db, {}, ""};
-  Router router{{.db = db,
-                 .tracker = tracker,
-                 .analytics = analytics,
-                 .history = history,
-                 .keeper = keeper,
-                 .telemetry = telemetry,
-                 .loginItem = {"", ""},
-                 .platform = {}}};
+  CommandLine shell;
+  Core core{{.db = db, .desktop = desktop, .shell = shell}};
 };
 
 Program& oneYear() {
@@ -90,7 +77,7 @@ void deleteProject(benchmark::State& state, Program& program) {
         "(SELECT id FROM events ORDER BY id DESC LIMIT ?)",
         {kSpans});
     state.ResumeTiming();
-    program.router.handle("projects.delete", {{"id", 77}});
+    program.core.router.handle("projects.delete", {{"id", 77}});
   }
 }
 
@@ -104,7 +91,7 @@ void retention(benchmark::State& state, Program& program) {
         "WHERE start >= ? AND start < ?",
         {from, from + kSecondsPerDay});
     state.ResumeTiming();
-    program.tracker.applyRetention();
+    program.core.tracker.applyRetention();
   }
 }
 

@@ -6,7 +6,6 @@
 #include "ratios.h"
 #include "reports/analytics.h"
 #include "reports/spans.h"
-#include "storage/json.h"
 #include "store_maker/bench_stores.h"
 
 namespace orvanta::bench {
@@ -25,9 +24,8 @@ Database& oneDay() {
   return *db;
 }
 
-std::string daysAgo(int days) {
-  const Calendar calendar;
-  return calendar.dateOf(wallClock()).plusDays(-days).iso();
+Date daysAgo(int days) {
+  return Calendar().dateOf(wallClock()).plusDays(-days);
 }
 
 void day(benchmark::State& state, Database& db, int ago) {
@@ -113,7 +111,7 @@ const bool kRegistered = [] {
     benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->Repetitions(5);
   };
   const auto weekAgo = daysAgo(7);
-  const auto monday = Calendar().startOf(Date::parse(weekAgo)->monday());
+  const auto monday = Calendar().startOf(weekAgo.monday());
   const TimeRange week{monday, monday + 7 * kSecondsPerDay};
   add("day/one_day_store", [](benchmark::State& state) { day(state, oneDay(), 0); });
   add("day/today", [](benchmark::State& state) { day(state, tenYears(), 0); });

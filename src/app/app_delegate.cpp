@@ -27,15 +27,15 @@ double finite(double seconds) {
 
 }  // namespace
 
-AppDelegate::AppDelegate(Parts parts, Actions actions, Clock clock)
-    : parts_(std::move(parts)), actions_(std::move(actions)), clock_(std::move(clock)) {}
+AppDelegate::AppDelegate(Core& core, Glib::RefPtr<Gio::DBus::Connection> session)
+    : core_(core), session_(std::move(session)) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
-  seedDefaults(parts_.db, clock_);
+  seedDefaults(core_.db, core_.clock);
   applyRetention();
-  parts_.tracker.start();
-  actions_.dailyTelemetry();
-  parts_.keeper.start();
+  core_.tracker.start();
+  core_.telemetry.daily();
+  core_.keeper.start();
   buildMenu();
   mainThread_.every(kMenuPeriod, [this] {
     watchStore();
@@ -45,63 +45,64 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::openDashboardAtLaunch(bool asked, const std::string& activationToken) {
-  if (asked || (!parts_.db.settings().onboarded && parts_.db.readable()))
-    actions_.showDashboard(activationToken);
+  if (asked || (!core_.db.settings().onboarded && core_.db.readable()))
+    core_.shell.showDashboard(activationToken);
 }
 
 void AppDelegate::buildMenu() {
-  if (!parts_.session) return;
-  menu_.emplace(parts_.session, iconThemePath(),
-                StatusMenu::Actions{
-                    .pickProject =
-                        [this](std::optional<int64_t> project) {
-                          parts_.tracker.setCurrentProjectId(project);
-                          refreshMenu();
-                        },
-                    .openDashboard = actions_.showDashboard,
-                    .toggle = [this] { setPaused(!parts_.tracker.paused()); },
-                    .openUpdate = [this] { openUpdate(); },
-                    .quit = actions_.quit,
-                });
+  if (!session_) return;
+  menu_.emplace(
+      session_, iconThemePath(),
+      StatusMenu::Actions{
+          .pickProject =
+              [this](std::optional<int64_t> project) {
+                core_.tracker.setCurrentProjectId(project);
+                refreshMenu();
+              },
+          .openDashboard = [this](const auto& token) { core_.shell.showDashboard(token); },
+          .toggle = [this] { setPaused(!core_.tracker.paused()); },
+          .openUpdate = [this] { openUpdate(); },
+          .quit = [this] { core_.shell.quit(); },
+      });
   menu_->item().onShownChanged([this] { trayChanged(); });
   refreshMenu();
   mainThread_.after(kPanelStarts, [this] { missTray(); });
 }
 
 void AppDelegate::everyHour() {
-  if (retentionDue(clock_(), retentionApplied_)) applyRetention();
-  actions_.dailyTelemetry();
-  parts_.keeper.hourly();
+  if (retentionDue(core_.clock(), retentionApplied_)) applyRetention();
+  core_.telemetry.daily();
+  core_.keeper.hourly();
 }
 
 // Told once when it begins, and once when it is over.
 void AppDelegate::watchStore() {
-  parts_.keeper.look();
-  const auto condition = parts_.db.condition();
+  core_.keeper.look();
+  const auto condition = core_.db.condition();
   if (condition.has_value() == toldTrouble_) return;
   toldTrouble_ = condition.has_value();
-  actions_.tell(condition ? std::string(sentenceOf(condition->trouble)) +
-                                " Ce que vous faites entre-temps est gardé en mémoire."
-                          : "Les données sont de nouveau enregistrées.");
+  core_.shell.tell(condition ? std::string(sentenceOf(condition->trouble)) +
+                                   " Ce que vous faites entre-temps est gardé en mémoire."
+                             : "Les données sont de nouveau enregistrées.");
 }
 
 // Not here: it waits a moment for what it starts.
 void AppDelegate::applyRetention() {
-  retentionApplied_ = clock_();
-  queue_.post([this] { parts_.tracker.startRetention(); });
+  retentionApplied_ = core_.clock();
+  queue_.post([this] { core_.tracker.startRetention(); });
 }
 
 void AppDelegate::setPaused(bool paused) {
   // Not here: the choice is stored, and the store may be busy.
   queue_.post([this, paused] {
-    parts_.tracker.setPaused(paused).forget();
+    core_.tracker.setPaused(paused).forget();
     mainThread_.post([this] { refreshMenu(); });
   });
 }
 
 void AppDelegate::openUpdate() {
-  const auto update = actions_.updateAvailable();
-  if (update) actions_.openUrl(update->url);
+  const auto update = core_.telemetry.updateAvailable();
+  if (update) core_.shell.openUrl(update->url);
 }
 
 void AppDelegate::refreshMenu() {
@@ -120,31 +121,31 @@ void AppDelegate::refreshMenu() {
 }
 
 // Read again only when the store or the day is another: most of the time neither is.
-const boost::json::object& AppDelegate::today() {
-  const auto revision = parts_.db.revision();
-  const auto date = Calendar().dateOf(clock_());
+const DayTotals& AppDelegate::today() {
+  const auto revision = core_.db.revision();
+  const auto date = core_.analytics.today();
   if (revision != reading_.revision || date != reading_.date) {
-    reading_ = {revision, date, parts_.analytics.totals(date.iso())};
+    reading_ = {revision, date, core_.analytics.totals(date)};
     malloc_trim(0);  // what a report takes for a moment is a third of all that we have
   }
   return reading_.totals;
 }
 
 MenuFacts AppDelegate::readFacts() {
-  const auto& tracker = parts_.tracker;
+  const auto& tracker = core_.tracker;
   MenuFacts facts;
   facts.paused = tracker.paused();
-  if (const auto condition = parts_.db.condition()) facts.trouble = condition->trouble;
+  if (const auto condition = core_.db.condition()) facts.trouble = condition->trouble;
   facts.current = tracker.current();
   if (facts.current) facts.current->elapsed = finite(facts.current->elapsed);
-  facts.readDay(today());
+  facts.take(today());
   facts.currentProject = tracker.currentProjectId();
-  facts.onProject = clock_() - tracker.currentProjectSince().value_or(clock_());
+  facts.onProject = core_.clock() - tracker.currentProjectSince().value_or(core_.clock());
   return facts;
 }
 
 void AppDelegate::showFacts(MenuFacts facts) {
-  facts.update = actions_.updateAvailable();
+  facts.update = core_.telemetry.updateAvailable();
   menu_->show(facts);
 }
 
@@ -153,7 +154,7 @@ void AppDelegate::trayChanged() {
     mainThread_.after(kPanelStarts, [this] { missTray(); });
   } else {
     queue_.post([this] {
-      if (!parts_.db.setting(kToldNoTray).empty()) parts_.db.setSetting(kToldNoTray, "").forget();
+      if (!core_.db.setting(kToldNoTray).empty()) core_.db.setSetting(kToldNoTray, "").forget();
     });
   }
 }
@@ -162,11 +163,14 @@ void AppDelegate::trayChanged() {
 void AppDelegate::missTray() {
   if (menu_->item().shown()) return;
   queue_.post([this] {
-    if (!parts_.db.setting(kToldNoTray).empty()) return;
-    parts_.db.setSetting(kToldNoTray, "1").forget();
-    parts_.db.log()(
+    if (!core_.db.setting(kToldNoTray).empty()) return;
+    core_.db.setSetting(kToldNoTray, "1").forget();
+    core_.db.log()(
         "Orvanta: pas de zone d'icônes sur ce bureau, « orvanta » ouvre le tableau de bord");
-    mainThread_.post(actions_.tellNoTray);
+    core_.shell.tell(
+        "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une deuxième fois "
+        "depuis "
+        "le menu des applications.");
   });
 }
 

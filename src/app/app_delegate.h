@@ -3,22 +3,16 @@
 
 #include <giomm/dbusconnection.h>
 
-#include <boost/json/object.hpp>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 
 #include "app/menu_content.h"
 #include "app/status_menu.h"
 #include "base/calendar.h"
-#include "base/clock.h"
 #include "base/main_thread.h"
 #include "base/serial_queue.h"
-#include "capture/tracker.h"
-#include "reports/analytics.h"
-#include "storage/database.h"
-#include "storage/store_keeper.h"
+#include "bridge/core.h"
 
 namespace orvanta {
 
@@ -27,28 +21,8 @@ namespace orvanta {
 /// only.
 class AppDelegate {
  public:
-  /// What it works on; all outlive it. Without a session bus there is no menu.
-  struct Parts {
-    Database& db;
-    Tracker& tracker;
-    const Analytics& analytics;
-    StoreKeeper& keeper;
-    Glib::RefPtr<Gio::DBus::Connection> session;
-  };
-
-  /// What other parts of the program do for it. Called on the main thread.
-  struct Actions {
-    /// The token lets it come to the front, as DashboardWindow::show() has it.
-    std::function<void(const std::string& activationToken)> showDashboard;
-    std::function<void()> dailyTelemetry;
-    std::function<std::optional<Update>()> updateAvailable;
-    std::function<void(const std::string& url)> openUrl;
-    std::function<void(const std::string& sentence)> tell;  ///< by a notification
-    std::function<void()> tellNoTray;  ///< that no panel shows the icon, and what to do instead
-    std::function<void()> quit;
-  };
-
-  AppDelegate(Parts parts, Actions actions, Clock clock = wallClock);
+  /// `core` outlives it. Without a session bus there is no menu.
+  AppDelegate(Core& core, Glib::RefPtr<Gio::DBus::Connection> session);
 
   /// Everything between the opened store and the running program; once.
   void applicationDidFinishLaunching();
@@ -56,10 +30,10 @@ class AppDelegate {
   void openDashboardAtLaunch(bool asked, const std::string& activationToken);
   /// The user has started the program again.
   void applicationShouldHandleReopen(const std::string& activationToken = {}) {
-    actions_.showDashboard(activationToken);
+    core_.shell.showDashboard(activationToken);
   }
   /// Closes the open span.
-  void applicationWillTerminate() { parts_.tracker.shutdown(); }
+  void applicationWillTerminate() { core_.tracker.shutdown(); }
 
   /// Brings the menu up to date, soon. Costs nothing while an earlier refresh is on its way.
   void refreshMenu();
@@ -73,20 +47,19 @@ class AppDelegate {
   void applyRetention();
   void trayChanged();
   void missTray();
-  const boost::json::object& today();
+  const DayTotals& today();
   MenuFacts readFacts();
   void showFacts(MenuFacts facts);
   void openUpdate();
 
-  const Parts parts_;
-  const Actions actions_;
-  const Clock clock_;
+  Core& core_;
+  const Glib::RefPtr<Gio::DBus::Connection> session_;
   double retentionApplied_ = 0;  // when, Unix seconds
   // What was last read for the menu; only touched on queue_.
   struct Reading {
     int64_t revision = -1;
     Date date;
-    boost::json::object totals;
+    DayTotals totals;
   } reading_;
 
   bool toldTrouble_ = false;   // the user knows that nothing can be stored

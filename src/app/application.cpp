@@ -46,7 +46,7 @@ Application::~Application() = default;
 
 void Application::end() {
   handover_.reset();
-  quit();
+  Gio::Application::quit();
 }
 
 void Application::on_startup() {
@@ -65,21 +65,15 @@ void Application::on_startup() {
 
 void Application::begin(DataLock lock) {
   finishSwap(DataLocation::ofUser().file());
-  services_ = std::make_unique<Services>(
-      std::move(lock), Services::Hooks{
-                           .quit = [this] { end(); },
-                           .refreshMenu =
-                               [this] {
-                                 if (delegate_) delegate_->refreshMenu();
-                               },
-                           .tell = [this](const std::string& text) { tell(text); },
-                       });
+  services_ = std::make_unique<Services>(std::move(lock), *this, [this] { end(); });
+  window_ = &services_->dashboard;
   if (left_) {
-    auto& tracker = services_->tracker;
+    auto& tracker = services_->core.tracker;
     tracker.setCurrentProjectId(left_->project, left_->projectSince);
     if (tracker.paused() != left_->paused) tracker.setPaused(left_->paused).forget();
   }
-  launch();
+  delegate_ = std::make_unique<AppDelegate>(services_->core, services_->sessionBus);
+  delegate_->applicationDidFinishLaunching();
   hold();
 }
 
@@ -102,35 +96,14 @@ void Application::waitForTurn() {
 // What others of our process keep of the lost bus, GLib keeps for ever: only a fresh image of the
 // program has name, tray and sources again. What could not be stored yet is kept by this one alone.
 void Application::rejoin() {
-  if (services_ && (services_->db.condition() || services_->tracker.waiting() > 0)) {
+  if (services_ && (services_->db.condition() || services_->core.tracker.waiting() > 0)) {
     constexpr std::chrono::seconds kStoreMayRecover{5};
     mainThread_.after(kStoreMayRecover, [this] { rejoin(); });
     return;
   }
   systemLog("Orvanta: le bus de session est de retour");
   handover_.emplace();
-  quit();
-}
-
-void Application::launch() {
-  delegate_ = std::make_unique<AppDelegate>(
-      AppDelegate::Parts{services_->db, services_->tracker, services_->analytics, services_->keeper,
-                         services_->sessionBus},
-      AppDelegate::Actions{
-          .showDashboard = [this](const auto& token) { services_->dashboard.show(token); },
-          .dailyTelemetry = [this] { services_->telemetry.daily(); },
-          .updateAvailable = [this] { return services_->telemetry.updateAvailable(); },
-          .openUrl = [](const std::string& url) { openUrl(url, systemLog); },
-          .tell = [this](const std::string& sentence) { tell(sentence); },
-          .tellNoTray =
-              [this] {
-                tell(
-                    "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une "
-                    "deuxième fois depuis le menu des applications.");
-              },
-          .quit = [this] { end(); },
-      });
-  delegate_->applicationDidFinishLaunching();
+  Gio::Application::quit();
 }
 
 // A desktop or a notification asks for us.
@@ -141,19 +114,20 @@ void Application::on_activate() {
 void Application::on_shutdown() {
   busReturn_.reset();
   turn_.reset();
-  if (services_) services_->browserTabs.giveUp();  // the end waits for no browser
+  if (services_) services_->core.tabs.giveUp();  // the end waits for no browser
   if (delegate_) delegate_->applicationWillTerminate();
   delegate_.reset();
   // Nothing is lost any more by a signal that ends us at once.
   for (const auto source : signalSources_) g_source_remove(source);
   if (handover_ && services_) {
-    const auto& tracker = services_->tracker;
+    const auto& tracker = services_->core.tracker;
     handover_ = {.lock = services_->lock.leave(),
                  .paused = tracker.paused(),
                  .project = tracker.currentProjectId(),
                  .projectSince = tracker.currentProjectSince().value_or(0)};
   }
   services_.reset();
+  window_ = nullptr;  // not before: until then somebody may be waiting for the user's choice
   Gio::Application::on_shutdown();
 }
 
@@ -206,28 +180,62 @@ void Application::follow(const std::vector<std::string>& options, bool atLaunch,
 // The caller's process waits as long as somebody holds its command line.
 void Application::answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
                          std::vector<std::string> words) {
-  if (services_->dashboard.waitsForUser()) {  // perhaps for hours
-    commandLine->set_exit_status(1);
-    commandLine->print(failure("le tableau de bord attend une réponse de l'utilisateur").json +
-                       "\n");
-    return;
-  }
+  const auto route = words.empty() ? std::string() : words.front();
   // The router outlives the queue; services_ does not name it any more while the queue ends.
-  services_->dashboard.post([&router = services_->router, commandLine, words = std::move(words)] {
-    auto result = callRoute(router, words);
-    Glib::MainContext::get_default()->invoke([commandLine, result = std::move(result)] {
-      commandLine->set_exit_status(result.status);
-      commandLine->print(result.output);
-      return false;
-    });
+  services_->dashboard.post(
+      route, [&router = services_->core.router, commandLine, words = std::move(words)] {
+        auto result = callRoute(router, words);
+        Glib::MainContext::get_default()->invoke([commandLine, result = std::move(result)] {
+          commandLine->set_exit_status(result.status);
+          commandLine->print(result.output);
+          return false;
+        });
+      });
+}
+
+void Application::quit() {
+  constexpr std::chrono::milliseconds kAnswersLeave{50};
+  post([this] { mainThread_.after(kAnswersLeave, [this] { end(); }); });
+}
+
+void Application::showDashboard(const std::string& activationToken) {
+  post([this, activationToken] {
+    if (services_) services_->dashboard.show(activationToken);
+  });
+}
+
+void Application::refreshMenu() {
+  post([this] {
+    if (delegate_) delegate_->refreshMenu();
   });
 }
 
 // A click on it activates the application, which opens the dashboard.
-void Application::tell(const std::string& text) {
-  const auto note = Gio::Notification::create("Orvanta enregistre votre activité");
-  note->set_body(text);
-  send_notification("advice", note);
+void Application::tell(const std::string& sentence) {
+  post([this, sentence] {
+    const auto note = Gio::Notification::create("Orvanta enregistre votre activité");
+    note->set_body(sentence);
+    send_notification("advice", note);
+  });
+}
+
+void Application::openUrl(const std::string& url) {
+  post([url] { orvanta::openUrl(url, systemLog); });
+}
+
+void Application::openFile(const std::filesystem::path& file) {
+  post([file] { orvanta::openFile(file, systemLog); });
+}
+
+void Application::reveal(const std::filesystem::path& file) {
+  post([this, file] {
+    if (services_) revealFile(services_->sessionBus, file, systemLog);
+  });
+}
+
+std::optional<std::filesystem::path> Application::saveAs(const std::string& suggestedName) {
+  auto* window = window_.load();
+  return window ? window->saveAs(suggestedName) : std::nullopt;
 }
 
 }  // namespace orvanta

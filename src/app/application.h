@@ -4,6 +4,7 @@
 #include <giomm/application.h>
 #include <giomm/applicationcommandline.h>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,11 +13,13 @@
 #include "app/handover.h"
 #include "base/application_id.h"
 #include "base/main_thread.h"
+#include "bridge/shell.h"
 #include "storage/data_lock.h"
 
 namespace orvanta {
 
 class AppDelegate;
+class DashboardWindow;
 class Turn;
 struct Services;
 namespace dbus {
@@ -31,14 +34,24 @@ inline constexpr int kAnswerYourself = 75;
 /// closes the open span. While another session records into the same data, it waits for its turn.
 /// Without a session bus it runs all the same; when one comes (back), run() returns with something
 /// to hand over.
-class Application : public Gio::Application {
+class Application : public Gio::Application, public Shell {
  public:
   /// `left` is what the image before this one left.
   explicit Application(std::optional<Handover> left = {});
   ~Application() override;
 
-  /// Makes run() return, for good.
+  /// Makes run() return, for good. Main thread.
   void end();
+
+  void post(std::function<void()> task) override { mainThread_.post(std::move(task)); }
+  void quit() override;
+  void showDashboard(const std::string& activationToken) override;
+  void refreshMenu() override;
+  void tell(const std::string& sentence) override;
+  void openUrl(const std::string& url) override;
+  void openFile(const std::filesystem::path& file) override;
+  void reveal(const std::filesystem::path& file) override;
+  std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) override;
 
   /// After run(): whether this was the session's instance, and not one that handed its command line
   /// to that.
@@ -55,7 +68,6 @@ class Application : public Gio::Application {
 
  private:
   void begin(DataLock lock);
-  void launch();
   void waitForTurn();
   void rejoin();
   int turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
@@ -64,7 +76,6 @@ class Application : public Gio::Application {
               const std::string& activationToken);
   void answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
               std::vector<std::string> words);
-  void tell(const std::string& text);
 
   const std::optional<Handover> left_;
   std::optional<Handover> handover_;
@@ -73,6 +84,7 @@ class Application : public Gio::Application {
   std::unique_ptr<Turn> turn_;          // while the data belong to another process
   std::unique_ptr<Services> services_;  // null as long
   std::unique_ptr<AppDelegate> delegate_;
+  std::atomic<DashboardWindow*> window_ = nullptr;  // while there is one
   MainThread mainThread_;
 };
 

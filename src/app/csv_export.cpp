@@ -12,7 +12,7 @@
 namespace orvanta {
 namespace {
 
-CsvWritten print(const Analytics& analytics, const std::string& from, const std::string& to) {
+CsvWritten print(const Analytics& analytics, const Date& from, const Date& to) {
   bool written = true;
   const bool whole = analytics.exportCsv(from, to, [&](std::string_view text) {
     written = written && std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
@@ -28,14 +28,16 @@ int exportCsvFile(const Analytics& analytics, const std::vector<std::string>& wo
     fmt::print(stderr, "usage : orvanta --export DU AU [FICHIER]\n");
     return 2;
   }
-  for (const auto& word : {words[0], words[1]}) {
-    if (Date::parse(word)) continue;
-    fmt::print(stderr, "Orvanta : « {} » n'est pas une date de la forme AAAA-MM-JJ\n", word);
+  const auto from = Date::parse(words[0]);
+  const auto to = Date::parse(words[1]);
+  if (!from || !to) {
+    fmt::print(stderr, "Orvanta : « {} » n'est pas une date de la forme AAAA-MM-JJ\n",
+               words[from ? 1 : 0]);
     return 2;
   }
   const bool toFile = words.size() > 2;
-  const auto written = toFile ? writeCsv(analytics, words[0], words[1], words[2])
-                              : print(analytics, words[0], words[1]);
+  const auto written =
+      toFile ? writeCsv(analytics, *from, *to, words[2]) : print(analytics, *from, *to);
   if (written) return 0;
   fmt::print(stderr, "Orvanta : impossible d'écrire {} : {}\n",
              toFile ? words[2] : "la sortie standard", written.problem);

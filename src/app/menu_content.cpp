@@ -3,36 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <boost/json/array.hpp>
 #include <cmath>
 
 #include "base/display_text.h"
+#include "bridge/change_labels.h"
 
 namespace orvanta {
 namespace {
 
-namespace json = boost::json;
-
-const json::object* objectAt(const json::object& parent, std::string_view key) {
-  const auto* value = parent.if_contains(key);
-  return value ? value->if_object() : nullptr;
-}
-
-const json::array* listAt(const json::object& parent, std::string_view key) {
-  const auto* value = parent.if_contains(key);
-  return value ? value->if_array() : nullptr;
-}
-
-double secondsAt(const json::object& parent, std::string_view key) {
-  const auto* value = parent.if_contains(key);
-  if (!value || !value->is_number()) return 0;
-  const auto seconds = value->to_number<double>();
+double finite(double seconds) {
   return std::isfinite(seconds) ? seconds : 0;
-}
-
-std::string textAt(const json::object& parent, std::string_view key) {
-  const auto* value = parent.if_contains(key);
-  return value && value->is_string() ? std::string(value->get_string()) : std::string();
 }
 
 std::string statusLine(const MenuFacts& facts) {
@@ -62,30 +42,20 @@ std::string menuName(std::string_view name) {
   return oneLine(name, kLongest);
 }
 
-void MenuFacts::readDay(const json::object& day) {
-  if (const auto* totals = objectAt(day, "totals")) {
-    active = secondsAt(*totals, "active");
-    if (const auto* byCategory = objectAt(*totals, "by_category")) {
-      travail = secondsAt(*byCategory, "travail");
-      loisir = secondsAt(*byCategory, "loisir");
-      autre = secondsAt(*byCategory, "autre");
-      nonclasse = secondsAt(*byCategory, "nonclasse");
-    }
-    if (const auto* byProject = listAt(*totals, "by_project"); byProject && !byProject->empty()) {
-      const auto* first = byProject->front().if_object();
-      leader = first ? Leader{textAt(*first, "name"), secondsAt(*first, "duration")} : Leader();
-    }
+void MenuFacts::take(const DayTotals& day) {
+  const auto& totals = day.totals;
+  active = finite(totals.active);
+  byCategory = {};
+  for (const auto& sum : totals.byCategory) {
+    const auto ours = parsed<Category>(sum.category);
+    if (ours) byCategory.at(static_cast<std::size_t>(*ours)) = finite(sum.seconds);
   }
-  if (const auto* list = listAt(day, "projects")) {
-    for (const auto& entry : *list) {
-      const auto* project = entry.if_object();
-      const auto* id = project ? project->if_contains("id") : nullptr;
-      const auto* archived = project ? project->if_contains("archived") : nullptr;
-      if (!id || !id->is_int64() || (archived && archived->is_bool() && archived->get_bool())) {
-        continue;
-      }
-      projects.push_back({id->get_int64(), textAt(*project, "name")});
-    }
+  if (!totals.byProject.empty()) {
+    const auto& first = totals.byProject.front();
+    leader = {first.name, finite(first.seconds)};
+  }
+  for (const auto& project : day.projects) {
+    if (!project.archived) projects.push_back({project.id, project.name});
   }
 }
 
@@ -95,9 +65,13 @@ MenuContent menuContent(const MenuFacts& facts) {
   content.statusLine = statusLine(facts);
   content.toggleTitle = facts.paused ? "Reprendre le suivi" : "Mettre le suivi en pause";
   content.todayLine = "Aujourd'hui : " + fmtDur(facts.active) + " actif";
-  content.catLine =
-      fmt::format("   Travail {} · Loisir {} · Autre {} · Non classé {}", fmtDur(facts.travail),
-                  fmtDur(facts.loisir), fmtDur(facts.autre), fmtDur(facts.nonclasse));
+  content.catLine = "  ";
+  for (const auto category :
+       {Category::Travail, Category::Loisir, Category::Autre, Category::Nonclasse}) {
+    content.catLine +=
+        fmt::format("{} {} {}", category == Category::Travail ? "" : " ·", labels::nameOf(category),
+                    fmtDur(facts.byCategory.at(static_cast<std::size_t>(category))));
+  }
   if (facts.leader) {
     content.projLine = fmt::format("   Projet principal : {} · {}", menuName(facts.leader->name),
                                    fmtDur(facts.leader->seconds));

@@ -1,7 +1,7 @@
 // What the status menu says, as text.
 #pragma once
 
-#include <boost/json/object.hpp>
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "capture/tracker.h"
+#include "reports/report.h"
+#include "storage/category.h"
 #include "storage/store_health.h"
 #include "telemetry/telemetry.h"
 
@@ -33,19 +35,15 @@ struct MenuFacts {
   std::optional<StoreTrouble> trouble;  ///< nothing can be stored
   std::optional<Tracker::Current> current;
   double active = 0;
-  double travail = 0;
-  double loisir = 0;
-  double autre = 0;
-  double nonclasse = 0;
+  std::array<double, kTexts<Category>.size()> byCategory{};
   std::optional<Leader> leader;         ///< today's main project
   std::vector<ProjectChoice> projects;  ///< not archived, by name
   std::optional<int64_t> currentProject;
   double onProject = 0;  ///< since when it is the current one
   std::optional<Update> update;
 
-  /// Takes today's numbers and the projects out of a day report; what is missing or of another type
-  /// counts as 0 or absent.
-  void readDay(const boost::json::object& day);
+  /// Takes over today's numbers and the projects.
+  void take(const DayTotals& day);
 };
 
 /// The texts. An absent one is not shown.

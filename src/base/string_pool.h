@@ -5,6 +5,7 @@
 #include <boost/unordered/unordered_flat_set.hpp>
 #include <cstdint>
 #include <memory_resource>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,9 @@ class Text {
   /// The text, empty when there is none.
   std::string_view view() const { return entry_ ? entry_->view() : std::string_view(); }
   std::string str() const { return std::string(view()); }
+  std::optional<std::string> optional() const {
+    return entry_ ? std::optional(str()) : std::nullopt;
+  }
 
   /// Dense number of the string in its pool, from 0. Only for a Text that holds something.
   uint32_t id() const { return entry_->id; }

@@ -5,6 +5,7 @@
 #include <boost/json/serialize.hpp>
 #include <charconv>
 
+#include "base/text.h"
 #include "bridge/app_error.h"
 #include "storage/value.h"
 
@@ -30,6 +31,11 @@ std::optional<std::string> Body::s(std::string_view key) const {
   if (!value || value->is_null()) return {};
   auto text = plainText(*value);
   return text.empty() ? std::nullopt : std::optional(std::move(text));
+}
+
+std::optional<std::string> Body::trimmed(std::string_view key) const {
+  const auto text = s(key);
+  return text ? std::optional(std::string(trimBlanks(*text))) : std::nullopt;
 }
 
 std::optional<int64_t> Body::i(std::string_view key) const {

@@ -24,6 +24,8 @@ class Body {
 
   /// Text; the empty string counts as absent, what is no text as its plainText().
   std::optional<std::string> s(std::string_view key) const;
+  /// The same without blanks around it, which may leave the empty string.
+  std::optional<std::string> trimmed(std::string_view key) const;
   /// A whole number: an integer, the part of a number before the point, or a string in base 10.
   /// Throws AppError for a number that does not fit 64 bits.
   std::optional<int64_t> i(std::string_view key) const;

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "base/display_text.h"
-#include "storage/category.h"
 
 namespace orvanta::labels {
 namespace {
@@ -16,10 +15,9 @@ std::string quoted(std::string_view text) {
 
 // Of ours that can be chosen; any other names itself.
 std::string categoryName(std::string_view category) {
-  constexpr std::array kNames{"Travail", "Loisir", "Autre"};
-  const auto ours =
-      static_cast<std::size_t>(parsed<Category>(category).value_or(Category::Inactif));
-  return ours < kNames.size() ? kNames.at(ours) : oneLine(category, kLongest);
+  const auto ours = parsed<Category>(category);
+  return ours && *ours < Category::Nonclasse ? std::string(nameOf(*ours))
+                                             : oneLine(category, kLongest);
 }
 
 std::string target(const std::optional<std::string>& category,
@@ -46,6 +44,12 @@ Wall wall(double instant, const Calendar& calendar) {
 }
 
 }  // namespace
+
+std::string_view nameOf(Category category) {
+  constexpr std::array<std::string_view, kTexts<Category>.size()> kNames{
+      "Travail", "Loisir", "Autre", "Non classé", "Inactif"};
+  return kNames.at(static_cast<std::size_t>(category));
+}
 
 std::string assigned(const std::optional<std::string>& category,
                      const std::optional<std::string>& project, int64_t spans) {

@@ -7,8 +7,12 @@
 #include <string_view>
 
 #include "base/calendar.h"
+#include "storage/category.h"
 
 namespace orvanta::labels {
+
+/// For the user, in French.
+std::string_view nameOf(Category category);
 
 /// Time given to a category and a project's name, or to neither: "Travail · Thèse : 3 activités".
 std::string assigned(const std::optional<std::string>& category,

@@ -34,12 +34,10 @@ struct DashboardWindow::Process {
   bool reacted = false;
 };
 
-DashboardWindow::DashboardWindow(std::filesystem::path program, Router& router,
-                                 std::function<void(const std::string&)> tell,
-                                 SerialQueue::Task ended, Log log)
+DashboardWindow::DashboardWindow(std::filesystem::path program, Core& core, SerialQueue::Task ended,
+                                 Log log)
     : program_(std::move(program)),
-      router_(router),
-      tell_(std::move(tell)),
+      core_(core),
       ended_(std::move(ended)),
       log_(std::move(log)),
       work_(std::make_unique<SerialQueue>("orvanta.bridge")) {}
@@ -50,6 +48,8 @@ DashboardWindow::~DashboardWindow() {
     ending_ = true;
   }
   fileChosen({});  // nobody waits for a user who cannot answer any more
+  for (auto& [route, queue] : asking_) queue.discard();
+  asking_.clear();
   work_->discard();
   work_.reset();
   patience_.disconnect();
@@ -117,12 +117,16 @@ void DashboardWindow::lost() {
 }
 
 void DashboardWindow::tellFailure() {
-  tell_("Le tableau de bord n'a pas pu s'ouvrir ; le journal du système dit pourquoi.");
+  core_.shell.tell("Le tableau de bord n'a pas pu s'ouvrir ; le journal du système dit pourquoi.");
 }
 
-bool DashboardWindow::waitsForUser() {
-  const std::lock_guard lock(savedMutex_);
-  return saved_.has_value();
+void DashboardWindow::post(const std::string& route, SerialQueue::Task task) {
+  const auto* known = Router::find(route);
+  if (known && known->kind == RouteKind::Ask) {
+    asking_.try_emplace(route, "orvanta.ask").first->second.post(std::move(task));
+  } else {
+    work_->post(std::move(task));
+  }
 }
 
 void DashboardWindow::received(const std::string& line) {
@@ -146,8 +150,9 @@ void DashboardWindow::received(const std::string& line) {
 void DashboardWindow::answerLater(const std::string& envelope) {
   auto request = parseRequest(envelope);
   if (!request) return;
-  work_->post([this, asker = generation_, request = std::move(*request)] {
-    auto text = answer(router_, request.path, request.body).json;
+  const auto route = request->path;
+  post(route, [this, asker = generation_, request = std::move(*request)] {
+    auto text = answer(core_.router, request.path, request.body).json;
     mainThread_.post([this, asker, id = request.id, text = std::move(text)] {
       if (!process_ || asker != generation_) return;
       process_->channel->send(fmt::format("resolve {} {}", id, text));

@@ -4,8 +4,8 @@
 #include <sigc++/connection.h>
 
 #include <filesystem>
-#include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -15,12 +15,13 @@
 #include "base/log.h"
 #include "base/main_thread.h"
 #include "base/serial_queue.h"
-#include "bridge/router.h"
+#include "bridge/core.h"
 
 namespace orvanta {
 
 /// Starts `orvanta-dashboard` (the window, the web engine, the page) when it is wanted, and answers
-/// what its page asks: one request at a time, in the order of asking, on a queue of its own. The
+/// what its page asks: one request at a time, in the order of asking, on a queue of its own; but
+/// each route that asks the user has a queue of its own, and keeps none of the others waiting. The
 /// two talk in lines over a socket pair, which has no name and so nobody else can connect to:
 ///
 ///     to the dashboard:   show "TOKEN" | reload | resolve ID JSON | save "NAME"
@@ -31,11 +32,9 @@ namespace orvanta {
 /// when this end of the socket goes away. Main thread only, unless said otherwise.
 class DashboardWindow {
  public:
-  /// `program` is the dashboard's file; `router` outlives the window.
-  /// `tell` shows the user a sentence. `ended` runs on the requests' queue when a dashboard has
-  /// ended, after the last of its requests.
-  DashboardWindow(std::filesystem::path program, Router& router,
-                  std::function<void(const std::string&)> tell, SerialQueue::Task ended, Log log);
+  /// `program` is the dashboard's file; `core` outlives the window. `ended` runs on the requests'
+  /// queue when a dashboard has ended, after the last of its requests.
+  DashboardWindow(std::filesystem::path program, Core& core, SerialQueue::Task ended, Log log);
   ~DashboardWindow();
   DashboardWindow(const DashboardWindow&) = delete;
   DashboardWindow& operator=(const DashboardWindow&) = delete;
@@ -51,11 +50,8 @@ class DashboardWindow {
   /// when cancelled or without a dashboard. From any thread but the main thread.
   std::optional<std::filesystem::path> saveAs(const std::string& suggestedName);
 
-  /// Whether the page's requests, and so the tasks below, wait for the user's choice. Any thread.
-  bool waitsForUser();
-
-  /// Runs `task` between the page's requests, on their queue. From any thread.
-  void post(SerialQueue::Task task) { work_->post(std::move(task)); }
+  /// Runs `task` between the page's requests to this route, on their queue.
+  void post(const std::string& route, SerialQueue::Task task);
 
  private:
   struct Process;
@@ -69,8 +65,7 @@ class DashboardWindow {
   void fileChosen(std::optional<std::filesystem::path> file);
 
   const std::filesystem::path program_;
-  Router& router_;
-  const std::function<void(const std::string&)> tell_;
+  Core& core_;
   const SerialQueue::Task ended_;
   const Log log_;
   std::unique_ptr<Process> process_;  // null while no dashboard runs
@@ -80,7 +75,8 @@ class DashboardWindow {
   bool ending_ = false;
   std::optional<Saved> saved_;  // who waits for the user's choice
   MainThread mainThread_;
-  std::unique_ptr<SerialQueue> work_;  // ends first
+  std::unique_ptr<SerialQueue> work_;          // ends first, with the next
+  std::map<std::string, SerialQueue> asking_;  // by route, made when first asked
 };
 
 }  // namespace orvanta

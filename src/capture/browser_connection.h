@@ -1,8 +1,10 @@
 // What the user can do about the browsers: see which run, connect them, test a connection.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "browser/browser_setup.h"
 #include "capture/browser_tabs.h"
@@ -13,9 +15,14 @@ namespace orvanta {
 /// any thread.
 class BrowserConnection {
  public:
+  using Running = std::function<std::vector<RunningBrowser>()>;
+
   /// `tabs` outlives the object.
-  BrowserConnection(BrowserTabs& tabs, BrowserSetup setup)
-      : tabs_(tabs), setup_(std::move(setup)) {}
+  BrowserConnection(BrowserTabs& tabs, BrowserSetup setup, Running running = runningBrowsers)
+      : tabs_(tabs), setup_(std::move(setup)), running_(std::move(running)) {}
+
+  /// This user's browsers that run now.
+  std::vector<RunningBrowser> running() const { return running_(); }
 
   /// Absent when the bundle is no browser that is known.
   static std::optional<std::string> browserScript(const std::string& bundle) {
@@ -39,6 +46,7 @@ class BrowserConnection {
  private:
   BrowserTabs& tabs_;
   const BrowserSetup setup_;
+  const Running running_;
 };
 
 }  // namespace orvanta

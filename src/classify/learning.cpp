@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "classify/rule_set.h"
-#include "storage/json.h"
 #include "storage/rule.h"
 
 namespace orvanta {
@@ -57,13 +56,6 @@ bool isHabit(Transaction& change, const Calendar& calendar, const Key& key,
 }
 
 }  // namespace
-
-json::object LearnedRule::json() const {
-  return {{"field", field},
-          {"pattern", pattern},
-          {"category", jsonOrNull(category)},
-          {"project", jsonOrNull(project)}};
-}
 
 std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clock,
                                            const Calendar& calendar,

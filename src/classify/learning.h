@@ -1,7 +1,6 @@
 // Rules learnt from what the user assigns by hand.
 #pragma once
 
-#include <boost/json/object.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,9 +19,6 @@ struct LearnedRule {
   std::string pattern;
   std::optional<std::string> category;
   std::optional<std::string> project;  ///< its name; absent without one, and for a missing project
-
-  /// What the dashboard receives: "field", "pattern", "category", "project".
-  boost::json::object json() const;
 };
 
 /// Turns a repeated habit into rules: call it after `category` and `projectId` were stored on the

@@ -22,9 +22,9 @@ struct ProbeSources {
 
 /// The probes of this session; none is null.
 struct Desktop {
-  std::unique_ptr<ForegroundProbe> foreground;
-  std::unique_ptr<IdleProbe> idle;
-  std::unique_ptr<InhibitionProbe> inhibition;
+  std::shared_ptr<ForegroundProbe> foreground;
+  std::shared_ptr<IdleProbe> idle;
+  std::shared_ptr<InhibitionProbe> inhibition;
   std::unique_ptr<SessionEvents> session;
 
   /// Does what can be done so that window titles can be read here: installs or enables what is

@@ -3,20 +3,16 @@
 namespace orvanta {
 namespace {
 
-namespace json = boost::json;
-
-json::array topCategories(const TextTally& cats) {
+std::vector<CategorySum> largest(const TextTally& cats) {
   constexpr std::size_t kMost = 5;
-  json::array list;
-  for (const auto* cat : cats.bySeconds(kMost)) {
-    list.push_back(json::array{cat->key.view(), cat->seconds});
-  }
+  std::vector<CategorySum> list;
+  for (const auto* cat : cats.bySeconds(kMost)) list.push_back({cat->key.str(), cat->seconds});
   return list;
 }
 
 }  // namespace
 
-void Totals::add(const Ev& ev) {
+void Sums::add(const Ev& ev) {
   const double seconds = ev.duration();
   byCat[ev.cat].seconds += seconds;
   if (ev.pid) byProj[*ev.pid].seconds += seconds;
@@ -24,7 +20,7 @@ void Totals::add(const Ev& ev) {
 }
 
 void Agg::add(const Ev& ev) {
-  Totals::add(ev);
+  Sums::add(ev);
   if (ev.idle) return;
 
   const double seconds = ev.duration();
@@ -45,44 +41,36 @@ Agg aggregate(const std::vector<Ev>& events) {
   return agg;
 }
 
-json::object byCategoryJson(const TextTally& byCat) {
-  json::object object;
-  for (const auto& cat : byCat.entries()) object[cat.key.view()] = cat.seconds;
-  return object;
+std::vector<CategorySum> categorySums(const TextTally& byCat) {
+  std::vector<CategorySum> list;
+  for (const auto& cat : byCat.entries()) list.push_back({cat.key.str(), cat.seconds});
+  return list;
 }
 
-json::array byProjectJson(const Tally<Totals::ProjectTotal>& byProj, const Projects& projects) {
-  json::array list;
+std::vector<ProjectSum> projectSums(const Tally<Sums::ProjectTotal>& byProj,
+                                    const Projects& projects) {
+  std::vector<ProjectSum> list;
   for (const auto* total : byProj.bySeconds()) {
-    const auto project = projects.find(total->key);
-    if (project == projects.end()) continue;
-    list.push_back({{"id", total->key},
-                    {"name", project->second.name},
-                    {"color", project->second.color},
-                    {"duration", total->seconds}});
+    const auto found = projects.find(total->key);
+    if (found == projects.end()) continue;
+    const auto& project = found->second;
+    list.push_back({total->key, project.name, project.color, total->seconds});
   }
   return list;
 }
 
-json::object aggJson(const Agg& agg, const Projects& projects) {
-  json::array apps;
+Totals totalsOf(const Agg& agg, const Projects& projects) {
+  Totals totals{.active = agg.active,
+                .byCategory = categorySums(agg.byCat),
+                .byProject = projectSums(agg.byProj, projects)};
   for (const auto* app : agg.apps.bySeconds()) {
-    apps.push_back({{"name", app->key.view()},
-                    {"duration", app->seconds},
-                    {"cats", topCategories(app->cats)}});
+    totals.apps.push_back({app->key.str(), app->seconds, largest(app->cats)});
   }
-  json::array domains;
   for (const auto* domain : agg.domains.bySeconds()) {
-    domains.push_back({{"name", domain->key.view()},
-                       {"app", domain->app.view()},
-                       {"duration", domain->seconds},
-                       {"cats", topCategories(domain->cats)}});
+    totals.domains.push_back(
+        {{domain->key.str(), domain->seconds, largest(domain->cats)}, domain->app.str()});
   }
-  return {{"active", agg.active},
-          {"by_category", byCategoryJson(agg.byCat)},
-          {"by_project", byProjectJson(agg.byProj, projects)},
-          {"apps", std::move(apps)},
-          {"domains", std::move(domains)}};
+  return totals;
 }
 
 }  // namespace orvanta

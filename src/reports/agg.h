@@ -1,20 +1,19 @@
-// Totals of a list of spans.
+// Sums over a list of spans.
 #pragma once
 
-#include <boost/json/array.hpp>
-#include <boost/json/object.hpp>
 #include <cstdint>
 #include <vector>
 
+#include "reports/report.h"
 #include "reports/tally.h"
 #include "storage/ev.h"
 #include "storage/project.h"
 
 namespace orvanta {
 
-/// Seconds, not rounded, by category and project. Idle time counts in both but is no activity: it
-/// is not in `active`.
-struct Totals {
+/// Seconds by category and project, while they are being summed up. Idle time counts in both but is
+/// no activity: it is not in `active`.
+struct Sums {
   struct ProjectTotal {
     int64_t key = 0;
     double seconds = 0;
@@ -29,8 +28,8 @@ struct Totals {
   Tally<ProjectTotal> byProj;
 };
 
-/// The totals together with the seconds of activity by application and by domain.
-struct Agg : Totals {
+/// The same together with the seconds of activity by application and by domain.
+struct Agg : Sums {
   struct AppTotal {
     Text key;
     double seconds = 0;
@@ -49,17 +48,13 @@ struct Agg : Totals {
   Tally<DomainTotal, TextHash> domains;
 };
 
-/// The totals of a list.
+/// The sums of a list.
 Agg aggregate(const std::vector<Ev>& events);
 
-/// Category to seconds, and the projects by falling seconds: "id", "name", "color", "duration". A
-/// project that no longer exists is left out.
-boost::json::object byCategoryJson(const TextTally& byCat);
-boost::json::array byProjectJson(const Tally<Totals::ProjectTotal>& byProj,
-                                 const Projects& projects);
-
-/// What the dashboard calls totals: "active", "by_category", "by_project", "apps", "domains", the
-/// lists by falling seconds.
-boost::json::object aggJson(const Agg& agg, const Projects& projects);
+/// As reports have them. A project that no longer exists is left out.
+std::vector<CategorySum> categorySums(const TextTally& byCat);
+std::vector<ProjectSum> projectSums(const Tally<Sums::ProjectTotal>& byProj,
+                                    const Projects& projects);
+Totals totalsOf(const Agg& agg, const Projects& projects);
 
 }  // namespace orvanta

@@ -1,7 +1,6 @@
 #include "reports/analytics.h"
 
 #include <algorithm>
-#include <boost/json/array.hpp>
 #include <utility>
 
 #include "reports/agg.h"
@@ -9,26 +8,17 @@
 #include "reports/spans.h"
 #include "reports/suggestions.h"
 #include "reports/timeline.h"
-#include "storage/json.h"
 
 namespace orvanta {
 namespace {
 
-namespace json = boost::json;
-
 constexpr int kDaysPerWeek = 7;
 
-// When activity began and ended; nothing without activity.
-struct Extent {
-  std::optional<double> first;
-  std::optional<double> last;
-
-  void add(const Ev& ev) {
-    if (ev.idle) return;
-    first = std::min(first.value_or(ev.start), ev.start);
-    last = std::max(last.value_or(ev.end), ev.end);
-  }
-};
+void widen(Extent& extent, const Ev& ev) {
+  if (ev.idle) return;
+  extent.first = std::min(extent.first.value_or(ev.start), ev.start);
+  extent.last = std::max(extent.last.value_or(ev.end), ev.end);
+}
 
 // The longest run of activity without an idle span in between; time of which nothing is known does
 // not end a run. It lasts from the start of its first span to the end of its last, which need not
@@ -55,14 +45,14 @@ class LongestSession {
 };
 
 // Seconds by local date, of instants that come mostly in order: asks the calendar once a day.
-class DayTotals {
+class DaySums {
  public:
-  struct Total {
+  struct Sum {
     std::string key;  // date
     double seconds = 0;
   };
 
-  explicit DayTotals(const Calendar& calendar) : calendar_(calendar) {}
+  explicit DaySums(const Calendar& calendar) : calendar_(calendar) {}
 
   void add(double instant, double seconds) {
     if (!(instant >= bounds_.start && instant < bounds_.end)) {
@@ -73,31 +63,21 @@ class DayTotals {
     day_->seconds += seconds;
   }
 
-  const Tally<Total>& days() const { return days_; }
+  const Tally<Sum>& days() const { return days_; }
 
  private:
   const Calendar& calendar_;
   TimeRange bounds_;
-  Tally<Total> days_;
-  Total* day_ = nullptr;  // that of bounds_
+  Tally<Sum> days_;
+  Sum* day_ = nullptr;  // that of bounds_
 };
 
-// The report, which says so when it does not show all that is recorded.
-json::object whole(json::object report, const SpanReader& reader) {
-  if (!reader.whole()) {
-    report["incomplete"] = kIncomplete;
-  }
-  return report;
-}
-
-json::array byName(const Projects& projects) {
-  std::vector<const Project*> sorted;
-  for (const auto& [id, project] : projects) sorted.push_back(&project);
+std::vector<Project> byName(const Projects& projects) {
+  std::vector<Project> sorted;
+  for (const auto& [id, project] : projects) sorted.push_back(project);
   std::sort(sorted.begin(), sorted.end(),
-            [](const Project* a, const Project* b) { return a->name < b->name; });
-  json::array list;
-  for (const auto* project : sorted) list.push_back(project->json());
-  return list;
+            [](const Project& a, const Project& b) { return a.name < b.name; });
+  return sorted;
 }
 
 }  // namespace
@@ -105,95 +85,77 @@ json::array byName(const Projects& projects) {
 Analytics::Analytics(Database& db, Clock clock, Calendar calendar)
     : db_(db), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
 
-Date Analytics::parseDate(const std::optional<std::string>& text) const {
-  const auto date = text ? Date::parse(*text) : std::nullopt;
-  return date ? *date : calendar_.dateOf(clock_());
-}
-
-json::object Analytics::day(const std::optional<std::string>& text) const {
-  const auto date = parseDate(text);
-  const auto bounds = calendar_.dayBounds(date);
+DayReport Analytics::day(const Date& date) const {
+  DayReport report;
+  report.date = date;
+  report.bounds = calendar_.dayBounds(date);
   SpanReader reader(db_);
-  const auto spans = reader.all(bounds);
-  Extent extent;
-  for (const auto& ev : spans) extent.add(ev);
-  return whole({{"date", date.iso()},
-                {"start", bounds.start},
-                {"end", bounds.end},
-                {"first", jsonOrNull(extent.first)},
-                {"last", jsonOrNull(extent.last)},
-                {"segments", segments(spans)},
-                {"blocks", blocks(spans, db_.settings().minBlock)},
-                {"totals", aggJson(aggregate(spans), reader.projects())},
-                {"projects", byName(reader.projects())}},
-               reader);
+  const auto spans = reader.all(report.bounds);
+  for (const auto& ev : spans) widen(report.extent, ev);
+  report.segments = segments(spans);
+  report.blocks = blocks(spans, db_.settings().minBlock);
+  report.totals = totalsOf(aggregate(spans), reader.projects());
+  report.projects = byName(reader.projects());
+  report.whole = reader.whole();
+  return report;
 }
 
-json::object Analytics::totals(const std::optional<std::string>& text) const {
+DayTotals Analytics::totals(const Date& date) const {
   SpanReader reader(db_);
   Agg agg;
-  reader.each(calendar_.dayBounds(parseDate(text)), [&](const Ev& ev) { agg.add(ev); });
-  return {{"totals", aggJson(agg, reader.projects())}, {"projects", byName(reader.projects())}};
+  reader.each(calendar_.dayBounds(date), [&](const Ev& ev) { agg.add(ev); });
+  return {totalsOf(agg, reader.projects()), byName(reader.projects())};
 }
 
-json::object Analytics::week(const std::optional<std::string>& text) const {
+WeekReport Analytics::week(const Date& date) const {
   struct Day {
-    Date date;
     TimeRange bounds;
-    Totals totals;
+    Sums sums;
     Extent extent;
   };
-  const auto monday = parseDate(text).monday();
+  WeekReport report{.monday = date.monday()};
   std::vector<Day> days;
   for (int i = 0; i < kDaysPerWeek; ++i) {
-    const auto date = monday.plusDays(i);
-    days.push_back({date, calendar_.dayBounds(date), {}, {}});
+    days.push_back({calendar_.dayBounds(report.monday.plusDays(i)), {}, {}});
   }
   SpanReader reader(db_);
   reader.each({days.front().bounds.start, days.back().bounds.end}, [&](const Ev& ev) {
-    for (auto& [date, bounds, totals, extent] : days) {
+    for (auto& [bounds, sums, extent] : days) {
       if (!overlaps(ev, bounds)) continue;
       const auto part = clipped(ev, bounds);
-      totals.add(part);
-      extent.add(part);
+      sums.add(part);
+      widen(extent, part);
     }
   });
   TextTally byCat;
-  Tally<Totals::ProjectTotal> byProj;
-  json::array list;
-  for (const auto& [date, bounds, totals, extent] : days) {
-    for (const auto& cat : totals.byCat.entries()) byCat[cat.key].seconds += cat.seconds;
-    for (const auto& project : totals.byProj.entries())
+  Tally<Sums::ProjectTotal> byProj;
+  for (int i = 0; i < kDaysPerWeek; ++i) {
+    const auto& [bounds, sums, extent] = days[static_cast<std::size_t>(i)];
+    for (const auto& cat : sums.byCat.entries()) byCat[cat.key].seconds += cat.seconds;
+    for (const auto& project : sums.byProj.entries())
       byProj[project.key].seconds += project.seconds;
-    list.push_back({{"date", date.iso()},
-                    {"active", totals.active},
-                    {"by_category", byCategoryJson(totals.byCat)},
-                    {"first", jsonOrNull(extent.first)},
-                    {"last", jsonOrNull(extent.last)}});
+    report.days.push_back(
+        {report.monday.plusDays(i), sums.active, categorySums(sums.byCat), extent});
   }
-  return whole({{"monday", monday.iso()},
-                {"days", std::move(list)},
-                {"by_category", byCategoryJson(byCat)},
-                {"by_project", byProjectJson(byProj, reader.projects())}},
-               reader);
+  report.byCategory = categorySums(byCat);
+  report.byProject = projectSums(byProj, reader.projects());
+  report.whole = reader.whole();
+  return report;
 }
 
-json::object Analytics::recap(const std::optional<std::string>& text) const {
-  const auto monday = parseDate(text).monday();
+Recap Analytics::recap(const Date& date) const {
+  const auto monday = date.monday();
   SpanReader reader(db_);
   auto current = summary(reader, monday);
   auto previous = summary(reader, monday.plusDays(-kDaysPerWeek));
-  return whole({{"monday", monday.iso()},
-                {"current", std::move(current)},
-                {"previous", std::move(previous)}},
-               reader);
+  return {monday, std::move(current), std::move(previous), reader.whole()};
 }
 
-json::object Analytics::summary(SpanReader& reader, const Date& monday) const {
+WeekSummary Analytics::summary(SpanReader& reader, const Date& monday) const {
   Agg agg;
   LongestSession session;
   // A span belongs wholly to the day on which it starts.
-  DayTotals byDay(calendar_);
+  DaySums byDay(calendar_);
   const TimeRange range{calendar_.startOf(monday),
                         calendar_.startOf(monday.plusDays(kDaysPerWeek))};
   reader.each(range, [&](const Ev& ev) {
@@ -201,19 +163,14 @@ json::object Analytics::summary(SpanReader& reader, const Date& monday) const {
     session.add(ev);
     if (!ev.idle) byDay.add(ev.start, ev.duration());
   });
-  auto result = aggJson(agg, reader.projects());
-  const auto active = byDay.days().entries().size();
-  const auto best = byDay.days().bySeconds(1);
-  result["days_active"] = active;
-  result["avg_per_day"] = active > 0 ? json::value(agg.active / static_cast<double>(active)) : 0;
-  result["longest_session"] = session.seconds();
-  result["best_day"] =
-      best.empty() ? json::value(nullptr)
-                   : json::value({{"date", best.front()->key}, {"active", best.front()->seconds}});
-  return result;
+  WeekSummary summary{totalsOf(agg, reader.projects())};
+  summary.daysActive = byDay.days().entries().size();
+  summary.longestSession = session.seconds();
+  for (const auto* best : byDay.days().bySeconds(1)) summary.bestDay = {best->key, best->seconds};
+  return summary;
 }
 
-json::array Analytics::suggestions() const {
+std::vector<Suggestion> Analytics::suggestions() const {
   constexpr double kTwoWeeks = 1209600;
   const double now = clock_();
   SpanReader reader(db_);
@@ -222,11 +179,9 @@ json::array Analytics::suggestions() const {
   return finder.suggestions();
 }
 
-bool Analytics::exportCsv(const std::optional<std::string>& from,
-                          const std::optional<std::string>& to,
+bool Analytics::exportCsv(const Date& from, const Date& to,
                           const std::function<void(std::string_view)>& write) const {
-  const TimeRange range{calendar_.startOf(parseDate(from)),
-                        calendar_.startOf(parseDate(to).plusDays(1))};
+  const TimeRange range{calendar_.startOf(from), calendar_.startOf(to.plusDays(1))};
   SpanReader reader(db_);
   CsvWriter csv(calendar_, reader.projects(), write);
   if (range.start < range.end) reader.stream(range, [&](const Ev& ev) { csv.add(ev); });

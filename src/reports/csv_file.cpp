@@ -4,7 +4,7 @@
 
 namespace orvanta {
 
-CsvWritten writeCsv(const Analytics& analytics, const std::string& from, const std::string& to,
+CsvWritten writeCsv(const Analytics& analytics, const Date& from, const Date& to,
                     const std::filesystem::path& file) {
   WholeFile whole(file);
   if (whole.problem().empty() &&

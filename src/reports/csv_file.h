@@ -20,7 +20,7 @@ struct CsvWritten {
 /// Writes the spans of the days `from` to `to` to `file`, which only the user may read. The file
 /// appears, or changes, when it is complete; when that fails, a file that was there stays as it
 /// was. For links, pipes and devices see WholeFile.
-CsvWritten writeCsv(const Analytics& analytics, const std::string& from, const std::string& to,
+CsvWritten writeCsv(const Analytics& analytics, const Date& from, const Date& to,
                     const std::filesystem::path& file);
 
 }  // namespace orvanta

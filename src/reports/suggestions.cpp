@@ -1,7 +1,5 @@
 #include "reports/suggestions.h"
 
-#include <boost/json/object.hpp>
-
 #include <algorithm>
 #include <array>
 
@@ -9,8 +7,6 @@
 
 namespace orvanta {
 namespace {
-
-namespace json = boost::json;
 
 constexpr double kLeastSeconds = 1200;
 constexpr std::size_t kShortestToken = 4;
@@ -56,7 +52,7 @@ void SuggestionFinder::add(const Ev& ev) {
   }
 }
 
-json::array SuggestionFinder::suggestions() const {
+std::vector<Suggestion> SuggestionFinder::suggestions() const {
   // Distinct texts first, then by their lower-cased key: few strings are left to be lower-cased.
   Tally<Group> groups;
   const auto gather = [&](const TextTally& tally, bool isDomain) {
@@ -72,17 +68,13 @@ json::array SuggestionFinder::suggestions() const {
   gather(domains_, true);
   gather(apps_, false);
 
-  json::array list;
+  std::vector<Suggestion> list;
   for (const auto* group : groups.bySeconds()) {
     if (group->seconds < kLeastSeconds) break;
     const auto* project = resembling(group->value);
     if (!project) continue;
-    list.push_back({{"name", group->value},
-                    {"field", group->isDomain ? "domain" : "app"},
-                    {"duration", group->seconds},
-                    {"project_id", project->id},
-                    {"project", project->name},
-                    {"color", project->color}});
+    list.push_back({group->value, group->isDomain ? "domain" : "app", group->seconds, project->id,
+                    project->name, project->color});
   }
   return list;
 }

@@ -1,12 +1,12 @@
 // Which unassigned activity looks like one of the user's projects.
 #pragma once
 
-#include <boost/json/array.hpp>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "reports/report.h"
 #include "reports/tally.h"
 #include "storage/ev.h"
 #include "storage/project.h"
@@ -30,9 +30,8 @@ class SuggestionFinder {
   /// Counts in a classified span. All spans have their texts in one pool.
   void add(const Ev& ev);
 
-  /// The suggestions by falling "duration": "name", "field", "duration", "project_id", "project",
-  /// "color".
-  boost::json::array suggestions() const;
+  /// By falling seconds.
+  std::vector<Suggestion> suggestions() const;
 
  private:
   struct Group {

@@ -1,21 +1,17 @@
 #include "reports/timeline.h"
 
-#include <boost/json/object.hpp>
 #include <optional>
 
 #include "reports/tally.h"
-#include "storage/json.h"
 
 namespace orvanta {
 namespace {
-
-namespace json = boost::json;
 
 constexpr double kShortestInSegment = 1;
 constexpr double kSegmentGap = 3;
 constexpr double kBlockGap = 5;
 
-struct Segment {
+struct OpenSegment {
   double start = 0;
   double end = 0;
   Text cat;
@@ -26,23 +22,18 @@ struct Segment {
     return ev.cat == cat && ev.pid == pid && ev.start - end < kSegmentGap;
   }
 
-  json::object toJson() const {
+  Segment closed() const {
     constexpr std::size_t kLabels = 3;
-    json::array top;
-    for (const auto* label : labels.bySeconds(kLabels))
-      top.push_back(json::value(label->key.view()));
-    return {{"start", start},
-            {"end", end},
-            {"cat", cat.view()},
-            {"pid", jsonOrNull(pid)},
-            {"top", std::move(top)}};
+    Segment segment{start, end, cat.str(), pid, {}};
+    for (const auto* label : labels.bySeconds(kLabels)) segment.top.push_back(label->key.str());
+    return segment;
   }
 };
 
-struct Block {
+struct OpenBlock {
   const Ev* first = nullptr;  // the span that opened it
   double end = 0;
-  json::array ids;
+  std::vector<int64_t> ids;
   TextTally titles;
 
   bool continuedBy(const Ev& ev) const {
@@ -53,54 +44,53 @@ struct Block {
 
   void add(const Ev& ev) {
     end = ev.end;
-    ids.push_back(json::value(ev.id));
+    ids.push_back(ev.id);
     if (ev.title) titles[ev.title].seconds += ev.duration();
   }
 
-  json::object toJson() {
+  Block closed() {
     const auto longest = titles.bySeconds(1);
-    return {{"start", first->start},
-            {"end", end},
-            {"duration", end - first->start},
-            {"app", first->app.view()},
-            {"domain", jsonOrNull(first->domain)},
-            {"cat", first->cat.view()},
-            {"pid", jsonOrNull(first->pid)},
-            {"idle", first->idle},
-            {"ids", std::move(ids)},
-            {"manual", first->manual},
-            {"title", longest.empty() ? json::value(nullptr) : jsonOrNull(longest.front()->key)}};
+    return {.start = first->start,
+            .end = end,
+            .app = first->app.str(),
+            .domain = first->domain.optional(),
+            .cat = first->cat.str(),
+            .pid = first->pid,
+            .idle = first->idle,
+            .ids = std::move(ids),
+            .manual = first->manual,
+            .title = longest.empty() ? std::nullopt : longest.front()->key.optional()};
   }
 };
 
 }  // namespace
 
-json::array segments(const std::vector<Ev>& events) {
-  json::array list;
-  std::optional<Segment> open;
+std::vector<Segment> segments(const std::vector<Ev>& events) {
+  std::vector<Segment> list;
+  std::optional<OpenSegment> open;
   for (const auto& ev : events) {
     if (ev.idle || !(ev.end - ev.start >= kShortestInSegment)) continue;
     if (!open || !open->continuedBy(ev)) {
-      if (open) list.push_back(open->toJson());
-      open = Segment{ev.start, ev.end, ev.cat, ev.pid, {}};
+      if (open) list.push_back(open->closed());
+      open = OpenSegment{ev.start, ev.end, ev.cat, ev.pid, {}};
     }
     open->end = ev.end;
     open->labels[ev.domain ? ev.domain : ev.app].seconds += ev.duration();
   }
-  if (open) list.push_back(open->toJson());
+  if (open) list.push_back(open->closed());
   return list;
 }
 
-json::array blocks(const std::vector<Ev>& events, double minSeconds) {
-  std::vector<Block> found;
+std::vector<Block> blocks(const std::vector<Ev>& events, double minSeconds) {
+  std::vector<OpenBlock> found;
   for (const auto& ev : events) {
     if (found.empty() || !found.back().continuedBy(ev)) found.emplace_back().first = &ev;
     found.back().add(ev);
   }
-  json::array list;
+  std::vector<Block> list;
   for (auto& block : found) {
     if (block.first->idle || block.end - block.first->start >= minSeconds) {
-      list.push_back(block.toJson());
+      list.push_back(block.closed());
     }
   }
   return list;

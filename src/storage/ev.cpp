@@ -1,24 +1,8 @@
 #include "storage/ev.h"
 
 #include "storage/category.h"
-#include "storage/json.h"
 
 namespace orvanta {
-
-boost::json::object Ev::json() const {
-  return {
-      {"id", id},
-      {"start", start},
-      {"end", end},
-      {"app", app.view()},
-      {"domain", jsonOrNull(domain)},
-      {"title", jsonOrNull(title)},
-      {"cat", cat.view()},
-      {"pid", jsonOrNull(pid)},
-      {"idle", idle},
-      {"manual", manual},
-  };
-}
 
 EvReader::EvReader(StringPool& pool)
     : pool_(pool),

@@ -1,7 +1,6 @@
 // One recorded span of time.
 #pragma once
 
-#include <boost/json/object.hpp>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -36,9 +35,6 @@ struct Ev {
 
   /// Seconds; 0 for a span that ends before it starts.
   double duration() const { return end > start ? end - start : 0; }
-
-  /// What the dashboard receives: the effective classification, not where it comes from.
-  boost::json::object json() const;
 };
 
 /// Reads spans from the rows of one statement over `events`, whatever its column order. Looks the

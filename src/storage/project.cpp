@@ -1,7 +1,5 @@
 #include "storage/project.h"
 
-#include <fmt/ranges.h>
-
 #include "base/text.h"
 
 namespace orvanta {
@@ -27,17 +25,6 @@ Project Project::fromRow(const Row& row) {
       .category = row.str("category").value_or(defaults.category),
       .archived = row.int_("archived") == 1,
       .keywords = parseKeywords(row.str("keywords").value_or("")),
-  };
-}
-
-boost::json::object Project::json() const {
-  return {
-      {"id", id},
-      {"name", name},
-      {"color", color},
-      {"category", category},
-      {"archived", archived},
-      {"keywords", fmt::format("{}", fmt::join(keywords, ", "))},
   };
 }
 

@@ -1,7 +1,6 @@
 // One project of the user.
 #pragma once
 
-#include <boost/json/object.hpp>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -23,8 +22,6 @@ struct Project {
   std::vector<std::string> keywords;  ///< see parseKeywords
 
   static Project fromRow(const Row& row);
-
-  boost::json::object json() const;
 };
 
 /// By id, archived ones included.

@@ -4,6 +4,7 @@
 
 #include <boost/json/serialize.hpp>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "app/route_call.h"
@@ -59,7 +60,7 @@ TEST_F(RouterTest, StatusTellsAllItHasBeforeAndWhileRecording) {
                                          {"update", nullptr}}));
   call("onboarding.done");
   EXPECT_EQ(call("tracker.project", R"({"project_id": "12"})"), done());
-  EXPECT_EQ(asked, Asked{"menu"});
+  EXPECT_EQ(shell.asked, Asked{"menu"});
   auto status = call("status");
   EXPECT_EQ(status.at("onboarded"), true);
   EXPECT_EQ(status.at("current_project"), 12);
@@ -68,13 +69,13 @@ TEST_F(RouterTest, StatusTellsAllItHasBeforeAndWhileRecording) {
   store.db.run("INSERT INTO projects(id, name) VALUES (12, 'Thèse')");
   EXPECT_EQ(call("status").at("current_project_name"), "Thèse");
   call("tracker.pause");
-  tracker.shutdown();
+  core.tracker.shutdown();
   EXPECT_EQ(call("status").at("paused"), true);
 }
 
 TEST_F(RouterTest, ReportsAndCommandLineCallsAreAskedByName) {
   const auto call = [&](std::vector<std::string> words) {
-    const auto result = callRoute(router, words);
+    const auto result = callRoute(core.router, words);
     return std::pair(result.status, json::parse(result.output));
   };
   EXPECT_EQ(call({"day"}).second.at("date"), "2023-11-14");
@@ -112,11 +113,11 @@ TEST_F(RouterTest, ProjectsAreSavedListedAndDeletedEverywhere) {
   call("rules.save", R"({"field": "app", "pattern": "A", "project_id": 1})");
   span(0, 1, "A", {}, 1);
   span(1, 2, "A", "travail", 2);
-  tracker.setCurrentProjectId(1);
+  core.tracker.setCurrentProjectId(1);
   EXPECT_EQ(call("projects.delete", R"({"id": 1})"), done());
   EXPECT_EQ(spans(), "0-1 - -\n1-2 travail 2\n");
   EXPECT_TRUE(call("rules.list").at(0).at("project_id").is_null());
-  EXPECT_FALSE(tracker.currentProjectId());
+  EXPECT_FALSE(core.tracker.currentProjectId());
 }
 
 TEST_F(RouterTest, ARuleReplacesThoseThatDifferInCaseOnly) {
@@ -202,28 +203,58 @@ TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {
   store.db.setSetting("browser_perms", "[oops");
   EXPECT_EQ(call("permissions.status"),
             json::parse(R"({"accessibility": true, "launch_at_login": false, "browsers": {},
-                            "probes": {"idle": "x11"}, "probe_names": {"idle": "X11"}, "advice": "",
-                            "browsers_running": [{"bundle": "org.mozilla.firefox",
-                                                  "name": "Firefox"}]})"));
+                            "probes": {"foreground": "fake", "idle": "fake", "inhibition": "fake",
+                                       "session": "none"},
+                            "probe_names": {"foreground": "Fake", "idle": "Fake",
+                                            "inhibition": "Fake", "session": "non disponible ici"},
+                            "advice": "", "browsers_running": [{"bundle": "org.mozilla.firefox",
+                                                                "name": "Firefox"}]})"));
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "vi"})"), error("navigateur inconnu"));
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})"),
             json::value({{"ok", true}, {"error", nullptr}}));
   EXPECT_EQ(setting("browser_perms"), R"({"org.mozilla.firefox":"ok"})");
-  browserTest = {false, "timeout"};
-  EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})"),
-            json::value({{"ok", false}, {"error", "timeout"}}));
+  tab.reset();
+  const auto failed = call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})");
+  EXPECT_EQ(failed.at("ok"), false);
+  EXPECT_TRUE(failed.at("error").as_string().starts_with("Pas de réponse (")) << failed;
   EXPECT_EQ(call("permissions.status").at("browsers").at("org.mozilla.firefox"), "denied");
 }
 
 TEST_F(RouterTest, ActionsAskTheDesktop) {
+  probes.requestTitles = [] { return "Activez l'extension."; };
   for (const auto* route : {"permissions.requestAccessibility", "permissions.openAutomation",
                             "revealData", "quit", "openURL"}) {
     EXPECT_EQ(call(route), done()) << route;
   }
   call("openURL", R"({"url": "pas une adresse"})");
   call("openURL", R"({"url": "https://exemple.fr/é?a=b"})");
-  EXPECT_EQ(asked, (Asked{"requestAccessibility", "openAutomation", "reveal", "quit",
-                          "open https://exemple.fr/é?a=b"}));
+  EXPECT_EQ(shell.asked, (Asked{"tell Activez l'extension.", "open navigateurs.html",
+                                "reveal " + store.db.location().file().filename().string(), "quit",
+                                "open https://exemple.fr/é?a=b"}));
+}
+
+TEST_F(RouterTest, NoRouteIsMissingFromTheReference) {
+  std::ifstream file(std::string(test::kSourceFolder) + "/docs/routes.md");
+  std::set<std::string> documented;
+  for (std::string line; std::getline(file, line);) {
+    // | `name` | kind | …
+    if (!line.starts_with("| `")) continue;
+    const auto end = line.find('`', 3);
+    documented.insert(line.substr(3, end - 3) +
+                      line.substr(end + 1, line.find(" |", end + 4) - end - 1));
+  }
+  std::set<std::string> known;
+  for (const auto* route : Router::routes()) {
+    known.insert(std::string(route->name) + " | " + std::string(nameOf(route->kind)));
+  }
+  EXPECT_EQ(documented, known);
+}
+
+TEST_F(RouterTest, DatesThatAreNoneMeanToday) {
+  for (const auto* body : {"{}", R"({"date": "2023-13-01"})"}) {
+    EXPECT_EQ(call("day", body).at("date"), "2023-11-14");
+  }
+  EXPECT_TRUE(call("day").at("first").is_null());
 }
 
 TEST_F(RouterTest, TheLoginItemIsAnAutostartEntry) {
@@ -243,17 +274,17 @@ TEST_F(RouterTest, TheLoginItemIsAnAutostartEntry) {
 TEST_F(RouterTest, ExportWritesWhereTheUserWants) {
   span(kNow - 600, kNow);
   EXPECT_EQ(call("export"), json::value({{"ok", false}}));
-  EXPECT_EQ(asked.back(), "save lumaplan_2023-11-14_2023-11-14.csv");
-  saveTo = store.db.location().dir / "été.csv";
+  EXPECT_EQ(shell.asked.back(), "save lumaplan_2023-11-14_2023-11-14.csv");
+  shell.saveTo = store.db.location().dir / "été.csv";
   EXPECT_EQ(call("export", R"({"from": "2023-11-13"})"), done());
-  EXPECT_EQ(asked.back(), "save lumaplan_2023-11-13_2023-11-13.csv");
+  EXPECT_EQ(shell.asked.back(), "save lumaplan_2023-11-13_2023-11-13.csv");
   call("export", R"({"from": "2023-11-13", "to": "2023-11-14"})");
-  std::ifstream file(*saveTo);
+  std::ifstream file(*shell.saveTo);
   std::string line;
   int lines = 0;
   while (std::getline(file, line)) ++lines;
   EXPECT_GE(lines, 2);
-  saveTo = "/proc/nulle/part.csv";
+  shell.saveTo = "/proc/nulle/part.csv";
   const auto failed = call("export");
   EXPECT_EQ(failed.at("ok"), true) << "the user did choose";
   EXPECT_EQ(failed.at("written"), false);

@@ -67,10 +67,10 @@ std::unique_ptr<FilledProgram> nextRecording() {
     while (list.size() < 12) {
       list.push_back(std::make_unique<FilledProgram>());
       list.back()->desktop.show("Éditeur", "titre");
-      list.back()->tracker.start();
+      list.back()->core.tracker.start();
     }
     for (auto& program : list) {
-      while (!program->tracker.current()) std::this_thread::sleep_for(5ms);
+      while (!program->core.tracker.current()) std::this_thread::sleep_for(5ms);
       program->clock.now = kNow + 60;
       settle(*program);
     }
@@ -248,7 +248,7 @@ TEST_F(StoreFaults, AnotherProgramsLockIsWaitedForAndThenTold) {
       for (auto& run : runs) {
         const auto start = std::chrono::steady_clock::now();
         (void)run->program->store.db.setting("onboarded");
-        (void)run->program->tracker.current();
+        (void)run->program->core.tracker.current();
         slowest = std::max(slowest, std::chrono::steady_clock::now() - start);
       }
     }

@@ -80,8 +80,8 @@ TEST_F(StoreRoutesTest, DeletedTimeIsInNoFileAnyMore) {
 
 TEST_F(StoreRoutesTest, WhatIsBeingRecordedIsDeletedUpToNow) {
   desktop.show("Éditeur", "lettre secrète");
-  tracker.start();
-  const auto id = [&] { return tracker.openSpanId(); };
+  core.tracker.start();
+  const auto id = [&] { return core.tracker.openSpanId(); };
   while (!id()) std::this_thread::yield();
   const auto first = *id();
   clock.now = clock.now + 5;
@@ -89,7 +89,7 @@ TEST_F(StoreRoutesTest, WhatIsBeingRecordedIsDeletedUpToNow) {
   const auto rows = store.db.query("SELECT start FROM events");
   ASSERT_EQ(rows.size(), 1U);
   EXPECT_EQ(rows.front().dbl("start"), clock.now);
-  tracker.shutdown();
+  core.tracker.shutdown();
 }
 
 TEST_F(StoreRoutesTest, ChangesAreListedTakenBackAndMadeAgain) {
@@ -166,7 +166,7 @@ TEST_F(StoreRoutesTest, BackupsAreMadeListedAndRestored) {
 
 TEST_F(StoreRoutesTest, ADamagedStoreIsMendedWhileTheProgramRuns) {
   std::vector<std::string> told;
-  keeper.listen(
+  core.keeper.listen(
       {.renewed = [] {}, .tell = [&](const auto& sentence) { told.push_back(sentence); }});
   for (int i = 0; i < 3000; ++i) span(i * 100, i * 100 + 90, "titre " + std::to_string(i));
   store.db.truncateLog();
@@ -177,7 +177,7 @@ TEST_F(StoreRoutesTest, ADamagedStoreIsMendedWhileTheProgramRuns) {
   }
   EXPECT_TRUE(call("week", R"({"date": "1970-01-02"})").as_object().contains("incomplete"));
   EXPECT_EQ(call("status").at("store").at("state"), "damaged");
-  keeper.look();
+  core.keeper.look();
   EXPECT_EQ(call("store.check").at("ok"), true);
   EXPECT_EQ(call("store.status").at("state"), "ok");
   ASSERT_EQ(told.size(), 1U);

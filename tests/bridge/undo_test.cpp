@@ -91,7 +91,7 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
   for (unsigned seed = 0; seed < 120; ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
-    history.forgetAll();
+    core.history.forgetAll();
     test::fillAtRandom(store.db, dice, kStart, 20000, {kStart + 7, kStart + 5000.5});
     std::vector<std::string> states{rows()};
     for (int i = 1 + dice.upTo(19); i > 0; --i) {
@@ -128,7 +128,7 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
   for (unsigned seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
-    history.forgetAll();
+    core.history.forgetAll();
     test::fillAtRandom(store.db, dice, kStart, 2000, {kStart + 7, kStart + 5000.5});
     for (int i = 0; i < 6; ++i) changeSomething(dice);
     auto ids = changes();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/program_files.h"
+#include "support/places.h"
 #include "support/temp_store.h"
 
 namespace orvanta {
@@ -25,7 +26,7 @@ boost::json::object readJson(const fs::path& path) {
   return broken ? boost::json::object() : value.as_object();
 }
 
-const fs::path kData = ORVANTA_DATA;
+const fs::path kData = test::kDataFolder;
 constexpr auto kName = "fr.quellvane.orvanta.tab.json";
 
 TEST(BrowserSetup, WritesTheManifestsOfInstalledBrowsers) {

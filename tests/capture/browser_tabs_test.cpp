@@ -14,6 +14,7 @@
 #include "capture/browser_connection.h"
 #include "support/fake_browser.h"
 #include "support/fake_desktop.h"
+#include "support/places.h"
 #include "support/temp_store.h"
 
 namespace orvanta {
@@ -143,7 +144,7 @@ TEST_F(BrowserTabsTest, AWindowTitleServesOnlyWhenItIsSurelyNoPrivateOne) {
 
 TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
   helper("echo \"l'extension n'est pas connectée\" >&2; exit 3");
-  BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, ORVANTA_DATA});
+  BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, test::kDataFolder});
   EXPECT_EQ(connection.test("com.apple.TextEdit").error, "navigateur inconnu");
   EXPECT_EQ(connection.test("com.vivaldi.Vivaldi").error,
             "Pas de réponse (l'extension n'est pas connectée). Ouvrez Vivaldi, puis recommencez.");

@@ -21,7 +21,8 @@ class CsvTest : public testing::Test {
  protected:
   std::string csv(const char* from, const char* to) {
     std::string text;
-    analytics.exportCsv(from, to, [&](std::string_view piece) { text += piece; });
+    analytics.exportCsv(*Date::parse(from), *Date::parse(to),
+                        [&](std::string_view piece) { text += piece; });
     return text;
   }
 
@@ -67,7 +68,7 @@ TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {
   EXPECT_EQ(exportCsvFile(analytics, {"hier", "2024-03-31"}), 2);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/nulle/part.csv"}), 1);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/dev/full"}), 1);
-  EXPECT_EQ(writeCsv(analytics, "2024-03-31", "2024-03-31", "/dev/full").problem,
+  EXPECT_EQ(writeCsv(analytics, {2024, 3, 31}, {2024, 3, 31}, "/dev/full").problem,
             "il n'y a plus de place");
 }
 

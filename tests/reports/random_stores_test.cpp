@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "bridge/report_json.h"
 #include "reports/analytics.h"
 #include "support/fake_desktop.h"
 #include "support/naive_reports.h"
@@ -62,8 +63,9 @@ TEST_F(RandomStores, GiveTheSameDayAsTheNaiveReport) {
     store.db.setSetting("min_block_seconds", dice.oneOf(shortestBlocks));
     for (const int asked : {day, day + 1}) {
       clock.now = test::naiveStart(asked) + dice.upTo(80000);
-      const auto text = dice.oneIn(10) ? std::nullopt : std::optional(test::naiveIso(asked));
-      expectSame(analytics.day(text), test::naiveDayReport(store.db, asked));
+      const auto date = dice.oneIn(10) ? analytics.today() : *Date::parse(test::naiveIso(asked));
+      expectSame(json::value_from(analytics.day(date)).as_object(),
+                 test::naiveDayReport(store.db, asked));
     }
   });
 }
@@ -75,9 +77,10 @@ TEST_F(RandomStores, GiveTheSameWeekAndRecapAsTheNaiveReports) {
                        edges(monday - 7, monday + 7));
     const int asked = monday + dice.upTo(6);
     clock.now = test::naiveStart(asked) + dice.upTo(80000);
-    const auto text = dice.oneIn(10) ? std::nullopt : std::optional(test::naiveIso(asked));
-    expectSame(analytics.week(text), test::naiveWeekReport(store.db, asked));
-    const auto recap = analytics.recap(text);
+    const auto date = dice.oneIn(10) ? analytics.today() : *Date::parse(test::naiveIso(asked));
+    expectSame(json::value_from(analytics.week(date)).as_object(),
+               test::naiveWeekReport(store.db, asked));
+    const auto recap = json::value_from(analytics.recap(date));
     const auto expected = test::naiveRecapReport(store.db, asked);
     EXPECT_EQ(recap.at("monday"), expected.at("monday"));
     for (const auto* week : {"current", "previous"}) {

@@ -2,6 +2,7 @@
 
 #include <boost/json/parse.hpp>
 
+#include "bridge/report_json.h"
 #include "reports/agg.h"
 #include "reports/analytics.h"
 #include "support/fake_desktop.h"
@@ -21,8 +22,9 @@ TEST(Agg, CountsIdleTimeOfAProjectAsNoActivity) {
                 .idle = true,
                 .cat = pool.intern("travail"),
                 .pid = 1};
-  EXPECT_EQ(json::value(aggJson(aggregate({idle}), {{1, {.id = 1, .name = "Un", .color = "#1"}}})),
-            json::parse(R"({"active": 0.0, "by_category": {"travail": 600.0},
+  EXPECT_EQ(
+      json::value_from(totalsOf(aggregate({idle}), {{1, {.id = 1, .name = "Un", .color = "#1"}}})),
+      json::parse(R"({"active": 0.0, "by_category": {"travail": 600.0},
                 "by_project": [{"id": 1, "name": "Un", "color": "#1", "duration": 600.0}],
                 "apps": [], "domains": []})"));
 }
@@ -41,18 +43,10 @@ TEST_F(AnalyticsTest, TotalsAreThoseOfTheDay) {
       "(?1+3600,?1+3700,'Inactif',1)",
       {paris.startOf({2023, 11, 15})});
   store.db.run("INSERT INTO projects(name) VALUES ('A')");
-  const auto day = analytics.day("2023-11-15");
-  const auto totals = analytics.totals("2023-11-15");
-  EXPECT_EQ(totals.size(), 2U);
-  for (const auto& [key, value] : totals) EXPECT_EQ(value, day.at(key)) << key;
-}
-
-TEST_F(AnalyticsTest, DayMeansTodayWhereNoDateIsGiven) {
-  for (const auto& text :
-       {std::optional<std::string>(), std::optional<std::string>("2023-13-01")}) {
-    EXPECT_EQ(analytics.day(text).at("date"), "2023-11-14");
-  }
-  EXPECT_TRUE(analytics.day({}).at("first").is_null());
+  const auto day = analytics.day({2023, 11, 15});
+  const auto totals = analytics.totals({2023, 11, 15});
+  EXPECT_EQ(json::value_from(totals.totals), json::value_from(day.totals));
+  EXPECT_EQ(json::value_from(totals.projects), json::value_from(day.projects));
 }
 
 TEST_F(AnalyticsTest, ASessionLastsToTheEndOfItsLastSpan) {
@@ -60,8 +54,7 @@ TEST_F(AnalyticsTest, ASessionLastsToTheEndOfItsLastSpan) {
       "INSERT INTO events(start,end,idle) VALUES (?1,?1+5000,0), (?1+1000,?1+1100,0), "
       "(?1+6000,?1+6100,1), (?1+6100,?1+6700,0)",
       {paris.startOf({2023, 11, 15})});
-  const auto recap = analytics.recap("2023-11-15");
-  EXPECT_EQ(recap.at("current").at("longest_session"), 1100.0);
+  EXPECT_EQ(analytics.recap({2023, 11, 15}).current.longestSession, 1100.0);
 }
 
 }  // namespace

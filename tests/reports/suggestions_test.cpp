@@ -32,8 +32,7 @@ class SuggestionsTest : public testing::Test {
   std::vector<std::string> found() {
     std::vector<std::string> list;
     for (const auto& entry : Analytics(store.db, clock.read()).suggestions()) {
-      list.push_back(std::string(entry.at("name").as_string()) + " > " +
-                     std::string(entry.at("project").as_string()));
+      list.push_back(entry.name + " > " + entry.project);
     }
     return list;
   }

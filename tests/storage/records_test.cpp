@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <boost/json/serialize.hpp>
-
+#include "bridge/report_json.h"
 #include "classify/rule_set.h"
 #include "storage/ev.h"
 #include "storage/project.h"
@@ -43,38 +42,19 @@ TEST(Ev, ReadsRowsWithNeutralValuesForWhatIsMissing) {
   EXPECT_EQ(firstEv(store, pool, "SELECT 20 AS start, 10 AS end").duration(), 0);
 }
 
-TEST(Ev, ShowsTheDashboardTheEffectiveClassificationOnly) {
-  test::TempStore store;
-  StringPool pool;
-  auto ev = firstEv(store, pool,
-                    "SELECT 1 AS id, 1.5 AS start, 2 AS end, 'A' AS app, 'b' AS bundle, "
-                    "'</script>' AS title, 'http://x/' AS url, 'loisir' AS category");
-  ev.pid = 4;
-  EXPECT_EQ(json::value(ev.json()), json::value({{"id", 1},
-                                                 {"start", 1.5},
-                                                 {"end", 2.0},
-                                                 {"app", "A"},
-                                                 {"domain", nullptr},
-                                                 {"title", "</script>"},
-                                                 {"cat", "nonclasse"},
-                                                 {"pid", 4},
-                                                 {"idle", false},
-                                                 {"manual", false}}));
-}
-
 TEST(Project, FillsInDefaultsAndParsesKeywords) {
   test::TempStore store;
   store.db.run("INSERT INTO projects(name, color, category, archived, keywords) VALUES (?,?,?,?,?)",
                {"Été", nullptr, nullptr, 1, "  Alpha ,, ab,\tDeux MOTS , Éo1 , \n"});
   const auto project = Project::fromRow(store.db.query("SELECT * FROM projects").front());
   EXPECT_EQ(project.keywords, (std::vector<std::string>{"alpha", "deux mots", "éo1"}));
-  EXPECT_EQ(json::value(project.json()), json::value({{"id", 1},
-                                                      {"name", "Été"},
-                                                      {"color", "#3b82f6"},
-                                                      {"category", "travail"},
-                                                      {"archived", true},
-                                                      {"keywords", "alpha, deux mots, éo1"}}));
-  EXPECT_EQ(Project().json().at("keywords"), "");
+  EXPECT_EQ(json::value_from(project), json::value({{"id", 1},
+                                                    {"name", "Été"},
+                                                    {"color", "#3b82f6"},
+                                                    {"category", "travail"},
+                                                    {"archived", true},
+                                                    {"keywords", "alpha, deux mots, éo1"}}));
+  EXPECT_EQ(json::value_from(Project()).at("keywords"), "");
 }
 
 TEST(Rule, ReadsRowsWithNeutralValuesForWhatIsMissing) {

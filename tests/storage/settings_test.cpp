@@ -10,6 +10,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "support/places.h"
+
 using namespace orvanta;
 
 namespace {
@@ -97,7 +99,8 @@ std::string reference() {
 
 // UPDATE_DOCS=1 in the environment writes it.
 TEST(Settings, TheReferenceTellsTheTable) {
-  const std::filesystem::path file = ORVANTA_SOURCE "/docs/settings.md";
+  const std::filesystem::path file =
+      std::string(orvanta::test::kSourceFolder) + "/docs/settings.md";
   if (std::getenv("UPDATE_DOCS")) std::ofstream(file) << reference();
   EXPECT_EQ(std::string(std::istreambuf_iterator(std::ifstream(file).rdbuf()), {}), reference());
 }

@@ -3,10 +3,12 @@
 
 #include <atomic>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "capture/collectors.h"
+#include "platform/desktop.h"
 
 namespace orvanta::test {
 
@@ -38,6 +40,16 @@ struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
     return awake;
   }
   Source source() override { return {"fake", "Fake"}; }
+
+  /// Probes that see this desktop, which outlives them.
+  Desktop probes() {
+    auto blind = blindDesktop();
+    const std::shared_ptr<FakeDesktop> self(std::shared_ptr<void>(), this);  // owned elsewhere
+    blind.foreground = self;
+    blind.idle = self;
+    blind.inhibition = self;
+    return blind;
+  }
 
   Collectors collectors{*this, *this, *this,
                         [this](const FrontmostApp& front) -> std::optional<BrowserTab> {

@@ -8,6 +8,7 @@
 #include <boost/json/object.hpp>
 #include <utility>
 
+#include "bridge/report_json.h"
 #include "support/naive_calendar.h"
 #include "support/naive_spans.h"
 
@@ -195,7 +196,8 @@ inline json::object naiveDayReport(Database& db, int day) {
   double minSeconds = strtod(setting.c_str(), &rest);
   if (setting.empty() || *rest != '\0') minSeconds = 60;
   std::map<std::string, json::object> byName;
-  for (const auto& [id, project] : projects) byName[project.name] = project.json();
+  for (const auto& [id, project] : projects)
+    byName[project.name] = json::value_from(project).as_object();
   json::array projectList;
   for (const auto& [name, project] : byName) projectList.push_back(project);
   return {{"date", naiveIso(day)},

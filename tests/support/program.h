@@ -1,16 +1,41 @@
-// What stands behind the router, put together over a store and a desktop of the test.
+// The core over a store and a desktop of the test.
 #pragma once
 
 #include <boost/json/parse.hpp>
 #include <string>
 #include <vector>
 
+#include "bridge/core.h"
 #include "bridge/request.h"
-#include "bridge/router.h"
+#include "bridge/routes/routes.h"
 #include "support/fake_desktop.h"
+#include "support/places.h"
 #include "support/temp_store.h"
 
 namespace orvanta::test {
+
+/// Writes down what is asked of it.
+struct FakeShell : Shell {
+  void post(std::function<void()> task) override { task(); }
+  void quit() override { asked.emplace_back("quit"); }
+  void showDashboard(const std::string& token) override { asked.push_back("show " + token); }
+  void refreshMenu() override { asked.emplace_back("menu"); }
+  void tell(const std::string& sentence) override { asked.push_back("tell " + sentence); }
+  void openUrl(const std::string& url) override { asked.push_back("open " + url); }
+  void openFile(const std::filesystem::path& file) override {
+    asked.push_back("open " + file.filename().string());
+  }
+  void reveal(const std::filesystem::path& file) override {
+    asked.push_back("reveal " + file.filename().string());
+  }
+  std::optional<std::filesystem::path> saveAs(const std::string& name) override {
+    asked.push_back("save " + name);
+    return saveTo;
+  }
+
+  std::vector<std::string> asked;  ///< in order
+  std::optional<std::filesystem::path> saveTo;
+};
 
 struct Program {
   Program() = default;
@@ -19,63 +44,44 @@ struct Program {
 
   /// The answer of a route to arguments in JSON.
   boost::json::value call(const std::string& route, const std::string& body = "{}") {
-    return boost::json::parse(answer(router, route, boost::json::parse(body).as_object()).json);
+    return boost::json::parse(
+        answer(core.router, route, boost::json::parse(body).as_object()).json);
   }
 
-  /// What the route asked the desktop to do, in order.
-  std::vector<std::string> asked;
-  std::optional<std::filesystem::path> saveTo;
-  BrowserTest browserTest{true, ""};
+  FakeShell shell;
+  /// What a browser's helper prints when it is tested; absent while it does not answer.
+  std::optional<std::string> tab = "https://exemple.fr/\nExemple";
 
   TempStore store;
   FakeDesktop desktop;
   FakeClock clock;
+  Desktop probes = desktop.probes();
   Calendar calendar{Glib::TimeZone::create("Europe/Paris")};
-  Tracker tracker{store.db, desktop.collectors, clock.read(), clock.uptime()};
-  Analytics analytics{store.db, clock.read(), calendar};
-  History history{store.db, clock.read()};
-  Backups backups{Backups::folderOf(store.db.location())};
-  StoreKeeper keeper{store.db, backups, clock.read(), calendar};
-  Telemetry telemetry{store.db, {"0.1", "12.0", "x86_64"}, "http://127.0.0.1:1", {}, clock.read()};
-  Router router{{.db = store.db,
-                 .tracker = tracker,
-                 .analytics = analytics,
-                 .history = history,
-                 .keeper = keeper,
-                 .telemetry = telemetry,
-                 .loginItem = {store.db.location().dir / "autostart", "/opt/Mes \"outils\"/orv$"},
-                 .platform = actions()},
-                clock.read(),
-                calendar};
+  Core core{{.db = store.db,
+             .desktop = probes,
+             .shell = shell,
+             .browsers = browsers(),
+             .loginItem = {folder() / "autostart", "/opt/Mes \"outils\"/orv$"},
+             .facts = {"0.1", "12.0", "x86_64"},
+             .service = "http://127.0.0.1:1",
+             .clock = clock.read(),
+             .uptime = clock.uptime(),
+             .calendar = calendar,
+             .log = store.log.sink()}};
 
  private:
-  PlatformActions actions() {
-    const auto note = [this](const char* what) {
-      return [this, what] { asked.emplace_back(what); };
-    };
-    PlatformActions actions;
-    actions.accessibilityGranted = [] { return true; };
-    actions.probes = [] { return boost::json::object{{"idle", "x11"}}; };
-    actions.probeNames = [] { return boost::json::object{{"idle", "X11"}}; };
-    actions.requestAccessibility = note("requestAccessibility");
-    actions.runningBrowsers = [] {
-      return std::vector<BrowserName>{{"org.mozilla.firefox", "Firefox"}};
-    };
-    actions.isBrowser = [](const std::string& bundle) { return bundle == "org.mozilla.firefox"; };
-    actions.testBrowser = [this](const std::string& bundle) {
-      asked.push_back("test " + bundle);
-      return browserTest;
-    };
-    actions.openAutomation = note("openAutomation");
-    actions.openUrl = [this](const std::string& url) { asked.push_back("open " + url); };
-    actions.revealData = note("reveal");
-    actions.saveAs = [this](const std::string& name) {
-      asked.push_back("save " + name);
-      return saveTo;
-    };
-    actions.refreshMenu = note("menu");
-    actions.quit = note("quit");
-    return actions;
+  std::filesystem::path folder() const { return store.db.location().dir; }
+  Core::Browsers browsers() {
+    return {.helper = "orvanta-tab",
+            .sockets = folder(),
+            .runChild = [this](const ChildCommand&, double) -> ChildResult {
+              return {.timedOut = !tab, .output = tab.value_or("")};
+            },
+            .setup = {{folder(), folder()}, "orvanta-tab", kDataFolder},
+            .running =
+                [] {
+                  return std::vector<RunningBrowser>{{findBrowser("org.mozilla.firefox"), 7}};
+                }};
   }
 };
 

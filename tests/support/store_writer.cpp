@@ -80,7 +80,7 @@ class StoreWriter {
     range.end = range.start + dice_.upTo(600);
     if (!engine_->hold(range)) return;
     range.end = std::min(range.end, engine_->cut().value_or(range.end));
-    const bool changed = bool{program_.history.record([&](Transaction& change) {
+    const bool changed = bool{program_.core.history.record([&](Transaction& change) {
       orvanta::assignRange(change, range, fmt::format("c{}", dice_.upTo(3)), project);
       return ChangeNote{.kind = "assignRange"};
     })};

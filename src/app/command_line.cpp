@@ -1,0 +1,34 @@
+#include "app/command_line.h"
+
+#include <giomm/appinfo.h>
+#include <glibmm/convert.h>
+
+#include "base/log.h"
+#include "platform/desktop_actions.h"
+
+namespace orvanta {
+namespace {
+
+void open(const std::string& uri) {
+  try {
+    Gio::AppInfo::launch_default_for_uri(uri);
+  } catch (const Glib::Error& error) {
+    systemLog(std::string("Orvanta: ouverture impossible : ") + error.what());
+  }
+}
+
+}  // namespace
+
+void CommandLine::tell(const std::string& sentence) {
+  systemLog("Orvanta: " + sentence);
+}
+
+void CommandLine::openUrl(const std::string& url) {
+  if (mayBeOpened(url)) open(url);
+}
+
+void CommandLine::openFile(const std::filesystem::path& file) {
+  open(Glib::filename_to_uri(file.string()));
+}
+
+}  // namespace orvanta

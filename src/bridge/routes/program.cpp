@@ -1,0 +1,121 @@
+// The program itself: what it does now, and what it is told to do.
+#include <glib.h>
+
+#include "bridge/report_json.h"
+#include "bridge/routes/routes.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+json::value currentActivity(const Tracker& tracker) {
+  const auto now = tracker.current();
+  if (!now) return nullptr;
+  const auto& [sample, elapsed] = *now;
+  return {{"app", sample.app},
+          {"domain", jsonOrNull(sample.domain)},
+          {"title", jsonOrNull(sample.title)},
+          {"idle", sample.idle},
+          {"duration", elapsed}};
+}
+
+json::value status(Core& core, const Body& /*body*/) {
+  auto& db = core.db;
+  const auto& tracker = core.tracker;
+  const auto project = tracker.currentProjectId();
+  const auto settings = db.settings();
+  const auto newer = core.telemetry.updateAvailable();
+  json::object answer{
+      {"paused", tracker.paused()},
+      {"current", currentActivity(tracker)},
+      {"now", core.clock()},
+      {"accessibility", core.collectors.accessibilityGranted()},
+      {"current_project", jsonOrNull(project)},
+      {"current_project_name", jsonOrNull(projectName(core, project))},
+      {"current_project_since", jsonOrNull(tracker.currentProjectSince())},
+      {"db", db.location().file().string()},
+      {"onboarded", settings.onboarded || !db.readable()},
+      {"telemetry", core.telemetry.enabled()},
+      {"install_id", settings.installId},
+      {"version", core.telemetry.appVersion()},
+      {"update", newer ? json::value({{"version", newer->version}, {"url", newer->url}})
+                       : json::value(nullptr)}};
+  if (const auto condition = db.condition()) {
+    answer["store"] = {{"state", nameOf(condition->trouble)},
+                       {"message", sentenceOf(condition->trouble)},
+                       {"since", condition->since}};
+  }
+  return answer;
+}
+
+json::value routesList(Core& /*core*/, const Body& /*body*/) {
+  json::array list;
+  for (const auto* route : Router::routes()) {
+    list.push_back({{"name", route->name}, {"kind", nameOf(route->kind)}});
+  }
+  return list;
+}
+
+json::value pause(Core& core, const Body& /*body*/) {
+  return told(core, core.tracker.setPaused(true));
+}
+
+json::value resume(Core& core, const Body& /*body*/) {
+  return told(core, core.tracker.setPaused(false));
+}
+
+json::value setProject(Core& core, const Body& body) {
+  core.tracker.setCurrentProjectId(body.i("project_id"));
+  core.shell.refreshMenu();
+  return done();
+}
+
+json::value setTelemetry(Core& core, const Body& body) {
+  const auto written = core.telemetry.setEnabled(body.b("enabled").value_or(false));
+  return told(core, written, {{"ok", true}, {"enabled", core.telemetry.enabled()}});
+}
+
+json::value checkUpdate(Core& core, const Body& /*body*/) {
+  core.telemetry.checkUpdate();
+  return done();
+}
+
+json::value openUrl(Core& core, const Body& body) {
+  const auto url = body.s("url");
+  if (url && g_uri_is_valid(url->c_str(), G_URI_FLAGS_NONE, nullptr) != 0) {
+    core.shell.openUrl(*url);
+  }
+  return done();
+}
+
+json::value revealData(Core& core, const Body& /*body*/) {
+  core.shell.reveal(core.db.location().file());
+  return done();
+}
+
+json::value quit(Core& core, const Body& /*body*/) {
+  core.shell.quit();
+  return done();
+}
+
+constexpr Route kRoutes[]{
+    {"status", RouteKind::Read, status},
+    {"routes.list", RouteKind::Read, routesList},
+    {"tracker.pause", RouteKind::Write, pause},
+    {"tracker.resume", RouteKind::Write, resume},
+    {"tracker.project", RouteKind::Write, setProject},
+    {"telemetry.set", RouteKind::Write, setTelemetry},
+    {"update.check", RouteKind::Read, checkUpdate},
+    {"openURL", RouteKind::Read, openUrl},
+    {"revealData", RouteKind::Read, revealData},
+    {"quit", RouteKind::Read, quit},
+};
+
+}  // namespace
+
+RouteTable programRoutes() {
+  return kRoutes;
+}
+
+}  // namespace orvanta

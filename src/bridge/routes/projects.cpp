@@ -1,0 +1,96 @@
+// The user's projects.
+#include <algorithm>
+
+#include "bridge/change_labels.h"
+#include "bridge/routes/routes.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+constexpr auto kNameTaken = "un projet porte déjà ce nom";
+
+json::value list(Core& core, const Body& /*body*/) {
+  return rowsOf(core, "SELECT * FROM projects ORDER BY archived, name");
+}
+
+// An id that was used is not used again: undoing would take one project for another.
+void keepId(Core& core, int64_t id) {
+  core.highestProject = std::max<int64_t>(core.highestProject, id);
+}
+
+json::value save(Core& core, const Body& body) {
+  const Project usual;
+  const auto name = body.trimmed("name").value_or("");
+  if (name.empty()) throw AppError("nom manquant");
+  const auto id = body.i("id");
+  const Args common{name, body.s("color").value_or(usual.color),
+                    body.s("category").value_or(usual.category), body.trimmed("keywords")};
+  int64_t added = 0;
+  const auto written = core.history.record([&](Transaction& change) {
+    auto args = common;
+    if (id) {
+      args.insert(args.end(), {body.i("archived").value_or(0), *id});
+      change.run(
+          "UPDATE projects SET name=?1, color=?2, category=?3, keywords=?4, archived=?5 "
+          "WHERE id=?6",
+          args);
+    } else {
+      args.insert(args.end(), {core.highestProject.load(), core.clock()});
+      added = change.run(
+          "INSERT INTO projects(name, color, category, keywords, id, created) VALUES (?1,?2,?3,?4,"
+          "1 + max(?5, (SELECT coalesce(max(id), 0) FROM projects)),?6)",
+          args);
+    }
+    return ChangeNote{.kind = "project.save", .label = labels::projectSaved(name)};
+  });
+  if (id) {
+    auto answer = told(core, written, {{"ok", true}, {"id", *id}});
+    if (written.conflict()) answer["message"] = kNameTaken;
+    return answer;
+  }
+  if (written.conflict()) throw AppError(kNameTaken);
+  if (!written) throw AppError(core.db.whyNot(written));
+  keepId(core, added);
+  return {{"ok", true}, {"id", added}};
+}
+
+json::value remove(Core& core, const Body& body) {
+  const auto id = body.i("id");
+  if (!id) throw AppError("id manquant");
+  const auto written = core.history.record([&](Transaction& change) {
+    ChangeNote note{.kind = "project.delete"};
+    change.each("SELECT name FROM projects WHERE id=?", {*id}, [&](const Cursor& row) {
+      note.label = labels::projectDeleted(row.str(0).value_or(""));
+    });
+    change.each("SELECT count(*), sum(end - start) FROM events WHERE project_id=?", {*id},
+                [&](const Cursor& row) {
+                  note.spans = row.int_(0).value_or(0);
+                  note.seconds = row.dbl(1);
+                });
+    change.run("DELETE FROM projects WHERE id=?", {*id});
+    change.run("UPDATE rules SET project_id=NULL WHERE project_id=?", {*id});
+    change.run("UPDATE events SET project_id=NULL WHERE project_id=?", {*id});
+    return note;
+  });
+  if (written) {
+    keepId(core, *id);
+    core.tracker.forgetProject(*id);
+  }
+  return told(core, written);
+}
+
+constexpr Route kRoutes[]{
+    {"projects.list", RouteKind::Read, list},
+    {"projects.save", RouteKind::Write, save},
+    {"projects.delete", RouteKind::Write, remove},
+};
+
+}  // namespace
+
+RouteTable projectRoutes() {
+  return kRoutes;
+}
+
+}  // namespace orvanta

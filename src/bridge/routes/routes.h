@@ -1,0 +1,56 @@
+// The tables of routes by subject, and what their answers have in common.
+#pragma once
+
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/calendar.h"
+#include "bridge/app_error.h"
+#include "bridge/body.h"
+#include "bridge/core.h"
+#include "bridge/router.h"
+
+namespace orvanta {
+
+using RouteTable = std::span<const Route>;
+RouteTable programRoutes();
+RouteTable reportRoutes();
+RouteTable projectRoutes();
+RouteTable ruleRoutes();
+RouteTable eventRoutes();
+RouteTable changeRoutes();
+RouteTable settingsRoutes();
+RouteTable permissionRoutes();
+RouteTable storeRoutes();
+
+/// The answer of what was done.
+inline boost::json::object done() {
+  return {{"ok", true}};
+}
+
+/// The answer, which says so when nothing was stored.
+boost::json::object told(Core& core, const Written& written, boost::json::object answer = done());
+
+/// Rows as the store has them, column by column. Throws when they cannot be read: an empty list
+/// would say that there are none.
+boost::json::array rowsOf(Core& core, std::string_view sql);
+
+/// What is wrong with the file of the data, or `otherwise`.
+std::string troubleOr(Core& core, const std::string& otherwise);
+
+/// The date of this name; today when it is absent or none.
+Date dateIn(Core& core, const Body& body, std::string_view key = "date");
+
+/// "start" and "end"; throws without them.
+TimeRange rangeIn(const Body& body);
+
+std::optional<std::string> projectName(Core& core, const std::optional<int64_t>& id);
+
+/// The sentence, or null where there is none.
+boost::json::value textOrNull(std::string_view text);
+
+}  // namespace orvanta

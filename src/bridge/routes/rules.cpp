@@ -1,0 +1,93 @@
+// The rules by which time is sorted.
+#include "bridge/change_labels.h"
+#include "bridge/report_json.h"
+#include "bridge/routes/routes.h"
+#include "classify/defaults.h"
+#include "reports/rule_preview.h"
+
+namespace orvanta {
+namespace {
+
+namespace json = boost::json;
+
+json::value list(Core& core, const Body& /*body*/) {
+  return rowsOf(core, "SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id");
+}
+
+// The texts as the store will hold them: up to a NUL.
+Rule ruleIn(const Body& body) {
+  const auto stored = [](const std::string& text) { return std::string(text.c_str()); };
+  Rule rule{.field = body.s("field").value_or(""),
+            .pattern = body.trimmed("pattern").value_or(""),
+            .category = body.s("category"),
+            .projectId = body.i("project_id")};
+  if (rule.pattern.empty() || !parsed<RuleField>(rule.field)) throw AppError("règle invalide");
+  rule.pattern = stored(rule.pattern);
+  if (rule.category) rule.category = stored(*rule.category);
+  return rule;
+}
+
+json::value preview(Core& core, const Body& body) {
+  constexpr int kUsualDays = 30;
+  // Wider than any calendar's days, and yet finite: a damaged span gives no infinite sum.
+  constexpr TimeRange kAllHistory{-1e11, 1e11};
+  const auto rule = ruleIn(body);
+  const bool all = body.b("all").value_or(false);
+  const auto to = dateIn(core, body, "to");
+  const auto from = Date::parse(body.s("from").value_or("")).value_or(to.plusDays(1 - kUsualDays));
+  const TimeRange days{core.calendar.startOf(from), core.calendar.startOf(to.plusDays(1))};
+  auto answer = json::value_from(previewRule(core.db, rule, all ? kAllHistory : days)).as_object();
+  answer["from"] = all ? json::value(nullptr) : json::value(from.iso());
+  answer["to"] = all ? json::value(nullptr) : json::value(to.iso());
+  return answer;
+}
+
+json::value save(Core& core, const Body& body) {
+  const auto rule = ruleIn(body);
+  int64_t id = -1;
+  const auto written = core.history.record([&](Transaction& change) {
+    change.run("DELETE FROM rules WHERE field=? AND lower(pattern)=lower(?)",
+               {rule.field, rule.pattern});
+    id = change.run(
+        "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
+        "VALUES (?,?,?,?,?,?)",
+        {rule.field, rule.pattern, rule.category, rule.projectId, 0, core.clock()});
+    return ChangeNote{.kind = "rule.save", .label = labels::ruleSaved(rule.pattern)};
+  });
+  return told(core, written, {{"ok", true}, {"id", written ? id : -1}});
+}
+
+json::value remove(Core& core, const Body& body) {
+  const auto id = body.i("id").value_or(-1);
+  return told(core, core.history.record([&](Transaction& change) {
+    ChangeNote note{.kind = "rule.delete"};
+    change.each("SELECT pattern FROM rules WHERE id=?", {id}, [&](const Cursor& row) {
+      note.label = labels::ruleDeleted(row.str(0).value_or(""));
+    });
+    change.run("DELETE FROM rules WHERE id=?", {id});
+    return note;
+  }));
+}
+
+json::value defaults(Core& core, const Body& /*body*/) {
+  int added = 0;
+  const auto written = core.history.record([&](Transaction& change) {
+    added = addDefaults(change, core.clock);
+    return ChangeNote{.kind = "rules.defaults", .label = labels::defaultsRestored(added)};
+  });
+  return told(core, written, {{"ok", true}, {"added", written ? added : 0}});
+}
+
+constexpr Route kRoutes[]{
+    {"rules.list", RouteKind::Read, list},          {"rules.preview", RouteKind::Read, preview},
+    {"rules.save", RouteKind::Write, save},         {"rules.delete", RouteKind::Write, remove},
+    {"rules.defaults", RouteKind::Write, defaults},
+};
+
+}  // namespace
+
+RouteTable ruleRoutes() {
+  return kRoutes;
+}
+
+}  // namespace orvanta

@@ -1,0 +1,40 @@
+// What the program asks of whoever runs it.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace orvanta {
+
+/// The surroundings of the core: the resident program with its tray and window, or a single call
+/// from the command line. All may be called from any thread; those without a result return at once
+/// and act later, on the main thread, but for the command line, which acts at once.
+class Shell {
+ public:
+  virtual ~Shell() = default;
+
+  /// Runs `task` on the main thread.
+  virtual void post(std::function<void()> task) = 0;
+  /// Ends the program; answers that are on their way still go out.
+  virtual void quit() = 0;
+  /// Opens the window or brings it to the front. Wayland lets it come to the front only with the
+  /// token of what the user clicked on (xdg-activation-v1); "" where there is none.
+  virtual void showDashboard(const std::string& activationToken) = 0;
+  /// What the menu shows may have changed.
+  virtual void refreshMenu() = 0;
+  /// Shows the user a French sentence.
+  virtual void tell(const std::string& sentence) = 0;
+  /// Opens a web or mail address in the user's program for it, and no other address.
+  virtual void openUrl(const std::string& url) = 0;
+  /// Opens a file of ours in the user's program for it.
+  virtual void openFile(const std::filesystem::path& file) = 0;
+  /// Shows a file in the file manager.
+  virtual void reveal(const std::filesystem::path& file) = 0;
+  /// Lets the user choose where to save, and blocks until then; not on the main thread. Absent when
+  /// that was cancelled or there is no window to ask in.
+  virtual std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) = 0;
+};
+
+}  // namespace orvanta
