@@ -1,45 +1,43 @@
 import { createContext } from "preact";
 import { useContext, useEffect, useRef, useState } from "preact/hooks";
-import { type Bridge, written } from "./bridge/bridge";
-import type { Answer, Body, Route } from "./bridge/routes";
+import { type Bridge, inTime, written } from "./bridge/bridge";
+import type { Answer, Body, Route, RouteKind } from "./bridge/routes";
 
-// After these, what is on the screen may be out of date.
-const writes = new Set<Route>([
-  "projects.save",
-  "projects.delete",
-  "rules.save",
-  "rules.delete",
-  "rules.defaults",
-  "events.assign",
-  "events.assignRange",
-  "events.delete",
-  "changes.undo",
-  "changes.redo",
-  "store.backup",
-  "store.restore",
-  "settings.set",
-  "tracker.pause",
-  "tracker.resume",
-  "tracker.project",
-  "permissions.testBrowser",
-  "launchAtLogin",
-  "telemetry.set",
-  "onboarding.done",
-]);
-
-/** The bridge, and word to whoever shows data when a call has changed it. */
+/** The bridge, and word to whoever shows data when a call may have changed it. */
 export class Client implements Bridge {
   private readonly listeners = new Set<() => void>();
   private announced = false;
+  private kinds: Promise<ReadonlyMap<string, RouteKind>> | undefined;
 
   constructor(private readonly bridge: Bridge) {}
 
+  /** What is to be shown, of a route that is told to change nothing. Rejects as the bridge does. */
+  async read<R extends Route>(route: R, body: Body<R>): Promise<Answer<R>> {
+    const kind = await this.kindOf(route);
+    const answer = this.bridge.call(route, body);
+    return kind === "ask" ? answer : inTime(answer);
+  }
+
   /** Rejects as the bridge does, and when the program could not write what it was told. */
   async call<R extends Route>(route: R, body: Body<R>): Promise<Answer<R>> {
+    const kind = await this.kindOf(route);
     try {
-      return written(await this.bridge.call(route, body));
+      return written(await this.read(route, body));
     } finally {
-      if (writes.has(route) && !("preview" in body)) this.announce();
+      if (kind !== "read") this.announce();
+    }
+  }
+
+  // The program knows which of its routes write, and which take as long as the user.
+  private async kindOf(route: Route): Promise<RouteKind> {
+    this.kinds ??= inTime(this.bridge.call("routes.list", {})).then(
+      (routes) => new Map(routes.map(({ name, kind }) => [name, kind])),
+    );
+    try {
+      return (await this.kinds).get(route) ?? "read";
+    } catch (error) {
+      this.kinds = undefined;
+      throw error;
     }
   }
 
@@ -92,7 +90,7 @@ export function useAnswer<R extends Route>(route: R, body: Body<R>, seconds = 0)
       const turn = ++latest;
       pending += 1;
       try {
-        const answer = await client.call(route, body);
+        const answer = await client.read(route, body);
         if (turn === latest) setState({ answer });
       } catch (error) {
         const text = errorText(error);

@@ -11,21 +11,15 @@ export class BridgeError extends Error {}
 /** The program did what it could, but it is not on the disk. */
 export class UnstoredError extends BridgeError {}
 
-// The first two wait for a person: the save panel, the desktop's or the browser's own question. The
-// others may go through the whole file, and take their time not to be in the way.
-const patient = new Set<Route>([
-  "export",
-  "permissions.testBrowser",
-  "events.delete",
-  "store.backup",
-  "store.check",
-  "store.restorePreview",
-  "store.restore",
-]);
+/** How long an answer may take that waits for nobody, in milliseconds. */
+const patience = 20_000;
 
-/** How long the program may take to answer, in milliseconds; 0 means as long as it likes. */
-export function patience(route: Route): number {
-  return patient.has(route) ? 0 : 20_000;
+/** The answer, or a throw when it takes too long. */
+export function inTime<T>(answer: Promise<T>): Promise<T> {
+  return new Promise((resolve, reject) => {
+    const timer = setTimeout(() => reject(new BridgeError("Orvanta ne répond pas.")), patience);
+    void answer.then(resolve, reject).finally(() => clearTimeout(timer));
+  });
 }
 
 /** The answer, or a throw when it is {"error": text}. */

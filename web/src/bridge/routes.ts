@@ -103,9 +103,13 @@ interface Attempt {
 type Nothing = Record<string, never>;
 type OnDay = { date?: Day };
 
+/** A route only reads, or writes, or takes as long as somebody to decide, or as going through all data. */
+export type RouteKind = "read" | "write" | "ask";
+
 /** One line a route: what it takes, what it answers. */
 export interface Routes {
   status: [Nothing, Status];
+  "routes.list": [Nothing, { name: string; kind: RouteKind }[]];
   day: [OnDay, DayReport];
   week: [OnDay, WeekReport];
   recap: [OnDay, RecapReport];

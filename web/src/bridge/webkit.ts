@@ -1,4 +1,4 @@
-import { type Bridge, BridgeError, patience, unwrap } from "./bridge";
+import { type Bridge, BridgeError, unwrap } from "./bridge";
 
 interface Handler {
   postMessage(message: unknown): void;
@@ -32,15 +32,7 @@ export function webkitBridge(): Bridge {
       }
       return new Promise((resolve, reject) => {
         const id = ++lastId;
-        const limit = patience(route);
-        const timer = limit
-          ? setTimeout(() => {
-              waiting.delete(id);
-              reject(new BridgeError("Orvanta ne répond pas."));
-            }, limit)
-          : undefined;
         waiting.set(id, (answer) => {
-          clearTimeout(timer);
           try {
             resolve(unwrap(answer) as never);
           } catch (error) {
