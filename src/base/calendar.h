@@ -53,6 +53,9 @@ class Calendar {
   /// In a fixed zone ("Europe/Paris").
   explicit Calendar(const Glib::TimeZone& zone) : fixed_(zone) {}
 
+  /// In the zone as it is now, which is not looked up again: for many questions at a time.
+  Calendar pinned() const { return Calendar(zone()); }
+
   /// The local date of an instant.
   Date dateOf(double instant) const;
 

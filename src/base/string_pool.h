@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanta {
 
@@ -27,8 +28,6 @@ class Text {
 
   /// Dense number of the string in its pool, from 0. Only for a Text that holds something.
   uint32_t id() const { return entry_->id; }
-  /// The same for equal texts, of whatever pool. Only for a Text that holds something.
-  uint64_t hash() const { return entry_->hash; }
 
   /// Same text, or both nothing. Equal texts of one pool are seen to be so at once.
   friend bool operator==(Text a, Text b) {
@@ -37,6 +36,7 @@ class Text {
 
  private:
   friend class StringPool;
+  friend class TextSlot;
   // Stands right before its characters, so that both come into the processor's cache together.
   struct Entry {
     uint64_t hash;
@@ -49,6 +49,16 @@ class Text {
   const Entry* entry_ = nullptr;
 };
 
+/// A place for one text at a time, which costs no more than to copy it: for those that are looked
+/// at once. Such a Text has no id, and is another with the next hold().
+class TextSlot {
+ public:
+  Text hold(std::string_view text);
+
+ private:
+  std::vector<Text::Entry> room_;
+};
+
 /// Owns the strings. Not thread-safe: one request, one pool.
 class StringPool {
  public:
@@ -58,6 +68,10 @@ class StringPool {
 
   /// The pool's copy of `text`; the empty string is a string like any other.
   Text intern(std::string_view text);
+
+  /// By which texts can be told apart without being kept: another one each time the program runs,
+  /// so that nobody can make two texts that have the same.
+  static uint64_t hashOf(std::string_view text);
 
   /// How many distinct strings there are; every id is below it.
   uint32_t size() const { return static_cast<uint32_t>(index_.size()); }

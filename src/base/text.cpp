@@ -21,20 +21,49 @@ icu::UnicodeString fromUtf8(std::string_view utf8) {
       icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
 }
 
+constexpr uint64_t kHighBits = 0x8080808080808080;
+
+// Reports ask of every text; so eight bytes at a time.
+uint64_t eightBytes(std::string_view text) {
+  uint64_t bytes = 0;
+  std::memcpy(&bytes, text.data(), sizeof(bytes));
+  return bytes;
+}
+
+// How long the character is that `text` begins with, if it is of ASCII, or beyond and lower-cased;
+// 0 for others.
+std::size_t caselessBytes(std::string_view text) {
+  const auto byte = [&](std::size_t at) {
+    return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
+  };
+  const auto continues = [&](std::size_t at) { return (byte(at) & 0xC0) == 0x80; };
+  if (byte(0) < 0x80) return 1;
+  if (byte(0) == 0xC2 && byte(1) >= 0xA0 && continues(1)) return 2;  // U+00A0 on: « ° »
+  if (byte(0) == 0xC3 && byte(1) >= 0x9F && continues(1)) return 2;  // U+00DF on: ß à é
+  if (byte(0) == 0xE2 && byte(1) == 0x80 && continues(2)) return 3;  // U+2000 on: – ’ …
+  return 0;
+}
+
 }  // namespace
 
-// Eight bytes at a time: reports ask it of every distinct string.
 bool isAscii(std::string_view text) {
   uint64_t bits = 0;
-  while (text.size() >= sizeof(bits)) {
-    uint64_t bytes = 0;
-    std::memcpy(&bytes, text.data(), sizeof(bytes));
-    bits |= bytes;
-    text.remove_prefix(sizeof(bytes));
-  }
+  for (; text.size() >= sizeof(bits); text.remove_prefix(sizeof(bits))) bits |= eightBytes(text);
   for (const char c : text) bits |= static_cast<unsigned char>(c);
-  constexpr uint64_t kHighBits = 0x8080808080808080;
   return (bits & kHighBits) == 0;
+}
+
+bool lowersLikeAscii(std::string_view text) {
+  while (!text.empty()) {
+    if (text.size() >= sizeof(uint64_t) && (eightBytes(text) & kHighBits) == 0) {
+      text.remove_prefix(sizeof(uint64_t));
+      continue;
+    }
+    const auto known = caselessBytes(text);
+    if (known == 0) return false;
+    text.remove_prefix(known);
+  }
+  return true;
 }
 
 std::string lowerCase(std::string_view utf8) {

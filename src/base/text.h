@@ -11,6 +11,10 @@ namespace orvanta {
 
 bool isAscii(std::string_view text);
 
+/// Whether lowerCase() would change letters of ASCII only, as in most French text: told at a glance
+/// of small letters with accents and of punctuation, and denied of all else beyond ASCII.
+bool lowersLikeAscii(std::string_view text);
+
 /// Full Unicode lower-casing, independent of the user's language.
 std::string lowerCase(std::string_view utf8);
 

@@ -12,7 +12,6 @@ namespace orvanta {
 Classifier::Classifier(StringPool& pool, const std::vector<Rule>& rules, const Projects& projects)
     : pool_(pool),
       rules_(rules),
-      projects_(projects),
       unclassified_(pool.intern(textOf(Category::Nonclasse))),
       idle_(pool.intern(textOf(Category::Inactif))) {
   ruleCategories_.reserve(rules.size());
@@ -26,10 +25,12 @@ Classifier::Classifier(StringPool& pool, const std::vector<Rule>& rules, const P
              {.category = rule.category ? rank : kNone, .project = rule.projectId ? rank : kNone});
   }
   for (const auto& [id, project] : projects) {
+    projectCategories_.emplace(id, pool.intern(project.category));
     if (project.archived || project.keywords.empty()) continue;
     addKeywords(project, static_cast<Rank>(keywordProjects_.size()));
     keywordProjects_.push_back(id);
   }
+  titles_.resize(kTitles);
   for (auto& search : search_) search.build();
 }
 
@@ -40,7 +41,11 @@ void Classifier::addKeywords(const Project& project, Rank rank) {
     if (space != std::string::npos) phrases_.push_back({keyword, rank});
     for (; space != std::string::npos; space = keyword.find(' ', space + 1)) {
       phraseOpenings_.push_back(keyword.substr(0, space));
-      openingEnds_.push_back(keyword[space - 1]);
+      // Of a letter beyond ASCII the last byte may depend on the case.
+      const auto end = static_cast<unsigned char>(keyword[space - 1]);
+      if (end >= 0x80) std::fill(endsOpening_.begin() + 0x80, endsOpening_.end(), true);
+      endsOpening_[end] = endsOpening_[static_cast<uint8_t>(g_ascii_toupper(keyword[space - 1]))] =
+          true;
     }
   }
 }
@@ -61,18 +66,12 @@ Decision Classifier::decide(const Ev& ev) {
                     .projectBy = ev.projectId ? By::Manual : By::None};
   if (ev.category && ev.projectId) return decision;
 
-  PatternSearch::Found found;
-  bool opensPhrase = false;
-  const auto look = [&](RuleField field, Text text) {
-    if (!text) return;
-    const auto& known = match(field, text);
-    found.merge(known.found);
-    opensPhrase = opensPhrase || known.opensPhrase;
-  };
-  look(RuleField::Title, ev.title);
-  look(RuleField::Url, ev.url);
-  look(RuleField::Domain, ev.domain);
-  look(RuleField::App, ev.app);
+  Match match;
+  lookAtTitle(ev.title, match);
+  look(RuleField::Url, ev.url, match);
+  lookOnce(RuleField::Domain, ev.domain, domains_, match);
+  lookOnce(RuleField::App, ev.app, apps_, match);
+  const auto& found = match.found;
 
   if (!decision.category && found.category != kNone) {
     decision.category = ruleCategories_[found.category];
@@ -86,7 +85,7 @@ Decision Classifier::decide(const Ev& ev) {
   }
   if (!decision.project) {
     const auto keyword =
-        opensPhrase ? std::min(found.keyword, phraseAcrossFields(ev)) : found.keyword;
+        match.opensPhrase ? std::min(found.keyword, phraseAcrossFields(ev)) : found.keyword;
     if (keyword != kNone) {
       decision.project = keywordProjects_[keyword];
       decision.projectBy = By::Keyword;
@@ -97,27 +96,47 @@ Decision Classifier::decide(const Ev& ev) {
 }
 
 // The category of the effective project.
-void Classifier::fillIn(Decision& decision) {
-  const auto project = decision.project ? projects_.find(*decision.project) : projects_.end();
-  const bool known = project != projects_.end();
-  decision.category = known ? pool_.intern(project->second.category) : unclassified_;
-  decision.categoryBy = known ? Decision::By::Project : Decision::By::None;
+void Classifier::fillIn(Decision& decision) const {
+  decision.category = unclassified_;
+  if (!decision.project) return;
+  const auto known = projectCategories_.find(*decision.project);
+  if (known == projectCategories_.end()) return;
+  decision.category = known->second;
+  decision.categoryBy = Decision::By::Project;
 }
 
-Classifier::Match& Classifier::match(RuleField field, Text text) {
-  const auto at = static_cast<std::size_t>(field);
-  auto& matches = matches_.at(at);
-  if (matches.size() <= text.id()) matches.resize(pool_.size());
-  auto& match = matches[text.id()];
-  if (!match.known) match = {search_.at(at).search(text.view()), true, opensPhrase(text)};
-  return match;
+void Classifier::look(RuleField field, Text text, Match& match) const {
+  if (!text) return;
+  match.found.merge(search_[static_cast<std::size_t>(field)].search(text.view()));
+  match.opensPhrase = match.opensPhrase || opensPhrase(text);
+}
+
+// Titles come again, many within days, and are too many to be kept; most addresses come once.
+void Classifier::lookAtTitle(Text title, Match& match) {
+  if (!title) return;
+  const auto hash = StringPool::hashOf(title.view());
+  auto& seen = titles_[hash % kTitles];
+  if (!seen.match.known || seen.hash != hash) {
+    seen = {hash, {.known = true}};
+    look(RuleField::Title, title, seen.match);
+  }
+  match.merge(seen.match);
+}
+
+void Classifier::lookOnce(RuleField field, Text text, Matches& known, Match& match) const {
+  if (!text) return;
+  if (known.size() <= text.id()) known.resize(pool_.size());
+  auto& its = known[text.id()];
+  if (!its.known) {
+    look(field, text, its);
+    its.known = true;
+  }
+  match.merge(its);
 }
 
 bool Classifier::opensPhrase(Text text) const {
-  // Most texts are settled by their last byte; of a letter beyond ASCII it depends on the case.
-  const auto last = text.view().empty() ? '\0' : text.view().back();
-  const auto isAscii = static_cast<unsigned char>(last) < 0x80;
-  if (isAscii && openingEnds_.find(g_ascii_tolower(last)) == std::string::npos) return false;
+  // Most texts are settled by their last byte.
+  if (text.view().empty() || !endsOpening_[static_cast<uint8_t>(text.view().back())]) return false;
   const auto lowered = lowerCase(text.view());
   return std::any_of(phraseOpenings_.begin(), phraseOpenings_.end(),
                      [&](const std::string& opening) { return lowered.ends_with(opening); });

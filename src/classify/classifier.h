@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,12 +39,12 @@ struct Decision {
 /// one, else that of the first matching rule that has one, else that of the effective project, else
 /// "nonclasse". A rule matches where its lower-cased pattern occurs in the lower-cased field.
 ///
-/// Each distinct string is searched once, for all patterns in one pass, whatever the number of
-/// spans that carry it; after that a span costs four look-ups. Not thread-safe.
+/// A field is searched for all patterns in one pass; each distinct application and domain once,
+/// whatever the number of spans that carry it, and a title not again soon. Not thread-safe.
 class Classifier {
  public:
   /// `rules` are in matching order. All three outlive the classifier; every span that it is given
-  /// has its texts in `pool`.
+  /// has its texts in `pool`, but for title and address.
   Classifier(StringPool& pool, const std::vector<Rule>& rules, const Projects& projects);
 
   /// Sets `cat`, `pid` and `manual` of `ev`.
@@ -59,12 +60,18 @@ class Classifier {
   using Rank = PatternSearch::Rank;
   static constexpr Rank kNone = PatternSearch::kNone;
 
-  // What all rules and keywords have to say about one string in one field.
+  // What all rules and keywords have to say about texts.
   struct Match {
     PatternSearch::Found found;  // ranks are indexes into rules_ and keywordProjects_
     bool known = false;
-    bool opensPhrase = false;  // it ends with the beginning of a keyword of several words
+    bool opensPhrase = false;  // one ends with the beginning of a keyword of several words
+
+    void merge(const Match& other) {
+      found.merge(other.found);
+      opensPhrase = opensPhrase || other.opensPhrase;
+    }
   };
+  using Matches = std::vector<Match>;  // by text id
   // A keyword with a space, which may begin in one field and end in the next.
   struct Phrase {
     std::string text;
@@ -72,24 +79,33 @@ class Classifier {
   };
 
   void addKeywords(const Project& project, Rank rank);
-  Match& match(RuleField field, Text text);
+  void look(RuleField field, Text text, Match& match) const;
+  void lookAtTitle(Text title, Match& match);
+  void lookOnce(RuleField field, Text text, Matches& known, Match& match) const;
   bool opensPhrase(Text text) const;
   Rank phraseAcrossFields(const Ev& ev) const;
-  void fillIn(Decision& decision);
+  void fillIn(Decision& decision) const;
 
   StringPool& pool_;
   const std::vector<Rule>& rules_;
-  const Projects& projects_;
   Text unclassified_;
   Text idle_;
   std::vector<Text> ruleCategories_;  // by rule
+  std::map<int64_t, Text> projectCategories_;
   std::array<PatternSearch, kFields> search_;
   std::vector<int64_t> keywordProjects_;  // not archived, with keywords, by ascending id
   std::vector<Phrase> phrases_;
   std::vector<std::string> phraseOpenings_;  // the phrases up to each of their spaces
-  std::string openingEnds_;                  // the last byte of each of these
+  std::array<bool, 256> endsOpening_{};      // the last byte of one of these, in either case
 
-  std::array<std::vector<Match>, kFields> matches_;  // by text id
+  Matches apps_;
+  Matches domains_;
+  static constexpr std::size_t kTitles = 2048;
+  struct SeenTitle {
+    uint64_t hash = 0;
+    Match match;
+  };
+  std::vector<SeenTitle> titles_;  // each in the place that its hash names, until another comes
 };
 
 }  // namespace orvanta

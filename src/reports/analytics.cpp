@@ -52,7 +52,7 @@ class DaySums {
     double seconds = 0;
   };
 
-  explicit DaySums(const Calendar& calendar) : calendar_(calendar) {}
+  explicit DaySums(const Calendar& calendar) : calendar_(calendar.pinned()) {}
 
   void add(double instant, double seconds) {
     if (!(instant >= bounds_.start && instant < bounds_.end)) {
@@ -66,7 +66,7 @@ class DaySums {
   const Tally<Sum>& days() const { return days_; }
 
  private:
-  const Calendar& calendar_;
+  const Calendar calendar_;
   TimeRange bounds_;
   Tally<Sum> days_;
   Sum* day_ = nullptr;  // that of bounds_
@@ -114,9 +114,10 @@ WeekReport Analytics::week(const Date& date) const {
     Extent extent;
   };
   WeekReport report{.monday = date.monday()};
+  const auto calendar = calendar_.pinned();
   std::vector<Day> days;
   for (int i = 0; i < kDaysPerWeek; ++i) {
-    days.push_back({calendar_.dayBounds(report.monday.plusDays(i)), {}, {}});
+    days.push_back({calendar.dayBounds(report.monday.plusDays(i)), {}, {}});
   }
   SpanReader reader(db_);
   reader.each({days.front().bounds.start, days.back().bounds.end}, [&](const Ev& ev) {
@@ -184,7 +185,7 @@ bool Analytics::exportCsv(const Date& from, const Date& to,
   const TimeRange range{calendar_.startOf(from), calendar_.startOf(to.plusDays(1))};
   SpanReader reader(db_);
   CsvWriter csv(calendar_, reader.projects(), write);
-  if (range.start < range.end) reader.stream(range, [&](const Ev& ev) { csv.add(ev); });
+  if (range.start < range.end) reader.each(range, [&](const Ev& ev) { csv.add(ev); });
   csv.finish();
   return reader.whole();
 }

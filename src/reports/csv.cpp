@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <iterator>
 #include <utility>
 
 #include "storage/value.h"
@@ -18,7 +17,7 @@ constexpr int64_t kDay = 86400;
 }  // namespace
 
 CsvWriter::CsvWriter(const Calendar& calendar, const Projects& projects, Write write)
-    : calendar_(calendar), projects_(projects), write_(std::move(write)) {
+    : calendar_(calendar.pinned()), projects_(projects), write_(std::move(write)) {
   held_ =
       "\xEF\xBB\xBF"
       "debut;fin;duree_s;categorie;projet;app;domaine;titre;url";
@@ -29,7 +28,10 @@ void CsvWriter::add(const Ev& ev) {
   appendTime(ev.start);
   held_ += ';';
   appendTime(ev.end);
-  fmt::format_to(std::back_inserter(held_), ";{};", truncated(ev.duration()).value_or(0));
+  const fmt::format_int seconds(truncated(ev.duration()).value_or(0));
+  held_ += ';';
+  held_.append(seconds.data(), seconds.size());
+  held_ += ';';
   held_ += ev.cat.view();
   const auto project = ev.pid ? projects_.find(*ev.pid) : projects_.end();
   appendQuoted(project != projects_.end() ? project->second.name : std::string_view());
@@ -44,6 +46,11 @@ void CsvWriter::finish() {
 
 void CsvWriter::appendTime(double instant) {
   const auto second = static_cast<int64_t>(std::floor(instant));
+  if (second == second_) {
+    held_ += secondText_;
+    return;
+  }
+  second_ = second;
   const auto quarter = floorDivide(second, kQuarter);
   if (quarter != quarter_) {
     quarter_ = quarter;
@@ -58,17 +65,14 @@ void CsvWriter::appendTime(double instant) {
   const auto clock = wall - day * kDay;
   constexpr int kMinute = 60;
   constexpr int kHour = 3600;
-  const auto digits = [this](int64_t number) {
-    held_ += static_cast<char>('0' + number / 10);
-    held_ += static_cast<char>('0' + number % 10);
-  };
-  held_ += dayText_;
-  held_ += ' ';
-  digits(clock / kHour);
-  held_ += ':';
-  digits(clock % kHour / kMinute);
-  held_ += ':';
-  digits(clock % kMinute);
+  const auto ten = [](int64_t number) { return static_cast<char>('0' + number / 10); };
+  const auto one = [](int64_t number) { return static_cast<char>('0' + number % 10); };
+  const auto hour = clock / kHour;
+  const auto minute = clock % kHour / kMinute;
+  const auto rest = clock % kMinute;
+  secondText_.assign(dayText_).append(
+      {' ', ten(hour), one(hour), ':', ten(minute), one(minute), ':', ten(rest), one(rest)});
+  held_ += secondText_;
 }
 
 void CsvWriter::appendQuoted(std::string_view value) {

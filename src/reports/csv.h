@@ -20,7 +20,7 @@ class CsvWriter {
  public:
   using Write = std::function<void(std::string_view)>;
 
-  /// `calendar` and `projects` outlive the writer.
+  /// `projects` outlive the writer.
   CsvWriter(const Calendar& calendar, const Projects& projects, Write write);
 
   void add(const Ev& ev);
@@ -31,7 +31,7 @@ class CsvWriter {
   void appendTime(double instant);
   void appendQuoted(std::string_view value);
 
-  const Calendar& calendar_;
+  const Calendar calendar_;
   const Projects& projects_;
   Write write_;
   std::string held_;
@@ -41,6 +41,8 @@ class CsvWriter {
   int64_t quarterWall_ = 0;  // what the wall clock shows at its beginning
   int64_t day_ = INT64_MIN;
   std::string dayText_;
+  int64_t second_ = INT64_MIN;  // one begins where the one before ends
+  std::string secondText_;
 };
 
 }  // namespace orvanta

@@ -1,6 +1,8 @@
 #include "reports/rule_preview.h"
 
-#include <array>
+#include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <tuple>
 #include <unordered_map>
 
 #include "base/text.h"
@@ -53,11 +55,27 @@ struct ValueTotal {
   int64_t span = 0;
 };
 struct PartTotal {
-  uint64_t key = 0;
   double seconds = 0;
   uint64_t value = 0;
   int64_t span = 0;
+  std::size_t place = 0;  // in the order in which they came
 };
+// A look-up for each span that is caught, in no order: one flat table, for the processor's cache.
+using Parts = boost::unordered_flat_map<uint64_t, PartTotal>;
+
+std::vector<const PartTotal*> largest(const Parts& parts, uint64_t value) {
+  std::vector<const PartTotal*> list;
+  for (const auto& [key, part] : parts) {
+    if (part.value == value) list.push_back(&part);
+  }
+  const auto most = std::min(kShares, list.size());
+  std::partial_sort(list.begin(), list.begin() + static_cast<std::ptrdiff_t>(most), list.end(),
+                    [](const PartTotal* a, const PartTotal* b) {
+                      return std::tie(b->seconds, a->place) < std::tie(a->seconds, b->place);
+                    });
+  list.resize(most);
+  return list;
+}
 
 Text Ev::*memberOf(std::string_view field) {
   if (field == "title") return &Ev::title;
@@ -71,7 +89,10 @@ class Preview {
       : reader_(reader),
         rule_(rule),
         field_(memberOf(rule.field)),
-        after_(withRuleSaved(reader.rules(), rule)) {
+        afterRules_(withRuleSaved(reader.rules(), rule)),
+        spans_(texts_),
+        before_(texts_, reader.rules(), reader.projects()),
+        after_(texts_, afterRules_, reader.projects()) {
     pattern_.add(lowerCase(rule.pattern), {.category = 0});
     pattern_.build();
   }
@@ -91,99 +112,68 @@ class Preview {
   }
 
  private:
-  // What grows with the number of distinct texts.
-  struct Texts {
-    Texts(const std::vector<Rule>& before, const std::vector<Rule>& after, const Projects& projects)
-        : reader(pool), before(pool, before, projects), after(pool, after, projects) {}
-    StringPool pool;
-    EvReader reader;
-    Classifier before;
-    Classifier after;
-    enum class Caught : uint8_t { Unknown, No, Yes };
-    std::vector<Caught> caught;  // by id of the field's text
-  };
-
-  bool catches(Text text) {
-    auto& caught = texts_->caught;
-    if (caught.size() <= text.id()) caught.resize(texts_->pool.size());
-    auto& known = caught[text.id()];
-    if (known == Texts::Caught::Unknown) {
-      known = pattern_.search(text.view()).any() ? Texts::Caught::Yes : Texts::Caught::No;
-    }
-    return known == Texts::Caught::Yes;
-  }
-
   // Most rows are done with once their one text has been looked at.
   void look(const Cursor& row, const TimeRange& range) {
     if (column_ < 0) column_ = row.column(rule_.field);
     auto text = row.str(column_);
     if (!text && field_ == &Ev::app) text = kUnknownApp;
-    if (!text) return;
-    if (!texts_ || texts_->pool.size() > kMostTexts) {
-      texts_.emplace(reader_.rules(), after_, reader_.projects());
-    }
-    if (!catches(texts_->pool.intern(*text))) return;
-    const auto ev = clipped(texts_->reader.read(row), range);
+    if (!text || !pattern_.search(*text).any()) return;
+    auto ev = spans_.read(row);
+    clip(ev, range);
     if (!ev.idle) add(ev);
   }
 
   void add(const Ev& ev) {
     preview_.caught.add(ev);
-    const auto before = texts_->before.decide(ev);
-    const auto after = texts_->after.decide(ev);
+    const auto before = before_.decide(ev);
+    const auto after = after_.decide(ev);
     if (!before.agrees(after)) {
       preview_.changed.add(ev);
-      auto& total =
-          moves_[{categories_.intern(before.category.view()),
-                  categories_.intern(after.category.view()), before.project, after.project}];
+      auto& total = moves_[{before.category, after.category, before.project, after.project}];
       ++total.spans;
       total.seconds += ev.duration();
     } else if (before.manual()) {
       preview_.kept.add(ev);
     }
-    auto& value = values_[(ev.*field_).hash()];
+    auto& value = values_[StringPool::hashOf((ev.*field_).view())];
     if (value.spans++ == 0) value.span = ev.id;
     value.seconds += ev.duration();
     addPart(titles_, value.key, ev.title, ev);
     addPart(urls_, value.key, ev.url, ev);
   }
 
-  static void addPart(Tally<PartTotal>& parts, uint64_t value, Text text, const Ev& ev) {
+  static void addPart(Parts& parts, uint64_t value, Text text, const Ev& ev) {
     if (!text) return;
     constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
-    const auto known = parts.entries().size();
-    auto& part = parts[value * kOdd ^ text.hash()];
-    if (parts.entries().size() > known) {
-      part.value = value;
-      part.span = ev.id;
-    }
-    part.seconds += ev.duration();
+    const auto key = value * kOdd ^ StringPool::hashOf(text.view());
+    const auto [at, isNew] = parts.try_emplace(key);
+    if (isNew) at->second = {0, value, ev.id, parts.size()};
+    at->second.seconds += ev.duration();
   }
 
   void exemplify() {
-    struct Largest {
+    struct Shown {
       const ValueTotal* value;
       std::vector<const PartTotal*> titles;
       std::vector<const PartTotal*> urls;
     };
-    std::vector<Largest> largest;
+    std::vector<Shown> shown;
     std::vector<int64_t> spans;
     for (const auto* value : values_.bySeconds(kExamples)) {
-      const auto ofIt = [&](const PartTotal& part) { return part.value == value->key; };
-      largest.push_back({value, titles_.bySeconds(kShares, ofIt), urls_.bySeconds(kShares, ofIt)});
+      shown.push_back({value, largest(titles_, value->key), largest(urls_, value->key)});
       spans.push_back(value->span);
-      for (const auto* parts : {&largest.back().titles, &largest.back().urls}) {
+      for (const auto* parts : {&shown.back().titles, &shown.back().urls}) {
         for (const auto* part : *parts) spans.push_back(part->span);
       }
     }
     std::unordered_map<int64_t, Ev> found;
     reader_.eachOf(spans, [&](const Ev& ev) { found.emplace(ev.id, ev); });
-    for (const auto& [value, titles, urls] : largest) {
+    for (const auto& [value, titles, urls] : shown) {
       const auto shares = [&](const std::vector<const PartTotal*>& parts, Text Ev::*text) {
         std::vector<TextShare> list;
         for (const auto* part : parts) {
-          const auto shown = found[part->span].*text;
-          if (shown) list.push_back({shown.str(), part->seconds});
+          const auto seen = found[part->span].*text;
+          if (seen) list.push_back({seen.str(), part->seconds});
         }
         return list;
       };
@@ -197,17 +187,19 @@ class Preview {
   SpanReader& reader_;
   const Rule& rule_;
   Text Ev::*const field_;
-  const std::vector<Rule> after_;
+  const std::vector<Rule> afterRules_;
   PatternSearch pattern_;
   int column_ = -1;
-  std::optional<Texts> texts_;
+  StringPool texts_;
+  EvReader spans_;
+  Classifier before_;
+  Classifier after_;
 
   RulePreview preview_;
-  StringPool categories_;
   Tally<MoveTotal, MoveHash> moves_;
   Tally<ValueTotal> values_;
-  Tally<PartTotal> titles_;
-  Tally<PartTotal> urls_;
+  Parts titles_;
+  Parts urls_;
 };
 
 }  // namespace

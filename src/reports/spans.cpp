@@ -19,13 +19,17 @@ const OverlapQuery& query() {
 
 }  // namespace
 
-SpanReader::SpanReader(Database& db) : db_(db), rules_(loadRules(db)), projects_(loadProjects(db)) {
-  texts_.emplace(rules_, projects_);
-}
+SpanReader::SpanReader(Database& db)
+    : db_(db),
+      rules_(loadRules(db)),
+      projects_(loadProjects(db)),
+      reader_(texts_),
+      classifier_(texts_, rules_, projects_) {}
 
 Ev SpanReader::read(const Cursor& row, const TimeRange& range) {
-  auto ev = clipped(texts_->reader.read(row), range);
-  texts_->classifier.classify(ev);
+  auto ev = reader_.read(row);
+  clip(ev, range);
+  classifier_.classify(ev);
   return ev;
 }
 
@@ -40,26 +44,21 @@ void SpanReader::each(const TimeRange& range, const std::function<void(const Ev&
   walk(range, [&](const Cursor& row) { visit(read(row, range)); });
 }
 
-void SpanReader::stream(const TimeRange& range, const std::function<void(const Ev&)>& visit) {
-  walk(range, [&](const Cursor& row) {
-    if (texts_->pool.size() > kMostTexts) texts_.emplace(rules_, projects_);
-    visit(read(row, range));
-  });
-}
-
 void SpanReader::eachOf(const std::vector<int64_t>& ids,
                         const std::function<void(const Ev&)>& visit) {
   static const auto kSelect = fmt::format(
       "SELECT {} FROM events WHERE id IN (SELECT value FROM json_each(?)) ORDER BY start, id",
       kColumns);
   constexpr auto kForever = std::numeric_limits<double>::infinity();
-  const auto take = [&](const Cursor& row) { visit(read(row, {-kForever, kForever})); };
+  const auto take = [&](const Cursor& row) {
+    visit(reader_.kept(read(row, {-kForever, kForever})));
+  };
   whole_ = db_.scan(kSelect, {fmt::format("[{}]", fmt::join(ids, ","))}, take) && whole_;
 }
 
 std::vector<Ev> SpanReader::all(const TimeRange& range) {
   std::vector<Ev> spans;
-  each(range, [&](const Ev& ev) { spans.push_back(ev); });
+  each(range, [&](const Ev& ev) { spans.push_back(reader_.kept(ev)); });
   return spans;
 }
 

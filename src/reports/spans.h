@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <optional>
 #include <vector>
 
 #include "base/calendar.h"
@@ -19,23 +18,24 @@ namespace orvanta {
 inline constexpr auto kIncomplete =
     "Une partie du fichier des données est illisible : ce rapport n'est pas complet.";
 
-/// How many texts are kept for a range of any length; beyond them they are forgotten.
-inline constexpr uint32_t kMostTexts = 50000;
-
 /// Whether a span has a part in `range`; touching it is not enough.
 inline bool overlaps(const Ev& ev, const TimeRange& range) {
   return ev.end > range.start && ev.start < range.end;
 }
 
-/// The part of an overlapping span that lies in `range`.
-inline Ev clipped(Ev ev, const TimeRange& range) {
+/// Leaves of an overlapping span the part that lies in `range`.
+inline void clip(Ev& ev, const TimeRange& range) {
   ev.start = std::max(ev.start, range.start);
   ev.end = std::min(ev.end, range.end);
+}
+inline Ev clipped(Ev ev, const TimeRange& range) {
+  clip(ev, range);
   return ev;
 }
 
 /// Reads and classifies spans for one request, with the rules and projects as they were when it
-/// began. The texts of its spans live as long as it does. Not thread-safe.
+/// began. The texts of its spans live as long as it does, but for titles and addresses where that
+/// is said. Not thread-safe.
 class SpanReader {
  public:
   /// `db` outlives the reader.
@@ -45,13 +45,10 @@ class SpanReader {
 
   /// Shows to `visit`, by stored start, the spans that overlap `range`, clipped to it and
   /// classified. One that only touches the range is not among them. Costs what the range holds,
-  /// whatever the history; shows nothing when the store cannot be read. `visit` must not call into
-  /// the database.
+  /// whatever the history; shows nothing when the store cannot be read. A title or address is
+  /// valid during its visit only, so that the memory taken hardly grows with the range. `visit`
+  /// must not call into the database.
   void each(const TimeRange& range, const std::function<void(const Ev&)>& visit);
-
-  /// Like each, for ranges of any length: a span and its texts are valid during its visit only, so
-  /// that the memory taken does not grow with the range.
-  void stream(const TimeRange& range, const std::function<void(const Ev&)>& visit);
 
   /// All of them, for reports that go over them more than once.
   std::vector<Ev> all(const TimeRange& range);
@@ -59,11 +56,11 @@ class SpanReader {
   /// These spans by stored start, whole and classified; what is no span's id is passed over.
   void eachOf(const std::vector<int64_t>& ids, const std::function<void(const Ev&)>& visit);
 
-  /// Like stream, but the rows as they are stored, neither clipped nor classified.
+  /// Like each, but the rows as they are stored, neither clipped nor classified.
   void walk(const TimeRange& range, const std::function<void(const Cursor&)>& visit);
 
   /// Why one of the spans shown counts as it does.
-  Decision explain(const Ev& ev) { return texts_->classifier.decide(ev); }
+  Decision explain(const Ev& ev) { return classifier_.decide(ev); }
 
   /// False once something could not be read: what was shown is not all.
   bool whole() const { return whole_; }
@@ -79,15 +76,9 @@ class SpanReader {
   const std::vector<Rule> rules_;
   const Projects projects_;
 
-  // What grows with the number of distinct texts.
-  struct Texts {
-    Texts(const std::vector<Rule>& rules, const Projects& projects)
-        : reader(pool), classifier(pool, rules, projects) {}
-    StringPool pool;
-    EvReader reader;
-    Classifier classifier;
-  };
-  std::optional<Texts> texts_;
+  StringPool texts_;
+  EvReader reader_;
+  Classifier classifier_;
 };
 
 }  // namespace orvanta

@@ -42,15 +42,9 @@ class Tally {
   /// The entries, those with the most seconds first; at most `most`. Valid as long as the tally
   /// stays as it is.
   std::vector<const Entry*> bySeconds(std::size_t most = SIZE_MAX) const {
-    return bySeconds(most, [](const Entry& /*entry*/) { return true; });
-  }
-  /// The same of those that `wanted` accepts.
-  template <class Wanted>
-  std::vector<const Entry*> bySeconds(std::size_t most, const Wanted& wanted) const {
     std::vector<const Entry*> sorted;
-    for (const auto& entry : entries_) {
-      if (wanted(entry)) sorted.push_back(&entry);
-    }
+    sorted.reserve(entries_.size());
+    for (const auto& entry : entries_) sorted.push_back(&entry);
     most = std::min(most, sorted.size());
     // Of equal seconds the first comes first.
     std::partial_sort(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(most),

@@ -20,6 +20,11 @@ class Connection {
   /// file. Who may wait longer does so without the connection.
   static constexpr int kPatience = 10;
 
+  /// How reports open the file: whoever uses such a connection locks it himself, since SQLite would
+  /// take its mutex for every column of every row. The file is not mapped into memory: one that is
+  /// cut short by others would end the program, and its pages would count as the program's own.
+  static constexpr int kForReports = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX;
+
   Connection() = default;
 
   /// Opens `file` with the flags of sqlite3_open_v2 and reads from it, since only the first read

@@ -230,10 +230,7 @@ bool Database::scan(std::string_view sql, const Args& args,
   std::string message;
   {
     const std::lock_guard lock(scanMutex_);
-    // Our own lock is lock enough; SQLite would take its mutex for every column of every row.
-    if (!scanner_ && !away_) {
-      scanner_ = Connection(where_.file(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
-    }
+    if (!scanner_ && !away_) scanner_ = Connection(where_.file(), Connection::kForReports);
     if (auto* statement = scanner_ ? scanner_.prepared(sql) : nullptr) {
       code = statement->visitRows(args, visit);
       if (code == SQLITE_DONE) return true;

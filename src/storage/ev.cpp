@@ -28,13 +28,19 @@ Ev EvReader::read(const Cursor& row) {
   ev.app = text(row, columns_->app);
   if (!ev.app) ev.app = unknownApp_;
   ev.bundle = text(row, columns_->bundle);
-  ev.title = text(row, columns_->title);
-  ev.url = text(row, columns_->url);
+  if (const auto title = row.str(columns_->title)) ev.title = title_.hold(*title);
+  if (const auto url = row.str(columns_->url)) ev.url = url_.hold(*url);
   ev.domain = text(row, columns_->domain);
   ev.idle = row.int_(columns_->idle) == 1;
   ev.category = text(row, columns_->category);
   ev.projectId = row.int_(columns_->projectId);
   ev.cat = unclassified_;
+  return ev;
+}
+
+Ev EvReader::kept(Ev ev) {
+  if (ev.title) ev.title = pool_.intern(ev.title.view());
+  if (ev.url) ev.url = pool_.intern(ev.url.view());
   return ev;
 }
 

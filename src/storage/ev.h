@@ -44,12 +44,17 @@ class EvReader {
   /// `pool` outlives the spans read.
   explicit EvReader(StringPool& pool);
 
+  /// The row's span. Its title and address, of which a year has as many as spans, are those of the
+  /// row last read only; what is to be looked at longer is to be kept().
   Ev read(const Cursor& row);
+  Ev kept(Ev ev);
 
  private:
   Text text(const Cursor& row, int column);
 
   StringPool& pool_;
+  TextSlot title_;
+  TextSlot url_;
   Text unknownApp_;
   Text unclassified_;
   struct Columns {

@@ -99,9 +99,9 @@ TEST_F(ClassifierTest, KeywordsAreSoughtInAllFieldsTogether) {
 TEST(Classifier, AgreesWithTheNaiveOneOnRandomStores) {
   std::mt19937 random(11);  // NOLINT(cert-msc51-cpp): the same stores every time
   const auto upTo = [&](int most) { return std::uniform_int_distribution<int>(0, most)(random); };
-  const std::vector<std::string> words{"a",    "AB",   "été",     "ÉTÉ plage", "ab été",
-                                       "mail", "Mail", "b ab",    "",          "slack.com",
-                                       "com",  "x y",  "İstanbul"};
+  const std::vector<std::string> words{"a",    "AB",    "été",     "ÉTÉ plage", "ab été",
+                                       "mail", "Mail",  "b ab",    "",          "slack.com",
+                                       "com",  "x « y", "İstanbul"};
   const auto word = [&] { return words[static_cast<std::size_t>(upTo(12))]; };
   const std::vector<std::string> fields{"app", "domain", "title", "url", "bundle", ""};
   const std::vector<std::string> categories{"travail", "loisir", "autre", "étrange", ""};

@@ -15,7 +15,7 @@ namespace json = boost::json;
 Ev firstEv(test::TempStore& store, StringPool& pool, const std::string& sql) {
   EvReader reader(pool);
   Ev ev;
-  store.db.each(sql, {}, [&](const Cursor& row) { ev = reader.read(row); });
+  store.db.each(sql, {}, [&](const Cursor& row) { ev = reader.kept(reader.read(row)); });
   return ev;
 }
 

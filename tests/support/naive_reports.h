@@ -193,7 +193,7 @@ inline json::object naiveDayReport(Database& db, int day) {
   const auto projects = loadProjects(db);
   const auto setting = db.setting("min_block_seconds");
   char* rest = nullptr;
-  double minSeconds = strtod(setting.c_str(), &rest);
+  double minSeconds = std::max(strtod(setting.c_str(), &rest), 0.0);
   if (setting.empty() || *rest != '\0') minSeconds = 60;
   std::map<std::string, json::object> byName;
   for (const auto& [id, project] : projects)
