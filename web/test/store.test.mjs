@@ -103,17 +103,17 @@ test("the program undoes and redoes: by mouse, by keys, for blocks and ranges", 
   await manual(1);
   writes(page);
   await button(page, "Annuler").click();
-  await toast(page, "Annulé");
+  await toast(page, "Annulé\u00a0:");
   await manual(0);
   await button(page, "Rétablir").focus();
   await page.keyboard.press("Enter");
-  await toast(page, "Rétabli");
+  await toast(page, "Rétabli\u00a0:");
   await manual(1);
   assert.equal(await page.evaluate(() => document.activeElement.textContent), "Annuler");
   await page.keyboard.press("Control+z");
-  await toast(page, "Annulé");
+  await toast(page, "Annulé\u00a0:");
   await page.keyboard.press("Control+Shift+Z");
-  await toast(page, "Rétabli");
+  await toast(page, "Rétabli\u00a0:");
   await manual(1);
   assert.deepEqual(writes(page), [
     ["changes.undo", { id: 1 }],
@@ -128,7 +128,7 @@ test("the program undoes and redoes: by mouse, by keys, for blocks and ranges", 
   await toast(page, "Assigné");
   writes(page);
   await page.keyboard.press("Control+z");
-  await toast(page, "Annulé");
+  await toast(page, "Annulé\u00a0:");
   assert.deepEqual(writes(page), [["changes.undo", { id: 2 }]]);
   await page.context().close();
 });
@@ -138,6 +138,7 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   await view(page, "r", "Règles");
   const rows = () => page.locator(".windowed .rule-row").allInnerTexts();
   await page.locator("#rule-search").fill("intranet");
+  await page.waitForFunction(() => document.querySelectorAll(".windowed .rule-row").length === 1);
   const before = await rows();
   await page.getByRole("button", { name: /^Supprimer la règle intranet/ }).click();
   await page.getByText("Aucune règle ne correspond.").waitFor();
@@ -182,7 +183,7 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   const made = (await page.program.ask("rules.list")).filter(({ project_id }) => project_id !== null);
   assert.ok(made.some(({ pattern, project_id }) => pattern === "revue-typographie.fr" && project_id === 4));
   await button(page, "Annuler").click();
-  await toast(page, "Annulé");
+  await toast(page, "Annulé\u00a0:");
   await page.waitForFunction(
     (count) => document.querySelectorAll(".suggestions .soft").length === count,
     suggested,

@@ -1,5 +1,5 @@
 import { createContext } from "preact";
-import { useContext, useEffect, useRef, useState } from "preact/hooks";
+import { useContext, useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { Body, Route } from "../bridge/routes";
 import { errorText, useClient } from "../client";
 import { type Done, track } from "../model/changes";
@@ -85,7 +85,8 @@ function useAction(notice: Notice | null): () => Promise<void> {
     await attempt(action);
     acting.current = false;
   };
-  useEffect(() => {
+  // With what is seen, not after it: a key may follow at once.
+  useLayoutEffect(() => {
     const onKey = (event: KeyboardEvent) => {
       const typing = event.target instanceof HTMLInputElement || event.target instanceof HTMLTextAreaElement;
       const way = wayOf(event);
