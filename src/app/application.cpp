@@ -5,14 +5,16 @@
 #include <glibmm/main.h>
 #include <glibmm/miscutils.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "app/app_delegate.h"
+#include "app/commands.h"
 #include "app/legacy_agents.h"
+#include "app/local_call.h"
 #include "app/route_call.h"
 #include "app/services.h"
 #include "app/turn.h"
@@ -31,22 +33,34 @@ gboolean quitOnSignal(gpointer application) {
 
 }  // namespace
 
-bool startsApplication(const std::vector<std::string>& words) {
-  return std::all_of(words.begin(), words.end(), [](const std::string& word) {
-    return word == "--show" || word == "--pause" || word == "--resume";
-  });
-}
-
 Application::Application(std::optional<Handover> left)
     : Gio::Application(kApplicationId, Gio::Application::Flags::HANDLES_COMMAND_LINE |
                                            Gio::Application::Flags::SEND_ENVIRONMENT),
-      left_(std::move(left)) {}
+      left_(std::move(left)) {
+  Options::addTo(*this);
+}
 
 Application::~Application() = default;
 
 void Application::end() {
   handover_.reset();
   Gio::Application::quit();
+}
+
+// What is not the resident program's is done here, before the bus is asked who that is.
+int Application::on_handle_local_options(const Glib::RefPtr<Glib::VariantDict>& parsed) {
+  constexpr int kGoOn = -1;
+  const Options options(parsed->gobj());
+  if (const auto status = runCommand(options)) return *status;
+  if (!options.has("call")) return kGoOn;
+  if (!runningElsewhere()) return answerHere(options);
+  if (options.words() == std::vector<std::string>{kManyCalls}) {
+    std::fputs("Orvanta : le programme est en marche, posez-lui les questions une à une\n", stderr);
+    return 1;
+  }
+  call_ = options;
+  set_flags(get_flags() | Flags::IS_LAUNCHER);
+  return kGoOn;
 }
 
 void Application::on_startup() {
@@ -132,27 +146,23 @@ void Application::on_shutdown() {
 }
 
 int Application::on_command_line(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine) {
-  int count = 0;
-  const std::unique_ptr<char*, decltype(&g_strfreev)> raw(commandLine->get_arguments(count),
-                                                          g_strfreev);
-  std::vector<std::string> words(raw.get(), raw.get() + count);
-  if (!words.empty()) words.erase(words.begin());  // the program's name
-  if (!services_) return turnAway(commandLine, words);
-  if (!words.empty() && words.front() == "--call") {
-    answer(commandLine, {words.begin() + 1, words.end()});
+  const Options options(g_application_command_line_get_options_dict(commandLine->gobj()));
+  if (!services_) return turnAway(commandLine, options);
+  if (options.has("call")) {
+    answer(commandLine, options.words());
     return 0;
   }
-  follow(words, !commandLine->is_remote(), commandLine->getenv("XDG_ACTIVATION_TOKEN"));
-  if (words.empty() && commandLine->is_remote()) {
+  follow(options, !commandLine->is_remote(), commandLine->getenv("XDG_ACTIVATION_TOKEN"));
+  if (options.empty() && commandLine->is_remote()) {
     commandLine->print("Orvanta est déjà en marche.\n");
   }
   return 0;
 }
 
 int Application::turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
-                          const std::vector<std::string>& words) {
-  if (!words.empty() && words.front() == "--call") return kAnswerYourself;
-  if (words.empty() && !commandLine->is_remote()) {
+                          const Options& options) {
+  if (options.has("call")) return kAnswerYourself;
+  if (options.empty() && !commandLine->is_remote()) {
     waitForTurn();
     return 0;
   }
@@ -160,16 +170,11 @@ int Application::turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& comma
   return 1;
 }
 
-void Application::follow(const std::vector<std::string>& options, bool atLaunch,
+void Application::follow(const Options& options, bool atLaunch,
                          const std::string& activationToken) {
-  bool show = false;
-  for (const auto& option : options) {
-    if (option == "--show") {
-      show = true;
-    } else {
-      delegate_->setPaused(option == "--pause");
-    }
-  }
+  if (options.has("pause")) delegate_->setPaused(true);
+  if (options.has("resume")) delegate_->setPaused(false);
+  const bool show = options.has("show");
   if (atLaunch) {
     delegate_->openDashboardAtLaunch(show, activationToken);
   } else if (show || options.empty()) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/handover.h"
+#include "app/options.h"
 #include "base/application_id.h"
 #include "base/main_thread.h"
 #include "bridge/shell.h"
@@ -57,10 +58,14 @@ class Application : public Gio::Application, public Shell {
   /// to that.
   bool started() const { return !signalSources_.empty(); }
 
+  /// After run(): the `--call` that the session's instance left to this process.
+  const std::optional<Options>& call() const { return call_; }
+
   /// After run(): what a fresh image of the program is to go on with; absent when it is to end.
   const std::optional<Handover>& handover() const { return handover_; }
 
  protected:
+  int on_handle_local_options(const Glib::RefPtr<Glib::VariantDict>& options) override;
   void on_startup() override;
   void on_activate() override;
   void on_shutdown() override;
@@ -71,14 +76,14 @@ class Application : public Gio::Application, public Shell {
   void waitForTurn();
   void rejoin();
   int turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
-               const std::vector<std::string>& words);
-  void follow(const std::vector<std::string>& options, bool atLaunch,
-              const std::string& activationToken);
+               const Options& options);
+  void follow(const Options& options, bool atLaunch, const std::string& activationToken);
   void answer(const Glib::RefPtr<Gio::ApplicationCommandLine>& commandLine,
               std::vector<std::string> words);
 
   const std::optional<Handover> left_;
   std::optional<Handover> handover_;
+  std::optional<Options> call_;
   std::vector<unsigned> signalSources_;
   std::unique_ptr<dbus::BusReturn> busReturn_;
   std::unique_ptr<Turn> turn_;          // while the data belong to another process
@@ -87,9 +92,5 @@ class Application : public Gio::Application, public Shell {
   std::atomic<DashboardWindow*> window_ = nullptr;  // while there is one
   MainThread mainThread_;
 };
-
-/// Whether these words of a command line start the program, or tell the running one what to do:
-/// "--show", "--pause", "--resume", or none.
-bool startsApplication(const std::vector<std::string>& words);
 
 }  // namespace orvanta

@@ -3,6 +3,7 @@
 import datetime
 import glob
 import os
+import re
 import signal
 import sqlite3
 import stat
@@ -13,6 +14,7 @@ from desktop import ORVANTA, TICK, Desktop, cpu_seconds, end, output_of, pass_ti
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 APP = "Éditeur de thèmes"
+COMPLETIONS = os.path.abspath(os.path.join(os.path.dirname(__file__), "../../packaging/completions"))
 
 
 def has_children(pid):
@@ -92,12 +94,23 @@ class ProgramTest(unittest.TestCase):
         self.assertRegex(done.stdout.decode(), r"\Aorvanta \d+\.\d+\.\d+\n\Z")
         done = self.desktop.run(ORVANTA, "--help")
         self.assertEqual((done.returncode, done.stderr), (0, b""))
-        self.assertIn("--call ROUTE", done.stdout.decode())
-        for word in ("--oops", "oops", "-h"):
-            done = self.desktop.run(ORVANTA, word)
-            self.assertEqual((done.returncode, done.stdout), (2, b""))
-            self.assertIn("--call ROUTE", done.stderr.decode())
+        options = re.findall(r"^ .*--(?!help-)([a-z-]+) ", done.stdout.decode(), re.MULTILINE)
+        self.assertGreater(len(options), 8)
+        for words, status in ((["--oops"], 1), (["oops"], 2), (["--check", "oops"], 2)):
+            done = self.desktop.run(ORVANTA, *words)
+            self.assertEqual((words, done.returncode, done.stdout), (words, status, b""))
+            self.assertIn("oops", done.stderr.decode())
         self.assertFalse(os.path.exists(self.desktop.database()))
+        for shell in ("orvanta", "_orvanta"):
+            with open(os.path.join(COMPLETIONS, shell), encoding="utf-8") as file:
+                completed = file.read()
+            self.assertEqual([name for name in options if f"--{name}" not in completed], [])
+        script = (f"source {COMPLETIONS}/orvanta; PATH={os.path.dirname(ORVANTA)}:$PATH; "
+                  "COMP_WORDS=(orvanta %s); COMP_CWORD=%d; _orvanta; echo ${COMPREPLY[@]}")
+        for words, index, found in (("--re", 1, "--resume --restore"),
+                                    ("--call stat", 2, "status"), ("--call rules.p", 2, "rules.preview")):
+            done = self.desktop.run("bash", "-c", script % (words, index))
+            self.assertEqual(done.stdout.decode().strip(), found)
 
     def test_a_second_start(self):
         first = self.desktop.start_orvanta()
