@@ -205,10 +205,11 @@ TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {
             json::parse(R"({"accessibility": true, "launch_at_login": false, "browsers": {},
                             "probes": {"foreground": "fake", "idle": "fake", "inhibition": "fake",
                                        "session": "none"},
-                            "probe_names": {"foreground": "Fake", "idle": "Fake",
-                                            "inhibition": "Fake", "session": "non disponible ici"},
                             "advice": "", "browsers_running": [{"bundle": "org.mozilla.firefox",
                                                                 "name": "Firefox"}]})"));
+  EXPECT_EQ(call("permissions.sources"),
+            json::parse(R"({"foreground": "Fake", "idle": "Fake", "inhibition": "Fake",
+                            "session": "non disponible ici"})"));
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "vi"})"), error("navigateur inconnu"));
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})"),
             json::value({{"ok", true}, {"error", nullptr}}));

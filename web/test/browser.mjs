@@ -125,7 +125,11 @@ export async function openStage() {
     page.on("pageerror", (error) => errors.push(String(error)));
     page.on("console", (message) => message.type() === "error" && errors.push(message.text()));
     await page.goto(server.address);
-    await page.waitForSelector("h1");
+    // Until the program has told its day, the page shows the browser's.
+    await page.waitForFunction(
+      () =>
+        document.querySelector("h1") && (document.querySelector(".version") || !document.querySelector(".side")),
+    );
     return page;
   };
   const close = async () => {

@@ -61,6 +61,10 @@ test("the keyboard alone selects, assigns and takes back; the rule that was lear
   const page = await open();
   const list = page.getByRole("listbox");
   await page.locator("#search").fill("youtube");
+  await page.waitForFunction(() => {
+    const rows = [...document.querySelectorAll(".block")];
+    return rows.length > 0 && rows.every((row) => /youtube/i.test(row.textContent));
+  });
   await list.focus();
   await page.keyboard.press("ArrowDown");
   await page.keyboard.press("Shift+End");
@@ -89,6 +93,7 @@ test("the keyboard alone selects, assigns and takes back; the rule that was lear
   await page.waitForFunction(() => document.querySelectorAll(".block-manual svg").length === 0);
   await page.keyboard.press("r");
   await page.locator("#rule-search").fill("youtube");
+  await page.waitForFunction(() => document.querySelectorAll(".rule-row:not(.head)").length === 1);
   assert.deepEqual(await page.locator(".rule-row:not(.head) > :nth-child(5)").allInnerTexts(), ["Intégrée"]);
   await page.context().close();
 });

@@ -34,8 +34,11 @@ json::value status(Core& core, const Body& /*body*/) {
           {"browsers", browserPermissions(core)},
           {"launch_at_login", core.loginItem.enabled()},
           {"probes", eachProbe(core.desktop, &Source::id)},
-          {"probe_names", eachProbe(core.desktop, &Source::name)},
           {"advice", core.desktop.whyTitlesAreMissing()}};
+}
+
+json::value sources(Core& core, const Body& /*body*/) {
+  return eachProbe(core.desktop, &Source::name);
 }
 
 json::value requestAccessibility(Core& core, const Body& /*body*/) {
@@ -72,6 +75,7 @@ json::value launchAtLogin(Core& core, const Body& body) {
 
 constexpr Route kRoutes[]{
     {"permissions.status", RouteKind::Read, status},
+    {"permissions.sources", RouteKind::Read, sources},
     {"permissions.requestAccessibility", RouteKind::Read, requestAccessibility},
     {"permissions.testBrowser", RouteKind::Ask, testBrowser},
     {"permissions.openAutomation", RouteKind::Read, openAutomation},

@@ -86,8 +86,6 @@ export interface Permissions {
   launch_at_login: boolean;
   /** Where each kind of observation comes from on this desktop. */
   probes?: Record<string, string>;
-  /** The same, as it is called. */
-  probe_names?: Record<string, string>;
   /** Why window titles are missing and what helps; "" when they are not. */
   advice?: string;
 }
@@ -167,6 +165,8 @@ export interface Routes {
   "tracker.resume": [Nothing, Ok];
   "tracker.project": [{ project_id: number | null }, Ok];
   "permissions.status": [Nothing, Permissions];
+  /** What these are called. */
+  "permissions.sources": [Nothing, Record<string, string>];
   "permissions.requestAccessibility": [Nothing, Ok];
   "permissions.testBrowser": [{ bundle: string }, Attempt & Unstored];
   "permissions.openAutomation": [Nothing, Ok];

@@ -17,6 +17,7 @@ const probeNames: Record<string, string> = {
 export function DesktopRows() {
   const send = useSend();
   const { answer } = useAnswer("permissions.status", {}, 10);
+  const { answer: names } = useAnswer("permissions.sources", {}, 10);
   if (!answer) return null;
   return (
     <>
@@ -33,7 +34,7 @@ export function DesktopRows() {
       </Row>
       {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
         <Row key={probe} label={probeNames[probe] ?? probe}>
-          <State good={source !== "none"} text={answer.probe_names?.[probe] ?? source} />
+          <State good={source !== "none"} text={names?.[probe] ?? source} />
         </Row>
       ))}
     </>
