@@ -1,23 +1,18 @@
-#include <gtest/gtest.h>
-
 #include <fstream>
 
 #include "app/legacy_agents.h"
 #include "app/retention_schedule.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 TEST(Retention, IsDueAtFourOrAfterADay) {
   const Calendar paris(Glib::TimeZone::create("Europe/Paris"));
   constexpr double kMidnight = 1'700'002'800;  // 15 November 2023
   constexpr double kHour = 3600;
   struct Case {
-    double hour;
-    double lastHour;
+    double hour, lastHour;
     bool due;
   };
   for (const auto& [hour, lastHour, due] :
@@ -29,8 +24,8 @@ TEST(Retention, IsDueAtFourOrAfterADay) {
 }
 
 TEST(LegacyAgents, ThoseThatAreThereAreStoppedAndRemoved) {
-  const test::TempFolder folder;
-  test::LogLines log;
+  const TempFolder folder;
+  LogLines log;
   const auto make = [&](const char* name) {
     const auto path = folder.path() / name;
     fs::create_directories(path.parent_path());
@@ -39,19 +34,18 @@ TEST(LegacyAgents, ThoseThatAreThereAreStoppedAndRemoved) {
   make("autostart/fr.quellvane.lumaplan.tracker.desktop");
   make("systemd/user/fr.quellvane.lumaplan.server.service");
   make("systemd/user/other.service");
-  std::vector<std::string> stopped;
-  const auto run = [&](const std::vector<std::string>& words) {
+  Texts stopped;
+  const auto run = [&](const Texts& words) {
     EXPECT_TRUE(fs::exists(folder.path() / "systemd/user" / words.back()));
     stopped.push_back(words.back());
   };
   for (int start = 0; start < 2; ++start) cleanupLegacyAgents(folder.path(), run, log.sink());
-  EXPECT_EQ(stopped, std::vector<std::string>{"fr.quellvane.lumaplan.server.service"});
-  EXPECT_EQ(log.lines(), (std::vector<std::string>{
-                             "Orvanta: ancien agent fr.quellvane.lumaplan.tracker retiré",
-                             "Orvanta: ancien agent fr.quellvane.lumaplan.server retiré"}));
+  EXPECT_EQ(stopped, Texts{"fr.quellvane.lumaplan.server.service"});
+  EXPECT_EQ(log.lines(), (Texts{"Orvanta: ancien agent fr.quellvane.lumaplan.tracker retiré",
+                                "Orvanta: ancien agent fr.quellvane.lumaplan.server retiré"}));
   EXPECT_FALSE(fs::exists(folder.path() / "systemd/user/fr.quellvane.lumaplan.server.service"));
   EXPECT_TRUE(fs::exists(folder.path() / "systemd/user/other.service"));
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

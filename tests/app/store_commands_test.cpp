@@ -1,19 +1,12 @@
 #include "app/store_commands.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "storage/data_lock.h"
 #include "support/store_files.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::bytesIn;
-using test::fillStore;
-using test::newStore;
-using test::TempFolder;
 
 struct Said {
   int status;
@@ -29,15 +22,14 @@ Said listenTo(Command command) {
   return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
-class StoreCommands : public testing::Test {
- protected:
+struct StoreCommands : testing::Test {
   Said check() {
     return listenTo([&] { return checkCommand(where_); });
   }
-  Said backup(const std::vector<std::string>& words) {
+  Said backup(const Texts& words) {
     return listenTo([&] { return backupCommand(words, where_); });
   }
-  Said restore(const std::vector<std::string>& words) {
+  Said restore(const Texts& words) {
     return listenTo([&] { return restoreCommand(words, where_); });
   }
 
@@ -53,16 +45,14 @@ TEST_F(StoreCommands, CheckNamesWhatIsWholeAndWhatIsNot) {
   fs::copy(where_.file(), copy);
   const auto whole = check();
   EXPECT_EQ(whole.status, 0);
-  EXPECT_NE(whole.output.find("orvanta.db : intacte\n"), std::string::npos) << whole.output;
-  EXPECT_NE(whole.output.find("100 activités du 1970-01-12 au 1970-01-12, 2 projets, 2 règles"),
-            std::string::npos)
-      << whole.output;
+  EXPECT_TRUE(holds(whole.output, "orvanta.db : intacte\n"));
+  EXPECT_TRUE(
+      holds(whole.output, "100 activités du 1970-01-12 au 1970-01-12, 2 projets, 2 règles"));
   fs::resize_file(copy, 3000);
   const auto damaged = check();
   EXPECT_EQ(damaged.status, 1);
-  EXPECT_NE(damaged.output.find("orvanta.db : intacte\n"), std::string::npos);
-  EXPECT_NE(damaged.output.find("orvanta-2026-11-22-0930.db : ABÎMÉE\n  - "), std::string::npos)
-      << damaged.output;
+  EXPECT_TRUE(holds(damaged.output, "orvanta.db : intacte\n"));
+  EXPECT_TRUE(holds(damaged.output, "orvanta-2026-11-22-0930.db : ABÎMÉE\n  - "));
 }
 
 TEST_F(StoreCommands, BackupNeverReplacesAFile) {
@@ -75,7 +65,7 @@ TEST_F(StoreCommands, BackupNeverReplacesAFile) {
   const auto made = backup({file});
   umask(mask);
   EXPECT_EQ(made.status, 0) << made.errors;
-  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(modeOf(file), 0600U);
   const auto bytes = bytesIn(file);
   EXPECT_EQ(backup({file}).status, 1);
   EXPECT_EQ(bytesIn(file), bytes);
@@ -83,7 +73,7 @@ TEST_F(StoreCommands, BackupNeverReplacesAFile) {
   EXPECT_EQ(backup({folder_.path() / "link"}).status, 1);
   fs::create_directory(folder_.path() / "stick");
   EXPECT_EQ(backup({folder_.path() / "stick"}).status, 0);
-  EXPECT_EQ(test::namesIn(folder_.path() / "stick").size(), 1U);
+  EXPECT_EQ(namesIn(folder_.path() / "stick").size(), 1U);
   EXPECT_EQ(backup({folder_.path() / "no" / "folder.db"}).status, 1);
 }
 
@@ -98,19 +88,19 @@ TEST_F(StoreCommands, RestoreWaitsForTheProgramToEndAndKeepsTodaysFile) {
     const auto running = DataLock::take(where_);
     const auto refused = restore({file});
     EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.errors.find("en marche"), std::string::npos);
+    EXPECT_TRUE(holds(refused.errors, "en marche"));
   }
   const auto restored = restore({file});
   EXPECT_EQ(restored.status, 0) << restored.errors;
-  EXPECT_NE(restored.output.find("100 activités"), std::string::npos);
-  EXPECT_NE(restored.output.find("orvanta.db.avant-restauration-"), std::string::npos);
+  EXPECT_TRUE(holds(restored.output, "100 activités"));
+  EXPECT_TRUE(holds(restored.output, "orvanta.db.avant-restauration-"));
   // On a machine without data yet there is nothing to keep.
   fs::remove_all(where_.dir);
   const auto fresh = restore({file});
   EXPECT_EQ(fresh.status, 0) << fresh.errors;
-  EXPECT_EQ(fresh.output.find("avant-restauration"), std::string::npos);
+  EXPECT_FALSE(holds(fresh.output, "avant-restauration"));
   EXPECT_EQ(check().status, 0);
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

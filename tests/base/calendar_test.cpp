@@ -12,12 +12,11 @@ Calendar in(const char* zone) {
 }
 
 TEST(Calendar, DaysLastWhatTheClockMakesOfThem) {
-  struct Case {
+  const struct {
     const char* zone;
     Date date;
     double hours;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"Europe/Paris", {2026, 3, 29}, 23},    {"Europe/Paris", {2026, 10, 25}, 25},
       {"Europe/Paris", {2026, 7, 14}, 24},    {"Africa/Cairo", {2024, 4, 26}, 23},
       {"Africa/Cairo", {2024, 10, 31}, 25},   {"America/Santiago", {2024, 9, 8}, 23},

@@ -15,8 +15,7 @@ ChildResult shell(const std::string& script, double timeout = 10) {
   return runChild({{"/bin/sh", "-c", script}, {"ORVANTA_TEST=donné"}}, timeout);
 }
 
-class ChildProcess : public testing::Test {
- protected:
+struct ChildProcess : testing::Test {
   void TearDown() override {
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
     EXPECT_EQ(errno, ECHILD);

@@ -12,8 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class MainThreadTest : public testing::Test {
- protected:
+struct MainThreadTest : testing::Test {
   void SetUp() override {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "GLib's own locks are not known to the thread sanitizer";

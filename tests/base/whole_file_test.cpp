@@ -1,28 +1,16 @@
 #include "base/whole_file.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <fstream>
-#include <sstream>
 
-#include "support/temp_store.h"
+#include "support/files.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr uid_t kSomebody = 12345;
-
-std::string contents(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
 
 std::string write(const fs::path& file, std::string_view text, bool named = false) {
   WholeFile whole(file, named);
@@ -30,8 +18,7 @@ std::string write(const fs::path& file, std::string_view text, bool named = fals
   return whole.finish();
 }
 
-class WholeFileTest : public testing::Test {
- protected:
+struct WholeFileTest : testing::Test {
   WholeFileTest() : umask_(umask(0)) {
     fs::create_directory(shared);
     chmod(shared.c_str(), 01777);
@@ -39,19 +26,15 @@ class WholeFileTest : public testing::Test {
   }
   ~WholeFileTest() override { umask(umask_); }
 
-  // All that lies in the folder, but for what the fixture made.
-  std::vector<std::string> made() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder.path())) {
-      if (entry.path() != shared && entry.path() != victim)
-        names.push_back(entry.path().filename());
-    }
-    std::sort(names.begin(), names.end());
+  // What lies in the folder, but for what the fixture made.
+  Texts made() const {
+    auto names = namesIn(folder.path());
+    std::erase_if(names, [](const auto& name) { return name == "commun" || name == "victime"; });
     return names;
   }
 
   const mode_t umask_;
-  const test::TempFolder folder;
+  const TempFolder folder;
   const fs::path shared = folder.path() / "commun";
   const fs::path victim = folder.path() / "victime";
 };
@@ -61,18 +44,16 @@ TEST_F(WholeFileTest, IsThereWhenItIsCompleteAndForItsOwner) {
   for (const bool named : {false, true}) {
     for (const auto* text : {"un", "", "deux"}) {  // new, then replaced
       EXPECT_EQ(write(file, text, named), "");
-      EXPECT_EQ(contents(file), text);
-      struct stat info {};
-      ASSERT_EQ(stat(file.c_str(), &info), 0);
-      EXPECT_EQ(info.st_mode & 0777, 0600U);
-      EXPECT_EQ(made(), std::vector<std::string>{"export.csv"});
+      EXPECT_EQ(bytesIn(file), text);
+      EXPECT_EQ(modeOf(file), 0600U);
+      EXPECT_EQ(made(), Texts{"export.csv"});
     }
     {
       WholeFile given(file, named);
       given.write("à moitié");
     }
-    EXPECT_EQ(contents(file), "deux");
-    EXPECT_EQ(made(), std::vector<std::string>{"export.csv"});
+    EXPECT_EQ(bytesIn(file), "deux");
+    EXPECT_EQ(made(), Texts{"export.csv"});
     fs::remove(file);
   }
 }
@@ -81,7 +62,7 @@ TEST_F(WholeFileTest, FollowsOnlyLinksThatNobodyElsePlaced) {
   const auto own = folder.path() / "lien";
   fs::create_symlink("victime", own);
   EXPECT_EQ(write(own, "par le lien"), "");
-  EXPECT_EQ(contents(victim), "par le lien");
+  EXPECT_EQ(bytesIn(victim), "par le lien");
   EXPECT_TRUE(fs::is_symlink(own));
 
   const auto planted = shared / "export.csv";
@@ -100,17 +81,17 @@ TEST_F(WholeFileTest, FollowsOnlyLinksThatNobodyElsePlaced) {
       EXPECT_TRUE(fs::is_symlink(path)) << path;
     }
   }
-  EXPECT_EQ(contents(victim), "par le lien");
-  EXPECT_NE(WholeFile(planted).problem().find("lien symbolique"), std::string::npos);
+  EXPECT_EQ(bytesIn(victim), "par le lien");
+  EXPECT_TRUE(holds(WholeFile(planted).problem(), "lien symbolique"));
   EXPECT_EQ(std::distance(fs::directory_iterator(shared), {}), 1);
 
   // A file of the user's own is as good there as elsewhere, and a link to what is not there yet.
   EXPECT_EQ(write(shared / "autre.csv", "texte"), "");
-  EXPECT_EQ(contents(shared / "autre.csv"), "texte");
+  EXPECT_EQ(bytesIn(shared / "autre.csv"), "texte");
   const auto dangling = folder.path() / "vers";
   fs::create_symlink(shared / "neuf.csv", dangling);
   EXPECT_EQ(write(dangling, "neuf"), "");
-  EXPECT_EQ(contents(shared / "neuf.csv"), "neuf");
+  EXPECT_EQ(bytesIn(shared / "neuf.csv"), "neuf");
 }
 
 TEST_F(WholeFileTest, WritesThroughPipesAndDevices) {
@@ -138,9 +119,9 @@ TEST_F(WholeFileTest, TellsWhy) {
                            fs::path(), folder.path() / std::string(300, 'x')}) {
     EXPECT_NE(write(path, "texte"), "") << path;
   }
-  EXPECT_EQ(contents(victim), "précieux");
-  EXPECT_EQ(made(), std::vector<std::string>{});
+  EXPECT_EQ(bytesIn(victim), "précieux");
+  EXPECT_EQ(made(), Texts{});
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,17 +1,14 @@
 #include "bridge/request.h"
 
-#include <gtest/gtest.h>
-
-#include <boost/json/serialize.hpp>
+#include <iterator>
 #include <limits>
-#include <random>
+#include <sstream>
 
 #include "support/program.h"
+#include "support/random_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace json = boost::json;
 
 TEST(Request, OnlyWholeEnvelopesAreHeard) {
   for (const auto* ignored :
@@ -53,7 +50,7 @@ TEST(Request, BodiesAreReadAsTheKindThatIsMeant) {
 }
 
 TEST(Request, WhatJsonCannotSayIsAnEmptyAnswer) {
-  test::Program program;
+  Program program;
   program.store.db.run("INSERT INTO projects(name, created) VALUES ('A', 1e999)");
   EXPECT_EQ(answer(program.core.router, "projects.list", {}).json, "{}");
   program.store.db.run("UPDATE projects SET created=NULL, name=CAST(x'41ff0a' AS TEXT)");
@@ -61,65 +58,65 @@ TEST(Request, WhatJsonCannotSayIsAnEmptyAnswer) {
   EXPECT_EQ(list.at(0).at("name"), "A\xef\xbf\xbd\n");
 }
 
+constexpr const char* kWords[] = {"app", "domain", "travail", "12", "1e5", ""};
+// What bodies and envelopes are made of.
+const Texts kKeys = [] {
+  std::istringstream words(
+      "id path body name ids date start end category project_id field pattern keywords archived "
+      "clear url bundle from to enabled retention_days excluded_domains paused");
+  return Texts(std::istream_iterator<std::string>(words), {});
+}();
+
 // Envelopes made of whatever may come, through the whole router.
 class Hostile {
  public:
-  explicit Hostile(unsigned seed) : random_(seed) {}
+  explicit Hostile(unsigned seed) : dice_(seed) {}
 
   json::value value(int depth = 0) {
-    switch (upTo(depth > 3 ? 7 : 9)) {
-      case 0:
-        return nullptr;
-      case 1:
-        return upTo(1) == 1;
-      case 2:
-        return int64_t{upTo(20)} - 5;
-      case 3:
-        return std::numeric_limits<int64_t>::min() + upTo(1);
-      case 4:
-        return std::numeric_limits<uint64_t>::max();
-      case 5:
-        return 1e300 * (upTo(2) - 1) + 0.5;
-      case 6:
-        return json::value(text());
-      case 7:
-        return json::value(pick(kWords));
-      case 8: {
-        json::array list;
-        for (int i = upTo(4); i > 0; --i) list.push_back(value(depth + 1));
-        return list;
-      }
-      default: {
-        json::object object;
-        for (int i = upTo(5); i > 0; --i) object[pick(kKeys)] = value(depth + 1);
-        return object;
-      }
+    const int kind = dice_.upTo(depth > 3 ? 7 : 9);
+    if (kind == 8) {
+      json::array list;
+      for (int i = dice_.upTo(4); i > 0; --i) list.push_back(value(depth + 1));
+      return list;
     }
+    if (kind == 9) {
+      json::object object;
+      for (int i = dice_.upTo(5); i > 0; --i) object[dice_.oneOf(kKeys)] = value(depth + 1);
+      return object;
+    }
+    const json::value plain[] = {nullptr,
+                                 dice_.oneIn(2),
+                                 int64_t{dice_.upTo(20)} - 5,
+                                 std::numeric_limits<int64_t>::min() + dice_.upTo(1),
+                                 std::numeric_limits<uint64_t>::max(),
+                                 1e300 * (dice_.upTo(2) - 1) + 0.5,
+                                 json::value(text()),
+                                 json::value(dice_.oneOf(kWords))};
+    return plain[kind];
   }
 
   std::string text() {
-    static const std::vector<std::string> kPieces{
+    static constexpr const char* kPieces[] = {
         "\"",        "'",          "\\",   "\n",     "%s",
         "</script>", "é",          "🦊", "\u202e", "DROP TABLE events;",
         "\u0001",    "2026-03-29", ","};
     std::string text;
-    for (int i = upTo(6); i > 0; --i) text += pick(kPieces);
+    for (int i = dice_.upTo(6); i > 0; --i) text += dice_.oneOf(kPieces);
     return text;
   }
 
   std::string envelope() {
     const auto routes = Router::routes();
-    const auto at = static_cast<std::size_t>(upTo(static_cast<int>(routes.size())));
-    const std::string_view route = at < routes.size() ? routes[at]->name : "nulle.part";
-    json::object object{{"id", upTo(9) == 0 ? value() : json::value(next_++)},
-                        {"path", upTo(9) == 0 ? value() : json::value(route)},
-                        {"body", upTo(9) == 0 ? value() : body()}};
-    if (upTo(19) == 0) object.erase(pick(kKeys));
+    const std::string_view route = dice_.oneIn(40) ? "nulle.part" : dice_.oneOf(routes)->name;
+    json::object object{{"id", dice_.oneIn(10) ? value() : json::value(next_++)},
+                        {"path", dice_.oneIn(10) ? value() : json::value(route)},
+                        {"body", dice_.oneIn(10) ? value() : body()}};
+    if (dice_.oneIn(20)) object.erase(dice_.oneOf(kKeys));
     auto text = json::serialize(object);
     // Torn on the way, or made longer.
-    for (int i = upTo(30) == 0 ? 3 : 0; i > 0 && !text.empty(); --i) {
-      text[static_cast<std::size_t>(upTo(static_cast<int>(text.size()) - 1))] =
-          static_cast<char>(upTo(255));
+    for (int i = dice_.oneIn(31) ? 3 : 0; i > 0 && !text.empty(); --i) {
+      text[static_cast<std::size_t>(dice_.upTo(static_cast<int>(text.size()) - 1))] =
+          static_cast<char>(dice_.upTo(255));
     }
     return text;
   }
@@ -127,45 +124,15 @@ class Hostile {
  private:
   json::value body() {
     json::object object;
-    for (int i = upTo(6); i > 0; --i) object[pick(kKeys)] = value();
+    for (int i = dice_.upTo(6); i > 0; --i) object[dice_.oneOf(kKeys)] = value();
     return object;
   }
-  int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
-  const std::string& pick(const std::vector<std::string>& list) {
-    return list[static_cast<std::size_t>(upTo(static_cast<int>(list.size()) - 1))];
-  }
-
-  inline static const std::vector<std::string> kKeys{"id",
-                                                     "path",
-                                                     "body",
-                                                     "name",
-                                                     "ids",
-                                                     "date",
-                                                     "start",
-                                                     "end",
-                                                     "category",
-                                                     "project_id",
-                                                     "field",
-                                                     "pattern",
-                                                     "keywords",
-                                                     "archived",
-                                                     "clear",
-                                                     "url",
-                                                     "bundle",
-                                                     "from",
-                                                     "to",
-                                                     "enabled",
-                                                     "retention_days",
-                                                     "excluded_domains",
-                                                     "paused"};
-  inline static const std::vector<std::string> kWords{"app", "domain", "travail", "12", "1e5", ""};
-
-  std::mt19937 random_;
+  Dice dice_;
   int next_ = 1;
 };
 
 TEST(Request, AHundredThousandHostileEnvelopesAreEachAnsweredOrIgnored) {
-  test::Program program;
+  Program program;
   for (int i = 0; i < 20; ++i) {
     program.store.db.run(
         "INSERT INTO events(start,end,app,title,domain) VALUES (?,?,'A','t','d.fr')",
@@ -209,4 +176,4 @@ TEST(Request, AHundredThousandHostileEnvelopesAreEachAnsweredOrIgnored) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

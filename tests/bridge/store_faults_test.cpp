@@ -1,12 +1,8 @@
 // Every route that writes, while the store cannot be written: what the answer says is what the file
 // holds, and nothing is half done.
-#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <boost/json/serialize.hpp>
 #include <chrono>
 #include <future>
 #include <map>
@@ -15,26 +11,20 @@
 
 #include "classify/defaults.h"
 #include "storage/schema.h"
+#include "support/children.h"
 #include "support/fault_vfs.h"
 #include "support/program.h"
 #include "support/store_rows.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-namespace fs = std::filesystem;
-namespace json = boost::json;
 using namespace std::chrono_literals;
-using test::difference;
-using test::Failing;
-using test::Fault;
-using test::FaultVfs;
-using test::OtherProgram;
 
 constexpr double kNow = 1'700'000'000;
 
 // Three days of spans, some of them assigned, with projects and rules.
-struct FilledProgram : test::Program {
+struct FilledProgram : Program {
   FilledProgram() {
     store.db.exec(
         "BEGIN; INSERT INTO projects(id, name, created) VALUES (1,'Thèse',1),(2,'Été',2);"
@@ -47,7 +37,7 @@ struct FilledProgram : test::Program {
         "CASE i % 7 WHEN 0 THEN 'loisir' END, CASE i % 4 WHEN 0 THEN 1 END FROM n; COMMIT");
   }
   fs::path file() const { return store.db.location().file(); }
-  std::string rows() const { return test::rowsOf(file()); }
+  std::string rows() const { return rowsOf(file()); }
 };
 
 // What waits is stored.
@@ -100,8 +90,7 @@ Act route(const char* name, const char* body = "{}") {
 }
 Act onLastChange(const char* name) {
   return [=](FilledProgram& program) {
-    const auto id = program.call("changes.list").at(0).at("id");
-    return program.call(name, json::serialize(json::object{{"id", id}}));
+    return program.ask(name, {{"id", program.call("changes.list").at(0).at("id")}});
   };
 }
 
@@ -178,15 +167,13 @@ struct StoreFaults : testing::Test {
 };
 
 TEST_F(StoreFaults, AnAnswerSaysWhatTheFileHolds) {
-  struct Case {
+  const struct {
     Fault fault;
     int most;
     const char* state;
-  };
-  const Case cases[] = {{Fault::Full, 200, "full"},
-                        {Fault::WriteError, 200, "absent"},
-                        {Fault::ReadOnly, 1, "readonly"}};
-  auto& vfs = FaultVfs::instance();
+  } cases[] = {{Fault::Full, 200, "full"},
+               {Fault::WriteError, 200, "absent"},
+               {Fault::ReadOnly, 1, "readonly"}};
   for (const auto& op : ops()) {
     const auto& expected = after(op);
     for (const auto& [fault, most, state] : cases) {
@@ -199,7 +186,7 @@ TEST_F(StoreFaults, AnAnswerSaysWhatTheFileHolds) {
         {
           const Failing failing(fault, n);
           stored = calledStored(op.act(*program));
-          reached = vfs.struck();
+          reached = FaultVfs::struck();
           if (!stored && program->store.db.condition()) {
             EXPECT_EQ(program->call("status").at("store").at("state"), state);
           }
@@ -270,17 +257,14 @@ TEST_F(StoreFaults, AnotherProgramsLockIsWaitedForAndThenTold) {
 class Killed {
  public:
   Killed(int n, const std::function<std::function<void()>()>& prepare) {
-    const pid_t child = fork();
-    if (child == 0) {
+    const int status = endOfChild([&] {
       setenv("TMPDIR", folder_.path().c_str(), 1);
       const auto act = prepare();
-      FaultVfs::instance().fail(n % 2 == 0 ? Fault::Kill : Fault::Torn, n);
+      FaultVfs::fail(n % 2 == 0 ? Fault::Kill : Fault::Torn, n);
       act();
       // Past the thread sanitizer, which minds the threads that an end like this leaves behind.
       syscall(SYS_exit_group, 0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
+    });
     EXPECT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0);
     survived = WIFEXITED(status);
     where = DataLocation::under(fs::directory_iterator(folder_.path())->path());
@@ -290,7 +274,7 @@ class Killed {
   DataLocation where;
 
  private:
-  test::TempFolder folder_;
+  TempFolder folder_;
 };
 
 TEST_F(StoreFaults, KilledAtAnyWriteItIsDoneOrNotBegun) {
@@ -306,8 +290,8 @@ TEST_F(StoreFaults, KilledAtAnyWriteItIsDoneOrNotBegun) {
       const Killed killed(
           n, [&] { return [&op, program = op.program().release()] { op.act(*program); }; });
       survived = killed.survived;
-      ASSERT_EQ(test::integrityOf(killed.where.file()), "ok|\n");
-      const auto rows = test::rowsOf(killed.where.file());
+      ASSERT_EQ(integrityOf(killed.where.file()), "ok|\n");
+      const auto rows = rowsOf(killed.where.file());
       ASSERT_TRUE(rows == expected || (rows == before && !survived)) << difference(before, rows);
       doneBefore += rows == before ? 1 : 0;
     }
@@ -327,16 +311,10 @@ TEST_F(StoreFaults, KilledAtAnyWriteOfItsMakingTheStoreIsMadeAtTheNextStart) {
       return OtherProgram(file).ask("SELECT count(*) FROM sqlite_master");
     };
     const auto start = [&]() -> std::function<void()> {
-      const auto where = (new test::TempFolder)->location();
+      const auto where = (new TempFolder)->location();
       orvanta::prepare(where, [](const std::string&) {});
       if (old) {
-        OtherProgram(where.file())
-            .ask(
-                "CREATE TABLE projects (id INTEGER PRIMARY KEY, name TEXT UNIQUE NOT NULL);"
-                "INSERT INTO projects(name) VALUES ('Ancien');"
-                "CREATE TABLE settings (key TEXT PRIMARY KEY, value TEXT);"
-                "INSERT INTO settings VALUES ('idle_threshold','240'),('port','8080');"
-                "CREATE TABLE calendar_links (id INTEGER);");
+        OtherProgram(where.file()).ask(kLegacyTables);
       }
       return [where] { new Database(where, [](const std::string&) {}); };
     };
@@ -352,17 +330,17 @@ TEST_F(StoreFaults, KilledAtAnyWriteOfItsMakingTheStoreIsMadeAtTheNextStart) {
       const auto found = tables(file);
       ASSERT_TRUE(found == tablesMade || found == (old ? "5|\n" : "0|\n")) << found;
       {
-        test::LogLines log;
-        test::TestDatabase db(killed.where, log.sink());
+        LogLines log;
+        TestDatabase db(killed.where, log.sink());
         ASSERT_EQ(ageOf(db), StoreAge::Current);
         ASSERT_EQ(db.setting("idle_threshold"), old ? "240" : "180");
         ASSERT_TRUE(log.lines().empty()) << log.lines().front();
       }
-      ASSERT_EQ(test::integrityOf(file), "ok|\n");
+      ASSERT_EQ(integrityOf(file), "ok|\n");
       ASSERT_EQ(content(file), made);
     }
   }
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,37 +1,23 @@
 // Any sequence of changes can be taken back, and made again.
-#include <gtest/gtest.h>
-
-#include <boost/json/serialize.hpp>
-
 #include "support/program.h"
 #include "support/random_store.h"
 #include "support/store_rows.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace json = boost::json;
-using test::Dice;
 
 constexpr double kStart = 1'699'900'000;
 
-class Undo : public testing::Test, protected test::Program {
- protected:
-  std::string rows() {
-    return test::rowsOf(store.db.location().file(), {"events", "rules", "projects"});
-  }
-  json::value call(const char* name, const json::object& body) {
-    return Program::call(name, json::serialize(body));
-  }
+struct Undo : testing::Test, Program {
+  std::string rows() { return rowsOf(store.db.location().file(), {"events", "rules", "projects"}); }
   std::vector<int64_t> changes() {
     std::vector<int64_t> ids;
-    const auto list = call("changes.list", {{"limit", 500}});
+    const auto list = ask("changes.list", {{"limit", 500}});
     for (const auto& change : list.as_array()) ids.push_back(change.at("id").as_int64());
     return ids;
   }
   bool turn(const char* way, int64_t id) {
-    const auto answer = call(way, {{"id", id}});
-    return answer.as_object().contains("ok");
+    return ask(way, {{"id", id}}).as_object().contains("ok");
   }
 
   json::array someSpans(Dice& dice) {
@@ -48,41 +34,22 @@ class Undo : public testing::Test, protected test::Program {
   void changeSomething(Dice& dice) {
     const char* names[] = {"Été", "Nouveau", "Autre", "b"};
     const char* patterns[] = {"a", "AB", "video.com", "neuf"};
-    switch (dice.upTo(8)) {
-      case 0:
-      case 1:
-        call("events.assign", someTarget(dice, {{"ids", someSpans(dice)}}));
-        break;
-      case 2:
-        call("events.assign", {{"ids", someSpans(dice)}, {"clear", true}});
-        break;
-      case 3:
-      case 4: {
-        const double start = kStart + dice.upTo(90000) / 8.0;
-        const double end = start + dice.upTo(40000) / 3.0;
-        call("events.assignRange", someTarget(dice, {{"start", start}, {"end", end}}));
-        break;
-      }
-      case 5:
-        call("rules.save",
-             someTarget(dice, {{"field", "domain"}, {"pattern", dice.oneOf(patterns)}}));
-        break;
-      case 6:
-        if (dice.oneIn(4)) {
-          call("rules.defaults", {});
-        } else {
-          call("rules.delete", {{"id", 1 + dice.upTo(6)}});
-        }
-        break;
-      case 7: {
-        json::object body{{"name", dice.oneOf(names)}, {"archived", dice.upTo(1)}};
-        if (dice.oneIn(2)) body["id"] = 1 + dice.upTo(6);
-        call("projects.save", body);
-        break;
-      }
-      default:
-        call("projects.delete", {{"id", 1 + dice.upTo(6)}});
-    }
+    const double start = kStart + dice.upTo(90000) / 8.0;
+    const json::object range{{"start", start}, {"end", start + dice.upTo(40000) / 3.0}};
+    json::object project{{"name", dice.oneOf(names)}, {"archived", dice.upTo(1)}};
+    if (dice.oneIn(2)) project["id"] = 1 + dice.upTo(6);
+    const std::pair<const char*, json::object> changes[] = {
+        {"events.assign", someTarget(dice, {{"ids", someSpans(dice)}})},
+        {"events.assign", someTarget(dice, {{"ids", someSpans(dice)}})},
+        {"events.assign", {{"ids", someSpans(dice)}, {"clear", true}}},
+        {"events.assignRange", someTarget(dice, range)},
+        {"events.assignRange", someTarget(dice, range)},
+        {"rules.save", someTarget(dice, {{"field", "domain"}, {"pattern", dice.oneOf(patterns)}})},
+        {"rules.delete", {{"id", 1 + dice.upTo(6)}}},
+        {"projects.save", project},
+        {"projects.delete", {{"id", 1 + dice.upTo(6)}}}};
+    const auto& [route, body] = dice.oneOf(changes);
+    dice.oneIn(36) ? ask("rules.defaults", {}) : ask(route, body);
   }
 };
 
@@ -92,8 +59,8 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     core.history.forgetAll();
-    test::fillAtRandom(store.db, dice, kStart, 20000, {kStart + 7, kStart + 5000.5});
-    std::vector<std::string> states{rows()};
+    fillAtRandom(store.db, dice, kStart, 20000, {kStart + 7, kStart + 5000.5});
+    Texts states{rows()};
     for (int i = 1 + dice.upTo(19); i > 0; --i) {
       const auto known = changes().size();
       changeSomething(dice);
@@ -106,19 +73,19 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
     made += static_cast<int64_t>(ids.size());
     for (std::size_t i = 0; i < ids.size(); ++i) {
       ASSERT_TRUE(turn("changes.undo", ids[i]));
-      ASSERT_EQ(test::difference(states[states.size() - 2 - i], rows()), "");
+      ASSERT_EQ(difference(states[states.size() - 2 - i], rows()), "");
     }
     EXPECT_TRUE(ids.empty() || !turn("changes.undo", ids.back())) << "it is undone";
     for (auto id = ids.rbegin(); id != ids.rend(); ++id) ASSERT_TRUE(turn("changes.redo", *id));
-    ASSERT_EQ(test::difference(states.back(), rows()), "");
+    ASSERT_EQ(difference(states.back(), rows()), "");
     // Retention in between.
     store.db.run("UPDATE events SET title=NULL, url=NULL WHERE id % 2 = 1");
     for (const auto id : ids) ASSERT_TRUE(turn("changes.undo", id));
     store.db.run("UPDATE events SET title='gone', url=NULL");
     const auto erased = rows();
-    test::fillAtRandom(store.db, dice = Dice(seed), kStart, 20000, {kStart + 7, kStart + 5000.5});
+    fillAtRandom(store.db, dice = Dice(seed), kStart, 20000, {kStart + 7, kStart + 5000.5});
     store.db.run("UPDATE events SET title='gone', url=NULL");
-    ASSERT_EQ(test::difference(rows(), erased), "") << "nothing but titles was lost";
+    ASSERT_EQ(difference(rows(), erased), "") << "nothing but titles was lost";
   }
   EXPECT_GT(made, 600);
 }
@@ -129,23 +96,23 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     core.history.forgetAll();
-    test::fillAtRandom(store.db, dice, kStart, 2000, {kStart + 7, kStart + 5000.5});
+    fillAtRandom(store.db, dice, kStart, 2000, {kStart + 7, kStart + 5000.5});
     for (int i = 0; i < 6; ++i) changeSomething(dice);
     auto ids = changes();
     dice.shuffle(ids);
     // In any order: each is taken back, or nothing is done and a sentence says so.
     for (const auto id : ids) {
       const auto before = rows();
-      const auto answer = call("changes.undo", {{"id", id}});
+      const auto answer = ask("changes.undo", {{"id", id}});
       if (answer.as_object().contains("ok")) continue;
       ++conflicts;
       EXPECT_EQ(answer.at("error"),
                 "ce changement ne peut pas être annulé : ce qu'il a touché a changé depuis");
-      ASSERT_EQ(test::difference(before, rows()), "");
+      ASSERT_EQ(difference(before, rows()), "");
     }
   }
   EXPECT_GT(conflicts, 20);
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

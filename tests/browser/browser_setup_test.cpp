@@ -1,45 +1,36 @@
 #include "browser/browser_setup.h"
 
 #include <glib.h>
-#include <gtest/gtest.h>
-
 #include <boost/json/parse.hpp>
-#include <fstream>
-#include <iterator>
 #include <memory>
-#include <vector>
 
 #include "base/program_files.h"
 #include "support/places.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 boost::json::object readJson(const fs::path& path) {
-  std::ifstream file(path);
-  const std::string text(std::istreambuf_iterator<char>(file), {});
   boost::system::error_code broken;
-  auto value = boost::json::parse(text, broken);
+  auto value = boost::json::parse(bytesIn(path), broken);
   return broken ? boost::json::object() : value.as_object();
 }
 
-const fs::path kData = test::kDataFolder;
+const fs::path kData = kDataFolder;
 constexpr auto kName = "fr.quellvane.orvanta.tab.json";
 
 TEST(BrowserSetup, WritesTheManifestsOfInstalledBrowsers) {
-  const test::TempFolder folder;
+  const TempFolder folder;
   const auto home = folder.path() / "home";
   const auto config = folder.path() / "config";
   fs::create_directories(home / ".mozilla");
   fs::create_directories(config / "vivaldi");
   const BrowserSetup setup({home, config}, "/opt/é/orvanta-tab", kData);
   const auto text = setup.connectAll();
-  EXPECT_NE(text.find("Firefox est prêt."), std::string::npos) << text;
-  EXPECT_NE(text.find("Vivaldi est prêt."), std::string::npos) << text;
-  EXPECT_EQ(text.find("Brave"), std::string::npos) << text;
+  EXPECT_TRUE(holds(text, "Firefox est prêt."));
+  EXPECT_TRUE(holds(text, "Vivaldi est prêt."));
+  EXPECT_FALSE(holds(text, "Brave"));
   EXPECT_FALSE(fs::exists(config / "google-chrome"));
 
   const auto firefox = home / ".mozilla/native-messaging-hosts" / kName;
@@ -61,13 +52,13 @@ TEST(BrowserSetup, WritesTheManifestsOfInstalledBrowsers) {
 }
 
 TEST(BrowserSetup, SaysWhatFailedAndWhatToDo) {
-  const test::TempFolder folder;
+  const TempFolder folder;
   std::ofstream(folder.path() / "config").put('x');  // a file where a folder should be
   const BrowserSetup setup({folder.path(), folder.path() / "config"}, "/h", kData);
-  EXPECT_NE(setup.connect(*findBrowser("vivaldi")).find("Not a directory"), std::string::npos);
+  EXPECT_TRUE(holds(setup.connect(*findBrowser("vivaldi")), "Not a directory"));
   EXPECT_EQ(setup.advice(*findBrowser("vivaldi")), "Ouvrez Vivaldi, puis recommencez.");
   EXPECT_EQ(setup.advice(*findBrowser("com.apple.Safari")), "Safari n'existe pas sous Linux.");
-  EXPECT_NE(setup.advice(*findBrowser("epiphany")).find("accessibilité"), std::string::npos);
+  EXPECT_TRUE(holds(setup.advice(*findBrowser("epiphany")), "accessibilité"));
 }
 
 // Chromium makes an extension's identifier of the key in its manifest.
@@ -87,4 +78,4 @@ TEST(BrowserSetup, TheManifestAllowsTheExtensionThatWeShip) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

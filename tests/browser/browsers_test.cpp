@@ -1,6 +1,5 @@
 #include "browser/browsers.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,7 +7,7 @@
 
 #include "support/fake_browser.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 TEST(Browsers, AreKnownByEveryName) {
@@ -47,7 +46,7 @@ TEST(Browsers, AreKnownByTheirProcess) {
   const auto before = runningBrowsers().size();
   int32_t pid = 0;
   {
-    const test::FakeBrowser firefox("firefox-esr");
+    const FakeBrowser firefox("firefox-esr");
     pid = firefox.pid();
     const auto running = runningBrowsers();
     EXPECT_EQ(running.size(), before + 1);
@@ -63,13 +62,10 @@ TEST(Browsers, AreKnownByTheirProcess) {
 }
 
 TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {
-  struct Case {
-    const char* browser;
-    const char* title;
-    bool window;
-    bool frame;
-  };
-  const Case cases[] = {
+  const struct {
+    const char *browser, *title;
+    bool window, frame;
+  } cases[] = {
       {"firefox", "Une page — Mozilla Firefox", true, true},
       {"firefox", "Mozilla Firefox", true, true},
       {"firefox", "Une page — Mozilla Firefox Private Browsing", false, false},
@@ -96,4 +92,4 @@ TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

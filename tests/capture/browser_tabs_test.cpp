@@ -1,13 +1,10 @@
 #include "capture/browser_tabs.h"
 
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "browser/tab_socket.h"
@@ -15,25 +12,18 @@
 #include "support/fake_browser.h"
 #include "support/fake_desktop.h"
 #include "support/places.h"
-#include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 // A helper program that does what a test wants, and a folder for sockets.
-class BrowserTabsTest : public testing::Test {
- protected:
+struct BrowserTabsTest : testing::Test {
   void helper(const std::string& script) {
     std::ofstream(program) << "#!/bin/sh\necho \"$*\" >>" << calls.string() << "\n" << script;
     fs::permissions(program, fs::perms::owner_all);
   }
 
-  std::string callsSoFar() const {
-    std::ifstream file(calls);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string callsSoFar() const { return bytesIn(calls); }
 
   BrowserTab read(const std::string& bundle = "chromium", int32_t pid = 0) {
     const auto tab = tabs.browserTab({"Navigateur", bundle, pid});
@@ -41,9 +31,9 @@ class BrowserTabsTest : public testing::Test {
     return tab.value_or(BrowserTab());
   }
 
-  test::TempFolder folder;
-  test::LogLines log;
-  test::FakeClock clock;
+  TempFolder folder;
+  LogLines log;
+  FakeClock clock;
   std::optional<std::string> title;
   const fs::path program = folder.path() / "helper";
   const fs::path calls = folder.path() / "calls";
@@ -53,11 +43,10 @@ class BrowserTabsTest : public testing::Test {
 };
 
 TEST_F(BrowserTabsTest, TheHelpersAnswerIsUrlAndTitle) {
-  struct Case {
+  const struct {
     const char* output;
     std::optional<std::string> url, title;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"https://a.fr/\\nUn titre", "https://a.fr/", "Un titre"},
       {"https://a.fr/\\nUn\\nDeux\\n", "https://a.fr/", "Un\nDeux"},
       {" https://a.fr/\\t\\n\\tUn titre ", "https://a.fr/", "Un titre"},
@@ -92,8 +81,7 @@ TEST_F(BrowserTabsTest, OtherProgramsAreNobodysBusiness) {
 TEST_F(BrowserTabsTest, AFailedQueryIsLeftAloneForFiveMinutes) {
   helper("echo ' refusé ' >&2; exit 1");
   EXPECT_FALSE(read().url);
-  EXPECT_EQ(log.lines(),
-            std::vector<std::string>{"Orvanta AppleScript browser:org.chromium.Chromium : refusé"});
+  EXPECT_EQ(log.lines(), Texts{"Orvanta AppleScript browser:org.chromium.Chromium : refusé"});
   const auto once = callsSoFar();
   clock.now = clock.now + 299;
   read();
@@ -144,7 +132,7 @@ TEST_F(BrowserTabsTest, AWindowTitleServesOnlyWhenItIsSurelyNoPrivateOne) {
 
 TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
   helper("echo \"l'extension n'est pas connectée\" >&2; exit 3");
-  BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, test::kDataFolder});
+  BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, kDataFolder});
   EXPECT_EQ(connection.test("com.apple.TextEdit").error, "navigateur inconnu");
   EXPECT_EQ(connection.test("com.vivaldi.Vivaldi").error,
             "Pas de réponse (l'extension n'est pas connectée). Ouvrez Vivaldi, puis recommencez.");
@@ -192,11 +180,8 @@ TEST_F(BrowserTabsTest, TheExtensionIsAskedWithoutAHelper) {
     const auto tab = read("firefox", getpid());
     EXPECT_EQ(tab.url, "https://a.fr/");
     EXPECT_EQ(tab.title, "Deux\nlignes");
-    EXPECT_EQ(fs::status(sockets).permissions(), fs::perms::owner_all);
-    for (const auto& host : tabHosts(sockets)) {
-      EXPECT_EQ(fs::status(host.path).permissions(),
-                fs::perms::owner_read | fs::perms::owner_write);
-    }
+    EXPECT_EQ(modeOf(sockets), 0700U);
+    for (const auto& host : tabHosts(sockets)) EXPECT_EQ(modeOf(host.path), 0600U);
     EXPECT_EQ(read("firefox", 1).url, "https://aide.fr/");  // another process has no extension
   }
   {
@@ -211,7 +196,7 @@ TEST_F(BrowserTabsTest, TheExtensionIsAskedWithoutAHelper) {
 
 TEST_F(BrowserTabsTest, WhereTheDesktopTellsNoProcessTheBrowserDoes) {
   helper("exit 0");
-  const test::FakeBrowser firefox("firefox-esr");
+  const FakeBrowser firefox("firefox-esr");
   const Host host(sockets, 1, {ActiveTab{"https://a.fr/", "A"}, 10}, firefox.pid());
   const Host other(sockets, 2, {ActiveTab{"https://b.fr/", "B"}, 20});
   EXPECT_EQ(read("firefox").url, "https://a.fr/");
@@ -235,4 +220,4 @@ TEST_F(BrowserTabsTest, DeadAndMuteHostsHoldNobodyUp) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

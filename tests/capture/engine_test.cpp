@@ -1,251 +1,171 @@
 #include "capture/engine.h"
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
+#include <fmt/ranges.h>
 
-#include "support/fake_desktop.h"
-#include "support/temp_store.h"
+#include <cctype>
+#include <sstream>
 
-namespace orvanta {
+#include "support/recording.h"
+
+namespace orvanta::test {
 namespace {
 
-class EngineTest : public testing::Test {
- protected:
+struct Life : Recording {
   // One tick every 2 seconds until `seconds` have passed.
   void run(int seconds) {
-    for (int i = 0; i < seconds / 2; ++i) {
-      clock.now = clock.now + 2;
-      engine.tick();
+    for (int i = 0; i < seconds / 2; ++i) tick();
+  }
+
+  // What happens, one word after the other; a capital is an application that comes to the front, a
+  // number the seconds that pass.
+  void spend(const std::string& day) {
+    std::istringstream words(day);
+    for (std::string word; words >> word;) {
+      const auto is = word.find('=');
+      const auto what = word.substr(0, is);
+      const double value = is == word.npos ? 0 : std::stod(word.substr(is + 1));
+      if (std::isdigit(word.front())) run(std::stoi(word));
+      if (std::isupper(word.front())) desktop.show(word);
+      if (what == "greeter") desktop.app = FrontmostApp{"Connexion", "lightdm-gtk-greeter", 1};
+      if (what == "idle") desktop.idle = value;
+      if (what == "lock" || what == "unlock") engine.setLocked(what == "lock");
+      if (what == "sleep") clock.sleep(value);
+      if (what == "clock") clock.step(value);
+      if (what == "tick") engine.tick();
+      if (what == "lid") engine.willSleep();
+      if (what == "wake") engine.didWake();
+      if (what == "pause" || what == "resume") live.setPaused(what == "pause");
+      if (what == "pause") engine.pause();
     }
   }
 
-  // The stored spans, "app start-end", in seconds since the test began; idle ones as "Inactif".
-  std::vector<std::string> spans() {
-    std::vector<std::string> list;
+  // The stored spans, "app start-end", in seconds since the test began; idle ones are "Inactif".
+  std::string spans() {
+    Texts list;
     for (const auto& row : store.db.query("SELECT * FROM events ORDER BY id")) {
-      list.push_back(fmt::format("{} {:g}-{:g}", row.str("app").value_or("NULL"),
-                                 row.dbl("start") - begin, row.dbl("end") - begin));
+      const auto app = row.str("app").value_or("NULL");
+      list.push_back(
+          fmt::format("{} {:g}-{:g}", app, row.dbl("start") - begin, row.dbl("end") - begin));
+      EXPECT_EQ(row.int_("idle") == 1, app == "Inactif") << list.back();
     }
-    return list;
+    return fmt::format("{}", fmt::join(list, ", "));
   }
-  using Spans = std::vector<std::string>;
-
+  std::size_t count() { return store.db.query("SELECT 1 FROM events").size(); }
   Row lastSpan() { return store.db.query("SELECT * FROM events ORDER BY id DESC LIMIT 1").front(); }
 
-  void sleep(double seconds) { clock.sleep(seconds); }
-  void setClock(double seconds) { clock.step(seconds); }
-
-  test::TempStore store;
-  test::FakeDesktop desktop;
-  test::FakeClock clock;
   const double begin = clock.now;
-  LiveState live{clock.read(), false};
-  Engine engine{store.db, desktop.collectors, live, clock.read(), clock.uptime()};
 };
+
+struct EngineTest : testing::Test, Life {};
 
 TEST_F(EngineTest, AnOpenSpanIsAtMostTenSecondsBehindInTheStore) {
   desktop.show("A", "titre");
   run(2);
-  EXPECT_EQ(spans(), Spans{"A 2-2"});
+  EXPECT_EQ(spans(), "A 2-2");
   for (int second = 4; second <= 60; second += 2) {
     run(2);
     EXPECT_GT(lastSpan().dbl("end"), clock.now - 10);
   }
   engine.finish();
-  EXPECT_EQ(spans(), Spans{"A 2-60"});
+  EXPECT_EQ(spans(), "A 2-60");
 }
 
 TEST_F(EngineTest, ATickThatIsEarlyByAHairCounts) {
-  const auto hair = 0.01;
-  desktop.show("A");
-  setClock(hair);
-  run(2);
-  setClock(-hair);
-  run(10);
+  spend("A clock=0.01 2 clock=-0.01 10");
   EXPECT_EQ(lastSpan().dbl("end"), clock.now);
-  desktop.show("B");
-  setClock(hair);
-  run(2);
-  setClock(-hair);
-  run(8);
+  spend("B clock=0.01 2 clock=-0.01 8");
   EXPECT_EQ(lastSpan().str("app"), "B");
 }
 
 TEST_F(EngineTest, AGlanceIsNoSpanAndAStayIsBackDated) {
-  desktop.show("A");
-  run(20);
-  desktop.show("B");
-  run(4);
-  desktop.show("A");
-  run(10);
-  EXPECT_EQ(spans().size(), 1U);
-  desktop.show("B");
-  run(8);  // four ticks: not yet
-  EXPECT_EQ(spans().size(), 1U);
-  run(2);
-  EXPECT_EQ(spans(), (Spans{"A 2-36", "B 36-36"}));
-  desktop.show("C");
-  run(4);
-  desktop.show("D");  // another candidate starts its own count
-  run(10);
+  spend("A 20 B 4 A 10");
+  EXPECT_EQ(count(), 1U);
+  spend("B 8");  // four ticks: not yet
+  EXPECT_EQ(count(), 1U);
+  spend("2");
+  EXPECT_EQ(spans(), "A 2-36, B 36-36");
+  spend("C 4 D 10");  // another candidate starts its own count
   engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-36", "B 36-50", "D 50-58"}));
+  EXPECT_EQ(spans(), "A 2-36, B 36-50, D 50-58");
 }
 
-TEST_F(EngineTest, IdleIsBackDatedToTheLastInputAndEndsAtOnce) {
-  desktop.show("A");
-  run(300);
-  desktop.idle = 200;
-  run(2);
-  EXPECT_EQ(spans(), (Spans{"A 2-102", "Inactif 102-302"}));
-  run(10);
-  desktop.idle = 0;
-  run(2);
-  engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-102", "Inactif 102-314", "A 314-314"}));
-  EXPECT_EQ(store.db.query("SELECT 1 FROM events WHERE idle=1").size(), 1U);
-}
-
-TEST_F(EngineTest, BackDatingNeverReachesIntoAnotherSpan) {
-  desktop.show("A");
-  run(40);
-  desktop.show("B");  // a program that came to the front by itself
-  run(40);
-  desktop.idle = 190;
-  run(2);
-  engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-42", "B 42-42", "Inactif 42-82"}));
+TEST(Engine, ADayIsStoredAsItWasSpent) {
+  const struct {
+    const char *what, *day, *spans;
+  } cases[] = {
+      {"idle time is back-dated to the last input", "A 300 idle=200 2", "A 2-102, Inactif 102-302"},
+      {"and ends at once", "A 300 idle=200 12 idle=0 2", "A 2-102, Inactif 102-314, A 314-314"},
+      // B came to the front by itself.
+      {"back-dating never reaches into another span", "A 40 B 40 idle=190 2",
+       "A 2-42, B 42-42, Inactif 42-82"},
+      {"the locked screen and the greeter are idle", "A 10 lock 10 unlock 10 greeter 4",
+       "A 2-12, Inactif 12-22, A 22-32, Inactif 32-34"},
+      // Still awake for a moment after the news; woken by its clock.
+      {"sleep ends the span and is counted once",
+       "A 10 sleep=1 lid sleep=1 tick sleep=600 wake idle=500 tick 2",
+       "A 2-11, Inactif 12-612, Inactif 612-614"},
+      {"news of sleep that arrives after it does not count the sleep",
+       "A 10 sleep=600 lid wake tick", "A 2-10, Inactif 10-610, A 610-610"},
+      {"paused, nothing but gaps is recorded", "A 10 pause 100 sleep=60 tick 10 resume 2",
+       "A 2-10, Inactif 110-170, A 182-182"},
+      {"after a correction time stands still until the clock has caught up", "A 100 clock=-7 20",
+       "A 2-113"},
+      {"a clock that the user sets back shortens nothing", "A 100 clock=-7 20 clock=-3600 20",
+       "A 2-113, A -3485--3467"},
+  };
+  for (const auto& [what, day, spans] : cases) {
+    Life life;
+    life.spend(day);
+    life.engine.finish();
+    EXPECT_EQ(life.spans(), spans) << what;
+  }
 }
 
 TEST_F(EngineTest, WatchingAVideoIsActivityAlsoInHindsight) {
   desktop.show("Lecteur");
   desktop.awake = true;
-  for (int i = 0; i < 300; ++i) {
-    desktop.idle = i * 2.0;
-    run(2);
-  }
-  EXPECT_EQ(spans().size(), 1U);
+  for (int i = 0; i < 300; ++i, tick()) desktop.idle = i * 2.0;
+  EXPECT_EQ(count(), 1U);
   desktop.awake = false;
-  desktop.idle = 602;
-  run(2);
+  spend("idle=602 2");
   engine.finish();
-  EXPECT_EQ(spans(), (Spans{"Lecteur 2-600", "Inactif 600-602"}));
+  EXPECT_EQ(spans(), "Lecteur 2-600, Inactif 600-602");
   desktop.inhibitionQuestions = 0;
-  desktop.idle = 0;
-  run(20);
+  spend("idle=0 20");
   EXPECT_EQ(desktop.inhibitionQuestions, 0);  // not asked while there is input
-}
-
-TEST_F(EngineTest, TheLockedScreenAndTheGreeterAreIdle) {
-  desktop.show("A");
-  run(10);
-  engine.setLocked(true);
-  run(10);
-  engine.setLocked(false);
-  run(10);
-  desktop.app = FrontmostApp{"Connexion", "lightdm-gtk-greeter", 1};
-  run(4);
-  engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-12", "Inactif 12-22", "A 22-32", "Inactif 32-34"}));
 }
 
 TEST_F(EngineTest, AGapIsIdleTimeAndALongOneEndsTheProject) {
   live.setCurrentProjectId(5);
-  desktop.show("A");
-  run(10);
-  sleep(1800);
-  engine.tick();
+  spend("A 10 sleep=1800 tick");
   EXPECT_EQ(live.currentProjectId(), 5);
   run(10);
   EXPECT_EQ(lastSpan().int_("project_id"), 5);
-  sleep(3700);
-  engine.tick();
+  spend("sleep=3700 tick");
   engine.finish();
   EXPECT_FALSE(live.currentProjectId() || live.currentProjectSince());
-  EXPECT_EQ(spans(), (Spans{"A 2-10", "Inactif 10-1810", "A 1810-1820", "Inactif 1820-5520",
-                            "A 5520-5520"}));
+  EXPECT_EQ(spans(), "A 2-10, Inactif 10-1810, A 1810-1820, Inactif 1820-5520, A 5520-5520");
   EXPECT_TRUE(store.db.query("SELECT 1 FROM events WHERE idle=1 AND project_id NOT NULL").empty());
 }
 
-TEST_F(EngineTest, SleepEndsTheSpanAndIsCountedOnce) {
-  desktop.show("A");
-  run(10);
-  sleep(1);
-  engine.willSleep();
-  sleep(1);
-  engine.tick();  // still awake for a moment
-  sleep(600);
-  engine.didWake();
-  desktop.idle = 500;  // the machine was woken by its clock
-  engine.tick();
-  run(2);
-  engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-11", "Inactif 12-612", "Inactif 612-614"}));
-}
-
-TEST_F(EngineTest, NewsOfSleepThatArrivesAfterItDoesNotCountTheSleep) {
-  desktop.show("A");
-  run(10);
-  sleep(600);
-  engine.willSleep();
-  engine.didWake();
-  engine.tick();
-  EXPECT_EQ(spans(), (Spans{"A 2-10", "Inactif 10-610", "A 610-610"}));
-}
-
-TEST_F(EngineTest, PausedMeansNothingButGapsIsRecorded) {
-  desktop.show("A");
-  run(10);
-  live.setPaused(true);
-  engine.pause();
-  run(100);
-  sleep(60);
-  engine.tick();
-  run(10);
-  live.setPaused(false);
-  run(2);
-  EXPECT_EQ(spans(), (Spans{"A 2-10", "Inactif 110-170", "A 182-182"}));
-}
-
-TEST_F(EngineTest, AClockSetBackNeverShortensWhatIsRecorded) {
-  desktop.show("A");
-  run(100);
-  setClock(-7);  // a correction: time stands still until the clock has caught up
-  run(20);
-  EXPECT_EQ(spans(), Spans{"A 2-113"});
-  setClock(-3600);  // the user set the clock
-  run(20);
-  engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-113", "A -3485--3467"}));
-}
-
-TEST_F(EngineTest, KeepsTheTitleSeenLongestWithItsUrl) {
-  desktop.browse("https://exemple.fr/un", "Un");
-  run(6);
-  desktop.browse("https://exemple.fr/deux", "Deux");
-  run(30);
-  desktop.browse("https://exemple.fr/trois", "Trois");
-  run(10);
-  engine.finish();
-  EXPECT_EQ(spans(), Spans{"Firefox 2-46"});
-  EXPECT_EQ(lastSpan().str("title"), "Deux");
-  EXPECT_EQ(lastSpan().str("url"), "https://exemple.fr/deux");
-  EXPECT_EQ(lastSpan().str("domain"), "exemple.fr");
-}
-
-TEST_F(EngineTest, AmongThousandsOfTitlesTheLongestIsFound) {
+TEST_F(EngineTest, AmongThousandsOfTitlesTheOneSeenLongestIsKeptWithItsUrl) {
+  const auto second = [&] { desktop.browse("https://exemple.fr/deux", "Deux"); };
   desktop.browse("https://exemple.fr/un", "Un");
   run(40);
   for (int i = 0; i < 2000; ++i) {
-    const bool again = i % 4 == 0;
-    desktop.browse("https://exemple.fr/", again ? "Deux" : "Titre " + std::to_string(i));
+    desktop.browse("https://exemple.fr/", "Titre " + std::to_string(i));
+    if (i % 4 == 0) second();
     run(2);
   }
-  desktop.browse("https://exemple.fr/deux", "Deux");
+  second();
   run(2);
+  desktop.browse("https://exemple.fr/trois", "Trois");
+  run(10);
   engine.finish();
-  EXPECT_EQ(spans().size(), 1U);
+  EXPECT_EQ(count(), 1U);
   EXPECT_EQ(lastSpan().str("title"), "Deux");
+  EXPECT_EQ(lastSpan().str("url"), "https://exemple.fr/deux");
+  EXPECT_EQ(lastSpan().str("domain"), "exemple.fr");
 }
 
 TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {
@@ -275,12 +195,10 @@ TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {
 }
 
 TEST_F(EngineTest, ExcludedSitesAndThePrivateModeLeaveNoTrace) {
-  struct Case {
-    const char* excluded;
-    const char* mode;
+  const struct {
+    const char *excluded, *mode;
     std::optional<std::string> title, domain;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"[]", "full", "Secret", "sous.exemple.fr"},
       {R"(["Exemple.FR"])", "full", {}, {}},
       {R"(["sous.exemple.fr"])", "full", {}, {}},
@@ -327,14 +245,14 @@ TEST_F(EngineTest, ASpanIsSplitWhereARangeOverlapsIt) {
   change(-10, 2, true);
   change(40, 50, true);
   change(0, 10, false);
-  EXPECT_EQ(spans().size(), 1U);
+  EXPECT_EQ(count(), 1U);
   change(0, 10, true);
-  EXPECT_EQ(spans(), (Spans{"A 2-36", "A 36-36"}));
+  EXPECT_EQ(spans(), "A 2-36, A 36-36");
   store.db.run("UPDATE events SET end=? WHERE id=1", {begin + 10});  // what the range then does
   run(20);
   engine.finish();
-  EXPECT_EQ(spans(), (Spans{"A 2-10", "A 36-58"}));
+  EXPECT_EQ(spans(), "A 2-10, A 36-58");
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

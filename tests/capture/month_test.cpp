@@ -1,14 +1,8 @@
 // A month of ticks through the real engine and store.
-#include <gtest/gtest.h>
+#include "support/random_store.h"
+#include "support/recording.h"
 
-#include <cmath>
-#include <random>
-
-#include "capture/engine.h"
-#include "support/fake_desktop.h"
-#include "support/temp_store.h"
-
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -21,75 +15,65 @@ constexpr int kTicks = 1'300'000;
 // little.
 class Life {
  public:
-  Life(test::FakeDesktop& desktop, test::FakeClock& clock, Engine& engine)
-      : desktop_(desktop), clock_(clock), engine_(engine) {}
+  explicit Life(Recording& recording) : recording_(recording) {}
 
-  // Advances by the time of one tick.
   void next() {
     desktop_.idle = away_ ? desktop_.idle + 2 : 0;
     if (--left_ <= 0) change();
-    clock_.now = clock_.now + 2;
+    recording_.tick();
   }
 
  private:
-  int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
-
   void change() {
-    left_ = 1 + upTo(60);
-    engine_.setLocked(false);
+    left_ = 1 + dice_.upTo(60);
+    recording_.engine.setLocked(false);
     away_ = desktop_.awake = false;
-    switch (upTo(11)) {
+    switch (dice_.upTo(11)) {
       case 0:  // coffee
         away_ = true;
-        left_ = 50 + upTo(600);
+        left_ = 50 + dice_.upTo(600);
         break;
       case 1:  // a video
         away_ = desktop_.awake = true;
-        left_ = upTo(900);
+        left_ = dice_.upTo(900);
         break;
       case 2:
-        engine_.setLocked(true);
+        recording_.engine.setLocked(true);
         break;
       case 3:  // lid closed
-        clock_.sleep(30 + upTo(40000));
+        recording_.clock.sleep(30 + dice_.upTo(40000));
         break;
       case 4:  // a small correction of the clock: time stands still, nothing is lost
-        clock_.step(-upTo(15));
+        recording_.clock.step(-dice_.upTo(15));
         left_ += 15;
         break;
       case 5:
         desktop_.app.reset();
         break;
       case 6:
-        desktop_.browse(
-            "https://site" + std::to_string(upTo(20)) + ".fr/" + std::to_string(upTo(99)),
-            "Page " + std::to_string(upTo(99)));
+        desktop_.browse("https://site" + std::to_string(dice_.upTo(20)) + ".fr/" +
+                            std::to_string(dice_.upTo(99)),
+                        "Page " + std::to_string(dice_.upTo(99)));
         break;
       default:
-        desktop_.show("App" + std::to_string(upTo(11)), "Titre " + std::to_string(upTo(999)));
+        desktop_.show("App" + std::to_string(dice_.upTo(11)),
+                      "Titre " + std::to_string(dice_.upTo(999)));
     }
   }
 
-  test::FakeDesktop& desktop_;
-  test::FakeClock& clock_;
-  Engine& engine_;
-  std::mt19937 random_{20240229};  // NOLINT(cert-msc51-cpp): the same month every time
+  Recording& recording_;
+  FakeDesktop& desktop_ = recording_.desktop;
+  Dice dice_{20240229};
   int left_ = 0;
   bool away_ = false;
 };
 
 TEST(Month, SpansFollowEachOtherAndAddUpToTheClock) {
-  test::TempStore store;
-  test::FakeDesktop desktop;
-  test::FakeClock clock;
-  LiveState live(clock.read(), false);
-  Engine engine(store.db, desktop.collectors, live, clock.read(), clock.uptime());
-  Life life(desktop, clock, engine);
+  Recording recording;
+  auto& [store, desktop, clock, live, engine] = recording;
+  Life life(recording);
   const double begin = clock.now + 2;  // of the first tick, which opens the first span
-  for (int i = 0; i < kTicks; ++i) {
-    life.next();
-    engine.tick();
-  }
+  for (int i = 0; i < kTicks; ++i) life.next();
   engine.finish();
 
   double total = 0;
@@ -111,4 +95,4 @@ TEST(Month, SpansFollowEachOtherAndAddUpToTheClock) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,29 +1,21 @@
 // The capture while its store cannot be written, is not there, or is another.
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <memory>
 
-#include "capture/engine.h"
 #include "capture/span_log.h"
 #include "capture/trusted_time.h"
 #include "classify/assign_range.h"
-#include "support/fake_desktop.h"
 #include "support/fault_vfs.h"
 #include "support/random_store.h"
+#include "support/recording.h"
 #include "support/store_rows.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using test::Failing;
-using test::Fault;
-using test::FaultVfs;
-using test::OtherProgram;
 using SteadyClock = std::chrono::steady_clock;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -32,35 +24,31 @@ constexpr auto kLate = 500ms;
 constexpr auto kLate = 50ms;
 #endif
 
-struct Capture {
+// Recorded spans without their ids, by start.
+std::string spansIn(const fs::path& file) {
+  return OtherProgram(file).ask(
+      "SELECT quote(start), quote(end), app, bundle, title, url, domain, idle FROM events "
+      "ORDER BY start, end");
+}
+
+struct Capture : Recording {
   explicit Capture(const char* journal = "WAL") {
     store.db.query(std::string("PRAGMA journal_mode=") + journal);
   }
   void tick(double seconds = 2) {
-    clock.now = clock.now + seconds;
     const auto begin = SteadyClock::now();
-    engine.tick();
+    Recording::tick(seconds);
     slowest = std::max(slowest, SteadyClock::now() - begin);
   }
-  // Recorded spans without their ids, by start.
-  std::string spans() const {
-    return OtherProgram(store.db.location().file())
-        .ask(
-            "SELECT quote(start), quote(end), app, bundle, title, url, domain, idle FROM events "
-            "ORDER BY start, end");
-  }
+  fs::path file() const { return store.db.location().file(); }
+  std::string spans() const { return spansIn(file()); }
 
-  test::TempStore store;
-  test::FakeDesktop desktop;
-  test::FakeClock clock;
-  LiveState live{clock.read(), false};
-  Engine engine{store.db, desktop.collectors, live, clock.read(), clock.uptime()};
   SteadyClock::duration slowest = {};
 };
 
 // Four minutes of everything: other applications, titles, glances, a coffee and a nap.
 void act(Capture& capture, int step) {
-  auto& [store, desktop, clock, live, engine, slowest] = capture;
+  auto& [store, desktop, clock, live, engine] = static_cast<Recording&>(capture);
   desktop.idle = step >= 60 && step < 66 ? 180 + 2 * (step - 60) : 0;
   if (step % 5 == 0) {
     desktop.browse(fmt::format("https://site{}.fr/{}", step / 20, step), fmt::format("P {}", step));
@@ -90,8 +78,8 @@ SteadyClock::duration run(const Trouble& trouble, const std::string& expected,
     act(capture, step);
   }
   capture.engine.finish();
-  EXPECT_EQ(test::difference(expected, capture.spans()), "");
-  EXPECT_EQ(test::integrityOf(capture.store.db.location().file()), "ok|\n");
+  EXPECT_EQ(difference(expected, capture.spans()), "");
+  EXPECT_EQ(integrityOf(capture.file()), "ok|\n");
   EXPECT_EQ(capture.live.waiting(), 0U);
   EXPECT_FALSE(capture.store.db.condition());
   EXPECT_LE(capture.store.log.lines().size(), 3U)
@@ -99,29 +87,25 @@ SteadyClock::duration run(const Trouble& trouble, const std::string& expected,
   return capture.slowest;
 }
 
-std::string wholeDay() {
+std::string withoutTrouble(int steps) {
   Capture capture;
-  for (int step = 0; step < kSteps; ++step) act(capture, step);
+  for (int step = 0; step < steps; ++step) act(capture, step);
   capture.engine.finish();
   return capture.spans();
 }
 
 TEST(StoreTrouble, NothingRecordedMeanwhileIsMissingAndNoTickComesLate) {
-  const auto expected = wholeDay();
+  const auto expected = withoutTrouble(kSteps);
   std::vector<Trouble> troubles;
   for (const auto fault : {Fault::Full, Fault::WriteError, Fault::ReadOnly, Fault::ReadError}) {
     for (int n = 1; n < 200; n += fault == Fault::Full ? 1 : 7) {
-      troubles.push_back({[=](Capture&) { FaultVfs::instance().fail(fault, n); },
-                          [](Capture&) { FaultVfs::instance().lift(); }});
+      troubles.push_back(
+          {[=](Capture&) { FaultVfs::fail(fault, n); }, [](Capture&) { FaultVfs::lift(); }});
     }
   }
-  auto other = std::make_shared<std::unique_ptr<OtherProgram>>();
+  auto other = std::make_shared<std::optional<OtherProgram>>();
   for (const auto* lock : {"BEGIN IMMEDIATE", "BEGIN EXCLUSIVE", "BEGIN; SELECT * FROM events"}) {
-    troubles.push_back({[=](Capture& capture) {
-                          *other =
-                              std::make_unique<OtherProgram>(capture.store.db.location().file());
-                          (*other)->ask(lock);
-                        },
+    troubles.push_back({[=](Capture& capture) { other->emplace(capture.file()).ask(lock); },
                         [=](Capture&) { other->reset(); }});
   }
   auto slowest = SteadyClock::duration(0);
@@ -141,7 +125,7 @@ TEST(StoreTrouble, NothingRecordedMeanwhileIsMissingAndNoTickComesLate) {
 }
 
 TEST(StoreTrouble, ADayWaitsInMemoryAndIsStoredInSteps) {
-  test::TempStore store;
+  TempStore store;
   SpanLog log(store.db);
   OtherProgram other(store.db.location().file());
   other.ask("BEGIN IMMEDIATE");
@@ -184,7 +168,7 @@ TEST(StoreTrouble, AFileThatIsTakenAwayIsGoneOnWithoutLoss) {
   for (const auto way : {Way::Moved, Way::Deleted, Way::Replaced}) {
     for (const bool watched : {false, true}) {
       SCOPED_TRACE(fmt::format("{} {}", static_cast<int>(way), watched));
-      test::TempStore backup;
+      TempStore backup;
       backup.db.run("INSERT INTO events(start, end, app) VALUES (1, 2, 'Ancien')");
       backup.db.query("PRAGMA journal_mode=DELETE");
       Capture capture;
@@ -209,22 +193,15 @@ TEST(StoreTrouble, AFileThatIsTakenAwayIsGoneOnWithoutLoss) {
       EXPECT_FALSE(db.condition());
       EXPECT_EQ(db.setting("idle_threshold"), way == Way::Replaced ? "180" : "99");
       capture.engine.finish();
-      EXPECT_EQ(test::integrityOf(file), "ok|\n");
+      EXPECT_EQ(integrityOf(file), "ok|\n");
       const auto now = capture.spans();
       if (way == Way::Moved) {
-        EXPECT_EQ(test::integrityOf(away), "ok|\n");
-        EXPECT_EQ(test::difference(
-                      spans, OtherProgram(away).ask("SELECT quote(start), quote(end), app, bundle, "
-                                                    "title, url, domain, idle FROM events "
-                                                    "ORDER BY start, end")),
-                  "");
+        EXPECT_EQ(integrityOf(away), "ok|\n");
+        EXPECT_EQ(difference(spans, spansIn(away)), "");
       }
       EXPECT_EQ(now.find("Ancien") != std::string::npos, way == Way::Replaced);
       // The span that was open is there from its beginning, and nothing of before.
-      Capture clean;
-      for (int step = 0; step < 62; ++step) act(clean, step);
-      clean.engine.finish();
-      const auto all = clean.spans();
+      const auto all = withoutTrouble(62);
       const auto last = spans.rfind('\n', spans.size() - 2) + 1;
       EXPECT_TRUE(now.ends_with(all.substr(last))) << now << "\n\n" << all.substr(last);
       EXPECT_EQ(std::count(now.begin(), now.end(), '\n'),
@@ -235,11 +212,10 @@ TEST(StoreTrouble, AFileThatIsTakenAwayIsGoneOnWithoutLoss) {
 }
 
 TEST(StoreTrouble, AClockThatIsSetAndASlowMachineAreNoAbsence) {
-  struct Case {
+  const struct {
     double awake, slept, set;
     const char* idle;  // seconds
-  };
-  const Case cases[] = {
+  } cases[] = {
       {30, 0, 0, "NULL"},
       {100, 0, 0, "NULL"},
       {2, 0, 10 * 365 * 86400.0, "NULL"},
@@ -259,7 +235,7 @@ TEST(StoreTrouble, AClockThatIsSetAndASlowMachineAreNoAbsence) {
     capture.tick(awake);
     for (int i = 0; i < 20; ++i) capture.tick();
     capture.engine.finish();
-    OtherProgram other(capture.store.db.location().file());
+    OtherProgram other(capture.file());
     EXPECT_EQ(other.ask("SELECT sum(end - start) FROM events WHERE idle=1"),
               std::string(idle) + "|\n")
         << awake << " " << slept << " " << set;
@@ -269,8 +245,8 @@ TEST(StoreTrouble, AClockThatIsSetAndASlowMachineAreNoAbsence) {
 
 TEST(StoreTrouble, AgesAreNotCountedByAClockThatIsAhead) {
   constexpr double kDay = 86400;
-  test::TempStore store;
-  test::FakeClock clock;
+  TempStore store;
+  FakeClock clock;
   const double begin = clock.now;
   double up = 0;
   const auto run = [&] {
@@ -313,9 +289,9 @@ TEST(StoreTrouble, AgesAreNotCountedByAClockThatIsAhead) {
 TEST(StoreTrouble, WhatIsAssignedWhileItIsRecordedAddsUpToTheClock) {
   for (unsigned seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
-    test::Dice dice(seed);
+    Dice dice(seed);
     Capture capture;
-    auto& [store, desktop, clock, live, engine, slowest] = capture;
+    auto& [store, desktop, clock, live, engine] = static_cast<Recording&>(capture);
     desktop.show("A");
     capture.tick();
     const double begin = clock.now;
@@ -352,4 +328,4 @@ TEST(StoreTrouble, WhatIsAssignedWhileItIsRecordedAddsUpToTheClock) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,19 +1,20 @@
 #include "capture/tracker.h"
 
-#include <gtest/gtest.h>
-
 #include <future>
 #include <thread>
 
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-TEST(Tracker, RecordsByItsOwnTimerAndClosesAtTheEnd) {
-  test::TempStore store;
-  test::FakeDesktop desktop;
+struct TrackerTest : testing::Test {
+  TempStore store;
+  FakeDesktop desktop;
+};
+
+TEST_F(TrackerTest, RecordsByItsOwnTimerAndClosesAtTheEnd) {
   desktop.show("A", "titre");
   Tracker tracker(store.db, desktop.collectors);
   EXPECT_FALSE(tracker.current());
@@ -31,9 +32,7 @@ TEST(Tracker, RecordsByItsOwnTimerAndClosesAtTheEnd) {
             "Orvanta: capture démarrée (" + store.db.location().file().string() + ")");
 }
 
-TEST(Tracker, PausesAndSleepsInTheOrderAsked) {
-  test::TempStore store;
-  test::FakeDesktop desktop;
+TEST_F(TrackerTest, PausesAndSleepsInTheOrderAsked) {
   {
     Tracker tracker(store.db, desktop.collectors);
     EXPECT_FALSE(tracker.paused());
@@ -48,9 +47,7 @@ TEST(Tracker, PausesAndSleepsInTheOrderAsked) {
 }
 
 // What menu and dashboard do while the capture runs, for the thread sanitizer to look at.
-TEST(Tracker, IsReadAndSteeredFromOtherThreads) {
-  test::TempStore store;
-  test::FakeDesktop desktop;
+TEST_F(TrackerTest, IsReadAndSteeredFromOtherThreads) {
   desktop.show("A");
   Tracker tracker(store.db, desktop.collectors);
   tracker.start();
@@ -76,10 +73,8 @@ TEST(Tracker, IsReadAndSteeredFromOtherThreads) {
   EXPECT_TRUE(tracker.currentProjectSince());
 }
 
-TEST(Tracker, RetentionBlanksOldTitlesAndKeepsTheTime) {
-  test::TempStore store;
-  test::FakeDesktop desktop;
-  test::FakeClock clock;
+TEST_F(TrackerTest, RetentionBlanksOldTitlesAndKeepsTheTime) {
+  FakeClock clock;
   Tracker tracker(store.db, desktop.collectors, clock.read());
   const auto addSpan = [&](double daysAgo) {
     const double end = clock.now - daysAgo * 86400;
@@ -109,9 +104,7 @@ TEST(Tracker, RetentionBlanksOldTitlesAndKeepsTheTime) {
   EXPECT_EQ(store.db.query("SELECT 1 FROM events WHERE app='A' AND domain='d'").size(), 2U);
 }
 
-TEST(Tracker, RetentionIsNotWaitedFor) {
-  test::TempStore store;
-  test::FakeDesktop desktop;
+TEST_F(TrackerTest, RetentionIsNotWaitedFor) {
   const auto titles = [&] {
     return store.db.query("SELECT 1 FROM events WHERE title NOT NULL OR url NOT NULL").size();
   };
@@ -142,4 +135,4 @@ TEST(Tracker, RetentionIsNotWaitedFor) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

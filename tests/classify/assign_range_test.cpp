@@ -1,7 +1,5 @@
 #include "classify/assign_range.h"
 
-#include <gtest/gtest.h>
-
 #include <fmt/format.h>
 
 #include <boost/json/serialize.hpp>
@@ -9,9 +7,8 @@
 
 #include "base/exact_json.h"
 #include "support/random_store.h"
-#include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 namespace json = boost::json;
@@ -24,8 +21,8 @@ double read(const std::string& text) {
 }
 
 TEST(AssignRange, TheEdgesOfASpanLeaveNoSlivers) {
-  test::TempStore store;
-  test::Dice dice(7);
+  TempStore store;
+  Dice dice(7);
   constexpr int kSpans = 1000;
   std::vector<double> edges{1.7e9};
   while (edges.size() <= kSpans) {
@@ -63,7 +60,7 @@ TEST(AssignRange, TheEdgesOfASpanLeaveNoSlivers) {
 }
 
 TEST(AssignRange, NumbersAreReadExactly) {
-  test::Dice dice(1);
+  Dice dice(1);
   for (int i = 0; i < 1000; ++i) {
     const double number =
         std::ldexp(1.0 + dice.upTo(1 << 30) / 1073741824.0, dice.upTo(200) - 100) *
@@ -73,4 +70,4 @@ TEST(AssignRange, NumbersAreReadExactly) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

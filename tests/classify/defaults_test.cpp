@@ -1,7 +1,5 @@
 #include "classify/defaults.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <set>
 
@@ -9,7 +7,7 @@
 #include "classify/rule_set.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 TEST(Defaults, AreOfTheRightKindsWithoutDuplicates) {
@@ -31,7 +29,7 @@ TEST(Defaults, AreOfTheRightKindsWithoutDuplicates) {
 }
 
 TEST(Defaults, AreSeededOnceAndAgainWhenForced) {
-  test::TempStore store;
+  TempStore store;
   const Clock fixed = [] { return 42.0; };
   store.db.run("INSERT INTO rules(field, pattern, category) VALUES ('app', 'SPOTIFY', 'travail')");
   EXPECT_EQ(seedDefaults(store.db, fixed), 286);
@@ -50,4 +48,4 @@ TEST(Defaults, AreSeededOnceAndAgainWhenForced) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,17 +1,12 @@
 #include "classify/learning.h"
 
-#include <gtest/gtest.h>
-
 #include "classify/defaults.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-using Found = std::vector<std::string>;
-
-class LearningTest : public testing::Test {
- protected:
+struct LearningTest : testing::Test {
   static constexpr double kDay = 86400;
 
   // A span on the given day, one second after the midnight of Paris.
@@ -23,9 +18,9 @@ class LearningTest : public testing::Test {
         {start, start + 60, app, domain, category, project});
   }
 
-  Found learn(const std::vector<int64_t>& ids, const std::optional<std::string>& category,
+  Texts learn(const std::vector<int64_t>& ids, const std::optional<std::string>& category,
               std::optional<int64_t> project = {}) {
-    Found found;
+    Texts found;
     Transaction change(store.db);
     for (const auto& rule : afterManualAssign(
              change, [] { return 42.0; }, calendar, ids, category, project)) {
@@ -36,21 +31,21 @@ class LearningTest : public testing::Test {
     return found;
   }
 
-  test::TempStore store;
+  TempStore store;
   Calendar calendar{Glib::TimeZone::create("Europe/Paris")};
 };
 
 TEST_F(LearningTest, TheSecondDayMakesTheRule) {
   const auto first = span(0, "Éditeur", {}, "travail");
   const auto second = span(0, "Éditeur", {}, "travail");
-  EXPECT_EQ(learn({first, second}, "travail"), Found{});
+  EXPECT_EQ(learn({first, second}, "travail"), Texts{});
   const auto later = span(1, "Éditeur", {}, "travail");
   const auto other = span(1, "Éditeur", "exemple.fr", "travail");  // counts for its domain only
-  EXPECT_EQ(learn({later, other}, "travail"), Found{"app|Éditeur|travail|-"});
+  EXPECT_EQ(learn({later, other}, "travail"), Texts{"app|Éditeur|travail|-"});
   const auto rule = store.db.query("SELECT * FROM rules").front();
   EXPECT_EQ(rule.int_("priority"), 0);
   EXPECT_EQ(rule.dbl("created"), 42);
-  EXPECT_EQ(learn({later}, "travail"), Found{}) << "there is a rule already";
+  EXPECT_EQ(learn({later}, "travail"), Texts{}) << "there is a rule already";
 }
 
 TEST_F(LearningTest, CountsExactlyThisAssignment) {
@@ -59,12 +54,12 @@ TEST_F(LearningTest, CountsExactlyThisAssignment) {
   span(0, "A", "Exemple.FR", {}, 7);         // no category
   span(0, "A", "exemple.fr", "travail", 7);  // another domain
   const auto assigned = span(1, "A", "Exemple.FR", "travail", 7);
-  EXPECT_EQ(learn({assigned}, "travail", 7), Found{});
+  EXPECT_EQ(learn({assigned}, "travail", 7), Texts{});
   span(0, "B", "Exemple.FR", "travail", 7);
-  EXPECT_EQ(learn({assigned}, "travail", 7), Found{"domain|Exemple.FR|travail|Thèse"});
+  EXPECT_EQ(learn({assigned}, "travail", 7), Texts{"domain|Exemple.FR|travail|Thèse"});
 
   span(0, "B", "autre.fr", {}, 8);  // of a project that is gone
-  EXPECT_EQ(learn({span(1, "B", "autre.fr", {}, 8)}, {}, 8), Found{"domain|autre.fr|-|-"});
+  EXPECT_EQ(learn({span(1, "B", "autre.fr", {}, 8)}, {}, 8), Texts{"domain|autre.fr|-|-"});
 }
 
 TEST_F(LearningTest, OnlyRulesOfTheUserStandInTheWay) {
@@ -74,20 +69,20 @@ TEST_F(LearningTest, OnlyRulesOfTheUserStandInTheWay) {
   span(0, "Jeu", {}, "loisir");
   const auto users = span(1, "Jeu", {}, "loisir");
   store.db.run("INSERT INTO rules(field, pattern, priority) VALUES ('app', 'JEU', 0)");
-  EXPECT_EQ(learn({users, builtIn}, "loisir"), Found{"domain|github.com|loisir|-"});
+  EXPECT_EQ(learn({users, builtIn}, "loisir"), Texts{"domain|github.com|loisir|-"});
 }
 
 TEST_F(LearningTest, LearnsNothingFromWhatHasNoMeaning) {
   span(0, "", {}, "travail");
   span(0, "A", "", "travail");
   EXPECT_EQ(learn({span(1, "", {}, "travail"), span(1, "A", "", "travail"), 12345}, "travail"),
-            Found{});
+            Texts{});
   const auto* const quoted = "l'autre' OR '1'='1";
   span(0, "B", {}, quoted);
-  EXPECT_EQ(learn({span(1, "B", {}, quoted)}, quoted), Found{});
-  EXPECT_EQ(learn({1, 2, 3}, {}), Found{});
+  EXPECT_EQ(learn({span(1, "B", {}, quoted)}, quoted), Texts{});
+  EXPECT_EQ(learn({1, 2, 3}, {}), Texts{});
   EXPECT_TRUE(store.db.query("SELECT 1 FROM rules").empty());
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,24 +1,17 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <fstream>
-#include <sstream>
-
 #include "app/csv_export.h"
 #include "reports/analytics.h"
 #include "reports/csv_file.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 const std::string kHeader =
     "\xEF\xBB\xBF"
     "debut;fin;duree_s;categorie;projet;app;domaine;titre;url";
 
-class CsvTest : public testing::Test {
- protected:
+struct CsvTest : testing::Test {
   std::string csv(const char* from, const char* to) {
     std::string text;
     analytics.exportCsv(*Date::parse(from), *Date::parse(to),
@@ -26,8 +19,8 @@ class CsvTest : public testing::Test {
     return text;
   }
 
-  test::TempStore store;
-  test::FakeClock clock;
+  TempStore store;
+  FakeClock clock;
   Calendar paris{Glib::TimeZone::create("Europe/Paris")};
   Analytics analytics{store.db, clock.read(), paris};
   const double midnight = paris.startOf({2024, 3, 31});  // the clock skips from 2 to 3
@@ -58,12 +51,8 @@ TEST_F(CsvTest, ClipsQuotesAndTruncates) {
 TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {
   const auto path = store.folder.path() / "export.csv";
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-04-02", path}), 0);
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  EXPECT_EQ(text.str(), kHeader);
-  struct stat info {};
-  EXPECT_EQ(stat(path.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0600U);
+  EXPECT_EQ(bytesIn(path), kHeader);
+  EXPECT_EQ(modeOf(path), 0600U);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31"}), 2);
   EXPECT_EQ(exportCsvFile(analytics, {"hier", "2024-03-31"}), 2);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/nulle/part.csv"}), 1);
@@ -73,4 +62,4 @@ TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

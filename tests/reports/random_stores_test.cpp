@@ -1,17 +1,12 @@
-#include <gtest/gtest.h>
-
 #include "bridge/report_json.h"
 #include "reports/analytics.h"
+#include "reports/spans.h"
 #include "support/fake_desktop.h"
 #include "support/naive_reports.h"
 #include "support/random_store.h"
-#include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace json = boost::json;
-using test::Dice;
 
 struct Place {
   const char* zone;
@@ -30,58 +25,60 @@ void expectSame(const json::object& actual, const json::object& expected) {
 }
 
 // Each seed is a store of its own in one file.
-class RandomStores : public testing::Test {
- protected:
+struct RandomStores : testing::Test {
   template <class Compare>
   void forEachSeed(unsigned count, const Compare& compare) {
     for (unsigned seed = 0; seed < count && !HasFailure(); ++seed) {
       SCOPED_TRACE("seed " + std::to_string(seed));
       Dice dice(seed);
       const auto& place = dice.oneOf(kPlaces);
-      const test::LocalZone local(place.zone);
+      const LocalZone local(place.zone);
       const Analytics analytics(store.db, clock.read(),
                                 Calendar(Glib::TimeZone::create(place.zone)));
-      compare(dice, analytics, test::naiveDay(dice.oneOf(place.dates)));
+      compare(dice, analytics, naiveDay(dice.oneOf(place.dates)));
     }
   }
   // Midnights around a day.
   static std::vector<double> edges(int firstDay, int lastDay) {
     std::vector<double> list;
-    for (int day = firstDay; day <= lastDay; ++day) list.push_back(test::naiveStart(day));
+    for (int day = firstDay; day <= lastDay; ++day) list.push_back(naiveStart(day));
     return list;
   }
 
-  test::TempStore store;
-  test::FakeClock clock;
+  TempStore store;
+  FakeClock clock;
 };
 
 TEST_F(RandomStores, GiveTheSameDayAsTheNaiveReport) {
   const char* shortestBlocks[] = {"60", "60", "0", "12.5", "-1", "", "soixante"};
   forEachSeed(2000, [&](Dice& dice, const Analytics& analytics, int day) {
     const auto midnights = edges(day, day + 1);
-    test::fillAtRandom(store.db, dice, midnights[0] - 30000 + dice.upTo(100000), 300, midnights);
+    fillAtRandom(store.db, dice, midnights[0] - 30000 + dice.upTo(100000), 300, midnights);
     store.db.setSetting("min_block_seconds", dice.oneOf(shortestBlocks));
     for (const int asked : {day, day + 1}) {
-      clock.now = test::naiveStart(asked) + dice.upTo(80000);
-      const auto date = dice.oneIn(10) ? analytics.today() : *Date::parse(test::naiveIso(asked));
-      expectSame(json::value_from(analytics.day(date)).as_object(),
-                 test::naiveDayReport(store.db, asked));
+      clock.now = naiveStart(asked) + dice.upTo(80000);
+      const auto date = dice.oneIn(10) ? analytics.today() : *Date::parse(naiveIso(asked));
+      const auto expected = naiveDayReport(store.db, asked);
+      expectSame(json::value_from(analytics.day(date)).as_object(), expected);
+      const auto totals = analytics.totals(date);
+      EXPECT_EQ(json::value_from(totals.totals), expected.at("totals"));
+      EXPECT_EQ(json::value_from(totals.projects), expected.at("projects"));
     }
   });
 }
 
 TEST_F(RandomStores, GiveTheSameWeekAndRecapAsTheNaiveReports) {
   forEachSeed(2000, [&](Dice& dice, const Analytics& analytics, int day) {
-    const int monday = test::naiveMonday(day);
-    test::fillAtRandom(store.db, dice, test::naiveStart(monday - 9) + dice.upTo(900000), 90000,
-                       edges(monday - 7, monday + 7));
+    const int monday = naiveMonday(day);
+    fillAtRandom(store.db, dice, naiveStart(monday - 9) + dice.upTo(900000), 90000,
+                 edges(monday - 7, monday + 7));
     const int asked = monday + dice.upTo(6);
-    clock.now = test::naiveStart(asked) + dice.upTo(80000);
-    const auto date = dice.oneIn(10) ? analytics.today() : *Date::parse(test::naiveIso(asked));
+    clock.now = naiveStart(asked) + dice.upTo(80000);
+    const auto date = dice.oneIn(10) ? analytics.today() : *Date::parse(naiveIso(asked));
     expectSame(json::value_from(analytics.week(date)).as_object(),
-               test::naiveWeekReport(store.db, asked));
+               naiveWeekReport(store.db, asked));
     const auto recap = json::value_from(analytics.recap(date));
-    const auto expected = test::naiveRecapReport(store.db, asked);
+    const auto expected = naiveRecapReport(store.db, asked);
     EXPECT_EQ(recap.at("monday"), expected.at("monday"));
     for (const auto* week : {"current", "previous"}) {
       expectSame(recap.at(week).as_object(), expected.at(week).as_object());
@@ -89,5 +86,34 @@ TEST_F(RandomStores, GiveTheSameWeekAndRecapAsTheNaiveReports) {
   });
 }
 
+// Spans of all lengths, from negative to a year, around the length from which they count as long.
+TEST_F(RandomStores, OfAllLengthsAreReadAsTheWholeTableHoldsThem) {
+  Dice dice(5);
+  store.db.exec("BEGIN");
+  for (int i = 0; i < 3000; ++i) {
+    const double start = dice.upTo(3'000'000) * 0.1;
+    const double lengths[] = {dice.upTo(50) - 10.0, 13990.0 + dice.upTo(20),
+                              14390.0 + dice.upTo(20), dice.upTo(60000) * 1.0,
+                              dice.oneIn(10) ? 3e7 : 5.0};
+    store.db.run("INSERT INTO events(start,end,app) VALUES (?,?,'A')",
+                 {start, start + dice.oneOf(lengths)});
+  }
+  store.db.exec("COMMIT");
+  for (int i = 0; i < 400; ++i) {
+    const double from = dice.upTo(3'200'000) * 0.1 - 1e4;
+    const double to = from + dice.upTo(100000);
+    std::vector<std::pair<double, int64_t>> expected;
+    for (const auto& row : store.db.query(
+             "SELECT id, start FROM events WHERE end > ? AND start < ? ORDER BY start, id",
+             {from, to})) {
+      expected.emplace_back(std::max(row.dbl("start"), from), *row.int_("id"));
+    }
+    std::vector<std::pair<double, int64_t>> found;
+    SpanReader(store.db).each({from, to},
+                              [&](const Ev& ev) { found.emplace_back(ev.start, ev.id); });
+    ASSERT_EQ(found, expected) << from << " " << to;
+  }
+}
+
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

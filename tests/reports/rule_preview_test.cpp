@@ -1,37 +1,17 @@
 // What is told of rules before and after, against saving them and classifying everything again.
-#include <gtest/gtest.h>
-
-#include <boost/json/serialize.hpp>
 #include <set>
 
 #include "support/naive_reports.h"
 #include "support/program.h"
 #include "support/random_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace json = boost::json;
-using test::Dice;
-using test::naiveAdd;
-using test::naiveLargest;
-using test::naiveOrNull;
-using test::NaiveSpan;
-using test::NaiveSpans;
-using test::NaiveSums;
 
 constexpr int kDay = 19800;  // since 1970
 
 json::object count(const NaiveSpans& spans) {
-  return {{"spans", spans.size()}, {"seconds", test::naiveSeconds(spans)}};
-}
-
-json::array shares(const NaiveSums<std::string>& sums, std::size_t most) {
-  json::array list;
-  for (const auto& [text, seconds] : naiveLargest(sums, most)) {
-    list.push_back({{"text", text}, {"seconds", seconds}});
-  }
-  return list;
+  return {{"spans", spans.size()}, {"seconds", naiveSeconds(spans)}};
 }
 
 json::array shares(const NaiveSpans& spans, std::optional<std::string> NaiveSpan::*text,
@@ -40,7 +20,11 @@ json::array shares(const NaiveSpans& spans, std::optional<std::string> NaiveSpan
   for (const auto& span : spans) {
     if (span.*text) naiveAdd(sums, *(span.*text), span.duration());
   }
-  return shares(sums, most);
+  json::array list;
+  for (const auto& [name, seconds] : naiveLargest(sums, most)) {
+    list.push_back({{"text", name}, {"seconds", seconds}});
+  }
+  return list;
 }
 
 std::optional<std::string> fieldOf(const NaiveSpan& span, std::string_view field) {
@@ -53,7 +37,7 @@ std::optional<std::string> fieldOf(const NaiveSpan& span, std::string_view field
 template <class KeyOf>
 auto grouped(const NaiveSpans& spans, const KeyOf& keyOf) {
   std::vector<std::pair<decltype(keyOf(spans.front())), NaiveSpans>> groups;
-  for (const auto& [key, seconds] : naiveLargest(test::naiveSums(spans, keyOf))) {
+  for (const auto& [key, seconds] : naiveLargest(naiveSums(spans, keyOf))) {
     groups.emplace_back(key, NaiveSpans());
   }
   for (const auto& span : spans) {
@@ -63,22 +47,17 @@ auto grouped(const NaiveSpans& spans, const KeyOf& keyOf) {
   return groups;
 }
 
-class RuleTelling : public testing::Test, protected test::Program {
- protected:
+struct RuleTelling : testing::Test, Program {
   void fill(unsigned seed, const std::function<void(Dice&)>& check) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Dice dice(seed);
-    test::fillAtRandom(store.db, dice, test::naiveStart(kDay - 40) + dice.upTo(3'000'000), 90000,
-                       {test::naiveStart(kDay - 29), test::naiveStart(kDay + 1)});
-    clock.now = test::naiveStart(kDay) + dice.upTo(80000);
+    fillAtRandom(store.db, dice, naiveStart(kDay - 40) + dice.upTo(3'000'000), 90000,
+                 {naiveStart(kDay - 29), naiveStart(kDay + 1)});
+    clock.now = naiveStart(kDay) + dice.upTo(80000);
     check(dice);
   }
 
-  json::value ask(const char* route, const json::object& body) {
-    return call(route, json::serialize(body));
-  }
-
-  test::LocalZone local{"Europe/Paris"};
+  LocalZone local{"Europe/Paris"};
 };
 
 json::object randomRule(Dice& dice) {
@@ -98,7 +77,7 @@ json::object expectedPreview(const NaiveSpans& before, const NaiveSpans& after,
   const auto* field = rule.at("field").as_string().c_str();
   const std::string pattern(trimBlanks(rule.at("pattern").as_string().c_str()));
   const auto catches = [&](const NaiveSpan& span) {
-    return !span.idle && test::naiveMatch(fieldOf(span, field).value_or(""), pattern);
+    return !span.idle && naiveMatch(fieldOf(span, field).value_or(""), pattern);
   };
   NaiveSpans caught;
   NaiveSpans changed;
@@ -151,24 +130,24 @@ TEST_F(RuleTelling, ThePreviewIsWhatSavingTheRuleDoes) {
     fill(seed, [&](Dice& dice) {
       const auto rule = randomRule(dice);
       auto body = rule;
-      double from = test::naiveStart(kDay - 29);
-      double to = test::naiveStart(kDay + 1);
-      json::object dates{{"from", test::naiveIso(kDay - 29)}, {"to", test::naiveIso(kDay)}};
+      double from = naiveStart(kDay - 29);
+      double to = naiveStart(kDay + 1);
+      json::object dates{{"from", naiveIso(kDay - 29)}, {"to", naiveIso(kDay)}};
       if (dice.oneIn(3)) {
         body["all"] = true;
         from = -1e11;
         to = 1e11;
         dates = {{"from", nullptr}, {"to", nullptr}};
       } else if (dice.oneIn(3)) {
-        dates["from"] = body["from"] = test::naiveIso(kDay - 10);
-        dates["to"] = body["to"] = test::naiveIso(kDay - 3);
-        from = test::naiveStart(kDay - 10);
-        to = test::naiveStart(kDay - 2);
+        dates["from"] = body["from"] = naiveIso(kDay - 10);
+        dates["to"] = body["to"] = naiveIso(kDay - 3);
+        from = naiveStart(kDay - 10);
+        to = naiveStart(kDay - 2);
       }
       const auto actual = ask("rules.preview", body).as_object();
-      const auto before = test::naiveSpans(store.db, from, to);
+      const auto before = naiveSpans(store.db, from, to);
       ASSERT_EQ(ask("rules.save", rule).at("ok"), true);
-      auto expected = expectedPreview(before, test::naiveSpans(store.db, from, to), rule);
+      auto expected = expectedPreview(before, naiveSpans(store.db, from, to), rule);
       for (const auto& [key, date] : dates) expected[key] = date;
       for (const auto& [key, value] : expected) EXPECT_EQ(actual.at(key), value) << key;
       EXPECT_EQ(actual.size(), expected.size());
@@ -180,13 +159,12 @@ TEST_F(RuleTelling, ThePreviewIsWhatSavingTheRuleDoes) {
 
 TEST_F(RuleTelling, AnExplanationNamesWhoDecided) {
   const auto reason = [](const NaiveSpan& span) {
-    const auto& why = span.why;
-    return std::tuple(why.cat, why.catBy, why.catRule, why.pid, why.pidBy, why.pidRule,
-                      why.keyword);
+    return std::tuple(span.cat, span.catBy, span.catRule, span.pid, span.pidBy, span.pidRule,
+                      span.keyword);
   };
   for (unsigned seed = 0; seed < 500 && !HasFailure(); ++seed) {
     fill(seed, [&](Dice& dice) {
-      auto spans = test::naiveSpans(store.db, -1e11, 1e11);
+      auto spans = naiveSpans(store.db, -1e11, 1e11);
       std::erase_if(spans, [](const NaiveSpan& span) { return span.end > 1e10; });
       spans.resize(static_cast<std::size_t>(dice.upTo(static_cast<int>(spans.size()))));
       json::array ids{99999};
@@ -230,4 +208,4 @@ TEST_F(RuleTelling, AnExplanationNamesWhoDecided) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,13 +1,11 @@
 #include "reports/suggestions.h"
 
-#include <gtest/gtest.h>
-
 #include "base/text.h"
 #include "reports/analytics.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 TEST(Tokens, AreWhatDistinguishesAText) {
@@ -17,8 +15,7 @@ TEST(Tokens, AreWhatDistinguishesAText) {
   EXPECT_EQ(withoutAccents("e\u0301té ÇA"), "ete CA");
 }
 
-class SuggestionsTest : public testing::Test {
- protected:
+struct SuggestionsTest : testing::Test {
   void add(double minutes, const std::string& app, std::optional<std::string> domain = {},
            std::optional<int> project = {}, bool idle = false) {
     store.db.run("INSERT INTO events(start,end,app,domain,project_id,idle) VALUES (?,?,?,?,?,?)",
@@ -29,17 +26,15 @@ class SuggestionsTest : public testing::Test {
                  {name, keywords, archived});
   }
   // "name > project", in order.
-  std::vector<std::string> found() {
-    std::vector<std::string> list;
+  Texts found() {
+    Texts list;
     for (const auto& entry : Analytics(store.db, clock.read()).suggestions()) {
       list.push_back(entry.name + " > " + entry.project);
     }
     return list;
   }
-  using List = std::vector<std::string>;
-
-  test::TempStore store;
-  test::FakeClock clock;
+  TempStore store;
+  FakeClock clock;
 };
 
 TEST_F(SuggestionsTest, ProposeWhatTookTwentyMinutesAndResemblesAProject) {
@@ -51,7 +46,7 @@ TEST_F(SuggestionsTest, ProposeWhatTookTwentyMinutesAndResemblesAProject) {
   add(30, "Motorcycle Editor");  // by a word inside
   add(40, "F", "rien.fr");
   add(60, "Atelier", "tiers.fr");  // its domain counts, not its application
-  EXPECT_EQ(found(), (List{"Motorcycle Editor > Atelier cycle", "Creme-Deux.fr > Crème fraîche"}));
+  EXPECT_EQ(found(), (Texts{"Motorcycle Editor > Atelier cycle", "Creme-Deux.fr > Crème fraîche"}));
 }
 
 TEST_F(SuggestionsTest, LeaveOutWhatIsSettled) {
@@ -59,7 +54,7 @@ TEST_F(SuggestionsTest, LeaveOutWhatIsSettled) {
   addProject("Velours rouge");
   addProject("Client Velours");
   add(30, "velours");
-  EXPECT_EQ(found(), List{"velours > Velours rouge"});
+  EXPECT_EQ(found(), Texts{"velours > Velours rouge"});
   store.db.run("INSERT INTO rules(field, pattern, project_id) VALUES ('app', 'VELOURS', NULL)");
   EXPECT_EQ(found().size(), 1U);
   store.db.run("INSERT INTO rules(field, pattern, project_id) VALUES ('domain', 'velours', 2)");
@@ -70,10 +65,10 @@ TEST_F(SuggestionsTest, LeaveOutWhatIsSettled) {
   add(30, "client projet");
   store.db.run("INSERT INTO rules(field, pattern, project_id) VALUES ('app', 'Velours tenu', 2)");
   add(30, "velours TENU");
-  EXPECT_EQ(found(), List());
+  EXPECT_EQ(found(), Texts());
   store.db.exec("UPDATE events SET idle=0, project_id=NULL, start=start-1e7, end=end-1e7");
-  EXPECT_EQ(found(), List());  // longer ago than two weeks
+  EXPECT_EQ(found(), Texts());  // longer ago than two weeks
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,45 +1,33 @@
 #include "storage/backups.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <thread>
 
 #include "storage/backup_names.h"
 #include "storage/store_check.h"
+#include "support/children.h"
 #include "support/store_files.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::bytesIn;
-using test::execute;
-using test::filesHolding;
-using test::fillStore;
-using test::LogLines;
-using test::namesIn;
-using test::newStore;
-using test::rowsOf;
-using test::TempFolder;
 
 constexpr double kNoon = 1'795'345'200;  // 22 November 2026, 12:00 in Paris
 constexpr double kHour = 3600;
 constexpr double kDay = 86400;
 
-class BackupsTest : public testing::Test {
- protected:
+struct BackupsTest : testing::Test {
   Backups::Surroundings surroundings() {
     return {.log = log_.sink(),
             .calendar = Calendar(Glib::TimeZone::create("Europe/Paris")),
             .freeSpace = [this](const fs::path&) { return free_; }};
   }
-  std::vector<std::string> names() const {
-    std::vector<std::string> names;
-    for (const auto& backup : backups_.list()) names.push_back(backup.file.filename().string());
+  // What comes after "orvanta-", the newest first.
+  Texts names() const {
+    Texts names;
+    for (const auto& backup : backups_.list()) {
+      const auto name = backup.file.stem().string();
+      names.push_back(name.substr(name.find('-') + 1));
+    }
     return names;
   }
   void place(double time, const std::string& content = "x") {
@@ -58,19 +46,13 @@ class BackupsTest : public testing::Test {
   Backups backups_{dir_, surroundings()};
 };
 
-mode_t modeOf(const fs::path& file) {
-  struct stat facts {};
-  stat(file.c_str(), &facts);
-  return facts.st_mode & 0777U;
-}
-
 TEST_F(BackupsTest, AreWholeCopiesThatOnlyTheUserMayRead) {
   fillStore(store_, 2000);
   const auto before = umask(0);
   const auto result = backups_.make(file_, kNoon);
   umask(before);
   ASSERT_TRUE(result.made) << result.error;
-  EXPECT_EQ(namesIn(dir_), std::vector<std::string>{"orvanta-2026-11-22-1200.db"});
+  EXPECT_EQ(namesIn(dir_), Texts{"orvanta-2026-11-22-1200.db"});
   const auto copy = dir_ / "orvanta-2026-11-22-1200.db";
   EXPECT_EQ(modeOf(dir_), 0700U);
   EXPECT_EQ(modeOf(copy), 0600U);
@@ -79,14 +61,13 @@ TEST_F(BackupsTest, AreWholeCopiesThatOnlyTheUserMayRead) {
     const auto sql = std::string("SELECT * FROM ") + table;
     EXPECT_EQ(rowsOf(copy, sql), rowsOf(store_, sql));
   }
-  EXPECT_EQ(rowsOf(copy, "PRAGMA journal_mode"), std::vector<std::string>{"delete|"});
+  EXPECT_EQ(rowsOf(copy, "PRAGMA journal_mode"), Texts{"delete|"});
   ASSERT_EQ(backups_.list().size(), 1U);
   EXPECT_EQ(backups_.list().front().time, kNoon);
   // Another one of the same minute does not replace it.
   execute(store_, "DELETE FROM events");
   ASSERT_TRUE(backups_.make(file_, kNoon + 20).made);
-  EXPECT_EQ(names(), (std::vector<std::string>{"orvanta-2026-11-22-1200-2.db",
-                                               "orvanta-2026-11-22-1200.db"}));
+  EXPECT_EQ(names(), (Texts{"2026-11-22-1200-2", "2026-11-22-1200"}));
 }
 
 TEST_F(BackupsTest, AreOfOneMomentAlthoughTheStoreIsWrittenAllTheTime) {
@@ -122,14 +103,14 @@ TEST_F(BackupsTest, AreOfOneMomentAlthoughTheStoreIsWrittenAllTheTime) {
 TEST_F(BackupsTest, AreNotMadeOfWhatIsDamagedNorWithoutRoom) {
   fillStore(store_, 2000);
   ASSERT_TRUE(backups_.make(file_, kNoon).made);
-  const auto good = names();
+  const auto good = namesIn(dir_);
   std::ofstream(dir_ / ".orvanta-2026-11-23-1200.db.partiel") << "left by a killed one";
 
   const auto size = fs::file_size(file_) + fs::file_size(walOf(file_));
   free_ = 2 * size - 1;
   const auto full = backups_.make(file_, kNoon + kDay);
   EXPECT_FALSE(full.made);
-  EXPECT_NE(full.error.find("place"), std::string::npos);
+  EXPECT_TRUE(holds(full.error, "place"));
   free_ = 2 * size;
   std::stop_source stop;
   stop.request_stop();
@@ -137,14 +118,11 @@ TEST_F(BackupsTest, AreNotMadeOfWhatIsDamagedNorWithoutRoom) {
   EXPECT_TRUE(!stopped.made && stopped.stopped && stopped.error.empty());
 
   execute(store_, "PRAGMA journal_mode=DELETE");
-  std::fstream damage(file_, std::ios::in | std::ios::out | std::ios::binary);
-  damage.seekp(static_cast<std::streamoff>(fs::file_size(file_) / 2));
-  damage << std::string(2000, '\x55');
-  damage.close();
+  overwrite(file_, fs::file_size(file_) / 2, std::string(2000, '\x55'));
   free_ = {};
   const auto damaged = backups_.make(file_, kNoon + kDay);
   EXPECT_FALSE(damaged.made);
-  EXPECT_NE(damaged.error.find("abîmé"), std::string::npos);
+  EXPECT_TRUE(holds(damaged.error, "abîmé"));
   EXPECT_FALSE(backups_.make(folder_.path() / "none.db", kNoon).made);
   EXPECT_EQ(namesIn(dir_), good);
   EXPECT_EQ(log_.lines().size(), 3U);
@@ -168,10 +146,8 @@ TEST_F(BackupsTest, AreListedNewestFirstWhateverElseIsThere) {
     setModifiedAt(dir_ / name, time);
   }
   EXPECT_EQ(names(),
-            (std::vector<std::string>{"orvanta-2026-11-21-0900-10.db",
-                                      "orvanta-2026-11-21-0900-9.db", "orvanta-2026-11-21-0900.db",
-                                      "orvanta-2026-10-25-0230-2.db", "orvanta-2026-10-25-0230.db",
-                                      "orvanta-2026-03-29-0230.db", "orvanta-2025-12-31-2359.db"}));
+            (Texts{"2026-11-21-0900-10", "2026-11-21-0900-9", "2026-11-21-0900",
+                   "2026-10-25-0230-2", "2026-10-25-0230", "2026-03-29-0230", "2025-12-31-2359"}));
   const auto list = backups_.list();
   EXPECT_EQ(list[0].time, kNoon - kDay - 3 * kHour);
   EXPECT_EQ(list[3].time, 1'792'891'800.0);
@@ -204,18 +180,15 @@ TEST_F(BackupsTest, KeepThreeDaysAndFourWeeks) {
     backups_.prune(kNoon + day * kDay);
   }
   // The 20th of January 2027 is a Wednesday.
-  const std::vector<std::string> kept{"orvanta-2027-01-20-1200.db", "orvanta-2027-01-19-1200.db",
-                                      "orvanta-2027-01-18-1200.db", "orvanta-2027-01-17-1200.db",
-                                      "orvanta-2027-01-10-1200.db", "orvanta-2027-01-03-1200.db"};
+  const Texts kept{"2027-01-20-1200", "2027-01-19-1200", "2027-01-18-1200",
+                   "2027-01-17-1200", "2027-01-10-1200", "2027-01-03-1200"};
   EXPECT_EQ(names(), kept);
   // After a long absence nothing is too old; a backup of a wrong clock takes nobody's place.
   place(kNoon + 4000 * kDay);
   ASSERT_TRUE(backups_.make(file_, kNoon + 300 * kDay).made);
   backups_.prune(kNoon + 300 * kDay);
-  EXPECT_EQ(names(),
-            (std::vector<std::string>{"orvanta-2027-09-18-1300.db", "orvanta-2027-01-20-1200.db",
-                                      "orvanta-2027-01-19-1200.db", "orvanta-2027-01-17-1200.db",
-                                      "orvanta-2027-01-10-1200.db"}));
+  EXPECT_EQ(names(), (Texts{"2027-09-18-1300", "2027-01-20-1200", "2027-01-19-1200",
+                            "2027-01-17-1200", "2027-01-10-1200"}));
 }
 
 TEST_F(BackupsTest, DropAnOlderOneOnlyForANewerThatIsWhole) {
@@ -227,10 +200,8 @@ TEST_F(BackupsTest, DropAnOlderOneOnlyForANewerThatIsWhole) {
   Backups afterAStart(dir_, surroundings());
   afterAStart.prune(kNoon + 3 * kDay);
   // Weeks: two of the damaged ones', then two whole ones; only what is older than these goes.
-  EXPECT_EQ(names(),
-            (std::vector<std::string>{"orvanta-2026-11-24-1200.db", "orvanta-2026-11-23-1200.db",
-                                      "orvanta-2026-11-22-1200.db", "orvanta-2026-11-15-1200.db",
-                                      "orvanta-2026-11-08-1200.db"}));
+  EXPECT_EQ(names(), (Texts{"2026-11-24-1200", "2026-11-23-1200", "2026-11-22-1200",
+                            "2026-11-15-1200", "2026-11-08-1200"}));
   for (const auto& backup : backups_.list()) {
     if (checkStore(backup.file).whole) fs::remove(backup.file);
   }
@@ -253,8 +224,7 @@ TEST_F(BackupsTest, HoldNothingOfWhatWasErased) {
   const auto result = backups_.apply(erasure);
   EXPECT_EQ(result.rewritten, 2);
   EXPECT_TRUE(result.removed == 0 && result.left.empty());
-  EXPECT_EQ(namesIn(dir_),
-            (std::vector<std::string>{"orvanta-2026-11-22-1200.db", "orvanta-2026-11-23-1200.db"}));
+  EXPECT_EQ(namesIn(dir_), (Texts{"orvanta-2026-11-22-1200.db", "orvanta-2026-11-23-1200.db"}));
   for (int i = 1000; i < 1999; ++i) {
     EXPECT_TRUE(filesHolding(dir_, fmt::format("Titre-{}.", i)).empty()) << i;
   }
@@ -267,25 +237,22 @@ TEST_F(BackupsTest, HoldNothingOfWhatWasErased) {
   // Spans that are cut keep their titles in the part that is left.
   EXPECT_EQ(
       rowsOf(list.front().file, "SELECT id, start, end, title FROM events WHERE id IN (999,1999)"),
-      (std::vector<std::string>{"999|1009990.25|1010000|Titre-999.plus|",
-                                "1999|1020000|1020000.25|Titre-1999.|"}));
-  EXPECT_EQ(rowsOf(list.front().file, "SELECT count(*) FROM events"),
-            std::vector<std::string>{"1501|"});
+      (Texts{"999|1009990.25|1010000|Titre-999.plus|", "1999|1020000|1020000.25|Titre-1999.|"}));
+  EXPECT_EQ(rowsOf(list.front().file, "SELECT count(*) FROM events"), Texts{"1501|"});
 }
 
 TEST_F(BackupsTest, AreRemovedRatherThanLeftWithWhatWasErased) {
   fillStore(store_, 100);
   ASSERT_TRUE(backups_.make(file_, kNoon).made);
   ASSERT_TRUE(backups_.make(file_, kNoon + kDay).made);
-  std::fstream(dir_ / "orvanta-2026-11-22-1200.db", std::ios::in | std::ios::out) << "not any more";
+  overwrite(dir_ / "orvanta-2026-11-22-1200.db", 0, "not any more");
   const auto result = backups_.apply(stripTitlesBefore(2e9));
   EXPECT_EQ(result.rewritten, 1);
   EXPECT_EQ(result.removed, 1);
-  EXPECT_EQ(names(), std::vector<std::string>{"orvanta-2026-11-23-1200.db"});
+  EXPECT_EQ(names(), Texts{"2026-11-23-1200"});
   EXPECT_TRUE(filesHolding(dir_, "Titre-").empty());
-  EXPECT_EQ(log_.lines(),
-            std::vector<std::string>{"Orvanta: sauvegarde orvanta-2026-11-22-1200.db retirée : ce "
-                                     "qui a été effacé n'a pas pu y être effacé"});
+  EXPECT_EQ(log_.lines(), Texts{"Orvanta: sauvegarde orvanta-2026-11-22-1200.db retirée : ce "
+                                "qui a été effacé n'a pas pu y être effacé"});
 }
 
 TEST_F(BackupsTest, ThatCanNeitherBeRewrittenNorRemovedAreTold) {
@@ -294,19 +261,13 @@ TEST_F(BackupsTest, ThatCanNeitherBeRewrittenNorRemovedAreTold) {
   chmod(folder_.path().c_str(), 0755);
   chmod(dir_.c_str(), 0555);
   chmod((dir_ / "orvanta-2026-11-22-1200.db").c_str(), 0444);
-  const pid_t child = fork();
-  if (child == 0) {
-    constexpr uid_t kNobody = 65534;
-    if (getuid() == 0 && setuid(kNobody) != 0) _exit(2);
+  EXPECT_TRUE(isSoForNobody([&] {
     const auto result = backups_.apply(stripTitlesBefore(2e9));
-    _exit(result.left.size() == 1 && result.removed == 0 && result.rewritten == 0 ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+    return result.left.size() == 1 && result.removed == 0 && result.rewritten == 0;
+  }));
   EXPECT_TRUE(checkStore(dir_ / "orvanta-2026-11-22-1200.db").whole);
   chmod(dir_.c_str(), 0700);
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,64 +1,26 @@
 #include "storage/database.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <fstream>
-
-#include "storage/data_lock.h"
 #include "storage/schema.h"
+#include "support/store_rows.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::LogLines;
-using test::TempFolder;
-using test::TempStore;
-using test::TestDatabase;
-
-unsigned modeOf(const fs::path& path) {
-  struct stat info {};
-  return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
 
 // What an early version of the program left behind.
 void makeLegacyStore(const DataLocation& where) {
   fs::create_directories(where.legacyDir);
-  sqlite3* raw = nullptr;
-  ASSERT_EQ(sqlite3_open((where.legacyDir / "lumaplan.db").c_str(), &raw), SQLITE_OK);
-  ASSERT_EQ(
-      sqlite3_exec(raw,
-                   "CREATE TABLE events (id INTEGER PRIMARY KEY, start REAL NOT NULL, end REAL NOT "
-                   "NULL, app TEXT, bundle TEXT, title TEXT, url TEXT, domain TEXT, "
-                   "idle INTEGER DEFAULT 0, category TEXT, project_id INTEGER);"
-                   "CREATE TABLE rules (id INTEGER PRIMARY KEY, field TEXT, pattern TEXT);"
-                   "CREATE TABLE projects (id INTEGER PRIMARY KEY, name TEXT UNIQUE NOT NULL);"
-                   "INSERT INTO projects(name) VALUES ('Ancien');"
-                   "CREATE TABLE settings (key TEXT PRIMARY KEY, value TEXT);"
-                   "INSERT INTO settings VALUES ('idle_threshold','240'),('port','8080');"
-                   "CREATE TABLE calendar_links (id INTEGER);",
-                   nullptr, nullptr, nullptr),
-      SQLITE_OK);
-  sqlite3_close(raw);
+  const auto file = where.legacyDir / "lumaplan.db";
+  std::ofstream(file) << "";
+  OtherProgram(file).ask(
+      std::string(kLegacyTables) +
+      "CREATE TABLE events (id INTEGER PRIMARY KEY, start REAL NOT NULL, end REAL NOT NULL, "
+      "app TEXT, bundle TEXT, title TEXT, url TEXT, domain TEXT, idle INTEGER DEFAULT 0, "
+      "category TEXT, project_id INTEGER);"
+      "CREATE TABLE rules (id INTEGER PRIMARY KEY, field TEXT, pattern TEXT);");
 }
 
-TEST(Database, FirstStartMakesEverythingForTheOwnerOnly) {
-  TempStore store;
-  const auto where = store.folder.location();
-  EXPECT_TRUE(store.log.lines().empty());
-  EXPECT_EQ(store.db.allSettings(), defaultSettings());
-  EXPECT_EQ(store.db.query("SELECT 1 FROM sqlite_master WHERE type='table'").size(), 4U);
-  EXPECT_EQ(store.db.query("PRAGMA journal_mode").front().str("journal_mode"), "wal");
-  EXPECT_EQ(store.db.query("PRAGMA page_size").front().int_("page_size"), 1024);
-  EXPECT_EQ(modeOf(where.dir), 0700U);
-  for (const auto* name : {"orvanta.db", "orvanta.db-wal", "orvanta.db-shm"}) {
-    EXPECT_EQ(modeOf(where.dir / name), 0600U) << name;
-  }
-}
-
-TEST(Database, TightensTheModesOfWhatItFinds) {
+TEST(DatabaseFile, TightensTheModesOfWhatItFinds) {
   TempFolder folder;
   const auto where = folder.location();
   fs::create_directories(where.dir);
@@ -70,14 +32,14 @@ TEST(Database, TightensTheModesOfWhatItFinds) {
   EXPECT_EQ(modeOf(where.file()), 0600U);
 }
 
-TEST(Database, MovesLegacyDataOnceAndBringsThemUpToDate) {
+TEST(DatabaseFile, MovesLegacyDataOnceAndBringsThemUpToDate) {
   TempFolder folder;
   const auto where = folder.location();
   makeLegacyStore(where);
   LogLines log;
   {
     TestDatabase db(where, log.sink());
-    EXPECT_EQ(log.lines(), std::vector<std::string>{"Orvanta: données migrées depuis Lumaplan"});
+    EXPECT_EQ(log.lines(), Texts{"Orvanta: données migrées depuis Lumaplan"});
     EXPECT_FALSE(fs::exists(where.legacyDir));
     EXPECT_EQ(db.setting("idle_threshold"), "240");
     EXPECT_EQ(db.setting("port"), "");
@@ -94,13 +56,27 @@ TEST(Database, MovesLegacyDataOnceAndBringsThemUpToDate) {
   EXPECT_EQ(again.setting("idle_threshold"), "240");
 }
 
-TEST(Database, SettingsFallBackToTheirDefaults) {
-  TempStore store;
-  EXPECT_EQ(store.db.setting("idle_threshold"), "180");
-  EXPECT_EQ(store.db.setting("inconnu"), "");
-  store.db.setSetting("idle_threshold", "90");
-  store.db.run("INSERT OR REPLACE INTO settings VALUES ('privacy_mode', NULL)");
-  TestDatabase reopened(store.folder.location(), store.log.sink());
+struct DatabaseTest : testing::Test, TempStore {};
+
+TEST_F(DatabaseTest, FirstStartMakesEverythingForTheOwnerOnly) {
+  const auto where = folder.location();
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(db.allSettings(), defaultSettings());
+  EXPECT_EQ(db.query("SELECT 1 FROM sqlite_master WHERE type='table'").size(), 4U);
+  EXPECT_EQ(db.query("PRAGMA journal_mode").front().str("journal_mode"), "wal");
+  EXPECT_EQ(db.query("PRAGMA page_size").front().int_("page_size"), 1024);
+  EXPECT_EQ(modeOf(where.dir), 0700U);
+  for (const auto* name : {"orvanta.db", "orvanta.db-wal", "orvanta.db-shm"}) {
+    EXPECT_EQ(modeOf(where.dir / name), 0600U) << name;
+  }
+}
+
+TEST_F(DatabaseTest, SettingsFallBackToTheirDefaults) {
+  EXPECT_EQ(db.setting("idle_threshold"), "180");
+  EXPECT_EQ(db.setting("inconnu"), "");
+  db.setSetting("idle_threshold", "90");
+  db.run("INSERT OR REPLACE INTO settings VALUES ('privacy_mode', NULL)");
+  TestDatabase reopened(folder.location(), log.sink());
   EXPECT_EQ(reopened.setting("idle_threshold"), "90");
   EXPECT_EQ(reopened.setting("privacy_mode"), "full");
   EXPECT_EQ(reopened.allSettings().at("privacy_mode"), "full");
@@ -108,17 +84,12 @@ TEST(Database, SettingsFallBackToTheirDefaults) {
   EXPECT_EQ(reopened.setting("idle_threshold"), "180");
 }
 
-TEST(Database, ValuesComeBackAsTheyWent) {
-  TempStore store;
-  store.db.exec("CREATE TABLE t (v)");
+TEST_F(DatabaseTest, ValuesComeBackAsTheyWent) {
+  db.exec("CREATE TABLE t (v)");
   const std::string hostile = "'; DROP TABLE events; -- <b>é</b>\n";
-  store.db.run("INSERT INTO t VALUES (?)", {true});
-  store.db.run("INSERT INTO t VALUES (?)", {int64_t{1} << 62});
-  store.db.run("INSERT INTO t VALUES (?)", {0.1});
-  store.db.run("INSERT INTO t VALUES (?)", {hostile});
-  store.db.run("INSERT INTO t VALUES (?)", {std::optional<std::string>()});
-  store.db.run("INSERT INTO t VALUES (x'00ff')");
-  const auto rows = store.db.query("SELECT v AS a, v FROM t ORDER BY rowid");
+  db.run("INSERT INTO t VALUES (?), (?), (?), (?), (?), (x'00ff')",
+         {true, int64_t{1} << 62, 0.1, hostile, std::optional<std::string>()});
+  const auto rows = db.query("SELECT v AS a, v FROM t ORDER BY rowid");
   ASSERT_EQ(rows.size(), 6U);
   EXPECT_EQ(rows[0].int_("v"), 1);
   EXPECT_EQ(rows[1].int_("v"), int64_t{1} << 62);
@@ -129,12 +100,10 @@ TEST(Database, ValuesComeBackAsTheyWent) {
   EXPECT_FALSE(rows[0].find("w"));
 }
 
-TEST(Database, TypedAccessorsDoNotConvertBetweenTextAndNumbers) {
-  TempStore store;
-  const auto row = store.db
-                       .query(
-                           "SELECT 7 AS i, 7.9 AS d, -7.9 AS n, 1e300 AS huge, '7' AS t, "
-                           "NULL AS z, 'first' AS twice, 'last' AS twice")
+TEST_F(DatabaseTest, TypedAccessorsDoNotConvertBetweenTextAndNumbers) {
+  const auto row = db.query(
+                         "SELECT 7 AS i, 7.9 AS d, -7.9 AS n, 1e300 AS huge, '7' AS t, "
+                         "NULL AS z, 'first' AS twice, 'last' AS twice")
                        .front();
   EXPECT_FALSE(row.str("i"));
   EXPECT_FALSE(row.int_("t"));
@@ -147,57 +116,43 @@ TEST(Database, TypedAccessorsDoNotConvertBetweenTextAndNumbers) {
   EXPECT_EQ(row.str("twice"), "last");
 }
 
-TEST(Database, RevisionGrowsWithEveryChangeAndNothingElse) {
-  TempStore store;
-  TestDatabase other(store.folder.location());
-  int64_t last = store.db.revision();
-  const auto grown = [&] { return std::exchange(last, store.db.revision()) < last; };
+TEST_F(DatabaseTest, RevisionGrowsWithEveryChangeAndNothingElse) {
+  TestDatabase other(folder.location());
+  int64_t last = db.revision();
+  const auto grown = [&] { return std::exchange(last, db.revision()) < last; };
   EXPECT_FALSE(grown());
-  (void)store.db.allSettings();
-  store.db.run("UPDATE events SET end = 1");
+  (void)db.allSettings();
+  db.run("UPDATE events SET end = 1");
   EXPECT_FALSE(grown());
-  store.db.setSetting("paused", "1");
+  db.setSetting("paused", "1");
   EXPECT_TRUE(grown());
   other.setSetting("paused", "0");
   EXPECT_TRUE(grown());
   EXPECT_FALSE(grown());
 }
 
-TEST(Database, TellsWhatFailedButNotWhatIsExpected) {
-  TempStore store;
-  std::vector<std::string> reports;
+TEST_F(DatabaseTest, TellsWhatFailedButNotWhatIsExpected) {
+  Texts reports;
   // The hook may use the store: it is called when the statement is over.
-  store.db.setErrorReport([&](const std::string& message) {
-    reports.push_back(message + " " + store.db.setting("paused"));
-  });
-  EXPECT_EQ(store.db.run("INSERT INTO projects(name) VALUES ('A')"), 1);
-  EXPECT_EQ(store.db.run("INSERT INTO projects(name) VALUES ('A')"), -1);
-  EXPECT_EQ(store.db.run("ALTER TABLE projects ADD COLUMN client TEXT"), -1);
-  EXPECT_EQ(store.db.run("SELEC"), -1);
-  EXPECT_TRUE(store.log.lines().empty());
+  db.setErrorReport(
+      [&](const std::string& message) { reports.push_back(message + " " + db.setting("paused")); });
+  EXPECT_EQ(db.run("INSERT INTO projects(name) VALUES ('A')"), 1);
+  EXPECT_EQ(db.run("INSERT INTO projects(name) VALUES ('A')"), -1);
+  EXPECT_EQ(db.run("ALTER TABLE projects ADD COLUMN client TEXT"), -1);
+  EXPECT_EQ(db.run("SELEC"), -1);
+  EXPECT_TRUE(log.lines().empty());
 
-  EXPECT_EQ(store.db.run("INSERT INTO projects(color) VALUES ('#fff')"), -1);
-  EXPECT_FALSE(store.db.exec("INSERT INTO nowhere VALUES (1)"));
-  EXPECT_TRUE(store.db.query("SELECT * FROM nowhere").empty());
-  EXPECT_EQ(store.log.lines(),
-            (std::vector<std::string>{
-                "Orvanta SQL: NOT NULL constraint failed: projects.name — INSERT INTO "
-                "projects(color) VALUES ('#fff')",
-                "Orvanta SQL: no such table: nowhere",
-                "Orvanta SQL: no such table: nowhere — SELECT * FROM nowhere"}));
-  EXPECT_EQ(reports, (std::vector<std::string>{"sql: NOT NULL constraint failed: projects.name 0",
-                                               "sql: no such table: nowhere 0"}));
-}
-
-TEST(DataLock, HoldsOffASecondTrackerAndEndsWithItsHolder) {
-  TempFolder folder;
-  prepare(folder.location(), LogLines().sink());
-  auto first = DataLock::take(folder.location());
-  ASSERT_TRUE(first.has_value());
-  EXPECT_FALSE(DataLock::take(folder.location()).has_value());
-  first.reset();
-  EXPECT_TRUE(DataLock::take(folder.location()).has_value());
+  EXPECT_EQ(db.run("INSERT INTO projects(color) VALUES ('#fff')"), -1);
+  EXPECT_FALSE(db.exec("INSERT INTO nowhere VALUES (1)"));
+  EXPECT_TRUE(db.query("SELECT * FROM nowhere").empty());
+  EXPECT_EQ(log.lines(),
+            (Texts{"Orvanta SQL: NOT NULL constraint failed: projects.name — INSERT INTO "
+                   "projects(color) VALUES ('#fff')",
+                   "Orvanta SQL: no such table: nowhere",
+                   "Orvanta SQL: no such table: nowhere — SELECT * FROM nowhere"}));
+  EXPECT_EQ(reports, (Texts{"sql: NOT NULL constraint failed: projects.name 0",
+                            "sql: no such table: nowhere 0"}));
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

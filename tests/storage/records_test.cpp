@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "bridge/report_json.h"
 #include "classify/rule_set.h"
 #include "storage/ev.h"
@@ -7,12 +5,12 @@
 #include "storage/rule.h"
 #include "support/temp_store.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
 namespace json = boost::json;
 
-Ev firstEv(test::TempStore& store, StringPool& pool, const std::string& sql) {
+Ev firstEv(TempStore& store, StringPool& pool, const std::string& sql) {
   EvReader reader(pool);
   Ev ev;
   store.db.each(sql, {}, [&](const Cursor& row) { ev = reader.kept(reader.read(row)); });
@@ -20,7 +18,7 @@ Ev firstEv(test::TempStore& store, StringPool& pool, const std::string& sql) {
 }
 
 TEST(Ev, ReadsRowsWithNeutralValuesForWhatIsMissing) {
-  test::TempStore store;
+  TempStore store;
   StringPool pool;
   // Another column order than the table's, integers where doubles are usual.
   const auto ev = firstEv(store, pool,
@@ -43,11 +41,11 @@ TEST(Ev, ReadsRowsWithNeutralValuesForWhatIsMissing) {
 }
 
 TEST(Project, FillsInDefaultsAndParsesKeywords) {
-  test::TempStore store;
+  TempStore store;
   store.db.run("INSERT INTO projects(name, color, category, archived, keywords) VALUES (?,?,?,?,?)",
                {"Été", nullptr, nullptr, 1, "  Alpha ,, ab,\tDeux MOTS , Éo1 , \n"});
   const auto project = Project::fromRow(store.db.query("SELECT * FROM projects").front());
-  EXPECT_EQ(project.keywords, (std::vector<std::string>{"alpha", "deux mots", "éo1"}));
+  EXPECT_EQ(project.keywords, (Texts{"alpha", "deux mots", "éo1"}));
   EXPECT_EQ(json::value_from(project), json::value({{"id", 1},
                                                     {"name", "Été"},
                                                     {"color", "#3b82f6"},
@@ -58,7 +56,7 @@ TEST(Project, FillsInDefaultsAndParsesKeywords) {
 }
 
 TEST(Rule, ReadsRowsWithNeutralValuesForWhatIsMissing) {
-  test::TempStore store;
+  TempStore store;
   store.db.run("DELETE FROM rules");
   store.db.run(
       "INSERT INTO rules(id, field, pattern, project_id, priority) VALUES "
@@ -75,4 +73,4 @@ TEST(Rule, ReadsRowsWithNeutralValuesForWhatIsMissing) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

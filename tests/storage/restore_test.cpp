@@ -1,32 +1,18 @@
 #include "storage/restore.h"
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "storage/kept_stores.h"
 #include "storage/repair.h"
 #include "storage/store_copy.h"
+#include "support/children.h"
 #include "support/store_files.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::execute;
-using test::filesHolding;
-using test::fillStore;
-using test::LogLines;
-using test::namesIn;
-using test::newStore;
-using test::rowsOf;
-using test::TempFolder;
 
 constexpr double kNoon = 1'795'345'200;  // 22 November 2026, 12:00 in Paris
 constexpr auto kStamp = "2026-11-22-1200";
 
-class RestoreTest : public testing::Test {
- protected:
+struct RestoreTest : testing::Test {
   RestoreTest() {
     fillStore(newStore(store_), 100);
     EXPECT_TRUE(copyStore(store_, backup_).made);
@@ -44,6 +30,19 @@ class RestoreTest : public testing::Test {
   RestoreOptions options() const {
     return {.now = kNoon, .calendar = Calendar(Glib::TimeZone::create("Europe/Paris"))};
   }
+  // Restores the folder as it was at the first call, then does this in a child that ends abruptly
+  // at the given call of the hook. False when it came to the end.
+  bool killedAt(int step, const std::function<void(const std::function<void()>& hook)>& work) {
+    if (!fs::exists(atStart_)) fs::copy(where_.dir, atStart_, fs::copy_options::recursive);
+    fs::remove_all(where_.dir);
+    fs::copy(atStart_, where_.dir, fs::copy_options::recursive);
+    return endOfChild([&] {
+             int steps = 0;
+             work([&] {
+               if (++steps == step) _exit(9);
+             });
+           }) != 0;
+  }
   static int64_t spansIn(const fs::path& file) {
     return FileConnection::reading(file).number("SELECT count(*) FROM events");
   }
@@ -55,6 +54,7 @@ class RestoreTest : public testing::Test {
   DataLocation where_ = folder_.location();
   fs::path store_ = where_.file();
   fs::path backup_ = folder_.path() / "backup.db";
+  fs::path atStart_ = folder_.path() / "at start";
 };
 
 TEST_F(RestoreTest, PutsTheBackupInPlaceAndKeepsWhatWasThere) {
@@ -63,25 +63,22 @@ TEST_F(RestoreTest, PutsTheBackupInPlaceAndKeepsWhatWasThere) {
   EXPECT_EQ(result.kept, kept());
   EXPECT_EQ(spansIn(store_), 100);
   EXPECT_EQ(spansIn(kept()), 200);
-  EXPECT_EQ(namesIn(where_.dir), (std::vector<std::string>{"orvanta.db", kept().filename().string(),
-                                                           kept("-wal").filename().string()}));
+  EXPECT_EQ(namesIn(where_.dir),
+            (Texts{"orvanta.db", kept().filename().string(), kept("-wal").filename().string()}));
   // And back again, in the same minute.
   const auto back = restoreStore(where_, kept(), options());
   ASSERT_TRUE(back.done) << back.error;
   EXPECT_EQ(back.kept, kept("-2"));
   EXPECT_EQ(spansIn(store_), 200);
   EXPECT_EQ(spansIn(kept("-2")), 100);
-  EXPECT_EQ(fs::status(store_).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(modeOf(store_), 0600U);
 }
 
 TEST_F(RestoreTest, ChangesNothingWhenItCannotBeDone) {
   const auto names = namesIn(where_.dir);
   std::ofstream(folder_.path() / "text.db") << "not a store";
   fs::copy(backup_, folder_.path() / "damaged.db");
-  std::fstream damage(folder_.path() / "damaged.db", std::ios::in | std::ios::out);
-  damage.seekp(4096);
-  damage << std::string(2048, '\x33');
-  damage.close();
+  overwrite(folder_.path() / "damaged.db", 4096, std::string(2048, '\x33'));
   for (const auto& file : {folder_.path() / "none.db", folder_.path() / "text.db",
                            folder_.path() / "damaged.db", folder_.path(), store_}) {
     const auto result = restoreStore(where_, file, options());
@@ -89,7 +86,7 @@ TEST_F(RestoreTest, ChangesNothingWhenItCannotBeDone) {
   }
   auto full = options();
   full.freeSpace = [](const fs::path&) { return 1000; };
-  EXPECT_NE(restoreStore(where_, backup_, full).error.find("place"), std::string::npos);
+  EXPECT_TRUE(holds(restoreStore(where_, backup_, full).error, "place"));
   std::stop_source stop;
   stop.request_stop();
   auto stopped = options();
@@ -99,41 +96,17 @@ TEST_F(RestoreTest, ChangesNothingWhenItCannotBeDone) {
   EXPECT_EQ(namesIn(where_.dir), names);
 }
 
-// Runs `work` in a child that ends abruptly at the given call of the hook. False when it came to
-// the end.
-bool killedAt(int step, const std::function<void(const std::function<void()>& hook)>& work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    int steps = 0;
-    work([&] {
-      if (++steps == step) _exit(9);
-    });
-    _exit(0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WEXITSTATUS(status) == 9;
-}
-
 TEST_F(RestoreTest, ADamagedStoreIsReplacedByWhatCanBeSaved) {
   constexpr std::size_t kPage = 1024;
-  const auto page = test::bytesIn(store_).find("Titre-50.") / kPage * kPage;
-  std::fstream damage(store_, std::ios::in | std::ios::out | std::ios::binary);
-  damage.seekp(static_cast<std::streamoff>(page));
-  damage << std::string(kPage, '\x5a');
-  damage.close();
-  const auto atStart = folder_.path() / "at start";
-  fs::copy(where_.dir, atStart, fs::copy_options::recursive);
+  const auto page = bytesIn(store_).find("Titre-50.") / kPage * kPage;
+  overwrite(store_, page, std::string(kPage, '\x5a'));
+  fs::create_directory(where_.dir / "orvanta.db.récupération.copie-abcdef");
+  std::ofstream(where_.dir / "orvanta.db.récupération") << "left by a killed one";
   const SalvageOptions how{
       .prepareSchema = createSchema, .newestBackup = backup_, .calendar = options().calendar};
   for (int step = 1;; ++step) {
-    fs::remove_all(where_.dir);
-    fs::copy(atStart, where_.dir, fs::copy_options::recursive);
-    fs::create_directory(where_.dir / "orvanta.db.récupération.copie-abcdef");
-    std::ofstream(where_.dir / "orvanta.db.récupération") << "left by a killed one";
-    const bool killed = killedAt(step, [&](const std::function<void()>& hook) {
-      (void)repairStore(store_, how, kNoon, hook);
-    });
+    const bool killed =
+        killedAt(step, [&](const auto& hook) { (void)repairStore(store_, how, kNoon, hook); });
     ASSERT_TRUE(finishSwap(store_));
     const auto aside = store_.string() + ".endommagé-" + kStamp;
     EXPECT_EQ(checkStore(store_).whole, fs::exists(aside)) << "killed at " << step;
@@ -143,21 +116,17 @@ TEST_F(RestoreTest, ADamagedStoreIsReplacedByWhatCanBeSaved) {
       EXPECT_TRUE(again.kept.has_value());
     }
     EXPECT_EQ(spansIn(store_), 200) << "killed at " << step;
-    EXPECT_TRUE(test::bytesIn(aside) == test::bytesIn(atStart / "orvanta.db"));
-    EXPECT_TRUE(test::bytesIn(walOf(aside)) == test::bytesIn(atStart / "orvanta.db-wal"));
+    EXPECT_TRUE(bytesIn(aside) == bytesIn(atStart_ / "orvanta.db"));
+    EXPECT_TRUE(bytesIn(walOf(aside)) == bytesIn(atStart_ / "orvanta.db-wal"));
     EXPECT_EQ(namesIn(where_.dir).size(), 3U) << "killed at " << step;
     if (!killed) break;
   }
 }
 
 TEST_F(RestoreTest, KilledAtAnyStepLosesNeither) {
-  const auto atStart = folder_.path() / "at start";
-  fs::copy(where_.dir, atStart, fs::copy_options::recursive);
   int steps = 0;
   for (bool killed = true; killed; ++steps) {
-    fs::remove_all(where_.dir);
-    fs::copy(atStart, where_.dir, fs::copy_options::recursive);
-    killed = killedAt(steps + 1, [&](const std::function<void()>& hook) {
+    killed = killedAt(steps + 1, [&](const auto& hook) {
       auto hooked = options();
       hooked.afterStep = hook;
       (void)restoreStore(where_, backup_, hooked);
@@ -183,13 +152,9 @@ TEST_F(RestoreTest, KilledAtAnyStepLosesNeither) {
 }
 
 TEST_F(RestoreTest, PutAsideTheStoreStaysWithItsLog) {
-  const auto atStart = folder_.path() / "at start";
-  fs::copy(where_.dir, atStart, fs::copy_options::recursive);
   const auto aside = store_.string() + ".endommagé-" + kStamp;
   for (int step = 1;; ++step) {
-    fs::remove_all(where_.dir);
-    fs::copy(atStart, where_.dir, fs::copy_options::recursive);
-    const bool killed = killedAt(step, [&](const std::function<void()>& hook) {
+    const bool killed = killedAt(step, [&](const auto& hook) {
       (void)keepAside(
           store_,
           {.why = "endommagé", .now = kNoon, .calendar = options().calendar, .afterStep = hook});
@@ -254,4 +219,4 @@ TEST_F(RestoreTest, WhatIsErasedIsErasedFromTheKeptFilesToo) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -1,8 +1,5 @@
 #include "storage/salvage.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <map>
 #include <set>
 
@@ -11,18 +8,8 @@
 #include "support/random_store.h"
 #include "support/store_files.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::bytesIn;
-using test::Dice;
-using test::execute;
-using test::fillStore;
-using test::namesIn;
-using test::newStore;
-using test::rowsOf;
-using test::TempFolder;
 
 constexpr std::size_t kPage = 1024;
 
@@ -34,13 +21,8 @@ struct StoreBytes {
 
 void put(const fs::path& file, const StoreBytes& bytes) {
   std::ofstream(file, std::ios::binary) << bytes.file;
-  std::error_code ignored;
-  fs::remove(walOf(file), ignored);
+  fs::remove(walOf(file));
   if (!bytes.log.empty()) std::ofstream(walOf(file), std::ios::binary) << bytes.log;
-}
-
-StoreBytes bytesOfStore(const fs::path& file) {
-  return {bytesIn(file), bytesIn(walOf(file))};
 }
 
 SalvageOptions plainly(std::optional<fs::path> backup = {}) {
@@ -49,13 +31,11 @@ SalvageOptions plainly(std::optional<fs::path> backup = {}) {
           .calendar = Calendar(Glib::TimeZone::create("Europe/Paris"))};
 }
 
-class SalvageTest : public testing::Test {
- protected:
+struct SalvageTest : testing::Test {
   // In the file `spans` spans, in the log `more`.
   StoreBytes make(int spans, int more) {
     const auto file = folder_.path() / "made.db";
-    std::error_code ignored;
-    for (const auto& old : {file, walOf(file), shmOf(file)}) fs::remove(old, ignored);
+    for (const auto& old : {file, walOf(file), shmOf(file)}) fs::remove(old);
     const auto store = newStore(file);
     fillStore(store, spans);
     // Some titles go on on other pages, some pages are free.
@@ -63,16 +43,21 @@ class SalvageTest : public testing::Test {
     execute(store, "DELETE FROM events WHERE id BETWEEN 40 AND 60");
     execute(store, "PRAGMA wal_checkpoint(TRUNCATE)");
     if (more > 0) fillStore(store, more, 1'000'000 + spans * 10);
-    return bytesOfStore(file);
+    return {bytesIn(file), bytesIn(walOf(file))};
   }
   SalvageReport run(const StoreBytes& bytes, const SalvageOptions& options = plainly()) {
     put(damaged_, bytes);
-    std::error_code ignored;
-    fs::remove(fresh_, ignored);
+    fs::remove(fresh_);
     return salvage(damaged_, fresh_, options);
   }
-  std::vector<std::string> saved(const std::string& sql = "SELECT * FROM events") const {
-    return rowsOf(fresh_, sql);
+  Texts saved(const std::string& sql = "SELECT * FROM events") const { return rowsOf(fresh_, sql); }
+
+  // As in the store that the bytes were put into.
+  void expectSame() const {
+    for (const auto* table : {"events", "projects", "rules", "settings"}) {
+      const auto sql = std::string("SELECT * FROM ") + table;
+      EXPECT_EQ(saved(sql), rowsOf(folder_.path() / "same.db", sql));
+    }
   }
 
   TempFolder folder_;
@@ -87,13 +72,9 @@ TEST_F(SalvageTest, AStoreThatIsWholeIsCopiedRowByRow) {
   EXPECT_TRUE(report.made && report.whole());
   EXPECT_EQ(report.sentence,
             "Tout ce que contient le fichier a pu être lu : 479 activités, 2 projets et 4 règles.");
-  for (const auto* table : {"events", "projects", "rules", "settings"}) {
-    const auto sql = std::string("SELECT * FROM ") + table;
-    EXPECT_EQ(saved(sql), rowsOf(folder_.path() / "same.db", sql));
-  }
-  EXPECT_EQ(namesIn(folder_.path()),
-            (std::vector<std::string>{"fresh.db", "made.db", "orvanta.db", "orvanta.db-wal",
-                                      "same.db", "same.db-wal"}));
+  expectSame();
+  EXPECT_EQ(namesIn(folder_.path()), (Texts{"fresh.db", "made.db", "orvanta.db", "orvanta.db-wal",
+                                            "same.db", "same.db-wal"}));
 }
 
 // Without the header, then without the page of the schema, SQLite reads nothing at all.
@@ -102,13 +83,11 @@ TEST_F(SalvageTest, WithoutHeaderOrSchemaEveryRowIsFoundOnItsPage) {
   put(folder_.path() / "same.db", bytes);
   for (const std::size_t lost : {std::size_t{100}, kPage}) {
     bytes.file.replace(0, lost, std::string(lost, '\xa5'));
+    SCOPED_TRACE(lost);
     const auto report = run(bytes);
     ASSERT_TRUE(report.made) << report.sentence;
     EXPECT_FALSE(report.whole());
-    for (const auto* table : {"events", "projects", "rules", "settings"}) {
-      const auto sql = std::string("SELECT * FROM ") + table;
-      EXPECT_EQ(saved(sql), rowsOf(folder_.path() / "same.db", sql)) << lost;
-    }
+    expectSame();
     EXPECT_EQ(report.sentence,
               "279 activités ont pu être relues dans le fichier abîmé ; il peut en manquer. Il "
               "peut manquer aussi des projets, des règles et des réglages.");
@@ -122,8 +101,7 @@ TEST_F(SalvageTest, WhatTheLogHoldsIsReadAsFarAsItIsGood) {
   torn.log[torn.log.size() / 2] ^= 0x40;
   const auto report = run(torn);
   EXPECT_TRUE(report.made && report.logCut && !report.whole());
-  EXPECT_NE(report.sentence.find("Ce qui a été enregistré en dernier peut manquer."),
-            std::string::npos);
+  EXPECT_TRUE(holds(report.sentence, "Ce qui a été enregistré en dernier peut manquer."));
   EXPECT_GE(saved().size(), 79U);
   // Without the header of the file only the log says which pages are the newest.
   auto headless = bytes;
@@ -150,27 +128,22 @@ TEST_F(SalvageTest, TheBackupFillsWhatCouldNotBeRead) {
   const auto report = run(bytes, plainly(backup));
   ASSERT_TRUE(report.made);
   EXPECT_EQ(saved(), whole);
-  EXPECT_EQ(saved("SELECT value FROM settings WHERE key='privacy_mode'"),
-            std::vector<std::string>{"domain|"});
+  EXPECT_EQ(saved("SELECT value FROM settings WHERE key='privacy_mode'"), Texts{"domain|"});
   const auto& events = report.tables.front();
   EXPECT_EQ(events.name, "events");
   EXPECT_GT(events.fromBackup, 0);
   EXPECT_EQ(events.read + events.fromBackup, 279);
   EXPECT_EQ(report.spansLost, 0);
-  EXPECT_NE(report.sentence.find(
-                fmt::format("{} reprises de la sauvegarde du 22/11/2026", events.fromBackup)),
-            std::string::npos)
-      << report.sentence;
+  EXPECT_TRUE(holds(report.sentence,
+                    fmt::format("{} reprises de la sauvegarde du 22/11/2026", events.fromBackup)));
 
   const auto without = run(bytes);
   EXPECT_EQ(without.spansLost, events.fromBackup);
   ASSERT_EQ(without.lostTime.size(), 1U);
   EXPECT_EQ(without.lostTime.front().end - without.lostTime.front().start,
             10.0 * static_cast<double>(events.fromBackup));
-  EXPECT_NE(without.sentence.find(
-                fmt::format("au moins {} sont perdues (du 12/01/1970)", events.fromBackup)),
-            std::string::npos)
-      << without.sentence;
+  EXPECT_TRUE(holds(without.sentence,
+                    fmt::format("au moins {} sont perdues (du 12/01/1970)", events.fromBackup)));
 }
 
 TEST_F(SalvageTest, WhatCannotBeDoneLeavesNothing) {
@@ -222,7 +195,7 @@ void readInto(Rows& rows, const FileConnection& store, const std::string& sql) {
 Rows readable(const fs::path& file, bool& whole) {
   Rows rows;
   const auto store = FileConnection::writing(file);
-  whole = store && rowsOf(store, "PRAGMA quick_check") == std::vector<std::string>{"ok|"};
+  whole = store && rowsOf(store, "PRAGMA quick_check") == Texts{"ok|"};
   if (!store) return rows;
   sqlite3_db_config(store.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   const std::string select = "SELECT * FROM events ";
@@ -279,12 +252,7 @@ void damage(std::string& bytes, Dice& dice) {
   }
 }
 
-class DamagedStores : public SalvageTest, public testing::WithParamInterface<int> {
- protected:
-  void expectTrueSentence(const SalvageReport& report, bool whole, std::size_t rows);
-};
-
-void DamagedStores::expectTrueSentence(const SalvageReport& report, bool whole, std::size_t rows) {
+void expectTrueSentence(const SalvageReport& report, bool whole, std::size_t rows) {
   const auto& events = report.tables.front();
   ASSERT_EQ(events.name, "events");
   EXPECT_EQ(static_cast<std::size_t>(events.read + events.fromBackup), rows);
@@ -299,6 +267,8 @@ void DamagedStores::expectTrueSentence(const SalvageReport& report, bool whole, 
   EXPECT_TRUE(says(events.read == 0 && !saysAll ? "Aucune activité" : std::to_string(events.read)))
       << report.sentence;
 }
+
+struct DamagedStores : SalvageTest, testing::WithParamInterface<int> {};
 
 TEST_P(DamagedStores, GiveUpEveryRowThatSqliteCanReadAndStayAsTheyAre) {
   constexpr unsigned kStores = 50;
@@ -317,8 +287,7 @@ TEST_P(DamagedStores, GiveUpEveryRowThatSqliteCanReadAndStayAsTheyAre) {
       damage(dice.oneIn(3) ? damaged.log : damaged.file, dice);
     }
     put(copy, damaged);
-    std::error_code ignored;
-    fs::remove(shmOf(copy), ignored);
+    fs::remove(shmOf(copy));
     bool whole = false;
     const auto rows = readable(copy, whole);
 
@@ -346,4 +315,4 @@ TEST_P(DamagedStores, GiveUpEveryRowThatSqliteCanReadAndStayAsTheyAre) {
 INSTANTIATE_TEST_SUITE_P(Salvage, DamagedStores, testing::Range(0, 10));
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

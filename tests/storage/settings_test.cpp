@@ -1,26 +1,17 @@
 #include "storage/settings.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-
 #include <array>
 #include <boost/json/serialize.hpp>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
+#include "support/files.h"
 #include "support/places.h"
 
-using namespace orvanta;
-
+namespace orvanta::test {
 namespace {
 
 namespace json = boost::json;
-
-std::string otherwise(const std::string& key, const std::string& text) {
-  return json::serialize(readAs({{key, text}}));
-}
 
 TEST(Settings, AreReadAsTheyAreWithinReason) {
   const auto read = Settings::of({{"idle_threshold", "1.5"},
@@ -64,7 +55,8 @@ TEST(Settings, WhatSaysNothingUsableIsReadAsSomethingElseAndSaysSo) {
            {"excluded_domains", R"(["a.fr",1])", "[]"},
            {"excluded_domains", R"({"a.fr":1})", "[]"},
            {"telemetry", "oui", "false"}}) {
-    EXPECT_EQ(otherwise(key, text), fmt::format("{{\"{}\":{}}}", key, read)) << text;
+    EXPECT_EQ(json::serialize(readAs({{key, text}})), fmt::format("{{\"{}\":{}}}", key, read))
+        << text;
   }
   EXPECT_EQ(Settings::of({{"idle_threshold", "0"}}).idleThreshold, 30);
   EXPECT_EQ(Settings::of({}).idleThreshold, 180);
@@ -99,10 +91,10 @@ std::string reference() {
 
 // UPDATE_DOCS=1 in the environment writes it.
 TEST(Settings, TheReferenceTellsTheTable) {
-  const std::filesystem::path file =
-      std::string(orvanta::test::kSourceFolder) + "/docs/settings.md";
+  const fs::path file = std::string(kSourceFolder) + "/docs/settings.md";
   if (std::getenv("UPDATE_DOCS")) std::ofstream(file) << reference();
-  EXPECT_EQ(std::string(std::istreambuf_iterator(std::ifstream(file).rdbuf()), {}), reference());
+  EXPECT_EQ(bytesIn(file), reference());
 }
 
 }  // namespace
+}  // namespace orvanta::test

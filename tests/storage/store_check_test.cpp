@@ -1,32 +1,17 @@
 #include "storage/store_check.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
+#include "support/children.h"
 #include "support/store_files.h"
 
-namespace orvanta {
+namespace orvanta::test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::bytesIn;
-using test::execute;
-using test::fillStore;
-using test::namesIn;
-using test::newStore;
-using test::TempFolder;
-
-void overwrite(const fs::path& file, std::size_t at, const std::string& bytes) {
-  std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-  stream.seekp(static_cast<std::streamoff>(at));
-  stream << bytes;
-}
-
-TEST(StoreCheck, TellsWhatAWholeStoreHolds) {
+struct StoreCheck : testing::Test {
   TempFolder folder;
-  const auto file = folder.path() / "s.db";
+  fs::path file = folder.path() / "s.db";
+};
+
+TEST_F(StoreCheck, TellsWhatAWholeStoreHolds) {
   const auto store = newStore(file);
   const auto empty = checkStore(file);
   EXPECT_TRUE(empty.whole);
@@ -47,9 +32,7 @@ TEST(StoreCheck, TellsWhatAWholeStoreHolds) {
   }
 }
 
-TEST(StoreCheck, TellsWhatIsWrong) {
-  TempFolder folder;
-  const auto file = folder.path() / "s.db";
+TEST_F(StoreCheck, TellsWhatIsWrong) {
   fillStore(newStore(file), 3000);
   const auto size = fs::file_size(file);
   fs::copy(file, folder.path() / "damaged.db");
@@ -59,26 +42,22 @@ TEST(StoreCheck, TellsWhatIsWrong) {
   std::ofstream(folder.path() / "text.db") << std::string(5000, 'x');
   std::ofstream(folder.path() / "empty.db") << "";
   fs::create_directory(folder.path() / "folder.db");
-  struct Case {
-    const char* name;
-    const char* problem;
-  };
-  for (const auto& [name, problem] :
-       {Case{"damaged.db", "abîmé"}, Case{"cut.db", "abîmé"}, Case{"none.db", "n'existe pas"},
-        Case{"text.db", "pas une base"}, Case{"empty.db", "la table « events » manque"},
-        Case{"folder.db", "pas un fichier"}}) {
+  for (const auto& [name, problem] : {std::pair("damaged.db", "abîmé"),
+                                      {"cut.db", "abîmé"},
+                                      {"none.db", "n'existe pas"},
+                                      {"text.db", "pas une base"},
+                                      {"empty.db", "la table « events » manque"},
+                                      {"folder.db", "pas un fichier"}}) {
     const auto check = checkStore(folder.path() / name);
     EXPECT_TRUE(check.finished) << name;
     EXPECT_FALSE(check.whole) << name;
     ASSERT_FALSE(check.problems.empty()) << name;
-    EXPECT_NE(check.problems.front().find(problem), std::string::npos) << check.problems.front();
+    EXPECT_TRUE(holds(check.problems.front(), problem));
     EXPECT_LE(check.problems.size(), 60U);
   }
 }
 
-TEST(StoreCheck, ComparesIndexesOnlyWhenAsked) {
-  TempFolder folder;
-  const auto file = folder.path() / "s.db";
+TEST_F(StoreCheck, ComparesIndexesOnlyWhenAsked) {
   {
     const auto store = newStore(file);
     fillStore(store, 100);
@@ -91,12 +70,10 @@ TEST(StoreCheck, ComparesIndexesOnlyWhenAsked) {
   EXPECT_TRUE(checkStore(file).whole);
   const auto check = checkStore(file, {.full = true});
   EXPECT_FALSE(check.whole);
-  EXPECT_NE(check.problems.front().find("un index ne correspond pas"), std::string::npos);
+  EXPECT_TRUE(holds(check.problems.front(), "un index ne correspond pas"));
 }
 
-TEST(StoreCheck, ChangesNothingAndLeavesNothing) {
-  TempFolder folder;
-  const auto file = folder.path() / "s.db";
+TEST_F(StoreCheck, ChangesNothingAndLeavesNothing) {
   const auto killed = folder.path() / "killed" / "s.db";
   {
     const auto store = newStore(file);
@@ -120,29 +97,18 @@ TEST(StoreCheck, ChangesNothingAndLeavesNothing) {
   }
 }
 
-// As a user who may not write, since root may write anywhere.
-TEST(StoreCheck, ReadsWhereNothingMayBeWritten) {
-  TempFolder folder;
-  const auto file = folder.path() / "s.db";
+TEST_F(StoreCheck, ReadsWhereNothingMayBeWritten) {
   fillStore(newStore(file), 200);
   chmod(file.c_str(), 0444);
   chmod(folder.path().c_str(), 0555);
-  const pid_t child = fork();
-  if (child == 0) {
-    constexpr uid_t kNobody = 65534;
-    if (getuid() == 0 && setuid(kNobody) != 0) _exit(2);
+  EXPECT_TRUE(isSoForNobody([&] {
     const auto check = checkStore(file);
-    _exit(check.whole && check.facts.spans == 200 ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+    return check.whole && check.facts.spans == 200;
+  }));
   chmod(folder.path().c_str(), 0700);
 }
 
-TEST(StoreCheck, EndsWhenItIsToldTo) {
-  TempFolder folder;
-  const auto file = folder.path() / "s.db";
+TEST_F(StoreCheck, EndsWhenItIsToldTo) {
   fillStore(newStore(file), 200'000);
   std::stop_source stop;
   stop.request_stop();
@@ -156,4 +122,4 @@ TEST(StoreCheck, EndsWhenItIsToldTo) {
 }
 
 }  // namespace
-}  // namespace orvanta
+}  // namespace orvanta::test

@@ -69,6 +69,13 @@ int strike(int fullCode, int errorCode, const void* data = nullptr, int amount =
   }
 }
 
+// What the real file system does.
+template <auto Method, class Answer, class... Args>
+Answer really(sqlite3_file* file, Args... args) {
+  return (inner(file)->pMethods->*Method)(inner(file), args...);
+}
+using Methods = sqlite3_io_methods;
+
 int close(sqlite3_file* file) {
   const int code = inner(file)->pMethods ? inner(file)->pMethods->xClose(inner(file)) : SQLITE_OK;
   fileOf(file).~File();
@@ -80,44 +87,26 @@ int read(sqlite3_file* file, void* to, int amount, sqlite3_int64 at) {
     lastError = EIO;
     return SQLITE_IOERR_READ;
   }
-  return inner(file)->pMethods->xRead(inner(file), to, amount, at);
+  return really<&Methods::xRead, int>(file, to, amount, at);
 }
 int write(sqlite3_file* file, const void* data, int amount, sqlite3_int64 at) {
   const int code = strike(SQLITE_FULL, SQLITE_IOERR_WRITE, data, amount, inner(file), at);
-  return code != SQLITE_OK ? code : inner(file)->pMethods->xWrite(inner(file), data, amount, at);
+  return code != SQLITE_OK ? code : really<&Methods::xWrite, int>(file, data, amount, at);
 }
 int truncate(sqlite3_file* file, sqlite3_int64 length) {
   const int code = strike(SQLITE_OK, SQLITE_IOERR_TRUNCATE);
-  return code != SQLITE_OK ? code : inner(file)->pMethods->xTruncate(inner(file), length);
+  return code != SQLITE_OK ? code : really<&Methods::xTruncate, int>(file, length);
 }
 // No machine loses its power here.
 int sync(sqlite3_file* /*file*/, int /*flags*/) {
   return strike(SQLITE_OK, SQLITE_IOERR_FSYNC);
-}
-int fileSize(sqlite3_file* file, sqlite3_int64* length) {
-  return inner(file)->pMethods->xFileSize(inner(file), length);
-}
-int lock(sqlite3_file* file, int level) {
-  return inner(file)->pMethods->xLock(inner(file), level);
-}
-int unlock(sqlite3_file* file, int level) {
-  return inner(file)->pMethods->xUnlock(inner(file), level);
-}
-int reserved(sqlite3_file* file, int* answer) {
-  return inner(file)->pMethods->xCheckReservedLock(inner(file), answer);
 }
 int control(sqlite3_file* file, int what, void* arg) {
   if (what == SQLITE_FCNTL_LAST_ERRNO && lastError != 0) {
     *static_cast<int*>(arg) = lastError;
     return SQLITE_OK;
   }
-  return inner(file)->pMethods->xFileControl(inner(file), what, arg);
-}
-int sectorSize(sqlite3_file* file) {
-  return inner(file)->pMethods->xSectorSize(inner(file));
-}
-int traits(sqlite3_file* file) {
-  return inner(file)->pMethods->xDeviceCharacteristics(inner(file));
+  return really<&Methods::xFileControl, int>(file, what, arg);
 }
 int shmMap(sqlite3_file* file, int region, int length, int extend, void volatile** memory) {
   struct stat info {};
@@ -125,23 +114,26 @@ int shmMap(sqlite3_file* file, int region, int length, int extend, void volatile
   const bool there = stat(path.c_str(), &info) == 0 && info.st_size >= (region + 1) * length;
   const int code =
       there || extend == 0 ? SQLITE_OK : strike(SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMMAP);
-  return code != SQLITE_OK
-             ? code
-             : inner(file)->pMethods->xShmMap(inner(file), region, length, extend, memory);
+  return code != SQLITE_OK ? code
+                           : really<&Methods::xShmMap, int>(file, region, length, extend, memory);
 }
-int shmLock(sqlite3_file* file, int offset, int n, int flags) {
-  return inner(file)->pMethods->xShmLock(inner(file), offset, n, flags);
-}
-void shmBarrier(sqlite3_file* file) {
-  inner(file)->pMethods->xShmBarrier(inner(file));
-}
-int shmUnmap(sqlite3_file* file, int remove) {
-  return inner(file)->pMethods->xShmUnmap(inner(file), remove);
-}
-
-constexpr sqlite3_io_methods kMethods{
-    2,       close,      read,   write,  truncate, sync,       fileSize, lock,    unlock, reserved,
-    control, sectorSize, traits, shmMap, shmLock,  shmBarrier, shmUnmap, nullptr, nullptr};
+constexpr Methods kMethods{.iVersion = 2,
+                           .xClose = close,
+                           .xRead = read,
+                           .xWrite = write,
+                           .xTruncate = truncate,
+                           .xSync = sync,
+                           .xFileSize = really<&Methods::xFileSize>,
+                           .xLock = really<&Methods::xLock>,
+                           .xUnlock = really<&Methods::xUnlock>,
+                           .xCheckReservedLock = really<&Methods::xCheckReservedLock>,
+                           .xFileControl = control,
+                           .xSectorSize = really<&Methods::xSectorSize>,
+                           .xDeviceCharacteristics = really<&Methods::xDeviceCharacteristics>,
+                           .xShmMap = shmMap,
+                           .xShmLock = really<&Methods::xShmLock>,
+                           .xShmBarrier = really<&Methods::xShmBarrier>,
+                           .xShmUnmap = really<&Methods::xShmUnmap>};
 
 int open(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int flags, int* outFlags) {
   auto* made = new (file) File{{&kMethods}, name ? name : ""};
@@ -192,11 +184,6 @@ const bool installed = (install(), true);
 
 }  // namespace
 
-FaultVfs& FaultVfs::instance() {
-  static FaultVfs vfs;
-  return vfs;
-}
-
 void FaultVfs::fail(Fault kind, int nth) {
   fault = kind;
   count();
@@ -214,15 +201,15 @@ void FaultVfs::lift() {
   hit = false;
 }
 
-int FaultVfs::writes() const {
+int FaultVfs::writes() {
   return written;
 }
 
-int64_t FaultVfs::bytes() const {
+int64_t FaultVfs::bytes() {
   return size;
 }
 
-bool FaultVfs::struck() const {
+bool FaultVfs::struck() {
   return hit;
 }
 

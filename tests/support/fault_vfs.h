@@ -17,26 +17,23 @@ enum class Fault {
 /// The default file system of SQLite in this process: the real one while nothing is to fail, but
 /// for syncs, which are only counted. What counts as a write is a write, a truncation, a sync, the
 /// making or deleting of a file, and growing the index of the write-ahead log. Any thread.
-class FaultVfs {
- public:
-  static FaultVfs& instance();
-
+struct FaultVfs {
   /// Begins to count; the `nth` write from now on and all that follow fail.
-  void fail(Fault fault, int nth = 1);
+  static void fail(Fault fault, int nth = 1);
   /// All goes well again.
-  void lift();
+  static void lift();
 
   /// Since fail(), or count().
-  void count();
-  int writes() const;
-  int64_t bytes() const;
-  bool struck() const;
+  static void count();
+  static int writes();
+  static int64_t bytes();
+  static bool struck();
 };
 
 /// Lasts as long as the object.
 struct Failing {
-  explicit Failing(Fault fault, int nth = 1) { FaultVfs::instance().fail(fault, nth); }
-  ~Failing() { FaultVfs::instance().lift(); }
+  explicit Failing(Fault fault, int nth = 1) { FaultVfs::fail(fault, nth); }
+  ~Failing() { FaultVfs::lift(); }
   Failing(const Failing&) = delete;
   Failing& operator=(const Failing&) = delete;
 };

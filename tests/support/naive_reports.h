@@ -90,31 +90,30 @@ inline double naiveSeconds(const NaiveSpans& spans) {
   return seconds;
 }
 
+/// Active time by what they have in common; with the application that they were first seen in.
+template <class NameOf>
+json::array naiveShares(const NaiveSpans& spans, const NameOf& nameOf, bool withApp) {
+  json::array list;
+  for (const auto& sum : naiveLargest(naiveSums(spans, nameOf))) {
+    const auto own =
+        naiveFilter(spans, [&](const NaiveSpan& span) { return nameOf(span) == sum.first; });
+    json::object share{{"name", sum.first}, {"duration", sum.second}, {"cats", naiveCats(own)}};
+    if (withApp) share["app"] = own.front().app;
+    list.push_back(std::move(share));
+  }
+  return list;
+}
+
 inline json::object naiveTotals(const NaiveSpans& spans, const Projects& projects) {
   const auto active = naiveActive(spans);
-  json::array apps;
-  const auto appOf = [](const NaiveSpan& span) { return span.app; };
-  for (const auto& [app, seconds] : naiveLargest(naiveSums(active, appOf))) {
-    const auto name = app;
-    const auto own = naiveFilter(active, [&](const NaiveSpan& span) { return span.app == name; });
-    apps.push_back({{"name", name}, {"duration", seconds}, {"cats", naiveCats(own)}});
-  }
-  json::array domains;
   const auto web = naiveFilter(active, [](const NaiveSpan& span) { return span.domain; });
+  const auto appOf = [](const NaiveSpan& span) { return span.app; };
   const auto domainOf = [](const NaiveSpan& span) { return *span.domain; };
-  for (const auto& [domain, seconds] : naiveLargest(naiveSums(web, domainOf))) {
-    const auto name = domain;
-    const auto own = naiveFilter(web, [&](const NaiveSpan& span) { return *span.domain == name; });
-    domains.push_back({{"name", name},
-                       {"app", own.front().app},
-                       {"duration", seconds},
-                       {"cats", naiveCats(own)}});
-  }
   return {{"active", naiveSeconds(active)},
           {"by_category", naiveByCategory(naiveSums(spans, naiveCat))},
           {"by_project", naiveByProject(naiveProjectSums(spans), projects)},
-          {"apps", std::move(apps)},
-          {"domains", std::move(domains)}};
+          {"apps", naiveShares(active, appOf, false)},
+          {"domains", naiveShares(web, domainOf, true)}};
 }
 
 inline json::array naiveSegments(const NaiveSpans& spans) {
@@ -173,17 +172,15 @@ inline json::array naiveBlocks(const NaiveSpans& spans, double minSeconds) {
   return list;
 }
 
-inline json::value naiveFirst(const NaiveSpans& spans) {
+/// The first start and the last end of what is active.
+inline std::pair<json::value, json::value> naiveEdges(const NaiveSpans& spans) {
   std::optional<double> first;
-  for (const auto& span : naiveActive(spans))
-    first = std::min(first.value_or(span.start), span.start);
-  return naiveOrNull(first);
-}
-
-inline json::value naiveLast(const NaiveSpans& spans) {
   std::optional<double> last;
-  for (const auto& span : naiveActive(spans)) last = std::max(last.value_or(span.end), span.end);
-  return naiveOrNull(last);
+  for (const auto& span : naiveActive(spans)) {
+    first = std::min(first.value_or(span.start), span.start);
+    last = std::max(last.value_or(span.end), span.end);
+  }
+  return {naiveOrNull(first), naiveOrNull(last)};
 }
 
 inline json::object naiveDayReport(Database& db, int day) {
@@ -203,8 +200,8 @@ inline json::object naiveDayReport(Database& db, int day) {
   return {{"date", naiveIso(day)},
           {"start", start},
           {"end", end},
-          {"first", naiveFirst(spans)},
-          {"last", naiveLast(spans)},
+          {"first", naiveEdges(spans).first},
+          {"last", naiveEdges(spans).second},
           {"segments", naiveSegments(spans)},
           {"blocks", naiveBlocks(spans, minSeconds)},
           {"totals", naiveTotals(spans, projects)},
@@ -224,8 +221,8 @@ inline json::object naiveWeekReport(Database& db, int day) {
     days.push_back({{"date", naiveIso(each)},
                     {"active", naiveSeconds(naiveActive(spans))},
                     {"by_category", naiveByCategory(cats)},
-                    {"first", naiveFirst(spans)},
-                    {"last", naiveLast(spans)}});
+                    {"first", naiveEdges(spans).first},
+                    {"last", naiveEdges(spans).second}});
   }
   return {{"monday", naiveIso(monday)},
           {"days", std::move(days)},

@@ -11,7 +11,7 @@
 
 namespace orvanta::test {
 
-struct NaiveSpan {
+struct NaiveSpan : NaiveClassification {
   int64_t id = 0;
   double start = 0;
   double end = 0;
@@ -20,10 +20,6 @@ struct NaiveSpan {
   std::optional<std::string> domain;
   std::optional<std::string> url;
   bool idle = false;
-  std::string cat;
-  std::optional<int64_t> pid;
-  bool manual = false;
-  NaiveClassification why;
 
   double duration() const { return std::max(end - start, 0.0); }
 };
@@ -61,19 +57,9 @@ inline NaiveSpans naiveSpans(Database& db, double from, double to) {
                  .idle = row.int_("idle") == 1,
                  .category = text("category"),
                  .projectId = row.int_("project_id")};
-    const auto classified = naiveClassification(raw, rules, projects);
-    spans.push_back({.id = *row.int_("id"),
-                     .start = std::max(row.dbl("start"), from),
-                     .end = std::min(row.dbl("end"), to),
-                     .app = raw.app.str(),
-                     .title = row.str("title"),
-                     .domain = row.str("domain"),
-                     .url = row.str("url"),
-                     .idle = raw.idle,
-                     .cat = classified.cat,
-                     .pid = classified.pid,
-                     .manual = classified.manual,
-                     .why = classified});
+    spans.push_back({naiveClassification(raw, rules, projects), *row.int_("id"),
+                     std::max(row.dbl("start"), from), std::min(row.dbl("end"), to), raw.app.str(),
+                     row.str("title"), row.str("domain"), row.str("url"), raw.idle});
   }
   return spans;
 }

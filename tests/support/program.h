@@ -1,7 +1,10 @@
 // The core over a store and a desktop of the test.
 #pragma once
 
+#include <fmt/format.h>
+
 #include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
 #include <string>
 #include <vector>
 
@@ -14,6 +17,8 @@
 
 namespace orvanta::test {
 
+namespace json = boost::json;
+
 /// Writes down what is asked of it.
 struct FakeShell : Shell {
   void post(std::function<void()> task) override { task(); }
@@ -22,30 +27,42 @@ struct FakeShell : Shell {
   void refreshMenu() override { asked.emplace_back("menu"); }
   void tell(const std::string& sentence) override { asked.push_back("tell " + sentence); }
   void openUrl(const std::string& url) override { asked.push_back("open " + url); }
-  void openFile(const std::filesystem::path& file) override {
+  void openFile(const fs::path& file) override {
     asked.push_back("open " + file.filename().string());
   }
-  void reveal(const std::filesystem::path& file) override {
+  void reveal(const fs::path& file) override {
     asked.push_back("reveal " + file.filename().string());
   }
-  std::optional<std::filesystem::path> saveAs(const std::string& name) override {
+  std::optional<fs::path> saveAs(const std::string& name) override {
     asked.push_back("save " + name);
     return saveTo;
   }
 
-  std::vector<std::string> asked;  ///< in order
-  std::optional<std::filesystem::path> saveTo;
+  Texts asked;  ///< in order
+  std::optional<fs::path> saveTo;
 };
 
 struct Program {
   Program() = default;
   /// Over the store in this folder.
-  explicit Program(const std::filesystem::path& folder) : store(folder) {}
+  explicit Program(const fs::path& folder) : store(folder) {}
 
   /// The answer of a route to arguments in JSON.
-  boost::json::value call(const std::string& route, const std::string& body = "{}") {
-    return boost::json::parse(
-        answer(core.router, route, boost::json::parse(body).as_object()).json);
+  json::value call(const std::string& route, const std::string& body = "{}") {
+    return ask(route, json::parse(body).as_object());
+  }
+  json::value ask(const std::string& route, const json::object& body) {
+    return json::parse(answer(core.router, route, body).json);
+  }
+
+  /// The stored spans by start, each as "start-end" and what this makes of its row.
+  std::string spans(const std::string& sql) {
+    std::string text;
+    store.db.each("SELECT start, end, " + sql + " FROM events ORDER BY start, id", {},
+                  [&](const Cursor& row) {
+                    text += fmt::format("{:g}-{:g} {}\n", row.dbl(0), row.dbl(1), *row.str(2));
+                  });
+    return text;
   }
 
   FakeShell shell;
@@ -70,7 +87,7 @@ struct Program {
              .log = store.log.sink()}};
 
  private:
-  std::filesystem::path folder() const { return store.db.location().dir; }
+  fs::path folder() const { return store.db.location().dir; }
   Core::Browsers browsers() {
     return {.helper = "orvanta-tab",
             .sockets = folder(),

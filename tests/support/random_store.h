@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <limits>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "support/temp_store.h"

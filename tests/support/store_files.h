@@ -4,12 +4,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
-#include <vector>
 
 #include "storage/file_connection.h"
 #include "storage/schema.h"
@@ -22,8 +17,8 @@ inline void execute(const FileConnection& store, const std::string& sql) {
 }
 
 /// An open store with nothing in it. It keeps its log while it is open.
-inline FileConnection newStore(const std::filesystem::path& file) {
-  std::filesystem::create_directories(file.parent_path());
+inline FileConnection newStore(const fs::path& file) {
+  fs::create_directories(file.parent_path());
   std::ofstream(file) << "";
   auto store = FileConnection::writing(file);
   execute(store, "PRAGMA synchronous=OFF");
@@ -50,8 +45,8 @@ inline void fillStore(const FileConnection& store, int count, int start = 1'000'
 }
 
 /// Every row of a query as one text each; the error as the last one.
-inline std::vector<std::string> rowsOf(const FileConnection& store, const std::string& sql) {
-  std::vector<std::string> rows;
+inline Texts rowsOf(const FileConnection& store, const std::string& sql) {
+  Texts rows;
   const int code = store.each(sql, {}, [&](const Cursor& row) {
     std::string text;
     for (int i = 0; i < row.columns(); ++i) {
@@ -67,35 +62,8 @@ inline std::vector<std::string> rowsOf(const FileConnection& store, const std::s
   return rows;
 }
 
-inline std::vector<std::string> rowsOf(const std::filesystem::path& file, const std::string& sql) {
+inline Texts rowsOf(const fs::path& file, const std::string& sql) {
   return rowsOf(FileConnection::reading(file), sql);
-}
-
-inline std::string bytesIn(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-/// The names in a folder, in order.
-inline std::vector<std::string> namesIn(const std::filesystem::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-/// Files in and below a folder that hold a text anywhere in their bytes.
-inline std::vector<std::string> filesHolding(const std::filesystem::path& folder,
-                                             const std::string& text) {
-  std::vector<std::string> found;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-    if (entry.is_regular_file() && bytesIn(entry.path()).find(text) != std::string::npos) {
-      found.push_back(entry.path().filename().string());
-    }
-  }
-  return found;
 }
 
 }  // namespace orvanta::test

@@ -8,7 +8,8 @@
 #include <sstream>
 #include <string>
 #include <utility>
-#include <vector>
+
+#include "support/texts.h"
 
 namespace orvanta::test {
 
@@ -44,10 +45,17 @@ class OtherProgram {
   sqlite3* db_ = nullptr;
 };
 
+/// Some of what an early version of the program left behind.
+inline constexpr auto kLegacyTables =
+    "CREATE TABLE projects (id INTEGER PRIMARY KEY, name TEXT UNIQUE NOT NULL);"
+    "INSERT INTO projects(name) VALUES ('Ancien');"
+    "CREATE TABLE settings (key TEXT PRIMARY KEY, value TEXT);"
+    "INSERT INTO settings VALUES ('idle_threshold','240'),('port','8080');"
+    "CREATE TABLE calendar_links (id INTEGER);";
+
 /// All rows of these tables, exactly; random identifiers by their length.
 inline std::string rowsOf(const std::filesystem::path& file,
-                          const std::vector<std::string>& tables = {"events", "rules", "projects",
-                                                                    "settings"}) {
+                          const Texts& tables = {"events", "rules", "projects", "settings"}) {
   OtherProgram other(file);
   std::string text;
   for (const auto& table : tables) {
