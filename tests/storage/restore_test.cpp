@@ -36,12 +36,13 @@ struct RestoreTest : testing::Test {
     if (!fs::exists(atStart_)) fs::copy(where_.dir, atStart_, fs::copy_options::recursive);
     fs::remove_all(where_.dir);
     fs::copy(atStart_, where_.dir, fs::copy_options::recursive);
-    return endOfChild([&] {
-             int steps = 0;
-             work([&] {
-               if (++steps == step) _exit(9);
-             });
-           }) != 0;
+    const int end = endOfChild([&] {
+      int steps = 0;
+      work([&] {
+        if (++steps == step) _exit(9);
+      });
+    });
+    return WEXITSTATUS(end) == 9;
   }
   static int64_t spansIn(const fs::path& file) {
     return FileConnection::reading(file).number("SELECT count(*) FROM events");
