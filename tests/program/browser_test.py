@@ -5,50 +5,42 @@ import json
 import os
 import signal
 import time
-import unittest
+from pathlib import Path
 
 from browsers import HELPER, Chromium, Firefox, Pages
-from desktop import ORVANTA, TICK, Desktop, end, output_of, pass_time, wait_for
+from desktop import ORVANTA, TICK, end, output_of, pass_time, wait_for
+from desktop_case import DesktopCase
 
 SECRET = "jardin"
 
 
-class BrowserTest(unittest.TestCase):
+class BrowserTest(DesktopCase):
     def setUp(self):
-        self.desktop = Desktop()
-        self.addCleanup(self.desktop.stop)
-        self.pages = Pages()
-        self.addCleanup(self.pages.stop)
+        super().setUp()
+        self.pages = Pages(self)
         self.desktop.set_setting("min_span_seconds", "2")
         self.desktop.set_setting("idle_threshold", "100000")
 
     def sockets(self):
         return glob.glob(os.path.join(self.desktop.env["XDG_RUNTIME_DIR"], "orvanta", "tab-*"))
 
-    def last(self):
-        span = self.desktop.spans()[-1]
-        return span["domain"], span["url"], span["title"]
-
     def expect_page(self, name, since, title=None):
         """The newest span becomes one of this page, and begins within a tick of `since`."""
-        page = (f"{name}.localhost", self.pages.url(name))
-        wait_for(lambda: self.last()[:2] == page, 6 * TICK, f"a span of {page}, not {self.last()}")
-        span = self.desktop.spans()[-1]
+        span = self.desktop.newest(6 * TICK, domain=f"{name}.localhost", url=self.pages.url(name))
         self.assertLess(abs(span["start"] - since), 2 * TICK)
         self.assertIn(span["title"], (f"Page {name}", title, None))
 
     def expect_nothing(self, since):
         """The newest span becomes one of the browser without a page."""
-        wait_for(lambda: self.last() == (None, None, None), 6 * TICK, f"nothing, not {self.last()}")
-        self.assertLess(abs(self.desktop.spans()[-1]["start"] - since), 2 * TICK)
+        span = self.desktop.newest(6 * TICK, domain=None, url=None, title=None)
+        self.assertLess(abs(span["start"] - since), 2 * TICK)
 
     def assert_nowhere(self, word):
         """Not in the database, not in its journal."""
-        files = glob.glob(os.path.join(os.path.dirname(self.desktop.database()), "*"))
+        files = list(Path(self.desktop.database()).parent.iterdir())
         self.assertGreater(len(files), 1)
         for path in files:
-            with open(path, "rb") as file:
-                self.assertNotIn(word.encode(), file.read(), path)
+            self.assertNotIn(word.encode(), path.read_bytes(), path)
 
     def connect(self, browser):
         done = self.desktop.run(ORVANTA, "--connect-browsers")
@@ -109,9 +101,9 @@ class BrowserTest(unittest.TestCase):
         browser.stop()
         wait_for(lambda: not self.sockets(), 5, "the host ends with its browser")
         browser.start(pages.url("quatre"))
-        wait_for(lambda: self.last()[1] == pages.url("quatre"), 20, "the browser is back")
+        desktop.newest(20, url=pages.url("quatre"))
         self.assert_nowhere(SECRET)
-        self.assertEqual(end(orvanta)[0], 0)
+        end(orvanta)
         self.assert_nowhere(SECRET)
 
     # Without the extension: what screen readers are told.
@@ -123,7 +115,8 @@ class BrowserTest(unittest.TestCase):
         self.desktop.env.pop("GTK_A11Y")
         service = self.desktop.spawn("/usr/libexec/at-spi-bus-launcher",
                                      env={"GSETTINGS_BACKEND": "memory"})
-        self.addCleanup(end, service)  # in order: it has a message bus of its own to end
+        self.addCleanup(service.wait, 10)
+        self.addCleanup(service.terminate)  # in order: it has a message bus of its own to end
         bus = self.desktop.session.connect()
         wait_for(lambda: bus.name_has_owner("org.a11y.Bus"), 5, "the accessibility service")
 
@@ -141,7 +134,7 @@ class BrowserTest(unittest.TestCase):
         self.expect_page("deux", switched)
         browser.open_window(browser.private_option, pages.url(SECRET))
         self.expect_nothing(time.time())
-        self.assertEqual(end(orvanta)[0], 0)
+        end(orvanta)
         self.assert_nowhere(SECRET)
 
     def test_chromium_accessible_from_the_start(self):
@@ -171,7 +164,3 @@ class BrowserTest(unittest.TestCase):
 
     def test_firefox(self):
         self.follow(Firefox(self.desktop))
-
-
-if __name__ == "__main__":
-    unittest.main()

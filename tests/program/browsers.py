@@ -1,10 +1,8 @@
 """Real browsers for a test, and pages for them to show."""
 
-import http.server
 import json
 import os
 import shutil
-import threading
 
 from desktop import ORVANTA, wait_for
 
@@ -19,30 +17,13 @@ PAGE = """<!doctype html><meta charset="utf-8"><title>Page {name}</title>
 
 
 class Pages:
-    """A web server. Every name is a site of its own: http://NAME.localhost:PORT/NAME."""
+    """Every name is a site of its own: http://NAME.localhost:PORT/NAME."""
 
-    def __init__(self):
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                body = PAGE.format(name=self.path.strip("/")).encode()
-                self.send_response(200)
-                self.send_header("Content-Type", "text/html; charset=utf-8")
-                self.send_header("Content-Length", str(len(body)))
-                self.end_headers()
-                self.wfile.write(body)
-
-            def log_message(self, *words):
-                pass
-
-        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-
-    def stop(self):
-        self.server.shutdown()
-        self.server.server_close()
+    def __init__(self, test):
+        self.port = test.serve(lambda path: PAGE.format(name=path.strip("/")))
 
     def url(self, name):
-        return f"http://{name}.localhost:{self.server.server_port}/{name}"
+        return f"http://{name}.localhost:{self.port}/{name}"
 
 
 class Browser:
@@ -55,10 +36,8 @@ class Browser:
         self.prepare()
 
     def start(self, *urls):
-        known = self.desktop.root_windows("_NET_CLIENT_LIST")
-        self.process = self.desktop.spawn(*self.command(), *urls)
-        return wait_for(lambda: [window for window in self.desktop.root_windows("_NET_CLIENT_LIST")
-                                 if window not in known], 60, f"{self.name} has a window")[0]
+        self.process, window = self.desktop.open_window(*self.command(), *urls, seconds=60)
+        return window
 
     def stop(self):
         mine = self.windows()
@@ -74,7 +53,7 @@ class Browser:
                 if self.desktop.run("xdotool", "getwindowpid", str(window)).stdout.strip() == pid}
 
     def keys(self, *keys):
-        self.desktop.run("timeout", "5", "xdotool", "key", *keys)
+        self.desktop.input("key", *keys)
 
     def open_window(self, option, url):
         """Another window of the running browser; returns it when it is in front with the page."""
@@ -84,13 +63,9 @@ class Browser:
 
         def opened():
             active = self.desktop.root_windows("_NET_ACTIVE_WINDOW")
-            if active and active[0] not in known and self.title_of(active[0]).startswith(page):
-                return active
-            return None
+            return [window for window in active if window not in known
+                    and self.desktop.title_of(window).startswith(page)]
         return wait_for(opened, 15, f"a window with {page}")[0]
-
-    def title_of(self, window):
-        return self.desktop.run("xdotool", "getwindowname", str(window)).stdout.decode()
 
     def tab(self):
         """What the helper says of it, called by hand: status, URL and title, error text."""
@@ -137,9 +112,9 @@ class Firefox(Browser):
             "datareporting.policy.dataSubmissionEnabled": False,
             "termsofuse.bypassNotification": True,
         }
-        with open(os.path.join(self.profile, "user.js"), "w", encoding="utf-8") as file:
-            for key, value in settings.items():
-                file.write(f"user_pref({json.dumps(key)}, {json.dumps(value)});\n")
+        self.desktop.write(os.path.join(self.profile, "user.js"), "".join(
+            f"user_pref({json.dumps(key)}, {json.dumps(value)});\n"
+            for key, value in settings.items()))
         if self.extension:
             shutil.copy(os.path.join(SHARED, "orvanta.xpi"), os.path.join(
                 self.profile, "extensions", "tab@orvanta.quellvane.fr.xpi"))

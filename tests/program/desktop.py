@@ -4,14 +4,16 @@ import json
 import os
 import shutil
 import signal
-import sqlite3
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 
 import dbus
 import dbus.bus
+
+from recorded import Recorded
 
 ORVANTA = os.environ["ORVANTA"]
 TICK = 2.5  # seconds: the program looks every 2, and this machine may be busy
@@ -31,15 +33,19 @@ BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
 """
 
 
+MOCK = "org.freedesktop.DBus.Mock"
+
+
 def wait_for(check, seconds, what, meanwhile=None):
-    """The first true answer of check(); an error when none comes in time."""
+    """The first true answer of check(); an error when none comes in time, with what(), if it can be
+    called, as things are by then."""
     deadline = time.time() + seconds
     while True:
         answer = check()
         if answer:
             return answer
         if time.time() > deadline:
-            raise AssertionError(f"{what}: not within {seconds} s")
+            raise AssertionError(f"{what() if callable(what) else what}: not within {seconds} s")
         if meanwhile:
             meanwhile()
         time.sleep(0.1)
@@ -61,29 +67,22 @@ class Bus:
     def __init__(self, desktop, name):
         self.desktop = desktop
         folder = desktop.make_folder(name)
-        self.config = os.path.join(folder, "bus.conf")
-        with open(self.config, "w", encoding="utf-8") as file:
-            file.write(BUS_CONFIG.format(folder=folder))
+        self.config = desktop.write(f"{folder}/bus.conf", BUS_CONFIG.format(folder=folder))
         self.address = f"unix:path={folder}/bus"
         self.start()
 
     def start(self):
-        reader, writer = os.pipe()
-        self.daemon = self.desktop.spawn("dbus-daemon", f"--config-file={self.config}",
-                                         "--nofork", f"--print-address={writer}", fds=(writer,))
-        os.close(writer)
-        with os.fdopen(reader) as file:
-            file.readline()
+        self.daemon, _ = self.desktop.spawn_telling(
+            "dbus-daemon", f"--config-file={self.config}", "--nofork", "--print-address=%d")
 
     def stop(self):
-        self.daemon.kill()
-        self.daemon.wait()
+        kill(self.daemon)
 
     def connect(self):
         return dbus.bus.BusConnection(self.address)
 
 
-class Desktop:
+class Desktop(Recorded):
     """Call stop() at the end. `env` is the environment of everything that runs in it."""
 
     # What everything is started with, and the program.
@@ -130,6 +129,20 @@ class Desktop:
         os.mkdir(path, 0o700)
         return path
 
+    def write(self, name, text, mode=0o644):
+        """A file in the user's folder, or wherever the path leads; returns its path."""
+        path = os.path.join(self.env["HOME"], name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        os.chmod(path, mode)
+        return path
+
+    def install(self, name, text):
+        """A desktop file."""
+        self.write(os.path.join(self.env["XDG_DATA_HOME"], "applications", f"{name}.desktop"),
+                   "[Desktop Entry]\nType=Application\n" + text)
+
     def spawn(self, *command, env=None, fds=()):
         """Starts a program that dies with us at the latest."""
         output = os.path.join(self.folder, f"{len(self.processes)}.out")
@@ -142,11 +155,26 @@ class Desktop:
         self.processes.append(process)
         return process
 
-    def run(self, *command, env=None):
+    def spawn_telling(self, *command):
+        """Starts a program that writes a line to the file of number %d; returns it and the line."""
+        reader, writer = os.pipe()
+        process = self.spawn(*(word.replace("%d", str(writer)) for word in command), fds=(writer,))
+        os.close(writer)
+        with os.fdopen(reader) as file:
+            return process, file.readline().strip()
+
+    def mock(self, bus, name, *arguments):
+        """Starts a mock; returns it and a connection to it once its name is there."""
+        mock = self.spawn(sys.executable, "-m", "dbusmock", *arguments)
+        connection = bus.connect()
+        wait_for(lambda: connection.name_has_owner(name), 10, f"{name} is up")
+        return mock, connection
+
+    def run(self, *command, env=None, timeout=10):
         """Runs a program to its end."""
         return subprocess.run([*self.prefix, *command], env={**self.env, **(env or {})},
-                              capture_output=True, stdin=subprocess.DEVNULL, timeout=10,
-                              check=False)
+                              capture_output=True, stdin=subprocess.DEVNULL, check=False,
+                              timeout=timeout)
 
     # A disk that can be filled
 
@@ -174,12 +202,9 @@ class Desktop:
     # The X server and its windows
 
     def start_screen(self):
-        reader, writer = os.pipe()
-        self.x_server = self.spawn("Xvfb", "-displayfd", str(writer), "-screen", "0",
-                                   "1024x768x24", "-nolisten", "tcp", "-noreset", fds=(writer,))
-        os.close(writer)
-        with os.fdopen(reader) as file:
-            self.env["DISPLAY"] = ":" + file.readline().strip()
+        self.x_server, number = self.spawn_telling(
+            "Xvfb", "-displayfd", "%d", "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset")
+        self.env["DISPLAY"] = ":" + number
         self.spawn("openbox")
         wait_for(lambda: self.root_windows("_NET_SUPPORTING_WM_CHECK"), 10, "openbox is up")
 
@@ -187,7 +212,14 @@ class Desktop:
         text = self.run("xprop", "-root", name).stdout.decode()
         return [int(word.strip(","), 16) for word in text.split() if word.startswith("0x")]
 
-    def open_window(self, *command):
+    def windows_named(self, name):
+        """Those in sight, as xdotool numbers them."""
+        return self.run("xdotool", "search", "--onlyvisible", "--name", name).stdout.decode().split()
+
+    def title_of(self, window):
+        return self.run("xdotool", "getwindowname", str(window)).stdout.decode().strip()
+
+    def open_window(self, *command, seconds=15):
         """Starts a program; returns it and its window."""
         before = self.root_windows("_NET_CLIENT_LIST")
         program = self.spawn(*command)
@@ -195,7 +227,7 @@ class Desktop:
         def new_window():
             return [window for window in self.root_windows("_NET_CLIENT_LIST")
                     if window not in before]
-        return program, wait_for(new_window, 15, f"{command[0]} has a window")[-1]
+        return program, wait_for(new_window, seconds, f"{command[0]} has a window")[-1]
 
     def focus(self, window):
         """Brings the window to the front; returns when it came there."""
@@ -228,38 +260,27 @@ class Desktop:
         done = self.run(self.orvanta, "--call", *words, env=env)
         return done.returncode, json.loads(done.stdout.decode("utf-8"))
 
-    def database(self):
-        return os.path.join(self.env["XDG_DATA_HOME"], "Orvanta", "orvanta.db")
-
-    def set_setting(self, key, value):
-        self.call("day")  # makes the store
-        with sqlite3.connect(self.database()) as db:
-            changed = db.execute("UPDATE settings SET value=? WHERE key=?", (value, key)).rowcount
-        db.close()
-        assert changed == 1, key
-
-    def spans(self):
-        """The spans in the file, oldest first."""
-        try:
-            db = sqlite3.connect(f"file:{self.database()}?mode=ro", uri=True)
-        except sqlite3.OperationalError:
-            return []  # not made yet
-        try:
-            db.row_factory = sqlite3.Row
-            return db.execute("SELECT * FROM events ORDER BY id").fetchall()
-        except sqlite3.OperationalError as error:
-            if "no such table" in str(error):
-                return []
-            raise
-        finally:
-            db.close()
+    def newest(self, seconds, meanwhile=None, **columns):
+        """The newest span, once these are its values."""
+        def shown():
+            spans = self.spans()
+            return spans and all(spans[-1][key] == columns[key] for key in columns) and spans[-1]
+        return wait_for(shown, seconds, lambda: f"{columns}, but {[*map(tuple, self.spans()[-2:])]}",
+                        meanwhile)
 
 
 def end(program, how=signal.SIGTERM):
-    """Ends the program in order; returns its exit status and when it was asked to."""
+    """Ends the program, which has to end well; returns when it was asked to."""
     asked = time.time()
     program.send_signal(how)
-    return program.wait(timeout=10), asked
+    status = program.wait(timeout=10)
+    assert status == 0, (status, output_of(program)[-2000:])
+    return asked
+
+
+def kill(program):
+    program.kill()
+    program.wait()
 
 
 def output_of(program):

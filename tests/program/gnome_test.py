@@ -1,18 +1,14 @@
 """A real GNOME Shell without a screen: the extension installed, a log-out, windows and input."""
 
-import os
-import sys
 import time
-import unittest
 
 import dbus
 
-from desktop import end, wait_for
+from desktop import end, kill, wait_for
 from wayland_desktop import EDITOR, FIRST, TITLES, Scenario, WaylandDesktop
 
 SHELL = ("org.gnome.Shell", "/org/gnome/Shell")
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
-MOCK = "org.freedesktop.DBus.Mock"
 FOCUS = ("fr.quellvane.orvanta.Focus", "/fr/quellvane/orvanta/Focus")
 ACTIVATE = """
 const window = global.get_window_actors().map(actor => actor.meta_window)
@@ -25,9 +21,8 @@ class GnomeDesktop(WaylandDesktop):
     def start(self):
         self.env.update(WAYLAND_DISPLAY="gnome-0", XDG_CURRENT_DESKTOP="GNOME",
                         GSETTINGS_BACKEND="keyfile")
-        self.spawn(sys.executable, "-m", "dbusmock", "--system", "--template", "logind")
-        self.mocks = self.system.connect()
-        wait_for(lambda: self.mocks.name_has_owner("org.freedesktop.login1"), 10, "logind is up")
+        _, self.mocks = self.mock(self.system, "org.freedesktop.login1",
+                                  "--system", "--template", "logind")
         self.bus = self.session.connect()
         self.log_in()
 
@@ -47,8 +42,7 @@ class GnomeDesktop(WaylandDesktop):
             return False
 
     def log_out(self):
-        self.shell.kill()
-        self.shell.wait()
+        kill(self.shell)
         wait_for(lambda: not self.bus.name_has_owner(SHELL[0]), 5, "the shell has gone")
 
     def evaluate(self, script):
@@ -74,12 +68,11 @@ class GnomeDesktop(WaylandDesktop):
         self.bus.call_blocking(REMOTE, self.input, REMOTE + ".Session", event, signature, values)
 
 
-class GnomeTest(Scenario, unittest.TestCase):
+class GnomeTest(Scenario):
+    kind, programs, options = GnomeDesktop, ("gnome-shell", "mousepad"), {"system_bus": True}
+
     def setUp(self):
-        self.desktop = GnomeDesktop("gnome-shell", "mousepad", system_bus=True)
-        if self.desktop.missing:
-            self.skipTest(f"GNOME Shell: {self.desktop.missing} not installed")
-        self.addCleanup(self.desktop.stop)
+        super().setUp()
         self.desktop.start()
         self.addCleanup(self.desktop.bus.close)
         self.addCleanup(self.desktop.mocks.close)
@@ -100,7 +93,8 @@ class GnomeTest(Scenario, unittest.TestCase):
     def test_without_the_extension(self):
         """What applications tell assistive technologies: enough for most of them."""
         launcher = self.desktop.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
-        self.addCleanup(end, launcher)  # in order, so that it ends the bus that it started
+        self.addCleanup(launcher.wait, 10)
+        self.addCleanup(launcher.terminate)  # in order, so that it ends the bus that it started
         wait_for(lambda: self.desktop.bus.name_has_owner("org.a11y.Bus"), 5, "AT-SPI is up")
         self.show_windows()
         self.desktop.press_shift()
@@ -132,8 +126,4 @@ class GnomeTest(Scenario, unittest.TestCase):
         self.check_probes(watch, "gnome-extension", "mutter-idle-monitor")
 
         orvanta = self.check_spans()
-        self.assertEqual(end(orvanta)[0], 0)
-
-
-if __name__ == "__main__":
-    unittest.main()
+        end(orvanta)

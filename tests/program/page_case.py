@@ -1,11 +1,10 @@
 """A test of the built page in the real program: a day in the store, mouse and keyboard, SQL."""
 
 import datetime
-import sqlite3
 import time
-import unittest
 
-from desktop import Desktop, wait_for
+from desktop import wait_for
+from desktop_case import DesktopCase
 from webdriver import Page
 
 SITE = "carnet-maree.example"
@@ -35,10 +34,10 @@ def row(text):
     return f"//*[@role = 'option'][contains(., '{text}')]"
 
 
-class PageCase(unittest.TestCase):
+class PageCase(DesktopCase):
     def setUp(self):
-        self.desktop = Desktop()
-        self.addCleanup(self.desktop.stop)
+        super().setUp()
+        self.change, self.stored = self.desktop.change, self.desktop.stored
         # A French keyboard, and a zone in which it is now between two and three in the afternoon.
         self.desktop.run("setxkbmap", "fr")
         now = datetime.datetime.now(datetime.timezone.utc)
@@ -49,35 +48,37 @@ class PageCase(unittest.TestCase):
         nine = now.astimezone(zone).replace(hour=9, minute=0, second=0, microsecond=0)
         self.nine, self.today = nine, nine.date()
         self.desktop.call("day")  # makes the store
-        for day in (nine - datetime.timedelta(days=1), nine):
-            for start, end, *texts in SPANS:
-                self.change("INSERT INTO events(start,end,app,domain,title) VALUES (?,?,?,?,?)",
-                            day.timestamp() + start * 60, day.timestamp() + end * 60, *texts)
+        for day in (-1440, 0):
+            for start, end, app, domain, title in SPANS:
+                self.span(day + start, day + end, app, domain=domain, title=title)
 
-    def change(self, statement, *values):
-        with sqlite3.connect(self.desktop.database()) as db:
-            number = db.execute(statement, values).lastrowid
-        db.close()
-        return number
+    def span(self, start, end, app, **columns):
+        """Puts a span into the store, minutes after 9 o'clock of today."""
+        columns = {"start": self.nine.timestamp() + start * 60,
+                   "end": self.nine.timestamp() + end * 60, "app": app, **columns}
+        return self.change(f"INSERT INTO events({','.join(columns)})"
+                           f" VALUES ({','.join('?' * len(columns))})", *columns.values())
 
-    def stored(self, statement, *values):
-        db = sqlite3.connect(f"file:{self.desktop.database()}?mode=ro", uri=True)
-        try:
-            return db.execute(statement, values).fetchall()
-        finally:
-            db.close()
+    def stored_today(self, columns):
+        """Of each span since 9 o'clock: its start and end in minutes from then, and the columns."""
+        nine = self.nine.timestamp()
+        return self.stored(f"SELECT round((start - ?) / 60), round((end - ?) / 60), {columns}"
+                           " FROM events WHERE start >= ? ORDER BY start", nine, nine, nine)
 
-    def setting(self, key):
-        return self.stored("SELECT value FROM settings WHERE key=?", key)[0][0]
+    def add_project(self, name=PROJECT):
+        return self.change("INSERT INTO projects(name) VALUES (?)", name)
 
     def wait_for_store(self, expected, statement, *values):
         wait_for(lambda: self.stored(statement, *values) == expected, 10,
                  f"{statement} yields {expected}")
 
+    def wait_for_setting(self, key, value):
+        wait_for(lambda: self.desktop.setting(key) == value, 10, f"{key} is {value}")
+
     def open(self, onboarded=True):
         if onboarded:
             self.desktop.set_setting("onboarded", "1")
-        started = time.time()
+        self.started = time.time()
         self.page = Page(self.desktop)
         # Whatever the page may not do, or does wrong, is told at the end.
         self.page.script("""
@@ -89,10 +90,11 @@ class PageCase(unittest.TestCase):
         self.addCleanup(lambda: self.assertEqual(self.page.script("""
             const main = document.querySelector("main");
             return main.scrollWidth - main.clientWidth;"""), 0, "too wide"))
-        return started
+        return self.page
 
     def drag(self, start, end):
-        """Along the hours that the timeline names, between two minutes after 9 o'clock."""
+        """Along the hours that the timeline names, between two minutes after 9 o'clock; returns the
+        minutes that the page reads there."""
         self.page.wait_for_text("//*[@role = 'slider']", "10:00")
         self.page.drag(*self.page.script("""
             const box = document.querySelector("[role=slider]").getBoundingClientRect();
@@ -104,3 +106,6 @@ class PageCase(unittest.TestCase):
             return arguments[0].map(minute =>
                 [nine + (ten - nine) * minute / 60, box.y + box.height / 2]);""", [start, end]))
         self.page.wait_for_text(BAR, "De")
+        return [int(text[:2]) * 60 + int(text[3:]) - 540 for text in self.page.script("""
+            return [...document.querySelectorAll("[aria-label$='de la plage']")]
+                .map(field => field.value);""")]

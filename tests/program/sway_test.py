@@ -5,9 +5,8 @@ import json
 import os
 import shutil
 import time
-import unittest
 
-from desktop import ORVANTA, end, output_of, wait_for
+from desktop import ORVANTA, end, kill, output_of, wait_for
 from tray_host import TrayHost
 from wayland_desktop import FIRST, TITLES, Scenario, WaylandDesktop
 
@@ -50,12 +49,11 @@ class SwayDesktop(WaylandDesktop):
         wait_for(lambda: len(self.app_ids()) == 2, 10, "two windows")
 
 
-class SwayTest(Scenario, unittest.TestCase):
+class SwayTest(Scenario):
+    kind, programs = SwayDesktop, ("sway", "mousepad", "mpv")
+
     def setUp(self):
-        self.desktop = SwayDesktop("sway", "mousepad", "mpv")
-        if self.desktop.missing:
-            self.skipTest(f"sway: {self.desktop.missing} not installed")
-        self.addCleanup(self.desktop.stop)
+        super().setUp()
         self.desktop.start()
 
     def focus(self, name):
@@ -72,15 +70,14 @@ class SwayTest(Scenario, unittest.TestCase):
         self.check_probes(self.desktop.watch(), "wlr-foreign-toplevel", "kwin-idle")
         orvanta = self.check_spans()
         self.check_mpv()
-        self.assertEqual(end(orvanta)[0], 0)
+        end(orvanta)
 
     def test_the_panels_token_reaches_the_compositor(self):
         desktop = self.desktop
         desktop.set_setting("onboarded", "1")
         shutil.copy(os.path.join(os.path.dirname(ORVANTA), "orvanta-dashboard"), desktop.folder)
         desktop.write("index.html", "<p>Bonjour</p>")
-        panel = TrayHost(desktop.session)
-        self.addCleanup(panel.close)
+        panel = TrayHost(self)
         orvanta = desktop.spawn(desktop.orvanta, env={
             "WAYLAND_DEBUG": "1", "ORVANTA_WEB": desktop.env["HOME"],
             "XDG_STATE_HOME": desktop.make_folder("state"),
@@ -90,7 +87,7 @@ class SwayTest(Scenario, unittest.TestCase):
             panel.give_token(token)
             panel.activate()
             panel.wait_for(lambda: f'.activate("{token}", wl_surface' in output_of(orvanta), 20, token)
-        self.assertEqual(end(orvanta)[0], 0)
+        end(orvanta)
 
     def test_a_compositor_that_restarts(self):
         desktop = self.desktop
@@ -98,15 +95,10 @@ class SwayTest(Scenario, unittest.TestCase):
         watch = desktop.watch()
         self.focus("titles")
         watch.wait_for(bundle=TITLES, title=FIRST)
-        desktop.sway.kill()
-        desktop.sway.wait()
+        kill(desktop.sway)
         watch.wait_for(app=None, idle=False)
         desktop.start()
         desktop.open_windows()
         self.focus("titles")
         watch.wait_for(bundle=TITLES, title=FIRST)
         self.assertEqual(watch.end()["foreground"], "wlr-foreign-toplevel")
-
-
-if __name__ == "__main__":
-    unittest.main()

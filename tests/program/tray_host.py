@@ -35,12 +35,33 @@ class Watcher(dbus.service.Object):
         self.hosted = True
 
 
-class TrayHost:
-    """Is there until close(). `signals` is all that the item has said, as (member, arguments)."""
+class Notifications(dbus.service.Object):
+    """The desktop's notes: `told` is what is in each."""
 
-    def __init__(self, session, hosted=True):
+    def __init__(self, host):
+        super().__init__(host.bus, "/org/freedesktop/Notifications")
+        host.bus.request_name("org.freedesktop.Notifications")
+        self.told = []
+
+    @dbus.service.method("org.freedesktop.Notifications", in_signature="susssasa{sv}i",
+                         out_signature="u")
+    def Notify(self, app, replaces, icon, summary, body, actions, hints, timeout):
+        self.told.append(str(body))
+        return len(self.told)
+
+    @dbus.service.signal("org.freedesktop.Notifications", signature="us")
+    def ActionInvoked(self, number, action):
+        pass
+
+
+class TrayHost:
+    """Is there until close(), or the end of the test. `signals` is all that the item has said, as
+    (member, arguments)."""
+
+    def __init__(self, test, hosted=True):
         self.bus = dbus.bus.BusConnection(
-            session.address, mainloop=dbus.mainloop.glib.DBusGMainLoop())
+            test.desktop.session.address, mainloop=dbus.mainloop.glib.DBusGMainLoop())
+        test.addCleanup(self.close)
         self.signals = []
         for interface in (ITEM, MENU):
             self.bus.add_signal_receiver(
@@ -93,11 +114,9 @@ class TrayHost:
 
     def items(self, parent=None):
         """The items as (id, properties), in order; of the submenu of an item where given."""
-        def children(node):
-            return [(child[0], {str(k): v for k, v in child[1].items()}, child)
-                    for child in node[2]]
         node = parent[2] if parent else self.layout()
-        return children(node)
+        return [(child[0], {str(key): value for key, value in child[1].items()}, child)
+                for child in node[2]]
 
     def labels(self, parent=None):
         """What a user sees: "---" for a separator, an item chosen of several with a leading *."""

@@ -5,8 +5,10 @@ import os
 import shutil
 import sys
 import time
+import unittest
 
-from desktop import TICK, Desktop, end, output_of, pass_time, wait_for
+from desktop import TICK, Desktop, end, pass_time, wait_for
+from desktop_case import DesktopCase
 
 NOBODY = 65534
 PROBE_WATCH = os.environ["PROBE_WATCH"]
@@ -20,9 +22,9 @@ class WaylandDesktop(Desktop):
     """Compositors refuse to run as root, so root runs the whole session as nobody."""
 
     def __init__(self, *programs, **options):
-        self.missing = [program for program in programs if not shutil.which(program)]
-        if self.missing:
-            return
+        missing = [program for program in programs if not shutil.which(program)]
+        if missing:
+            raise unittest.SkipTest(f"{missing} not installed")
         super().__init__(screen=False, **options)
         self.env.pop("NO_AT_BRIDGE")
         self.env.update(XDG_SESSION_TYPE="wayland", LIBGL_ALWAYS_SOFTWARE="1")
@@ -38,20 +40,6 @@ class WaylandDesktop(Desktop):
         if os.getuid() == 0:
             os.chown(path, NOBODY, NOBODY)
         return path
-
-    def write(self, name, text):
-        path = os.path.join(self.env["HOME"], name)
-        with open(path, "w", encoding="utf-8") as file:
-            file.write(text)
-        return path
-
-    def install(self, name, text):
-        """A desktop file."""
-        folder = os.path.join(self.env["XDG_DATA_HOME"], "applications")
-        os.makedirs(folder, exist_ok=True)
-        os.chmod(folder, 0o755)
-        with open(os.path.join(folder, f"{name}.desktop"), "w", encoding="utf-8") as file:
-            file.write("[Desktop Entry]\nType=Application\n" + text)
 
     def open_windows(self):
         """Two applications; retitle() changes the title of the first."""
@@ -75,8 +63,7 @@ class ProbeWatch:
     """The program's probes without the program: what they tell, and when."""
 
     def __init__(self, desktop, *arguments):
-        copy = shutil.copy(PROBE_WATCH, desktop.folder)
-        self.process = desktop.spawn(copy, *arguments)
+        self.process = desktop.spawn(shutil.copy(PROBE_WATCH, desktop.folder), *arguments)
 
     def lines(self):
         with open(self.process.output, encoding="utf-8") as file:
@@ -88,15 +75,11 @@ class ProbeWatch:
             lines = self.lines()
             return lines and all(lines[-1].get(key) == value for key, value in expected.items()) \
                 and lines[-1]
-        try:
-            return wait_for(shown, seconds, f"{expected}")
-        except AssertionError as error:
-            raise AssertionError(f"{error}, but {self.lines()[-3:]}") from None
+        return wait_for(shown, seconds, lambda: f"{expected}, but {self.lines()[-3:]}")
 
     def end(self):
         """The chosen sources and their cost."""
-        status, _ = end(self.process)
-        assert status == 0, (status, output_of(self.process)[-2000:])
+        end(self.process)
         return self.lines()[-1]
 
 
@@ -110,8 +93,8 @@ def show(desktop, latencies, summary):
           f"seen after: {seen}; cost a tick: {costs}")
 
 
-class Scenario:
-    """For a TestCase with `desktop`, focus(part of an application id), touch()."""
+class Scenario(DesktopCase):
+    """With focus(part of an application id) and touch()."""
 
     def check_probes(self, watch, foreground, idle):
         """A focus switch, a title, idle and input, each told by the probes."""
@@ -155,8 +138,7 @@ class Scenario:
         self.touch()
         started = time.time()
         orvanta = desktop.start_orvanta()
-        wait_for(lambda: desktop.spans()[-1]["bundle"] == TITLES, 3 * TICK, "the first window", self.touch)
-        first = desktop.spans()[-1]
+        first = desktop.newest(3 * TICK, self.touch, bundle=TITLES)
         self.assertEqual((first["title"], first["idle"]), (FIRST, 0))
         self.assertAlmostEqual(first["start"], started, delta=2 * TICK)
         permissions = desktop.call("permissions.status")[1]
@@ -165,18 +147,15 @@ class Scenario:
                          self.sources)
 
         switched = self.focus("mousepad")
-        wait_for(lambda: desktop.spans()[-1]["bundle"] == EDITOR, 4 * TICK,
-                 "the second window", self.touch)
-        span = desktop.spans()[-1]
+        span = desktop.newest(4 * TICK, self.touch, bundle=EDITOR)
         self.assertIn(SECOND, span["title"])
         self.assertAlmostEqual(span["start"], switched, delta=TICK)
 
         last_input = self.touch()
-        wait_for(lambda: desktop.spans()[-1]["idle"], 5 + 3 * TICK, "idle")
-        self.assertAlmostEqual(desktop.spans()[-1]["start"], last_input, delta=TICK)
+        span = desktop.newest(5 + 3 * TICK, idle=1)
+        self.assertAlmostEqual(span["start"], last_input, delta=TICK)
         back = self.touch()
-        wait_for(lambda: not desktop.spans()[-1]["idle"], 2 * TICK, "back", self.touch)
-        span = desktop.spans()[-1]
+        span = desktop.newest(2 * TICK, self.touch, idle=0)
         self.assertEqual(span["bundle"], EDITOR)
         self.assertAlmostEqual(span["start"], back, delta=TICK)
         return orvanta
@@ -188,5 +167,5 @@ class Scenario:
         self.touch()
         pass_time(5 + 2 * TICK)
         self.assertFalse(any(span["idle"] for span in self.desktop.spans()[begun:]))
-        end(film)
-        wait_for(lambda: self.desktop.spans()[-1]["idle"], 5 + 2 * TICK, "idle after the film")
+        film.terminate()
+        self.desktop.newest(5 + 2 * TICK, idle=1)

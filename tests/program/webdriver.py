@@ -94,12 +94,14 @@ class Page:
         text = self.script(TEXT, xpath) or ""
         return " ".join(text.translate(PLAIN).split())
 
-    def wait_for_text(self, xpath, part):
-        wait_for(lambda: part in self.text(xpath), 10, f"{part} in {xpath}")
+    def wait_for_text(self, xpath, part, seconds=10):
+        wait_for(lambda: part in self.text(xpath), seconds, f"{part} in {xpath}")
+
+    def wait_for_nothing(self, xpath, seconds=10):
+        wait_for(lambda: self.text(xpath) == "", seconds, f"nothing in {xpath}")
 
     def window(self):
-        found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Orvanta$")
-        return found.stdout.split()[0].decode()
+        return self.desktop.windows_named("^Orvanta$")[0]
 
     def click(self, xpath):
         x, y = wait_for(lambda: self.script(FIND, xpath), 10, f"{xpath} to click on")
@@ -126,8 +128,7 @@ class Page:
 
     def answer_panel(self, name, key):
         """Presses the key in the program's dialogue window of that name."""
-        panel = wait_for(lambda: self.desktop.run(
-            "xdotool", "search", "--onlyvisible", "--name", name).stdout.split(), 15, name)
+        panel = wait_for(lambda: self.desktop.windows_named(name), 15, name)
         pass_time(1)  # GTK takes no key before its first frame
         self.desktop.focus(int(panel[-1]))
         self.press(key)

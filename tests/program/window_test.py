@@ -2,27 +2,12 @@
 
 import os
 import signal
-import unittest
 
-from desktop import ORVANTA, Desktop, output_of, pass_time, wait_for
+from desktop import ORVANTA, end, pass_time, wait_for
+from desktop_case import DesktopCase, children
 from webdriver import Page
 
 WEB = os.path.join(os.path.dirname(os.path.abspath(__file__)), "page")
-
-
-def children(pid, name):
-    """The processes under this one whose program has that name."""
-    found = []
-    try:
-        if os.path.basename(os.readlink(f"/proc/{pid}/exe")).startswith(name):
-            found.append(pid)
-        with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as file:
-            grandchildren = file.read().split()
-    except FileNotFoundError:  # it ends just now
-        return found
-    for child in map(int, grandchildren):
-        found += children(child, name)
-    return found
 
 
 def memory_kib(pid):
@@ -32,31 +17,33 @@ def memory_kib(pid):
     return int(fields["Pss:"]), int(fields["Private_Dirty:"])
 
 
-class WindowTest(unittest.TestCase):
+class WindowTest(DesktopCase):
     def setUp(self):
-        self.desktop = Desktop()
-        self.addCleanup(self.desktop.stop)
+        super().setUp()
         self.desktop.env.update(ORVANTA_WEB=WEB, XDG_STATE_HOME=self.desktop.make_folder("state"),
                                 XDG_CACHE_HOME=self.desktop.make_folder("cache"))
         self.desktop.set_setting("onboarded", "1")
 
     def windows(self):
-        found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Orvanta$")
-        return found.stdout.split()
-
-    def wait_for_window(self):
-        wait_for(self.windows, 20, "the window is there")
+        return self.desktop.windows_named("^Orvanta$")
 
     def dashboards(self):
         return children(self.program.pid, "orvanta-dashboard")
 
     def show(self):
-        return self.desktop.run(ORVANTA)  # a second start
+        """By a second start; returns the dashboard and its window."""
+        self.assertEqual(self.desktop.run(ORVANTA).returncode, 0)
+        window = wait_for(self.windows, 20, "the window is there")[0]
+        dashboard, = self.dashboards()
+        return dashboard, window
+
+    def wait_for_no_window(self):
+        wait_for(lambda: not self.windows(), 10, "no window")
 
     def close_window(self):
         self.desktop.focus(int(self.windows()[0]))
-        self.desktop.run("timeout", "5", "xdotool", "key", "ctrl+w")
-        wait_for(lambda: not self.windows(), 10, "the window is closed")
+        self.desktop.input("key", "ctrl+w")
+        self.wait_for_no_window()
 
     def test_envelopes_and_answers(self):
         page = Page(self.desktop)
@@ -71,14 +58,13 @@ class WindowTest(unittest.TestCase):
             post({id: -13, path: "projects.save", body: {name: "Thèse “1” 🦊 </script>"}});
             post({id: 14, path: "projects.save", body: {name: "B", archived: 1e300, id: 1}});
             post({id: 9007199254740991, path: "projects.list"});""")
-        answers = wait_for(lambda: (lambda all: len(all) > 5 and all)(
-            page.script("return window.answers")), 10, "answers")
-        self.assertEqual(answers[:5], [
+        wait_for(lambda: page.script("return answers.length > 5"), 10, "answers")
+        *answers, (number, projects) = page.script("return answers")
+        self.assertEqual(answers, [
             [10, []], [11, []], [12, {"error": "route inconnue : nulle.part"}],
             [-13, {"ok": True, "id": 1}], [14, {"error": "nombre hors limites : archived"}]])
-        self.assertEqual([answers[5][0], answers[5][1][0]["name"]],
-                         [9007199254740991, "Thèse “1” 🦊 </script>"])
-        self.assertEqual(len(page.script("return window.answers")), 6)
+        self.assertEqual((number, projects[0]["name"]),
+                         (9007199254740991, "Thèse “1” 🦊 </script>"))
 
         # A long day, and many questions at once.
         numbers = page.script("""
@@ -86,12 +72,10 @@ class WindowTest(unittest.TestCase):
             return Promise.all(asked.map(i => ask("day", {date: "2026-01-0" + (i % 9 + 1)})))
                 .then(days => days.map(day => day.date.slice(-1)));""")
         self.assertEqual(numbers, [str(i % 9 + 1) for i in range(200)])
-        text = "x" * 10_000_000
-        self.assertEqual(page.script("return ask('rules.save', {field: 'app', "
-                                     "pattern: 'x'.repeat(10000000)})")["ok"], True)
-        self.assertEqual(page.script("return ask('rules.list').then(r => r[0].pattern.length)"),
-                         len(text))
-        page.script("return ask('rules.list').then(r => ask('rules.delete', {id: r[0].id}))")
+        self.assertEqual(page.script("""
+            const rule = {field: "app", pattern: "x".repeat(10_000_000)};
+            return ask("rules.save", rule).then(() => ask("rules.list"))
+                .then(rules => rules[0].pattern.length)"""), 10_000_000)
 
     def test_the_page_reaches_nothing_else(self):
         page = Page(self.desktop)
@@ -120,10 +104,6 @@ class WindowTest(unittest.TestCase):
         for route in ("tracker.pause", "tracker.resume", "revealData", "openURL",
                       "permissions.openAutomation", "permissions.requestAccessibility"):
             self.assertEqual(page.ask(route), {"ok": True}, route)
-        entry = os.path.join(self.desktop.env["XDG_CONFIG_HOME"],
-                             "autostart/fr.quellvane.orvanta.desktop")
-        self.assertEqual(page.ask("launchAtLogin")["enabled"], True)
-        self.assertTrue(os.path.exists(entry))
 
         # The save panel: cancelled, then confirmed with the suggested name.
         folder = self.desktop.env["HOME"]
@@ -135,28 +115,24 @@ class WindowTest(unittest.TestCase):
             self.assertEqual(answer, {"ok": saved})
         self.assertIn("lumaplan_2026-01-01_2026-01-01.csv", os.listdir(folder))
         page.script("setTimeout(() => ask('quit'), 300)")
-        wait_for(lambda: not self.windows(), 10, "the program has ended")
+        self.wait_for_no_window()
 
     def test_a_dashboard_that_is_gone_is_started_afresh(self):
         self.desktop.env["ORVANTA_LINGER_SECONDS"] = "2"
         self.program = self.desktop.start_orvanta()
         before, own_before = memory_kib(self.program.pid)
         self.assertEqual(self.dashboards(), [])
-        self.assertEqual(self.show().returncode, 0)
-        self.wait_for_window()
-        first, = self.dashboards()
+        first, _ = self.show()
 
         os.kill(first, signal.SIGKILL)
-        wait_for(lambda: not self.windows(), 10, "the window is gone")
-        self.show()
-        self.wait_for_window()
-        second, = self.dashboards()
+        self.wait_for_no_window()
+        second, _ = self.show()
         self.assertNotEqual(first, second)
 
         os.kill(second, signal.SIGSTOP)  # it hangs
-        self.show()
+        self.desktop.run(ORVANTA)
         wait_for(lambda: self.dashboards() not in ([], [second]), 20, "another takes its place")
-        self.wait_for_window()
+        wait_for(self.windows, 20, "the window is there")
 
         engine = wait_for(lambda: children(self.program.pid, "WebKitWebProcess"), 10, "an engine")
         pass_time(2)  # it is up, not on its way
@@ -167,9 +143,7 @@ class WindowTest(unittest.TestCase):
         # Hidden, it keeps the page for a while, then gives its memory back.
         third, = self.dashboards()
         self.close_window()
-        self.show()
-        self.wait_for_window()
-        self.assertEqual(self.dashboards(), [third])
+        self.assertEqual(self.show()[0], third)
         self.close_window()
         wait_for(lambda: not self.dashboards(), 15, "the dashboard has ended")
         after, own_after = memory_kib(self.program.pid)
@@ -177,10 +151,7 @@ class WindowTest(unittest.TestCase):
               f"its own: {own_before} and {own_after} KiB")
         if "asan" not in ORVANTA:  # its bookkeeping grows
             self.assertLess(own_after, own_before * 1.5)
-        spans = self.desktop.spans()
-        self.assertTrue(spans, output_of(self.program))
-        self.program.send_signal(signal.SIGTERM)
-        self.assertEqual(self.program.wait(10), 0)
+        end(self.program)
 
     def test_the_size_is_remembered(self):
         def geometry():
@@ -191,17 +162,15 @@ class WindowTest(unittest.TestCase):
         previous = os.umask(0)
         self.addCleanup(os.umask, previous)
         self.program = self.desktop.start_orvanta()
-        self.show()
-        self.wait_for_window()
-        self.desktop.run("timeout", "5", "xdotool", "windowsize", self.windows()[0], "900", "600")
+        dashboard, window = self.show()
+        self.desktop.input("windowsize", window, "900", "600")
         wait_for(lambda: geometry() == (900, 600), 10, "the new size")
         self.close_window()
-        os.kill(self.dashboards()[0], signal.SIGKILL)
+        os.kill(dashboard, signal.SIGKILL)
         wait_for(lambda: not self.dashboards(), 10, "the dashboard has ended")
-        self.show()
-        self.wait_for_window()
+        _, window = self.show()
         self.assertEqual(geometry(), (900, 600))
-        self.desktop.run("timeout", "5", "xdotool", "windowsize", self.windows()[0], "300", "200")
+        self.desktop.input("windowsize", window, "300", "200")
         pass_time(1)
         self.assertGreaterEqual(geometry(), (860, 560))
 
@@ -211,7 +180,3 @@ class WindowTest(unittest.TestCase):
             for folder, folders, files in os.walk(own):
                 for path in [folder] + [os.path.join(folder, name) for name in folders + files]:
                     self.assertEqual(os.stat(path).st_mode & 0o077, 0, path)
-
-
-if __name__ == "__main__":
-    unittest.main()
