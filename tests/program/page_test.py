@@ -108,19 +108,6 @@ class PageTest(PageCase):
                   " WHERE priority>=0")
         self.assertEqual(self.stored(learnt), [("domain", SITE, "travail", project, 0)])
         page.wait_for_text(row("09:45"), PROJECT)  # by the rule
-
-        page.click(TOAST + button("Annuler"))
-        self.wait_for_store([], learnt)
-        wait_for(lambda: self.assigned() == [given, given, free, free], 10, "taken back")
-        wait_for(lambda: PROJECT not in page.text(row("09:45")), 10, "no project any more")
-
-        # One key assigns: on this keyboard the digit is Shift's. Another takes it back.
-        page.click(row("09:45"))
-        page.press("ampersand")
-        page.wait_for_text(TOAST, "Assigné : 1 bloc (15 min).")
-        self.assertEqual(self.assigned(), [given, given, free, ("travail", None)])
-        page.press("ctrl+z")
-        wait_for(lambda: self.assigned() == [given, given, free, free], 10, "taken back")
         self.assertEqual(page.script("return document.title"), "Orvanta")
 
     def test_rules_settings_export_and_pause(self):
