@@ -13,11 +13,22 @@ namespace {
 
 constexpr std::string_view kSuffix = ".desktop";
 
+std::vector<std::string> listed(std::string_view categories) {
+  std::vector<std::string> list;
+  while (!categories.empty()) {
+    const auto end = std::min(categories.find(';'), categories.size());
+    if (end > 0) list.emplace_back(categories.substr(0, end));
+    categories.remove_prefix(std::min(end + 1, categories.size()));
+  }
+  return list;
+}
+
 std::optional<DesktopEntry> byId(const std::string& id) {
   // A name with a slash would be a path.
   if (id.empty() || id.find('/') != std::string::npos) return {};
   const auto info = Gio::DesktopAppInfo::create(id + std::string(kSuffix));
-  return info ? std::optional(DesktopEntry{id, info->get_name()}) : std::nullopt;
+  if (!info) return {};
+  return DesktopEntry{id, info->get_name(), listed(info->get_categories())};
 }
 
 }  // namespace

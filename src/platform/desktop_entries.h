@@ -12,8 +12,9 @@ namespace orvanta {
 
 /// What the desktop knows of an application.
 struct DesktopEntry {
-  std::string id;    ///< desktop-file id without ".desktop"
-  std::string name;  ///< in the user's language
+  std::string id;                       ///< desktop-file id without ".desktop"
+  std::string name;                     ///< in the user's language
+  std::vector<std::string> categories;  ///< as it lists them: "Network", "WebBrowser"
 };
 
 /// Finds the desktop file of a window by the names that the window gives itself. Answers are kept

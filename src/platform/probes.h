@@ -29,6 +29,7 @@ struct FrontmostApp {
   std::optional<std::string> bundle;  ///< desktop-file id without ".desktop"
   int32_t pid = 0;                    ///< 0 when the desktop does not tell
   std::vector<std::string> names;     ///< application ids and classes that the window goes by
+  std::vector<std::string> categories = {};  ///< of its desktop file: "Network", "WebBrowser"
 
   friend bool operator==(const FrontmostApp&, const FrontmostApp&) = default;
 };

@@ -32,6 +32,7 @@ std::optional<FrontmostApp> PublishedForeground::frontmostApp() {
   if (entry) {
     app.name = entry->name;
     app.bundle = entry->id;
+    app.categories = std::move(entry->categories);
   }
   if (app.name.empty()) app.name = "Inconnu";
   return app;
