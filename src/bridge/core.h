@@ -18,6 +18,7 @@
 #include "capture/browser_connection.h"
 #include "capture/collectors.h"
 #include "capture/tracker.h"
+#include "classify/app_rules.h"
 #include "platform/desktop.h"
 #include "platform/login_item.h"
 #include "reports/analytics.h"
@@ -63,6 +64,7 @@ struct Core {
   Database& db;
   Desktop& desktop;
   Shell& shell;
+  AppRules appRules;
   BrowserTabs tabs;
   BrowserConnection browsers;
   const LoginItem loginItem;

@@ -10,8 +10,18 @@
 namespace orvanta {
 
 Collectors::Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionProbe& inhibition,
-                       TabReader tabs)
-    : foreground_(foreground), idle_(idle), inhibition_(inhibition), tabs_(std::move(tabs)) {}
+                       TabReader tabs, AppSeen seen)
+    : foreground_(foreground),
+      idle_(idle),
+      inhibition_(inhibition),
+      tabs_(std::move(tabs)),
+      seen_(std::move(seen)) {}
+
+std::optional<FrontmostApp> Collectors::frontmostApp() const {
+  auto app = foreground_.frontmostApp();
+  if (app && seen_) seen_(*app);
+  return app;
+}
 
 std::optional<std::string> Collectors::windowTitle(int32_t pid) const {
   if (!accessibilityGranted()) return {};

@@ -20,14 +20,17 @@ struct BrowserTab {
 /// recorded.
 using TabReader = std::function<std::optional<BrowserTab>(const FrontmostApp& app)>;
 
+/// Is told of the application in front, at every look at it.
+using AppSeen = std::function<void(const FrontmostApp& app)>;
+
 /// All that can be observed, from whichever desktop services were chosen at start. Holds no state
 /// of its own. Called from the tracker's queue; the probes outlive it.
 class Collectors {
  public:
   Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionProbe& inhibition,
-             TabReader tabs = {});
+             TabReader tabs = {}, AppSeen seen = {});
 
-  std::optional<FrontmostApp> frontmostApp() const { return foreground_.frontmostApp(); }
+  std::optional<FrontmostApp> frontmostApp() const;
   std::optional<std::string> windowTitle(int32_t pid) const;
   bool accessibilityGranted() const { return foreground_.titlesReadable(); }
   double idleSeconds() const { return idle_.idleSeconds(); }
@@ -39,6 +42,7 @@ class Collectors {
   IdleProbe& idle_;
   InhibitionProbe& inhibition_;
   TabReader tabs_;
+  AppSeen seen_;
 };
 
 /// Whether this desktop-file id is a greeter or a screen locker: with one of them in front, nobody

@@ -2,8 +2,6 @@
 
 #include <glib.h>
 
-#include <algorithm>
-
 #include "base/text.h"
 #include "storage/category.h"
 
@@ -18,6 +16,10 @@ Classifier::Classifier(StringPool& pool, const std::vector<Rule>& rules, const P
   for (Rank rank = 0; rank < rules.size(); ++rank) {
     const auto& rule = rules[rank];
     ruleCategories_.push_back(rule.category ? pool.intern(*rule.category) : Text());
+    if (rule.ofApplication()) {
+      ownRules_.try_emplace(lowerCase(rule.pattern), rank);
+      continue;
+    }
     const auto field = parsed<RuleField>(rule.field);
     if (!field) continue;
     search_.at(static_cast<std::size_t>(*field))
@@ -91,18 +93,30 @@ Decision Classifier::decide(const Ev& ev) {
       decision.projectBy = By::Keyword;
     }
   }
-  if (!decision.category) fillIn(decision);
+  if (!decision.category) fillIn(decision, match.own);
   return decision;
 }
 
-// The category of the effective project.
-void Classifier::fillIn(Decision& decision) const {
-  decision.category = unclassified_;
-  if (!decision.project) return;
-  const auto known = projectCategories_.find(*decision.project);
-  if (known == projectCategories_.end()) return;
-  decision.category = known->second;
-  decision.categoryBy = Decision::By::Project;
+// The category of the effective project, or else of the application's own rule.
+void Classifier::fillIn(Decision& decision, Rank own) const {
+  const auto known =
+      decision.project ? projectCategories_.find(*decision.project) : projectCategories_.end();
+  if (known != projectCategories_.end()) {
+    decision.category = known->second;
+    decision.categoryBy = Decision::By::Project;
+  } else if (own != kNone) {
+    decision.category = ruleCategories_[own];
+    decision.categoryBy = Decision::By::Rule;
+    decision.categoryRule = &rules_[own];
+  } else {
+    decision.category = unclassified_;
+  }
+}
+
+Classifier::Rank Classifier::ownRule(Text app) const {
+  if (ownRules_.empty() || app.view().empty()) return kNone;
+  const auto own = ownRules_.find(lowerCase(app.view()));
+  return own != ownRules_.end() ? own->second : kNone;
 }
 
 void Classifier::look(RuleField field, Text text, Match& match) const {
@@ -129,6 +143,7 @@ void Classifier::lookOnce(RuleField field, Text text, Matches& known, Match& mat
   auto& its = known[text.id()];
   if (!its.known) {
     look(field, text, its);
+    if (field == RuleField::App) its.own = ownRule(text);
     its.known = true;
   }
   match.merge(its);

@@ -1,6 +1,7 @@
 // What a span counts as.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
@@ -37,7 +38,8 @@ struct Decision {
 /// manual one, else that of the first matching rule that has one, else the first project (by id)
 /// with a keyword in the span's title, URL, domain or app. The effective category is the manual
 /// one, else that of the first matching rule that has one, else that of the effective project, else
-/// "nonclasse". A rule matches where its lower-cased pattern occurs in the lower-cased field.
+/// that of the application's own rule (Rule::ofApplication), else "nonclasse". A rule matches where
+/// its lower-cased pattern occurs in the lower-cased field; an application's own, where it is that.
 ///
 /// A field is searched for all patterns in one pass; each distinct application and domain once,
 /// whatever the number of spans that carry it, and a title not again soon. Not thread-safe.
@@ -65,9 +67,11 @@ class Classifier {
     PatternSearch::Found found;  // ranks are indexes into rules_ and keywordProjects_
     bool known = false;
     bool opensPhrase = false;  // one ends with the beginning of a keyword of several words
+    Rank own = kNone;          // the application's own rule
 
     void merge(const Match& other) {
       found.merge(other.found);
+      own = std::min(own, other.own);
       opensPhrase = opensPhrase || other.opensPhrase;
     }
   };
@@ -84,7 +88,8 @@ class Classifier {
   void lookOnce(RuleField field, Text text, Matches& known, Match& match) const;
   bool opensPhrase(Text text) const;
   Rank phraseAcrossFields(const Ev& ev) const;
-  void fillIn(Decision& decision) const;
+  Rank ownRule(Text app) const;
+  void fillIn(Decision& decision, Rank own) const;
 
   StringPool& pool_;
   const std::vector<Rule>& rules_;
@@ -93,6 +98,7 @@ class Classifier {
   std::vector<Text> ruleCategories_;  // by rule
   std::map<int64_t, Text> projectCategories_;
   std::array<PatternSearch, kFields> search_;
+  std::map<std::string, Rank> ownRules_;  // by the application's name in small letters
   std::vector<int64_t> keywordProjects_;  // not archived, with keywords, by ascending id
   std::vector<Phrase> phrases_;
   std::vector<std::string> phraseOpenings_;  // the phrases up to each of their spaces

@@ -73,6 +73,7 @@ std::string Database::replaceFile() {
   }
   // What the user has chosen holds on; what tells which rules are in the file does not.
   settings.erase("rules_seeded");
+  settings.erase("app_rules");
   {
     const std::lock_guard lock(settingsMutex_);
     waiting_.merge(settings);

@@ -50,6 +50,7 @@ constexpr Setting kSettings[] = {
     other("install_id", &Settings::installId, "",
           "The random name under which it is sent; empty while nothing is."),
     ours("rules_seeded", "The built-in rules have been made."),
+    ours("app_rules", "Which applications have been given a rule of their own, as hashes."),
     ours("browser_perms", "How each browser answered its test."),
     ours("telemetry_first_sent", "The day of the first sending."),
     ours("telemetry_last_heartbeat", "The day of the last sending."),

@@ -46,6 +46,7 @@ TEST(Classifier, AgreesWithTheNaiveOneOnRandomStores) {
       Rule rule{.id = i, .field = dice.oneOf(fields), .pattern = word()};
       if (!dice.oneIn(3)) rule.category = dice.oneOf(categories);
       if (dice.oneIn(3)) rule.projectId = dice.upTo(4);
+      if (dice.oneIn(3)) rule.priority = kAppRulePriority;
       rules.push_back(rule);
     }
     Projects projects;

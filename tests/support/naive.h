@@ -51,6 +51,7 @@ inline NaiveClassification naiveClassification(const Ev& ev, const std::vector<R
   };
   if (!category || !project) {
     for (const auto& rule : rules) {
+      if (rule.ofApplication()) continue;
       if (!naiveMatch(naiveField(ev, rule.field), rule.pattern)) continue;
       if (!project && rule.projectId) {
         project = rule.projectId;
@@ -83,6 +84,14 @@ inline NaiveClassification naiveClassification(const Ev& ev, const std::vector<R
   if (!category) {
     category = project ? categoryOf(*project) : "nonclasse";
     if (project && projects.contains(*project)) told.catBy = "project";
+    for (const auto& rule : rules) {
+      const auto app = ev.app.str();
+      if (told.catBy != "none" || !rule.ofApplication() || app.empty()) continue;
+      if (lowerCase(rule.pattern) != lowerCase(app)) continue;
+      category = rule.category;
+      told.catBy = "rule";
+      told.catRule = rule.id;
+    }
   }
   told.cat = *category;
   told.pid = project;

@@ -48,9 +48,9 @@ inline void addRandomProjects(TestDatabase& db, Dice& dice) {
 
 inline void addRandomRules(TestDatabase& db, Dice& dice) {
   const char* fields[] = {"app", "domain", "title", "url", "bundle", ""};
-  const char* patterns[] = {"a", "AB", "ÉTÉ", "video", "video.com", "mail", ""};
+  const char* patterns[] = {"a", "AB", "ÉTÉ", "video", "video.com", "mail", "", "ABC"};
   const Value categories[] = {kNull, kNull, "travail", "loisir", "autre", "étrange", ""};
-  const int priorities[] = {-10, 0, 0, 5};
+  const int priorities[] = {-20, -10, 0, 0, 5};
   for (int count = dice.upTo(6); count > 0; --count) {
     db.run("INSERT INTO rules(field,pattern,category,project_id,priority) VALUES (?,?,?,?,?)",
            {dice.oneOf(fields), dice.oneOf(patterns), dice.oneOf(categories),
