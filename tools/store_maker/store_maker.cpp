@@ -30,12 +30,14 @@ void addProjects(Transaction& change, bool odd, double now) {
   }
 }
 
-// One that Camille wrote, and one that an assignment taught.
+// One that Camille wrote, one that an assignment taught, and one that an application was given.
 void addRules(Transaction& change, double now) {
   constexpr auto kInsert =
-      "INSERT INTO rules(field, pattern, category, project_id, created) VALUES (?,?,?,?,?)";
-  change.run(kInsert, {"domain", "intranet.atelier-cmd.fr", "travail", 3, now - kMonth});
-  change.run(kInsert, {"app", "Zotero", "autre", 4, now - kMonth / 2});
+      "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
+      "VALUES (?,?,?,?,?,?)";
+  change.run(kInsert, {"domain", "intranet.atelier-cmd.fr", "travail", 3, 0, now - kMonth});
+  change.run(kInsert, {"app", "Zotero", "autre", 4, 0, now - kMonth / 2});
+  change.run(kInsert, {"app", "Inkscape", "travail", nullptr, kAppRulePriority, now - kMonth / 2});
 }
 
 bool addPossessions(Database& db, const StorePlan& plan) {

@@ -94,7 +94,13 @@ test("the keyboard alone selects, assigns and takes back; the rule that was lear
   await page.keyboard.press("r");
   await page.locator("#rule-search").fill("youtube");
   await page.waitForFunction(() => document.querySelectorAll(".rule-row:not(.head)").length === 1);
-  assert.deepEqual(await page.locator(".rule-row:not(.head) > :nth-child(5)").allInnerTexts(), ["Intégrée"]);
+  const origins = page.locator(".rule-row:not(.head) > :nth-child(5)");
+  assert.deepEqual(await origins.allInnerTexts(), ["Intégrée"]);
+  await page.locator("#rule-search").fill("");
+  await page.getByRole("button", { name: "D’après l’application 1" }).click();
+  await page.waitForFunction(() => document.querySelectorAll(".rule-row:not(.head)").length === 1);
+  assert.deepEqual(await origins.allInnerTexts(), ["D’après l’application"]);
+  assert.ok(await origins.evaluate((cell) => cell.scrollWidth <= cell.clientWidth), "it is not cut short");
   await page.context().close();
 });
 
@@ -266,6 +272,14 @@ test("a block says why it counts as it does, and leads to what decided", async (
   await saying("Aucune règle ne le classe");
   await page.locator(".block", { hasText: "Assigné à la main" }).click();
   await saying("Assigné à la main");
+  await page.program.ask("projects.delete", { id: 4 }); // its keyword decides before the application
+  const drawing = page.locator(".block", { hasText: "affiche-mémoire.svg" }).first();
+  for (let day = 0; day < 7 && !(await drawing.isVisible()); ++day) {
+    await page.getByRole("button", { name: "Jour précédent" }).click();
+    await page.waitForTimeout(300);
+  }
+  await drawing.click();
+  await saying("D’après l’application « Inkscape »");
   await page.context().close();
 });
 

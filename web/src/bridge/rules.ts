@@ -19,7 +19,7 @@ export interface RuleFacts {
   pattern: string;
   category: string | null;
   project_id: number | null;
-  /** Negative for a built-in rule. */
+  /** Negative for a rule that the program made: -10 for a built-in one, -20 for an application's. */
   priority: number;
 }
 

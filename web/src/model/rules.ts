@@ -1,9 +1,16 @@
 import type { RuleRow } from "../bridge/routes";
+import type { RuleFacts } from "../bridge/rules";
 import { fold } from "./filter";
 
-export type Source = "mine" | "learned" | "builtin";
+export type Source = "mine" | "learned" | "builtin" | "application";
+
+/** Whether the program made it from what an application's desktop file says: it means just that name. */
+export function isOfApplication({ priority, field, category, project_id }: RuleFacts): boolean {
+  return priority === -20 && field === "app" && category !== null && project_id === null;
+}
 
 export function sourceOf(rule: RuleRow, learned: ReadonlySet<number>): Source {
+  if (isOfApplication(rule)) return "application";
   if (rule.priority < 0) return "builtin";
   return learned.has(rule.id) ? "learned" : "mine";
 }

@@ -1,6 +1,7 @@
 import type { Block } from "../../bridge/routes";
 import type { Explanation, RuleFacts } from "../../bridge/rules";
 import { useAnswer } from "../../client";
+import { isOfApplication } from "../../model/rules";
 import { count } from "../../model/time";
 import { Foreign } from "../../ui/parts";
 import { fieldLabel } from "../rules/labels";
@@ -53,7 +54,9 @@ function Decision({ why, onEditRule, onEditProject }: Actions & { why: Explanati
 function ByRule({ rule, onEdit }: { rule: RuleFacts; onEdit: (rule: RuleFacts) => void }) {
   return (
     <span>
-      {`Règle «\u00a0${fieldLabel(rule.field).toLowerCase()} contient `}
+      {isOfApplication(rule)
+        ? "D’après l’application «\u00a0"
+        : `Règle «\u00a0${fieldLabel(rule.field).toLowerCase()} contient `}
       <Foreign text={rule.pattern} length={40} />
       {"\u00a0» "}
       <button type="button" class="link" onClick={() => onEdit(rule)}>

@@ -8,7 +8,12 @@ import { useWindowed } from "../../ui/windowed";
 import { fieldLabel } from "./labels";
 
 const rowHeight = 40;
-const origins: Record<Source, string> = { mine: "À moi", learned: "Apprise", builtin: "Intégrée" };
+const origins: Record<Source, string> = {
+  mine: "À moi",
+  learned: "Apprise",
+  builtin: "Intégrée",
+  application: "D’après l’application",
+};
 
 interface Actions {
   onEdit: (rule: RuleRow) => void;

@@ -9,6 +9,7 @@ const sources: [Source, string][] = [
   ["mine", "Les miennes"],
   ["learned", "Apprises"],
   ["builtin", "Intégrées"],
+  ["application", "D’après l’application"],
 ];
 
 interface Props {
