@@ -116,7 +116,11 @@ void preview(benchmark::State& state) {
 
 const bool kRegistered = [] {
   const auto add = [](const char* name, auto function) {
-    benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->Repetitions(5);
+    // Short and many: of some the machine was all ours.
+    benchmark::RegisterBenchmark(name, function)
+        ->Unit(benchmark::kMillisecond)
+        ->MinTime(0.1)
+        ->Repetitions(15);
   };
   const auto weekAgo = daysAgo(7);
   const auto monday = Calendar().startOf(weekAgo.monday());

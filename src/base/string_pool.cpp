@@ -3,20 +3,10 @@
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
-#include <cstring>
-#include <new>
+#include <algorithm>
 #include <random>
 
 namespace orvanta {
-
-Text TextSlot::hold(std::string_view text) {
-  constexpr auto kEntry = sizeof(Text::Entry);
-  const auto entries = 1 + (text.size() + kEntry - 1) / kEntry;
-  if (room_.size() < entries) room_.resize(2 * entries);
-  room_.front().size = static_cast<uint32_t>(text.size());
-  std::memcpy(static_cast<void*>(room_.data() + 1), text.data(), text.size());
-  return Text(room_.data());
-}
 
 StringPool::StringPool() {
   constexpr std::size_t kUsual = 512;  // growing costs more than the room
@@ -29,13 +19,10 @@ uint64_t StringPool::hashOf(std::string_view text) {
 }
 
 Text StringPool::intern(std::string_view text) {
-  const Key key{text, hashOf(text)};
-  if (const auto found = index_.find(key); found != index_.end()) return Text(*found);
-  auto* memory = memory_.allocate(sizeof(Entry) + text.size(), alignof(Entry));
-  const auto* entry = ::new (memory) Entry{key.hash, size(), static_cast<uint32_t>(text.size())};
-  std::memcpy(static_cast<char*>(memory) + sizeof(Entry), text.data(), text.size());
-  index_.insert(entry);
-  return Text(entry);
+  if (const auto found = index_.find(text); found != index_.end()) return *found;
+  auto* memory = static_cast<char*>(memory_.allocate(text.size(), 1));
+  std::copy(text.begin(), text.end(), memory);
+  return *index_.insert(Text({memory, text.size()}, size())).first;
 }
 
 }  // namespace orvanta

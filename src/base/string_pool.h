@@ -12,51 +12,43 @@
 
 namespace orvanta {
 
-/// A string of a StringPool, or nothing. As cheap to copy as a pointer; valid as long as the pool.
+/// A text that somebody else holds, or nothing. As cheap to copy as a view; valid as long as its
+/// pool, or as what it was borrowed from.
 class Text {
  public:
   Text() = default;
+  /// Of no pool, for what is looked at once.
+  static Text borrowed(std::string_view text) { return {text, kNoId}; }
 
-  explicit operator bool() const { return entry_ != nullptr; }
+  explicit operator bool() const { return data_ != nullptr; }
 
   /// The text, empty when there is none.
-  std::string_view view() const { return entry_ ? entry_->view() : std::string_view(); }
+  std::string_view view() const { return {data_, size_}; }
   std::string str() const { return std::string(view()); }
   std::optional<std::string> optional() const {
-    return entry_ ? std::optional(str()) : std::nullopt;
+    return data_ ? std::optional(str()) : std::nullopt;
   }
 
-  /// Dense number of the string in its pool, from 0. Only for a Text that holds something.
-  uint32_t id() const { return entry_->id; }
+  /// Dense number of the string in its pool, from 0; the same for all that are in none.
+  uint32_t id() const { return id_; }
 
   /// Same text, or both nothing. Equal texts of one pool are seen to be so at once.
   friend bool operator==(Text a, Text b) {
-    return a.entry_ == b.entry_ || (a.entry_ && b.entry_ && a.view() == b.view());
+    return a.data_ == b.data_ ? a.size_ == b.size_ : a.data_ && b.data_ && a.view() == b.view();
   }
 
  private:
   friend class StringPool;
-  friend class TextSlot;
-  // Stands right before its characters, so that both come into the processor's cache together.
-  struct Entry {
-    uint64_t hash;
-    uint32_t id;
-    uint32_t size;
-    std::string_view view() const { return {reinterpret_cast<const char*>(this + 1), size}; }
-  };
-  explicit Text(const Entry* entry) : entry_(entry) {}
+  static constexpr uint32_t kNoId = UINT32_MAX;
+  // An empty view may point nowhere, and is a text all the same.
+  Text(std::string_view text, uint32_t id)
+      : data_(text.empty() ? "" : text.data()),
+        size_(static_cast<uint32_t>(text.size())),
+        id_(id) {}
 
-  const Entry* entry_ = nullptr;
-};
-
-/// A place for one text at a time, which costs no more than to copy it: for those that are looked
-/// at once. Such a Text has no id, and is another with the next hold().
-class TextSlot {
- public:
-  Text hold(std::string_view text);
-
- private:
-  std::vector<Text::Entry> room_;
+  const char* data_ = nullptr;
+  uint32_t size_ = 0;
+  uint32_t id_ = kNoId;
 };
 
 /// Owns the strings. Not thread-safe: one request, one pool.
@@ -77,28 +69,21 @@ class StringPool {
   uint32_t size() const { return static_cast<uint32_t>(index_.size()); }
 
  private:
-  using Entry = Text::Entry;
-  struct Key {
-    std::string_view text;
-    uint64_t hash;
-  };
   struct Hash {
     using is_transparent = void;
     using is_avalanching = void;
-    std::size_t operator()(const Key& key) const { return key.hash; }
-    std::size_t operator()(const Entry* entry) const { return entry->hash; }
+    std::size_t operator()(std::string_view text) const { return hashOf(text); }
+    std::size_t operator()(Text text) const { return hashOf(text.view()); }
   };
   struct Same {
     using is_transparent = void;
-    bool operator()(const Entry* a, const Entry* b) const { return a == b; }
-    bool operator()(const Key& key, const Entry* entry) const {
-      return key.hash == entry->hash && key.text == entry->view();
-    }
-    bool operator()(const Entry* entry, const Key& key) const { return (*this)(key, entry); }
+    bool operator()(Text a, Text b) const { return a == b; }
+    bool operator()(std::string_view a, Text b) const { return a == b.view(); }
+    bool operator()(Text a, std::string_view b) const { return a.view() == b; }
   };
 
   std::pmr::monotonic_buffer_resource memory_{16384};
-  boost::unordered_flat_set<const Entry*, Hash, Same> index_;
+  boost::unordered_flat_set<Text, Hash, Same> index_;
 };
 
 }  // namespace orvanta

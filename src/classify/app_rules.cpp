@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "base/text.h"
 #include "classify/classifier.h"
 #include "classify/defaults.h"
 #include "classify/desktop_categories.h"
+#include "classify/rule_set.h"
 
 namespace orvanta {
 namespace {
@@ -44,11 +46,12 @@ bool isSorted(Transaction& change, const std::string& app) {
   std::vector<Rule> rules;  // in no order: it is no matter which of them decides
   change.each(fmt::format("SELECT {} FROM rules", Rule::kColumns), {},
               [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
-  const auto projects = loadProjects(change.database());
+  auto projects = loadProjects(change.database());
   StringPool pool;
   Ev ev;
   ev.app = pool.intern(app);
-  return Classifier(pool, rules, projects).decide(ev).categoryBy != Decision::By::None;
+  const auto book = std::make_shared<const RuleBook>(std::move(rules), std::move(projects));
+  return Classifier(pool, book).decide(ev).categoryBy != Decision::By::None;
 }
 
 bool isBuiltIn(const std::string& name) {

@@ -1,17 +1,15 @@
 // What a span counts as.
 #pragma once
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "base/string_pool.h"
-#include "classify/pattern_search.h"
-#include "classify/rule_set.h"
+#include "classify/rule_book.h"
 #include "storage/ev.h"
 
 namespace orvanta {
@@ -45,71 +43,46 @@ struct Decision {
 /// whatever the number of spans that carry it, and a title not again soon. Not thread-safe.
 class Classifier {
  public:
-  /// `rules` are in matching order. All three outlive the classifier; every span that it is given
-  /// has its texts in `pool`, but for title and address.
-  Classifier(StringPool& pool, const std::vector<Rule>& rules, const Projects& projects);
+  /// `pool` outlives the classifier; every span that it is given has its texts there, but for title
+  /// and address.
+  Classifier(StringPool& pool, std::shared_ptr<const RuleBook> book);
 
   /// Sets `cat`, `pid` and `manual` of `ev`.
   void classify(Ev& ev);
   /// The same with the reasons, whatever `ev` was classified as. Points into the rules.
-  Decision decide(const Ev& ev);
+  Decision decide(const Ev& ev) { return decide(ev, matched(ev)); }
+
+  /// What rules and keywords say of a span, for those who add to it before they decide.
+  RuleBook::Match matched(const Ev& ev);
+  Decision decide(const Ev& ev, const RuleBook::Match& match) const;
 
   /// Where keywords are looked for: title, URL, domain and app joined by spaces, lower-cased.
   static std::string keywordText(const Ev& ev);
 
  private:
-  static constexpr auto kFields = kTexts<RuleField>.size();
-  using Rank = PatternSearch::Rank;
-  static constexpr Rank kNone = PatternSearch::kNone;
-
-  // What all rules and keywords have to say about texts.
-  struct Match {
-    PatternSearch::Found found;  // ranks are indexes into rules_ and keywordProjects_
+  struct Seen {
+    RuleBook::Match match;
     bool known = false;
-    bool opensPhrase = false;  // one ends with the beginning of a keyword of several words
-    Rank own = kNone;          // the application's own rule
-
-    void merge(const Match& other) {
-      found.merge(other.found);
-      own = std::min(own, other.own);
-      opensPhrase = opensPhrase || other.opensPhrase;
-    }
   };
-  using Matches = std::vector<Match>;  // by text id
-  // A keyword with a space, which may begin in one field and end in the next.
-  struct Phrase {
-    std::string text;
-    Rank project;
-  };
+  using ById = std::vector<Seen>;  // by text id
 
-  void addKeywords(const Project& project, Rank rank);
-  void look(RuleField field, Text text, Match& match) const;
-  void lookAtTitle(Text title, Match& match);
-  void lookOnce(RuleField field, Text text, Matches& known, Match& match) const;
-  bool opensPhrase(Text text) const;
-  Rank phraseAcrossFields(const Ev& ev) const;
-  Rank ownRule(Text app) const;
-  void fillIn(Decision& decision, Rank own) const;
+  void lookAtTitle(Text title, RuleBook::Match& match);
+  void lookOnce(RuleField field, Text text, ById& known, RuleBook::Match& match) const;
+  void fillIn(Decision& decision, RuleBook::Rank own) const;
 
   StringPool& pool_;
-  const std::vector<Rule>& rules_;
+  const std::shared_ptr<const RuleBook> book_;
   Text unclassified_;
   Text idle_;
   std::vector<Text> ruleCategories_;  // by rule
   std::map<int64_t, Text> projectCategories_;
-  std::array<PatternSearch, kFields> search_;
-  std::map<std::string, Rank> ownRules_;  // by the application's name in small letters
-  std::vector<int64_t> keywordProjects_;  // not archived, with keywords, by ascending id
-  std::vector<Phrase> phrases_;
-  std::vector<std::string> phraseOpenings_;  // the phrases up to each of their spaces
-  std::array<bool, 256> endsOpening_{};      // the last byte of one of these, in either case
 
-  Matches apps_;
-  Matches domains_;
+  ById apps_;
+  ById domains_;
   static constexpr std::size_t kTitles = 2048;
   struct SeenTitle {
     uint64_t hash = 0;
-    Match match;
+    Seen seen;
   };
   std::vector<SeenTitle> titles_;  // each in the place that its hash names, until another comes
 };

@@ -51,11 +51,18 @@ void PatternSearch::build() {
     nodes_[state].finds = true;
     atState_[state].merge(found);
     shortest_ = std::min(shortest_, text.size());
-    uint32_t place = 0;
-    for (const char c : text.substr(0, kLookedAt)) place = pushed(place, classOf(c));
-    begins_[place % kPlaces] = true;
   }
+  if (!patterns_.empty() && shortest_ >= kLookedAt) fillTable();
   patterns_ = {};
+}
+
+void PatternSearch::fillTable() {
+  // A table that knows more than this sends the search astray too often.
+  constexpr std::size_t kMost = kPlaces / 16;
+  stride_ = std::clamp(kMost / patterns_.size(), std::size_t{1}, shortest_ - kLookedAt + 1);
+  for (const auto& [text, found] : patterns_) {
+    for (std::size_t at = 0; at < stride_; ++at) known_[placeOf(text.data() + at)] = true;
+  }
 }
 
 PatternSearch::Found PatternSearch::search(std::string_view text) const {
@@ -79,11 +86,11 @@ PatternSearch::Found PatternSearch::searchBytes(std::string_view lowered) const 
     for (; !lowered.empty(); lowered.remove_prefix(1)) follow(lowered, found);
     return found;
   }
-  uint32_t place = 0;
-  for (std::size_t end = 1; end <= lowered.size(); ++end) {
-    place = pushed(place, classOf(lowered[end - 1]));
-    if (begins_[place % kPlaces] && end >= kLookedAt) [[unlikely]] {
-      follow(lowered.substr(end - kLookedAt), found);
+  for (std::size_t at = 0; at + kLookedAt <= lowered.size(); at += stride_) {
+    if (!known_[placeOf(lowered.data() + at)]) [[likely]]
+      continue;
+    for (std::size_t before = 0; before < stride_ && before <= at; ++before) {
+      follow(lowered.substr(at - before), found);
     }
   }
   return found;

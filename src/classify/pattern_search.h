@@ -12,10 +12,11 @@ namespace orvanta {
 /// Does not tell where a pattern occurs but the least of the ranks of those that do, of each of
 /// three kinds. Immutable once built; then any thread may search.
 ///
-/// At nearly every place of a text no pattern begins, which a table tells of its next three bytes;
-/// where one may, the tree of the patterns is followed. No place waits for what was found at the
-/// one before, so the processor looks at several at once; an automaton that never goes back
-/// (Aho-Corasick) takes several times as long.
+/// At nearly every place of a text there is nothing of any pattern, which a table tells of three
+/// bytes; where there may be, the tree of the patterns is followed. The longer the shortest pattern
+/// is, the more places are passed over, as in Wu and Manber's search. No place waits for what was
+/// found at the one before, so the processor looks at several at once; an automaton that never goes
+/// back (Aho-Corasick) takes several times as long.
 class PatternSearch {
  public:
   using Rank = uint32_t;
@@ -51,11 +52,16 @@ class PatternSearch {
   static constexpr uint32_t kPlaces = 4096;
   static constexpr std::size_t kLookedAt = 3;
 
-  // What the last three bytes' classes make, modulo kPlaces: the older ones are pushed out.
-  static uint32_t pushed(uint32_t place, uint8_t byteClass) { return (place << 4) ^ byteClass; }
+  // Where the table tells of the three bytes from `at` on.
+  uint32_t placeOf(const char* at) const {
+    return ((static_cast<uint32_t>(classOf(at[0])) << 8) ^
+            (static_cast<uint32_t>(classOf(at[1])) << 4) ^ classOf(at[2])) %
+           kPlaces;
+  }
   uint8_t classOf(char c) const { return classOf_[static_cast<uint8_t>(c)]; }
   State child(State state, uint8_t edge) const;
   State makeChild(State state, uint8_t edge);
+  void fillTable();
   void follow(std::string_view lowered, Found& found) const;
   Found searchBytes(std::string_view lowered) const;
 
@@ -70,8 +76,10 @@ class PatternSearch {
   std::vector<Found> atState_;  // what is found on arrival
   std::vector<State> first_;    // the state after one byte, by its class
   std::size_t shortest_ = SIZE_MAX;
-  std::array<bool, kPlaces>
-      begins_{};  // a pattern, by what pushed() makes of its first three bytes
+  // Every how many bytes a text is looked at. What is seen there may be in the first so many
+  // places of a pattern: the table knows the bytes of these.
+  std::size_t stride_ = 1;
+  std::array<bool, kPlaces> known_{};
 };
 
 }  // namespace orvanta

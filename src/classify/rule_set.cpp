@@ -4,15 +4,12 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <limits>
 #include <tuple>
 #include <utility>
 
 #include "base/text.h"
 
 namespace orvanta {
-
-namespace {
 
 // Sorted here: SQLite takes as long to sort them as to read them.
 std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
@@ -36,37 +33,28 @@ std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
   return sorted;
 }
 
-}  // namespace
-
-std::vector<Rule> loadRules(Database& db) {
+std::vector<Rule> loadRules(Database& db, bool* whole) {
   constexpr std::size_t kUsual = 300;
   static const auto kSelect = fmt::format("SELECT {} FROM rules", Rule::kColumns);
   std::vector<Rule> rules;
   rules.reserve(kUsual);
-  db.scan(kSelect, {}, [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
+  const auto take = [&](const Cursor& row) { rules.push_back(Rule::read(row)); };
+  if (!db.scan(kSelect, {}, take) && whole) *whole = false;
   return inMatchingOrder(std::move(rules));
 }
 
-std::vector<Rule> withRuleSaved(const std::vector<Rule>& rules, Rule rule) {
-  rule.id = std::numeric_limits<int64_t>::max();
-  rule.priority = 0;
-  std::vector<Rule> after;
-  after.reserve(rules.size() + 1);
-  for (const auto& other : rules) {
-    const bool replaced = other.field == rule.field &&
-                          g_ascii_strcasecmp(other.pattern.c_str(), rule.pattern.c_str()) == 0;
-    if (!replaced) after.push_back(other);
-  }
-  after.push_back(std::move(rule));
-  return inMatchingOrder(std::move(after));
+bool replaces(const Rule& saved, const Rule& other) {
+  return other.field == saved.field &&
+         g_ascii_strcasecmp(other.pattern.c_str(), saved.pattern.c_str()) == 0;
 }
 
-Projects loadProjects(Database& db) {
+Projects loadProjects(Database& db, bool* whole) {
   Projects projects;
-  for (const auto& row : db.query("SELECT * FROM projects")) {
-    auto project = Project::fromRow(row);
+  const auto take = [&](const Cursor& row) {
+    auto project = Project::read(row);
     projects.insert_or_assign(project.id, std::move(project));
-  }
+  };
+  if (!db.each("SELECT * FROM projects", {}, take) && whole) *whole = false;
   return projects;
 }
 

@@ -10,14 +10,17 @@
 namespace orvanta {
 
 /// All rules in matching order: the higher priority first, then the longer pattern, then the older
-/// rule.
-std::vector<Rule> loadRules(Database& db);
+/// rule. `whole` becomes false when not all of them could be read.
+std::vector<Rule> loadRules(Database& db, bool* whole = nullptr);
 
-/// What loadRules() would yield once `rule` was saved: it takes the place of those of its field and
-/// pattern, in any case of ASCII letters, has priority 0 and is the newest.
-std::vector<Rule> withRuleSaved(const std::vector<Rule>& rules, Rule rule);
+/// In the order that loadRules() says.
+std::vector<Rule> inMatchingOrder(std::vector<Rule> rules);
 
-/// All projects, archived ones included.
-Projects loadProjects(Database& db);
+/// Whether saving `saved` takes `other` away: it has the same field and pattern, in any case of
+/// ASCII letters.
+bool replaces(const Rule& saved, const Rule& other);
+
+/// All projects, archived ones included; `whole` as above.
+Projects loadProjects(Database& db, bool* whole = nullptr);
 
 }  // namespace orvanta

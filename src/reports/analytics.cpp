@@ -83,13 +83,13 @@ std::vector<Project> byName(const Projects& projects) {
 }  // namespace
 
 Analytics::Analytics(Database& db, Clock clock, Calendar calendar)
-    : db_(db), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
+    : db_(db), rules_(db), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
 
 DayReport Analytics::day(const Date& date) const {
   DayReport report;
   report.date = date;
   report.bounds = calendar_.dayBounds(date);
-  SpanReader reader(db_);
+  SpanReader reader(db_, rules_.book());
   const auto spans = reader.all(report.bounds);
   for (const auto& ev : spans) widen(report.extent, ev);
   report.segments = segments(spans);
@@ -101,7 +101,7 @@ DayReport Analytics::day(const Date& date) const {
 }
 
 DayTotals Analytics::totals(const Date& date) const {
-  SpanReader reader(db_);
+  SpanReader reader(db_, rules_.book());
   Agg agg;
   reader.each(calendar_.dayBounds(date), [&](const Ev& ev) { agg.add(ev); });
   return {totalsOf(agg, reader.projects()), byName(reader.projects())};
@@ -112,6 +112,11 @@ WeekReport Analytics::week(const Date& date) const {
     TimeRange bounds;
     Sums sums;
     Extent extent;
+
+    void add(const Ev& ev) {
+      sums.add(ev);
+      widen(extent, ev);
+    }
   };
   WeekReport report{.monday = date.monday()};
   const auto calendar = calendar_.pinned();
@@ -119,13 +124,12 @@ WeekReport Analytics::week(const Date& date) const {
   for (int i = 0; i < kDaysPerWeek; ++i) {
     days.push_back({calendar.dayBounds(report.monday.plusDays(i)), {}, {}});
   }
-  SpanReader reader(db_);
+  SpanReader reader(db_, rules_.book());
   reader.each({days.front().bounds.start, days.back().bounds.end}, [&](const Ev& ev) {
-    for (auto& [bounds, sums, extent] : days) {
-      if (!overlaps(ev, bounds)) continue;
-      const auto part = clipped(ev, bounds);
-      sums.add(part);
-      widen(extent, part);
+    for (auto& day : days) {
+      if (!overlaps(ev, day.bounds)) continue;
+      const bool whole = ev.start >= day.bounds.start && ev.end <= day.bounds.end;
+      whole ? day.add(ev) : day.add(clipped(ev, day.bounds));
     }
   });
   TextTally byCat;
@@ -146,7 +150,7 @@ WeekReport Analytics::week(const Date& date) const {
 
 Recap Analytics::recap(const Date& date) const {
   const auto monday = date.monday();
-  SpanReader reader(db_);
+  SpanReader reader(db_, rules_.book());
   auto current = summary(reader, monday);
   auto previous = summary(reader, monday.plusDays(-kDaysPerWeek));
   return {monday, std::move(current), std::move(previous), reader.whole()};
@@ -174,7 +178,7 @@ WeekSummary Analytics::summary(SpanReader& reader, const Date& monday) const {
 std::vector<Suggestion> Analytics::suggestions() const {
   constexpr double kTwoWeeks = 1209600;
   const double now = clock_();
-  SpanReader reader(db_);
+  SpanReader reader(db_, rules_.book());
   SuggestionFinder finder(reader.rules(), reader.projects());
   reader.each({now - kTwoWeeks, now}, [&](const Ev& ev) { finder.add(ev); });
   return finder.suggestions();
@@ -183,7 +187,7 @@ std::vector<Suggestion> Analytics::suggestions() const {
 bool Analytics::exportCsv(const Date& from, const Date& to,
                           const std::function<void(std::string_view)>& write) const {
   const TimeRange range{calendar_.startOf(from), calendar_.startOf(to.plusDays(1))};
-  SpanReader reader(db_);
+  SpanReader reader(db_, rules_.book());
   CsvWriter csv(calendar_, reader.projects(), write);
   if (range.start < range.end) reader.each(range, [&](const Ev& ev) { csv.add(ev); });
   csv.finish();

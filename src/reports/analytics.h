@@ -7,6 +7,7 @@
 
 #include "base/calendar.h"
 #include "base/clock.h"
+#include "classify/current_rules.h"
 #include "reports/report.h"
 #include "storage/database.h"
 
@@ -16,7 +17,7 @@ class SpanReader;
 
 /// Builds each report from the store at the moment it is asked for. Reports never fail: missing
 /// data gives empty lists and zero totals, and a report of a day, a week or two that could not read
-/// all of its spans says so. Holds no state; may be called from any thread.
+/// all of its spans says so. May be called from any thread.
 class Analytics {
  public:
   /// `db` outlives it.
@@ -46,6 +47,7 @@ class Analytics {
   WeekSummary summary(SpanReader& reader, const Date& monday) const;
 
   Database& db_;
+  const CurrentRules rules_;
   Clock clock_;
   Calendar calendar_;
 };

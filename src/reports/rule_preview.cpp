@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <limits>
+#include <memory>
 #include <tuple>
 #include <unordered_map>
+#include <utility>
 
 #include "base/text.h"
 #include "classify/classifier.h"
@@ -83,16 +86,45 @@ Text Ev::*memberOf(std::string_view field) {
   return field == "domain" ? &Ev::domain : &Ev::app;
 }
 
+// All rules, those that come or go with a saved one in their places among the others. They match
+// wherever its pattern was found, so they are not looked for again; but for an application's own,
+// which means the whole name.
+struct RankedRules {
+  std::vector<Rule> rules;
+  PatternSearch::Found before;
+  PatternSearch::Found after;
+  PatternSearch::Rank ownBefore = PatternSearch::kNone;
+
+  RankedRules(std::vector<Rule> others, Rule saved) {
+    constexpr auto kNewest = std::numeric_limits<int64_t>::max();
+    saved.id = kNewest;
+    saved.priority = 0;
+    others.push_back(saved);
+    rules = inMatchingOrder(std::move(others));
+    for (PatternSearch::Rank rank = 0; rank < rules.size(); ++rank) {
+      auto& rule = rules[rank];
+      if (!replaces(saved, rule)) continue;
+      if (rule.ofApplication()) {
+        ownBefore = rank;
+        continue;
+      }
+      auto& found = rule.id == kNewest ? after : before;
+      if (rule.category) found.category = std::min(found.category, rank);
+      if (rule.projectId) found.project = std::min(found.project, rank);
+      rule.pattern.clear();
+    }
+  }
+};
+
 class Preview {
  public:
   Preview(SpanReader& reader, const Rule& rule)
       : reader_(reader),
         rule_(rule),
         field_(memberOf(rule.field)),
-        afterRules_(withRuleSaved(reader.rules(), rule)),
+        rules_(reader.rules(), rule),
         spans_(texts_),
-        before_(texts_, reader.rules(), reader.projects()),
-        after_(texts_, afterRules_, reader.projects()) {
+        classifier_(texts_, std::make_shared<const RuleBook>(rules_.rules, reader.projects())) {
     pattern_.add(lowerCase(rule.pattern), {.category = 0});
     pattern_.build();
   }
@@ -125,8 +157,10 @@ class Preview {
 
   void add(const Ev& ev) {
     preview_.caught.add(ev);
-    const auto before = before_.decide(ev);
-    const auto after = after_.decide(ev);
+    auto match = classifier_.matched(ev);
+    const auto before = decide(ev, match, rules_.before);
+    if (match.own == rules_.ownBefore) match.own = RuleBook::kNone;
+    const auto after = decide(ev, match, rules_.after);
     if (!before.agrees(after)) {
       preview_.changed.add(ev);
       auto& total = moves_[{before.category, after.category, before.project, after.project}];
@@ -140,6 +174,11 @@ class Preview {
     value.seconds += ev.duration();
     addPart(titles_, value.key, ev.title, ev);
     addPart(urls_, value.key, ev.url, ev);
+  }
+
+  Decision decide(const Ev& ev, RuleBook::Match match, const PatternSearch::Found& more) const {
+    match.found.merge(more);
+    return classifier_.decide(ev, match);
   }
 
   static void addPart(Parts& parts, uint64_t value, Text text, const Ev& ev) {
@@ -187,13 +226,12 @@ class Preview {
   SpanReader& reader_;
   const Rule& rule_;
   Text Ev::*const field_;
-  const std::vector<Rule> afterRules_;
+  const RankedRules rules_;
   PatternSearch pattern_;
   int column_ = -1;
   StringPool texts_;
   EvReader spans_;
-  Classifier before_;
-  Classifier after_;
+  Classifier classifier_;
 
   RulePreview preview_;
   Tally<MoveTotal, MoveHash> moves_;

@@ -39,11 +39,11 @@ struct RulePreview {
   bool whole = true;              ///< false when not all spans could be read
 };
 
-/// The preview of saving `rule`, as withRuleSaved() understands it, over the spans that overlap
-/// `range`, clipped to it. Only spans that the pattern catches are classified, with and without the
-/// rule: all rules that come or go have this pattern. Of a long range it holds a few numbers for
-/// each distinct text that was caught, not the texts, which are told apart by their hashes. Any
-/// thread; throws nothing.
+/// The preview of saving `rule`, with priority 0 and in the place of those that it replaces(), over
+/// the spans that overlap `range`, clipped to it. Only spans that the pattern catches are
+/// classified, with and without the rule: all rules that come or go have this pattern. Of a long
+/// range it holds a few numbers for each distinct text that was caught, not the texts, which are
+/// told apart by their hashes. Any thread; throws nothing.
 RulePreview previewRule(Database& db, const Rule& rule, const TimeRange& range);
 
 }  // namespace orvanta

@@ -3,7 +3,9 @@
 #include <fmt/ranges.h>
 
 #include <limits>
+#include <utility>
 
+#include "classify/current_rules.h"
 #include "storage/overlap.h"
 
 namespace orvanta {
@@ -19,12 +21,10 @@ const OverlapQuery& query() {
 
 }  // namespace
 
-SpanReader::SpanReader(Database& db)
-    : db_(db),
-      rules_(loadRules(db)),
-      projects_(loadProjects(db)),
-      reader_(texts_),
-      classifier_(texts_, rules_, projects_) {}
+SpanReader::SpanReader(Database& db, std::shared_ptr<const RuleBook> book)
+    : db_(db), book_(std::move(book)), reader_(texts_), classifier_(texts_, book_) {}
+
+SpanReader::SpanReader(Database& db) : SpanReader(db, CurrentRules(db).book()) {}
 
 Ev SpanReader::read(const Cursor& row, const TimeRange& range) {
   auto ev = reader_.read(row);

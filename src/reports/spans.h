@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "base/calendar.h"
@@ -39,6 +40,7 @@ inline Ev clipped(Ev ev, const TimeRange& range) {
 class SpanReader {
  public:
   /// `db` outlives the reader.
+  SpanReader(Database& db, std::shared_ptr<const RuleBook> book);
   explicit SpanReader(Database& db);
   SpanReader(const SpanReader&) = delete;
   SpanReader& operator=(const SpanReader&) = delete;
@@ -65,17 +67,15 @@ class SpanReader {
   /// False once something could not be read: what was shown is not all.
   bool whole() const { return whole_; }
 
-  const Projects& projects() const { return projects_; }
-  const std::vector<Rule>& rules() const { return rules_; }
+  const Projects& projects() const { return book_->projects(); }
+  const std::vector<Rule>& rules() const { return book_->rules(); }
 
  private:
   Ev read(const Cursor& row, const TimeRange& range);
 
   Database& db_;
   bool whole_ = true;
-  const std::vector<Rule> rules_;
-  const Projects projects_;
-
+  const std::shared_ptr<const RuleBook> book_;
   StringPool texts_;
   EvReader reader_;
   Classifier classifier_;

@@ -230,7 +230,10 @@ bool Database::scan(std::string_view sql, const Args& args,
   std::string message;
   {
     const std::lock_guard lock(scanMutex_);
-    if (!scanner_ && !away_) scanner_ = Connection(where_.file(), Connection::kForReports);
+    if (!scanner_ && !away_) {
+      scanner_ = Connection(where_.file(), Connection::kForReports);
+      ++scanners_;
+    }
     if (auto* statement = scanner_ ? scanner_.prepared(sql) : nullptr) {
       code = statement->visitRows(args, visit);
       if (code == SQLITE_DONE) return true;
@@ -244,6 +247,17 @@ bool Database::scan(std::string_view sql, const Args& args,
     log_(fmt::format("Orvanta SQL: {} — {}", message, sql));
   }
   return false;
+}
+
+// Of one connection, data_version tells what all others have stored.
+std::optional<int64_t> Database::scanRevision() {
+  const std::lock_guard lock(scanMutex_);
+  auto* statement = scanner_ ? scanner_.prepared("PRAGMA data_version") : nullptr;
+  if (!statement) return {};
+  std::optional<int64_t> version;
+  statement->visitRows({}, [&](const Cursor& row) { version = row.int_(0); });
+  constexpr int64_t kAnotherScanner = int64_t{1} << 40;
+  return version ? std::optional(scanners_ * kAnotherScanner + *version) : std::nullopt;
 }
 
 void Database::releaseScanMemory() {

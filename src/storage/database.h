@@ -68,6 +68,10 @@ class Database {
   bool scan(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
+  /// A number that is another whenever what scans see may have changed; to be asked before what is
+  /// scanned and kept. Waits for no writer. Absent when that cannot be told.
+  std::optional<int64_t> scanRevision();
+
   /// Gives back what scans hold to be quick when they are asked the same again.
   void releaseScanMemory();
 
@@ -178,6 +182,7 @@ class Database {
 
   std::mutex scanMutex_;  // guards the next
   Connection scanner_;    // opened by the first scan
+  int64_t scanners_ = 0;  // opened so far
   std::atomic<int64_t> generation_ = 0;
 };
 

@@ -9,9 +9,11 @@ EvReader::EvReader(StringPool& pool)
       unknownApp_(pool.intern(kUnknownApp)),
       unclassified_(pool.intern(textOf(Category::Nonclasse))) {}
 
-Text EvReader::text(const Cursor& row, int column) {
+Text EvReader::text(const Cursor& row, int column, Text& last) {
   const auto value = row.str(column);
-  return value ? pool_.intern(*value) : Text();
+  if (!value) return {};
+  if (!last || last.view() != *value) last = pool_.intern(*value);
+  return last;
 }
 
 Ev EvReader::read(const Cursor& row) {
@@ -25,14 +27,14 @@ Ev EvReader::read(const Cursor& row) {
   ev.id = row.int_(columns_->id).value_or(0);
   ev.start = row.dbl(columns_->start);
   ev.end = row.dbl(columns_->end);
-  ev.app = text(row, columns_->app);
+  ev.app = text(row, columns_->app, last_.app);
   if (!ev.app) ev.app = unknownApp_;
-  ev.bundle = text(row, columns_->bundle);
-  if (const auto title = row.str(columns_->title)) ev.title = title_.hold(*title);
-  if (const auto url = row.str(columns_->url)) ev.url = url_.hold(*url);
-  ev.domain = text(row, columns_->domain);
+  ev.bundle = text(row, columns_->bundle, last_.bundle);
+  if (const auto title = row.str(columns_->title)) ev.title = Text::borrowed(*title);
+  if (const auto url = row.str(columns_->url)) ev.url = Text::borrowed(*url);
+  ev.domain = text(row, columns_->domain, last_.domain);
   ev.idle = row.int_(columns_->idle) == 1;
-  ev.category = text(row, columns_->category);
+  ev.category = text(row, columns_->category, last_.category);
   ev.projectId = row.int_(columns_->projectId);
   ev.cat = unclassified_;
   return ev;

@@ -44,23 +44,26 @@ class EvReader {
   /// `pool` outlives the spans read.
   explicit EvReader(StringPool& pool);
 
-  /// The row's span. Its title and address, of which a year has as many as spans, are those of the
-  /// row last read only; what is to be looked at longer is to be kept().
+  /// The row's span. Its title and address, of which a year has as many as spans, are the row's
+  /// own; what is to be looked at longer is to be kept().
   Ev read(const Cursor& row);
   Ev kept(Ev ev);
 
  private:
-  Text text(const Cursor& row, int column);
+  // The text of a column, and that of the row before, which is often the same.
+  Text text(const Cursor& row, int column, Text& last);
 
   StringPool& pool_;
-  TextSlot title_;
-  TextSlot url_;
   Text unknownApp_;
   Text unclassified_;
   struct Columns {
     int id, start, end, app, bundle, title, url, domain, idle, category, projectId;
   };
   std::optional<Columns> columns_;
+  struct Last {
+    Text app, bundle, domain, category;
+  };
+  Last last_;
 };
 
 }  // namespace orvanta

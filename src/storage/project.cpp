@@ -16,15 +16,16 @@ std::vector<std::string> parseKeywords(std::string_view list) {
   return keywords;
 }
 
-Project Project::fromRow(const Row& row) {
+Project Project::read(const Cursor& row) {
+  const auto text = [&](const char* name) { return row.str(row.column(name)); };
   const Project defaults;
   return {
-      .id = row.int_("id").value_or(0),
-      .name = row.str("name").value_or(""),
-      .color = row.str("color").value_or(defaults.color),
-      .category = row.str("category").value_or(defaults.category),
-      .archived = row.int_("archived") == 1,
-      .keywords = parseKeywords(row.str("keywords").value_or("")),
+      .id = row.int_(row.column("id")).value_or(0),
+      .name = std::string(text("name").value_or("")),
+      .color = std::string(text("color").value_or(defaults.color)),
+      .category = std::string(text("category").value_or(defaults.category)),
+      .archived = row.int_(row.column("archived")) == 1,
+      .keywords = parseKeywords(text("keywords").value_or("")),
   };
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "storage/category.h"
-#include "storage/value.h"
+#include "storage/statement.h"
 
 namespace orvanta {
 
@@ -21,7 +21,8 @@ struct Project {
   bool archived = false;
   std::vector<std::string> keywords;  ///< see parseKeywords
 
-  static Project fromRow(const Row& row);
+  /// Of a row with any columns.
+  static Project read(const Cursor& row);
 };
 
 /// By id, archived ones included.

@@ -5,7 +5,9 @@
 #include <set>
 
 #include "classify/classifier.h"
+#include "classify/current_rules.h"
 #include "classify/defaults.h"
+#include "classify/rule_set.h"
 #include "support/everyday_apps.h"
 #include "support/program.h"
 #include "support/store_rows.h"
@@ -29,11 +31,9 @@ struct ApplicationRules : testing::Test, Program {
     return rules;
   }
   std::string counts(const std::string& app, std::optional<int64_t> project = {}) {
-    const auto rules = loadRules(store.db);
-    const auto projects = loadProjects(store.db);
     StringPool pool;
     Ev ev{.app = pool.intern(app), .projectId = project};
-    Classifier(pool, rules, projects).classify(ev);
+    Classifier(pool, CurrentRules(store.db).book()).classify(ev);
     return ev.cat.str();
   }
   int64_t idOf(const std::string& pattern) {

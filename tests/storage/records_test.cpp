@@ -44,7 +44,7 @@ TEST(Project, FillsInDefaultsAndParsesKeywords) {
   TempStore store;
   store.db.run("INSERT INTO projects(name, color, category, archived, keywords) VALUES (?,?,?,?,?)",
                {"Été", nullptr, nullptr, 1, "  Alpha ,, ab,\tDeux MOTS , Éo1 , \n"});
-  const auto project = Project::fromRow(store.db.query("SELECT * FROM projects").front());
+  const auto project = loadProjects(store.db).begin()->second;
   EXPECT_EQ(project.keywords, (Texts{"alpha", "deux mots", "éo1"}));
   EXPECT_EQ(json::value_from(project), json::value({{"id", 1},
                                                     {"name", "Été"},

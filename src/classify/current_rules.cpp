@@ -1,0 +1,20 @@
+#include "classify/current_rules.h"
+
+#include <utility>
+
+#include "classify/rule_set.h"
+
+namespace orvanta {
+
+std::shared_ptr<const RuleBook> CurrentRules::book() const {
+  const auto revision = db_.scanRevision();
+  const std::lock_guard lock(mutex_);
+  if (revision && revision == revision_) return book_;
+  bool whole = true;
+  auto rules = loadRules(db_, &whole);
+  book_ = std::make_shared<const RuleBook>(std::move(rules), loadProjects(db_, &whole));
+  revision_ = whole ? revision : std::nullopt;
+  return book_;
+}
+
+}  // namespace orvanta
