@@ -88,7 +88,12 @@ class Session:
         self.desktop.set_setting("onboarded", "1")
         self.windows = [self.desktop.open_window("xterm", "-T", f"Terminal {number}", "-e",
                                                  "sleep", "100000")[1] for number in range(2)]
-        self.host = TrayHost(self.desktop.session)
+        self.cleanups = []
+        self.host = TrayHost(self)
+
+    def addCleanup(self, end):
+        """What a test would do when it ends."""
+        self.cleanups.append(end)
 
     def last_span(self):
         """Its id and when it began."""
@@ -98,7 +103,8 @@ class Session:
         return span or (0, 0)
 
     def close(self):
-        self.host.close()
+        for end in self.cleanups:
+            end()
         self.desktop.stop()
 
     def start(self, program):
