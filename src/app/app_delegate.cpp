@@ -126,6 +126,7 @@ const DayTotals& AppDelegate::today() {
   const auto date = core_.analytics.today();
   if (revision != reading_.revision || date != reading_.date) {
     reading_ = {revision, date, core_.analytics.totals(date)};
+    core_.analytics.releaseMemory();
     malloc_trim(0);  // what a report takes for a moment is a third of all that we have
   }
   return reading_.totals;

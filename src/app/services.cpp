@@ -20,7 +20,7 @@ Services::Services(DataLock held, Shell& shell, const std::function<void()>& end
       dashboard(
           ownProgram("orvanta-dashboard"), core,
           [this] {
-            db.releaseScanMemory();
+            core.analytics.releaseMemory();
             malloc_trim(0);
           },
           systemLog),

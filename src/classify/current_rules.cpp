@@ -17,4 +17,10 @@ std::shared_ptr<const RuleBook> CurrentRules::book() const {
   return book_;
 }
 
+void CurrentRules::release() const {
+  const std::lock_guard lock(mutex_);
+  book_.reset();
+  revision_.reset();
+}
+
 }  // namespace orvanta

@@ -19,6 +19,8 @@ class CurrentRules {
 
   /// What of them can be read: nothing of a store that cannot be opened.
   std::shared_ptr<const RuleBook> book() const;
+  /// Keeps none until they are asked for again.
+  void release() const;
 
  private:
   Database& db_;

@@ -184,6 +184,11 @@ std::vector<Suggestion> Analytics::suggestions() const {
   return finder.suggestions();
 }
 
+void Analytics::releaseMemory() const {
+  rules_.release();
+  db_.releaseScanMemory();
+}
+
 bool Analytics::exportCsv(const Date& from, const Date& to,
                           const std::function<void(std::string_view)>& write) const {
   const TimeRange range{calendar_.startOf(from), calendar_.startOf(to.plusDays(1))};

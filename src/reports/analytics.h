@@ -43,6 +43,9 @@ class Analytics {
   bool exportCsv(const Date& from, const Date& to,
                  const std::function<void(std::string_view)>& write) const;
 
+  /// Gives back what is held to be quick when more is asked.
+  void releaseMemory() const;
+
  private:
   WeekSummary summary(SpanReader& reader, const Date& monday) const;
 
