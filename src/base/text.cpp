@@ -166,6 +166,11 @@ std::string_view trimBlanks(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+std::optional<std::string> unlessBlank(std::string_view text) {
+  const auto trimmed = trimBlanks(text);
+  return trimmed.empty() ? std::nullopt : std::optional<std::string>(trimmed);
+}
+
 std::string validUtf8(std::string_view text) {
   if (text.empty()) return {};  // GLib would take a null pointer amiss
   const std::unique_ptr<char, decltype(&g_free)> valid(

@@ -37,6 +37,9 @@ std::string firstCharacters(std::string_view utf8, std::size_t most);
 /// `text` without the spaces and tabs at both ends. Line feeds stay.
 std::string_view trimBlanks(std::string_view text);
 
+/// The same; absent when that leaves nothing.
+std::optional<std::string> unlessBlank(std::string_view text);
+
 /// `text` with every byte that is not UTF-8 replaced by U+FFFD.
 std::string validUtf8(std::string_view text);
 

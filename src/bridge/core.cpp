@@ -11,10 +11,8 @@ Core::Core(Parts parts)
       desktop(parts.desktop),
       shell(parts.shell),
       appRules(db, clock),
-      tabs(
-          std::move(parts.browsers.helper), std::move(parts.browsers.sockets),
-          [this](int32_t pid) { return desktop.foreground->windowTitle(pid); },
-          std::move(parts.browsers.runChild), clock, std::move(parts.log)),
+      tabs(std::move(parts.browsers.helper), std::move(parts.browsers.sockets),
+           std::move(parts.browsers.runChild), clock, std::move(parts.log)),
       browsers(tabs, std::move(parts.browsers.setup), std::move(parts.browsers.running)),
       loginItem(std::move(parts.loginItem)),
       collectors(

@@ -12,11 +12,6 @@ namespace {
 constexpr std::chrono::milliseconds kPatience{150};
 constexpr double kMuteCooldown = 5;  // seconds; the host may only have been busy for once
 
-std::optional<std::string> unlessBlank(std::string_view text) {
-  const auto trimmed = trimBlanks(text);
-  return trimmed.empty() ? std::nullopt : std::optional<std::string>(trimmed);
-}
-
 std::string queryKey(const Browser& browser) {
   return "browser:" + std::string(browser.bundle);
 }
@@ -24,10 +19,9 @@ std::string queryKey(const Browser& browser) {
 }  // namespace
 
 BrowserTabs::BrowserTabs(std::filesystem::path helper, std::filesystem::path socketFolder,
-                         WindowTitle windowTitle, RunChild runChild, Clock clock, Log log)
+                         RunChild runChild, Clock clock, Log log)
     : helper_(std::move(helper)),
       socketFolder_(std::move(socketFolder)),
-      windowTitle_(std::move(windowTitle)),
       runner_(std::move(runChild), std::move(clock), std::move(log)) {}
 
 std::optional<std::string> BrowserTabs::browserScript(const std::string& bundle) {
@@ -39,10 +33,9 @@ std::optional<BrowserTab> BrowserTabs::browserTab(const FrontmostApp& app) {
   const auto* browser = browserOfWindow(app.bundle, app.pid, app.names);
   if (!browser) return {};
   if (auto tab = askExtension(*browser, app.pid)) return tab;
-  auto tab = askHelper(*browser, app.pid);
+  auto tab = askHelper(*browser, app);
   if (tab.url || tab.title) return tab;
-  const auto title = windowTitle_(app.pid);
-  if (title && showsPublicWindow(*browser, *title)) tab.title = unlessBlank(*title);
+  if (app.title && showsPublicWindow(*browser, *app.title)) tab.title = app.title;
   return tab;
 }
 
@@ -62,11 +55,11 @@ std::optional<BrowserTab> BrowserTabs::askExtension(const Browser& browser, int3
   return BrowserTab{unlessBlank(answer.tab->url), unlessBlank(answer.tab->title)};
 }
 
-BrowserTab BrowserTabs::askHelper(const Browser& browser, int32_t pid) {
+BrowserTab BrowserTabs::askHelper(const Browser& browser, const FrontmostApp& app) {
   ChildCommand command{{helper_.string(), "--tab", std::string(browser.bundle)}, {}};
-  if (pid > 0) command.words.push_back(std::to_string(pid));
-  if (const auto title = windowTitle_(pid)) {
-    command.environment.push_back(std::string(kWindowTitleVariable) + "=" + *title);
+  if (app.pid > 0) command.words.push_back(std::to_string(app.pid));
+  if (app.title) {
+    command.environment.push_back(std::string(kWindowTitleVariable) + "=" + *app.title);
   }
   const auto result = runner_.run(command, queryKey(browser));
   if (!result.output || result.output->empty()) return {};

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,11 +20,9 @@ namespace orvanta {
 /// thread.
 class BrowserTabs {
  public:
-  using WindowTitle = std::function<std::optional<std::string>(int32_t pid)>;
-
   /// `helper` is the program `orvanta-tab`, `socketFolder` where the hosts have their sockets.
-  BrowserTabs(std::filesystem::path helper, std::filesystem::path socketFolder,
-              WindowTitle windowTitle, RunChild runChild, Clock clock, Log log);
+  BrowserTabs(std::filesystem::path helper, std::filesystem::path socketFolder, RunChild runChild,
+              Clock clock, Log log);
 
   /// What the helper program is to be asked for this browser; absent when the bundle is none that
   /// is known. `bundle` is an identifier of the browser table or another name of the browser.
@@ -48,11 +45,10 @@ class BrowserTabs {
 
  private:
   std::optional<BrowserTab> askExtension(const Browser& browser, int32_t pid);
-  BrowserTab askHelper(const Browser& browser, int32_t pid);
+  BrowserTab askHelper(const Browser& browser, const FrontmostApp& app);
 
   const std::filesystem::path helper_;
   const std::filesystem::path socketFolder_;
-  const WindowTitle windowTitle_;
   ScriptRunner runner_;
 };
 

@@ -19,17 +19,9 @@ Collectors::Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionP
 
 std::optional<FrontmostApp> Collectors::frontmostApp() const {
   auto app = foreground_.frontmostApp();
+  if (app && app->title) app->title = unlessBlank(*app->title);
   if (app && seen_) seen_(*app);
   return app;
-}
-
-std::optional<std::string> Collectors::windowTitle(int32_t pid) const {
-  if (!accessibilityGranted()) return {};
-  const auto title = foreground_.windowTitle(pid);
-  if (!title) return {};
-  const auto trimmed = trimBlanks(*title);
-  if (trimmed.empty()) return {};
-  return std::string(trimmed);
 }
 
 std::optional<BrowserTab> Collectors::browserTab(const FrontmostApp& app) const {

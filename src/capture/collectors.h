@@ -30,8 +30,8 @@ class Collectors {
   Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionProbe& inhibition,
              TabReader tabs = {}, AppSeen seen = {});
 
+  /// Its title without blanks at the ends, absent when that leaves nothing.
   std::optional<FrontmostApp> frontmostApp() const;
-  std::optional<std::string> windowTitle(int32_t pid) const;
   bool accessibilityGranted() const { return foreground_.titlesReadable(); }
   double idleSeconds() const { return idle_.idleSeconds(); }
   bool mediaPlaying() const { return inhibition_.displayKeptAwake(); }

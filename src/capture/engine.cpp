@@ -124,12 +124,12 @@ Engine::Observation Engine::observe(double now) {
 }
 
 Sample Engine::observeForeground() {
-  const auto app = collectors_.frontmostApp();
+  auto app = collectors_.frontmostApp();
   if (!app) return {.app = "Inconnu"};
   if (isLoginWindow(app->bundle)) return Sample::idleSample();
 
   auto tab = collectors_.browserTab(*app);
-  if (!tab) tab = BrowserTab{.url = {}, .title = collectors_.windowTitle(app->pid)};
+  if (!tab) tab = BrowserTab{.url = {}, .title = std::move(app->title)};
   Sample sample{.app = app->name, .bundle = app->bundle};
   sample.domain = domainOf(tab->url);
   if (sample.domain && settings_.excludes(*sample.domain)) {

@@ -30,6 +30,9 @@ struct FrontmostApp {
   int32_t pid = 0;                    ///< 0 when the desktop does not tell
   std::vector<std::string> names;     ///< application ids and classes that the window goes by
   std::vector<std::string> categories = {};  ///< of its desktop file: "Network", "WebBrowser"
+  /// Of the window, at the same moment: asked for later, it could be of the next one. Absent when
+  /// empty or not readable.
+  std::optional<std::string> title = {};
 
   friend bool operator==(const FrontmostApp&, const FrontmostApp&) = default;
 };
@@ -39,8 +42,6 @@ class ForegroundProbe {
  public:
   virtual ~ForegroundProbe() = default;
   virtual std::optional<FrontmostApp> frontmostApp() = 0;
-  /// Title of the focused window of the process; absent when empty or not readable.
-  virtual std::optional<std::string> windowTitle(int32_t pid) = 0;
   /// Whether window titles can be read on this desktop, now.
   virtual bool titlesReadable() = 0;
   virtual Source source() = 0;

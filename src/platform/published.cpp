@@ -28,7 +28,8 @@ std::optional<FrontmostApp> PublishedForeground::frontmostApp() {
   FrontmostApp app{.name = std::move(front->fallbackName),
                    .bundle = {},
                    .pid = front->pid,
-                   .names = std::move(front->names)};
+                   .names = std::move(front->names),
+                   .title = std::move(front->title)};
   if (entry) {
     app.name = entry->name;
     app.bundle = entry->id;
@@ -36,11 +37,6 @@ std::optional<FrontmostApp> PublishedForeground::frontmostApp() {
   }
   if (app.name.empty()) app.name = "Inconnu";
   return app;
-}
-
-std::optional<std::string> PublishedForeground::windowTitle(int32_t pid) {
-  const std::lock_guard lock(mutex_);
-  return front_ && front_->pid == pid ? front_->title : std::nullopt;
 }
 
 bool PublishedForeground::titlesReadable() {

@@ -33,8 +33,6 @@ struct WindowClaims {
 class PublishedForeground : public ForegroundProbe {
  public:
   std::optional<FrontmostApp> frontmostApp() override;
-  /// Of the window in front, when it belongs to the process.
-  std::optional<std::string> windowTitle(int32_t pid) override;
   bool titlesReadable() override;
 
  protected:

@@ -20,11 +20,6 @@ std::optional<FrontmostApp> FirstForeground::frontmostApp() {
   return source ? source->frontmostApp() : std::nullopt;
 }
 
-std::optional<std::string> FirstForeground::windowTitle(int32_t pid) {
-  auto* source = first();
-  return source ? source->windowTitle(pid) : std::nullopt;
-}
-
 bool FirstForeground::titlesReadable() {
   return first() != nullptr;
 }

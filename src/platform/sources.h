@@ -17,7 +17,6 @@ class FirstForeground : public ForegroundProbe {
   explicit FirstForeground(std::vector<std::unique_ptr<ForegroundProbe>> sources);
 
   std::optional<FrontmostApp> frontmostApp() override;
-  std::optional<std::string> windowTitle(int32_t pid) override;
   bool titlesReadable() override;
   Source source() override;
 

@@ -26,7 +26,7 @@ struct BrowserTabsTest : testing::Test {
   std::string callsSoFar() const { return bytesIn(calls); }
 
   BrowserTab read(const std::string& bundle = "chromium", int32_t pid = 0) {
-    const auto tab = tabs.browserTab({"Navigateur", bundle, pid});
+    const auto tab = tabs.browserTab({"Navigateur", bundle, pid, {}, {}, title});
     EXPECT_TRUE(tab) << bundle;
     return tab.value_or(BrowserTab());
   }
@@ -38,8 +38,7 @@ struct BrowserTabsTest : testing::Test {
   const fs::path program = folder.path() / "helper";
   const fs::path calls = folder.path() / "calls";
   const fs::path sockets = folder.path() / "sockets";
-  BrowserTabs tabs{program,  sockets,      [this](int32_t) { return title; },
-                   runChild, clock.read(), log.sink()};
+  BrowserTabs tabs{program, sockets, runChild, clock.read(), log.sink()};
 };
 
 TEST_F(BrowserTabsTest, TheHelpersAnswerIsUrlAndTitle) {

@@ -194,6 +194,33 @@ TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {
   EXPECT_EQ(lastSpan().str("app"), "Inconnu");
 }
 
+TEST_F(EngineTest, ATitleIsOfTheWindowThatItIsRecordedWith) {
+  // Another window comes to the front after every look; no process tells them apart.
+  struct Restless : FakeDesktop {
+    std::optional<FrontmostApp> frontmostApp() override {
+      auto front = FakeDesktop::frontmostApp();
+      const std::string next = front && front->name == "Courrier" ? "Éditeur" : "Courrier";
+      show(next, "titre de " + next);
+      app->pid = 0;
+      return front;
+    }
+    Collectors collectors{*this, *this, *this,
+                          [this](const FrontmostApp& /*app*/) -> std::optional<BrowserTab> {
+                            frontmostApp();
+                            return {};
+                          }};
+  } restless;
+  Engine watching(store.db, restless.collectors, live, clock.read(), clock.uptime());
+  for (int look = 0; look < 6; ++look) {
+    clock.now = clock.now + 2;
+    watching.tick();
+    watching.finish();
+  }
+  const auto named = store.db.query("SELECT * FROM events WHERE title IS NOT NULL");
+  EXPECT_GE(named.size(), 5U);
+  for (const auto& row : named) EXPECT_EQ(row.str("title"), "titre de " + *row.str("app"));
+}
+
 TEST_F(EngineTest, ExcludedSitesAndThePrivateModeLeaveNoTrace) {
   const struct {
     const char *excluded, *mode;

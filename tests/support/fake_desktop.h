@@ -31,8 +31,11 @@ struct FakeDesktop : ForegroundProbe, IdleProbe, InhibitionProbe {
     tabs[*app->bundle] = {url, tabTitle};
   }
 
-  std::optional<FrontmostApp> frontmostApp() override { return app; }
-  std::optional<std::string> windowTitle(int32_t /*pid*/) override { return title; }
+  std::optional<FrontmostApp> frontmostApp() override {
+    auto front = app;
+    if (front && readable) front->title = title;
+    return front;
+  }
   bool titlesReadable() override { return readable; }
   double idleSeconds() override { return idle; }
   bool displayKeptAwake() override {

@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
         json::object now{
             {"app", app ? json::value(app->name) : json::value()},
             {"bundle", app ? orNull(app->bundle) : json::value()},
-            {"title", app ? orNull(desktop.foreground->windowTitle(app->pid)) : json::value()},
+            {"title", app ? orNull(app->title) : json::value()},
             {"pid", app ? app->pid : 0},
             {"idle", idle > 0},
         };
@@ -101,10 +101,7 @@ int main(int argc, char** argv) {
       {"idle", sources.idle.id},
       {"inhibition", sources.inhibition.id},
       {"session", sources.session.id},
-      {"foreground_cost", cost([&] {
-         const auto app = desktop.foreground->frontmostApp();
-         if (app) desktop.foreground->windowTitle(app->pid);
-       })},
+      {"foreground_cost", cost([&] { desktop.foreground->frontmostApp(); })},
       {"idle_cost", cost([&] { desktop.idle->idleSeconds(); })},
       {"inhibition_cost", cost([&] { desktop.inhibition->displayKeptAwake(); })},
       {"kept_awake", desktop.inhibition->displayKeptAwake()},
