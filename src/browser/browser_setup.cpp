@@ -35,6 +35,10 @@ bool isThere(const fs::path& path) {
   return fs::exists(path, ignored);
 }
 
+Browser::Names manifestPlaces(const Browser& browser) {
+  return browser.manifests.size() > 0 ? browser.manifests : browser.profiles;
+}
+
 fs::path userDataFolder(int32_t pid) {
   constexpr std::string_view kOption = "--user-data-dir=";
   for (const auto& word : commandLineOf(pid)) {
@@ -63,21 +67,21 @@ BrowserSetup BrowserSetup::ofUser() {
   return {Folders::ofUser(), ownProgram("orvanta-tab"), ownData("")};
 }
 
-std::vector<fs::path> BrowserSetup::profileFolders(const Browser& browser) const {
+std::vector<fs::path> BrowserSetup::folders(Browser::Names places) const {
   std::vector<fs::path> found;
-  for (const auto place : browser.profiles) {
+  for (const auto place : places) {
     found.push_back((place.starts_with('.') ? folders_.home : folders_.config) / place);
   }
   return found;
 }
 
 std::vector<fs::path> BrowserSetup::manifestFolders(const Browser& browser) const {
-  const auto profiles = profileFolders(browser);
+  const auto places = this->folders(manifestPlaces(browser));
   std::vector<fs::path> folders;
-  for (const auto& profile : profiles) {
+  for (const auto& place : places) {
     // Of several editions those that are there; of none, the usual one.
-    if (&profile != &profiles.front() && !isThere(profile)) continue;
-    folders.push_back(profile / hostsFolder(browser.kind));
+    if (&place != &places.front() && !isThere(place)) continue;
+    folders.push_back(place / hostsFolder(browser.kind));
   }
   if (browser.kind == BrowserKind::kFirefox) return folders;
   for (const auto& running : runningBrowsers()) {
@@ -114,7 +118,7 @@ std::string BrowserSetup::connectAll() const {
   std::string text;
   for (const auto& browser : browsers()) {
     if (!browser.takesExtension()) continue;
-    const auto profiles = profileFolders(browser);
+    const auto profiles = folders(browser.profiles);
     const bool installed =
         std::any_of(profiles.begin(), profiles.end(), isThere) ||
         std::any_of(running.begin(), running.end(),
@@ -131,8 +135,8 @@ std::string BrowserSetup::connectAll() const {
 
 void BrowserSetup::refresh() const {
   for (const auto& browser : browsers()) {
-    for (const auto& profile : profileFolders(browser)) {
-      const auto folder = profile / hostsFolder(browser.kind);
+    for (const auto& place : folders(manifestPlaces(browser))) {
+      const auto folder = place / hostsFolder(browser.kind);
       if (isThere(folder / kTabManifest)) write(browser, folder);
     }
   }
@@ -140,6 +144,11 @@ void BrowserSetup::refresh() const {
 
 std::string BrowserSetup::advice(const Browser& browser) const {
   if (browser.aliases.size() == 0) return fmt::format("{} n'existe pas sous Linux.", browser.name);
+  if (browser.kind == BrowserKind::kUntold) {
+    return fmt::format(
+        "Rien ne distingue les fenêtres privées de {} des autres : seul son temps est compté.",
+        browser.name);
+  }
   if (!browser.takesExtension()) {
     return fmt::format(
         "{0} n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité du bureau "

@@ -46,7 +46,7 @@ class BrowserSetup {
   std::filesystem::path helpPage() const { return data_ / "navigateurs.html"; }
 
  private:
-  std::vector<std::filesystem::path> profileFolders(const Browser& browser) const;
+  std::vector<std::filesystem::path> folders(Browser::Names places) const;
   std::vector<std::filesystem::path> manifestFolders(const Browser& browser) const;
   std::string write(const Browser& browser, const std::filesystem::path& folder) const;
 

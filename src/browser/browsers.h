@@ -11,8 +11,9 @@
 
 namespace orvanta {
 
-/// Browsers of one kind are asked in one way and write their window titles in one way.
-enum class BrowserKind { kChromium, kFirefox, kWebKit };
+/// Browsers of one kind are asked in one way and write their window titles in one way. Where
+/// nothing tells the private windows from the others, none is asked about.
+enum class BrowserKind { kChromium, kFirefox, kWebKit, kUntold };
 
 struct Browser {
   using Names = std::initializer_list<std::string_view>;
@@ -28,7 +29,8 @@ struct Browser {
   /// Where it keeps its profiles: with a point below the home folder, else below the configuration
   /// folder; the usual one first. One that does not take our extension has none.
   Names profiles = {};
-  Names traces = {};  ///< what else in the configuration folder tells that it is installed
+  Names manifests = {};  ///< where it looks for manifests, where that is not beside its profiles
+  Names traces = {};     ///< what else in the configuration folder tells that it is installed
   /// Where it looks for everybody's manifests: "etc/…", or "lib/…" below the prefix.
   std::string_view everybody = {};
 

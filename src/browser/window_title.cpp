@@ -49,6 +49,8 @@ bool showsPublicFrame(const Browser& browser, std::string_view frameName) {
       return namesNoMode(frameName);
     case BrowserKind::kWebKit:
       return true;  // private windows are processes of their own, told by their command line
+    case BrowserKind::kUntold:
+      return false;
   }
   return false;
 }

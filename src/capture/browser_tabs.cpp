@@ -1,5 +1,6 @@
 #include "capture/browser_tabs.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -11,6 +12,12 @@ namespace {
 
 constexpr std::chrono::milliseconds kPatience{150};
 constexpr double kMuteCooldown = 5;  // seconds; the host may only have been busy for once
+
+// One that is in no table: how it marks private windows nobody knows.
+bool isBrowser(const FrontmostApp& app) {
+  const auto& categories = app.categories;
+  return std::find(categories.begin(), categories.end(), "WebBrowser") != categories.end();
+}
 
 std::string queryKey(const Browser& browser) {
   return "browser:" + std::string(browser.bundle);
@@ -31,7 +38,8 @@ std::optional<std::string> BrowserTabs::browserScript(const std::string& bundle)
 
 std::optional<BrowserTab> BrowserTabs::browserTab(const FrontmostApp& app) {
   const auto* browser = browserOfWindow(app.bundle, app.pid, app.names);
-  if (!browser) return {};
+  if (!browser && !isBrowser(app)) return {};
+  if (!browser || browser->kind == BrowserKind::kUntold) return BrowserTab();
   if (auto tab = askExtension(*browser, app.pid)) return tab;
   auto tab = askHelper(*browser, app);
   if (tab.url || tab.title) return tab;

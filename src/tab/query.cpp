@@ -103,22 +103,26 @@ int report(const Attempt& result) {
   return 0;
 }
 
-int unknownBrowser() {
-  std::fputs("navigateur inconnu\n", stderr);
-  return kFailure;
+// Null where nothing may be asked, which is said then.
+const Browser* browserToAsk(std::string_view bundle) {
+  const auto* browser = findBrowser(bundle);
+  if (browser && browser->kind != BrowserKind::kUntold) return browser;
+  std::fputs(browser ? "rien n'y distingue les fenêtres privées\n" : "navigateur inconnu\n",
+             stderr);
+  return nullptr;
 }
 
 }  // namespace
 
 int printTab(std::string_view bundle, std::optional<int> pid) {
   endAfter(kPatience);
-  const auto* browser = findBrowser(bundle);
-  return browser ? report(attempt(*browser, pid)) : unknownBrowser();
+  const auto* browser = browserToAsk(bundle);
+  return browser ? report(attempt(*browser, pid)) : kFailure;
 }
 
 int testTab(std::string_view bundle) {
-  const auto* browser = findBrowser(bundle);
-  if (!browser) return unknownBrowser();
+  const auto* browser = browserToAsk(bundle);
+  if (!browser) return kFailure;
   // A browser that is just switching accessibility on is slow for a moment.
   endAfter(kTestPatience + kTestPatience);
   const auto deadline = std::chrono::steady_clock::now() + kTestPatience;

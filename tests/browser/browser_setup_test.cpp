@@ -51,6 +51,16 @@ TEST(BrowserSetup, WritesTheManifestsOfInstalledBrowsers) {
   EXPECT_FALSE(fs::exists(config / "google-chrome"));
 }
 
+TEST(BrowserSetup, WritesAManifestWhereTheBrowserLooksForIt) {
+  const TempFolder folder;
+  fs::create_directories(folder.path() / ".zen");
+  const BrowserSetup setup({folder.path(), folder.path() / "config"}, "/h", kData);
+  EXPECT_TRUE(holds(setup.connectAll(), "Zen est prêt."));
+  const auto file = folder.path() / ".mozilla/native-messaging-hosts" / kName;
+  EXPECT_EQ(readJson(file).at("path"), "/h");
+  EXPECT_FALSE(fs::exists(folder.path() / ".zen/native-messaging-hosts"));
+}
+
 TEST(BrowserSetup, SaysWhatFailedAndWhatToDo) {
   const TempFolder folder;
   std::ofstream(folder.path() / "config").put('x');  // a file where a folder should be

@@ -82,6 +82,11 @@ TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {
       {"google-chrome", "Une page - Google Chrome - Camille", false, true},
       {"google-chrome", "Une page - Google Chrome (Invité)", false, false},
       {"epiphany", "Une page", false, true},
+      {"zen", "Une page — Zen Browser", true, true},
+      {"zen", "Une page — Zen Browser Private Browsing", false, false},
+      {"thorium-browser", "Une page - Thorium", false, false},
+      {"mullvadbrowser", "Une page — Mozilla Firefox", false, false},
+      {"floorp", "Une page — Mozilla Firefox", false, false},
   };
   for (const auto& [name, title, window, frame] : cases) {
     const auto* browser = findBrowser(name);

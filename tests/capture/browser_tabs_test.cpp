@@ -202,6 +202,22 @@ TEST_F(BrowserTabsTest, WhereTheDesktopTellsNoProcessTheBrowserDoes) {
   EXPECT_FALSE(read("librewolf").url);
 }
 
+TEST_F(BrowserTabsTest, OfABrowserWithPrivateWindowsThatNobodyCanTellNothingIsRead) {
+  helper("printf 'https://secret.fr/\\nSecret'");
+  const Host host(sockets, 1, {ActiveTab{"https://secret.fr/", "Secret"}, 10});
+  title = "Secret — Mozilla Firefox";
+  const FrontmostApp known{"Mullvad Browser", "mullvadbrowser", getpid(), {}, {}, title};
+  FrontmostApp other{"Falkon", "org.kde.falkon", 1, {}, {"Qt", "Network", "WebBrowser"}, title};
+  for (const auto& app : {known, other}) {
+    const auto tab = tabs.browserTab(app);
+    ASSERT_TRUE(tab) << app.name;
+    EXPECT_FALSE(tab->url || tab->title) << app.name;
+  }
+  EXPECT_EQ(callsSoFar(), "");
+  other.categories.pop_back();
+  EXPECT_FALSE(tabs.browserTab(other)) << "no browser: its title is its own";
+}
+
 TEST_F(BrowserTabsTest, DeadAndMuteHostsHoldNobodyUp) {
   helper("printf 'https://aide.fr/\\nAide'");
   const auto dead = sockets / ("tab-" + std::to_string(getpid()) + "-1");

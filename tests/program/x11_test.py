@@ -97,6 +97,15 @@ class X11Test(DesktopCase):
         end(orvanta)
         self.assertEqual(desktop.spans()[-1]["title"], hostile.decode("utf-8", "replace"))
 
+    def test_of_a_browser_that_nobody_knows_only_the_time_counts(self):
+        self.desktop.install("org.kde.falkon", "Exec=xterm\nName=Falkon\n"
+                                               "Categories=Qt;KDE;Network;WebBrowser;\n")
+        self.desktop.open_window("xterm", "-class", "falkon", *OPEN_TEXT[1:])
+        end(self.desktop.start_orvanta())
+        span = self.desktop.spans()[0]
+        self.assertEqual([span[key] for key in ("app", "bundle", "title", "url")],
+                         ["Falkon", "org.kde.falkon", None, None])
+
     def test_the_server_goes_away(self):
         desktop = self.desktop
         desktop.open_window(*OPEN_TEXT)
