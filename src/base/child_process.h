@@ -24,6 +24,9 @@ struct ChildResult {
   std::string errors;       ///< likewise for standard error
 };
 
+/// The exit status of a program that was kept waiting, as timeout(1) has it.
+inline constexpr int kTimedOutStatus = 124;
+
 inline constexpr std::size_t kMostChildOutput = std::size_t{4} << 20U;
 
 /// Runs a program to its end and hands over what it wrote; `timeout` in seconds. Blocks the caller

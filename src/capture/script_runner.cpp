@@ -32,6 +32,10 @@ ScriptResult ScriptRunner::run(ChildCommand command, const std::string& key, dou
     return {{}, "timeout"};
   }
   const auto error = trimmed(child.errors);
+  if (child.status == kTimedOutStatus) {
+    disable(key, kHangCooldown);
+    return {{}, error};
+  }
   if (child.status != 0) {
     disable(key, cooldown);
     log_("Orvanta AppleScript " + key + " : " + error);

@@ -35,9 +35,8 @@ class ScriptRunner {
   /// - "désactivé": the query called `key` is in a cool-down; nothing was run
   /// - the system's words: the program could not be started
   /// - "timeout": it hung and was ended; cool-down of kHangCooldown seconds
-  /// - what it wrote to standard error: its exit status was not 0; this is logged, and the
-  /// cool-down
-  ///   is `cooldown` seconds.
+  /// - what it wrote to standard error: its exit status was not 0. With kTimedOutStatus it is as
+  ///   after a hang; otherwise this is logged, and the cool-down is `cooldown` seconds.
   ScriptResult run(ChildCommand command, const std::string& key, double cooldown = kCooldown,
                    double timeout = kTimeout);
 

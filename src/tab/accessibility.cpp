@@ -22,6 +22,7 @@ constexpr uint32_t kRoleDocumentWeb = 95;
 struct Free {
   void operator()(GVariant* value) const { g_variant_unref(value); }
   void operator()(GDBusConnection* bus) const { g_object_unref(bus); }
+  void operator()(GError* error) const { g_error_free(error); }
   void operator()(GVariantIter* iterator) const { g_variant_iter_free(iterator); }
 };
 using Variant = std::unique_ptr<GVariant, Free>;
@@ -40,11 +41,19 @@ class Bus {
   // Null when there is no answer of that type. Takes `arguments`, which may be floating.
   Variant call(const Object& object, const char* interface, const char* method, const char* type,
                GVariant* arguments = nullptr) const {
-    return Variant(g_dbus_connection_call_sync(
-        bus_.get(), object.owner.c_str(), object.path.c_str(), interface, method, arguments,
-        G_VARIANT_TYPE(type), G_DBUS_CALL_FLAGS_NO_AUTO_START, kPatienceMilliseconds, nullptr,
-        nullptr));
+    GError* raw = nullptr;
+    Variant reply(g_dbus_connection_call_sync(bus_.get(), object.owner.c_str(), object.path.c_str(),
+                                              interface, method, arguments, G_VARIANT_TYPE(type),
+                                              G_DBUS_CALL_FLAGS_NO_AUTO_START,
+                                              kPatienceMilliseconds, nullptr, &raw));
+    const std::unique_ptr<GError, Free> error(raw);
+    mute_ = mute_ || g_error_matches(raw, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE ||
+            g_error_matches(raw, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY) != FALSE;
+    return reply;
   }
+
+  // Whether anybody did not answer in time.
+  bool mute() const { return mute_; }
 
   Variant property(const Object& object, const char* interface, const char* name) const {
     const auto reply = call(object, "org.freedesktop.DBus.Properties", "Get", "(v)",
@@ -57,11 +66,11 @@ class Bus {
 
  private:
   std::unique_ptr<GDBusConnection, Free> bus_;
+  mutable bool mute_ = false;
 };
 
 // The bus that the accessible applications meet on; none when accessibility is off.
-Bus accessibilityBus() {
-  const Bus session(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+Bus accessibilityBus(const Bus& session) {
   if (!session) return Bus(nullptr);
   const Object service{"org.a11y.Bus", "/org/a11y/bus"};
   const auto enabled = session.property(service, "org.a11y.Status", "IsEnabled");
@@ -243,8 +252,9 @@ std::optional<Object> frontFrame(const Browser& browser, const Tree& tree,
 AccessibleAnswer readAccessibleTab(const Browser& browser, const std::vector<int32_t>& pids,
                                    const std::optional<std::string>& windowTitle) {
   using Kind = AccessibleAnswer::Kind;
-  const auto bus = accessibilityBus();
-  if (!bus) return {};
+  const Bus session(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  const auto bus = accessibilityBus(session);
+  if (!bus) return {.kind = session.mute() ? Kind::kMute : Kind::kOff, .tab = {}};
   const Tree tree(bus);
   AccessibleAnswer answer{.kind = Kind::kUnknown, .tab = {}};
   for (const auto& application : tree.applications()) {
@@ -254,8 +264,9 @@ AccessibleAnswer readAccessibleTab(const Browser& browser, const std::vector<int
     const auto document = frame ? tree.document(*frame) : std::nullopt;
     // The page is of that very window, whatever comes to the front meanwhile.
     if (document) answer.tab = tabOf(tree, *document);
-    if (answer.tab) break;
+    if (answer.tab) return answer;
   }
+  if (bus.mute()) answer.kind = Kind::kMute;
   return answer;
 }
 

@@ -17,6 +17,7 @@ namespace orvanta {
 struct AccessibleAnswer {
   enum class Kind {
     kOff,      ///< accessibility is switched off, or there is no such service
+    kMute,     ///< somebody who was asked did not answer in time, and nothing was found
     kUnknown,  ///< none of the processes takes part in it
     kState,
   };

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/child_process.h"
 #include "base/processes.h"
 #include "browser/browsers.h"
 #include "browser/tab_socket.h"
@@ -30,7 +31,7 @@ void endAfter(std::chrono::milliseconds time) {
   signal(SIGALRM, [](int) {
     constexpr std::string_view kText = "le navigateur ne répond pas\n";
     [[maybe_unused]] const auto count = write(STDERR_FILENO, kText.data(), kText.size());
-    _exit(kFailure);
+    _exit(kTimedOutStatus);
   });
   const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
   itimerval timer{};
@@ -44,6 +45,7 @@ struct Attempt {
   std::optional<ActiveTab> tab;
   std::string problem;
   bool mayComeSoon = false;  // the browser has only just been started
+  bool slow = false;         // nobody has said that it cannot be told
 };
 
 // GNOME Web runs its private windows in a process of their own.
@@ -62,6 +64,9 @@ Attempt askAccessibility(const Browser& browser, std::vector<int32_t> pids) {
   auto answer =
       readAccessibleTab(browser, pids, title ? std::optional<std::string>(title) : std::nullopt);
   if (answer.kind == Kind::kState) return {std::move(answer.tab), {}};
+  if (answer.kind == Kind::kMute) {
+    return {.tab = {}, .problem = "l'accessibilité ne répond pas", .slow = true};
+  }
   if (answer.kind == Kind::kOff) {
     return {{}, "l'extension n'est pas connectée, et l'accessibilité est désactivée"};
   }
@@ -97,7 +102,7 @@ Attempt attempt(const Browser& browser, std::optional<int> pid) {
 int report(const Attempt& result) {
   if (!result.problem.empty() && !result.mayComeSoon) {
     std::fprintf(stderr, "%s\n", result.problem.c_str());
-    return kFailure;
+    return result.slow ? kTimedOutStatus : kFailure;
   }
   if (result.tab) std::printf("%s\n%s", result.tab->url.c_str(), result.tab->title.c_str());
   return 0;

@@ -115,6 +115,12 @@ TEST_F(BrowserTabsTest, AHangCostsAMinute) {
   clock.now = clock.now + 1;
   const auto result = runner.run({{"/bin/echo", "rétabli"}, {}}, "k");
   EXPECT_EQ(result.output, "rétabli");
+  const ChildCommand kept{{"/bin/sh", "-c", "echo lent >&2; exit 124"}, {}};
+  EXPECT_EQ(runner.run(kept, "k").error, "lent");
+  EXPECT_TRUE(log.lines().empty());
+  clock.now = clock.now + 59;
+  EXPECT_TRUE(runner.disabled("k"));
+  clock.now = clock.now + 1;
   EXPECT_EQ(runner.run({{"/nonexistent"}, {}}, "k").error, "No such file or directory");
   EXPECT_FALSE(runner.disabled("k"));
 }

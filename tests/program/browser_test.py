@@ -120,6 +120,16 @@ class BrowserTest(DesktopCase):
         bus = self.desktop.session.connect()
         wait_for(lambda: bus.name_has_owner("org.a11y.Bus"), 5, "the accessibility service")
 
+    def test_an_accessibility_service_that_is_slow(self):
+        """It says nothing of accessibility being off: the program asks again after a minute."""
+        mock, bus = self.desktop.mock(self.desktop.session, "org.a11y.Bus", "org.a11y.Bus",
+                                      "/org/a11y/bus", "org.a11y.Bus")
+        self.addCleanup(bus.close)
+        mock.send_signal(signal.SIGSTOP)
+        asked = self.desktop.run(HELPER, "--tab", "firefox", str(os.getpid()))
+        self.assertEqual(asked.returncode, 124)
+        self.assertEqual(asked.stderr.decode(), "l'accessibilité ne répond pas\n")
+
     def switch_on(self):
         done = self.desktop.run(ORVANTA, "--accessibility")
         self.assertEqual(done.returncode, 0, done.stderr)
