@@ -86,9 +86,10 @@ class GnomeTest(Scenario):
         return time.time()
 
     def show_windows(self):
-        self.desktop.open_windows()
+        programs = self.desktop.open_windows()
         wait_for(lambda: self.desktop.evaluate("global.get_window_actors().length") == "2", 15,
                  "two windows")
+        return programs
 
     def test_without_the_extension(self):
         """What applications tell assistive technologies: enough for most of them."""
@@ -96,7 +97,7 @@ class GnomeTest(Scenario):
         self.addCleanup(launcher.wait, 10)
         self.addCleanup(launcher.terminate)  # in order, so that it ends the bus that it started
         wait_for(lambda: self.desktop.bus.name_has_owner("org.a11y.Bus"), 5, "AT-SPI is up")
-        self.show_windows()
+        titles, editor = self.show_windows()
         self.desktop.press_shift()
         self.focus("titles")
         watch = self.desktop.watch()
@@ -107,6 +108,9 @@ class GnomeTest(Scenario):
         watch.wait_for(bundle=TITLES, title=FIRST)
         self.desktop.retitle("Nouveau titre")
         watch.wait_for(title="Nouveau titre")
+        kill(editor)  # no other window comes to the front afterwards
+        kill(titles)
+        watch.wait_for(5, app=None)
         self.assertEqual(watch.end()["foreground"], "at-spi")
 
     def test_install_log_out_and_use(self):

@@ -42,13 +42,13 @@ class WaylandDesktop(Desktop):
         return path
 
     def open_windows(self):
-        """Two applications; retitle() changes the title of the first."""
+        """Two applications, which it returns; retitle() changes the title of the first."""
         self.install(TITLES, "Name=Titres\nExec=true\n")
         self.title = self.write("title", "")
         self.retitle(FIRST)
         script = shutil.copy(os.path.join(os.path.dirname(__file__), "titles.py"), self.folder)
-        self.spawn(sys.executable, script, self.title)
-        self.spawn("mousepad", "--disable-server", self.write(SECOND, "à\n"))
+        return (self.spawn(sys.executable, script, self.title),
+                self.spawn("mousepad", "--disable-server", self.write(SECOND, "à\n")))
 
     def retitle(self, title):
         with open(self.title, "a", encoding="utf-8") as file:

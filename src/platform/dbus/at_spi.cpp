@@ -22,6 +22,11 @@ constexpr guint32 kActive = 1U << 1U;  // ATSPI_STATE_ACTIVE
 
 using Reference = std::tuple<Glib::ustring, Glib::DBusObjectPathString>;
 
+const Place& daemon() {
+  static const Place place{"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"};
+  return place;
+}
+
 }  // namespace
 
 AtSpi::AtSpi(const Bus& session, std::function<bool()> needed)
@@ -79,6 +84,11 @@ void AtSpi::connected(const Bus& bus) {
   talk_->onSignal(anybody, "Deactivate", [this](const Signal& of) {
     deactivated({of.sender, of.path});
   });
+  // Of a crash nothing else tells.
+  talk_->onSignal(daemon(), "NameOwnerChanged", [this](const Signal& of) {
+    const auto left = argument<std::string>(of.arguments);
+    if (left == active_.application) deactivated(active_);
+  });
   for (const auto* event : {"window:activate", "window:deactivate"}) {
     talk_->call({kRegistry, "/org/a11y/atspi/registry", kRegistry}, "RegisterEvent",
                 arguments(event));
@@ -132,8 +142,7 @@ void AtSpi::readName(const std::string& path, std::function<void(const std::stri
 void AtSpi::activated(const Frame& frame) {
   active_ = frame;
   claims_ = {};
-  talk_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"},
-              "GetConnectionUnixProcessID", arguments(frame.application),
+  talk_->call(daemon(), "GetConnectionUnixProcessID", arguments(frame.application),
               [this, frame](const Reply& reply) {
                 if (active_ != frame) return;
                 claims_.pid = static_cast<int32_t>(argument<guint32>(reply));

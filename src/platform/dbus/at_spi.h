@@ -13,8 +13,9 @@
 namespace orvanta::dbus {
 
 /// Follows the frames that become active on the accessibility bus (AT-SPI 2), by plain D-Bus: its
-/// library can abort the process. Sees only applications that speak AT-SPI, which browsers and
-/// Electron do not by default; for GNOME without our extension. Made on the main thread.
+/// library can abort the process. One whose application leaves that bus is not active any more.
+/// Sees only applications that speak AT-SPI, which browsers and Electron do not by default; for
+/// GNOME without our extension. Made on the main thread.
 class AtSpi : public PublishedForeground {
  public:
   /// `session` may be null. `needed` is asked every few seconds while GNOME's shell runs; without
