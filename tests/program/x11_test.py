@@ -1,6 +1,8 @@
 """Real windows on a real X server: what the file says of them."""
 
 import configparser
+import os
+import socket
 import time
 
 from desktop import TICK, end, kill, pass_time, wait_for
@@ -156,3 +158,26 @@ class X11Test(DesktopCase):
         desktop.start_orvanta()
         pass_time(2 * TICK)
         self.assertEqual(rules(), [])
+
+
+class HungServerTest(DesktopCase):
+    options = {"screen": False}
+
+    def test_a_server_that_never_answers(self):
+        server = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(server.close)
+        display = server.getsockname()[1] - 6000  # the port of display 0
+        orvanta = self.desktop.start_orvanta({"DISPLAY": f"127.0.0.1:{display}"})
+        server.settimeout(5)
+        self.addCleanup(server.accept()[0].close)
+        started = time.time()
+        # The end of an open span is written every 10 s.
+        wait_for(lambda: self.desktop.spans()[-1]["end"] > started + 5, 16, "ticks go on")
+        self.assertEqual([span["app"] for span in self.desktop.spans()], ["Inconnu"])
+        threads = len(os.listdir(f"/proc/{orvanta.pid}/task"))
+        pass_time(6)
+        self.assertLessEqual(len(os.listdir(f"/proc/{orvanta.pid}/task")), threads,
+                             "none more for each try")
+        ending = time.time()
+        end(orvanta)
+        self.assertLess(time.time() - ending, 1.5)

@@ -7,13 +7,12 @@
 #include <array>
 #include <utility>
 
-#include "platform/x11/connection.h"
-
 namespace orvanta::x11 {
 namespace {
 
 constexpr int kReconnectMilliseconds = 5000;
 constexpr int kSettleMilliseconds = 200;
+constexpr std::chrono::milliseconds kPatience{500};  // the end of the program waits for it
 
 void selectEvents(xcb_connection_t* connection, xcb_window_t window, uint32_t mask) {
   xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &mask);
@@ -29,7 +28,7 @@ WindowClaims claimsOf(const WindowFacts& facts) {
 }  // namespace
 
 Foreground::Foreground(std::string display, Log log)
-    : display_(std::move(display)),
+    : connector_(std::move(display)),
       log_(std::move(log)),
       wake_(eventfd(0, EFD_CLOEXEC)),
       thread_([this] { follow(); }) {
@@ -46,7 +45,7 @@ Foreground::~Foreground() {
 void Foreground::follow() {
   bool told = false;
   while (!stopping_) {
-    if (const auto connection = connect(display_)) {
+    if (const auto connection = connector_.connect(kPatience)) {
       told = false;
       followConnection(connection.get());
     } else if (!std::exchange(told, true)) {

@@ -7,6 +7,7 @@
 
 #include "base/log.h"
 #include "platform/published.h"
+#include "platform/x11/connection.h"
 #include "platform/x11/window_reader.h"
 
 namespace orvanta::x11 {
@@ -31,7 +32,7 @@ class Foreground : public PublishedForeground {
   bool waitForServer(int file, int milliseconds) const;
   void look(const WindowReader& reader, xcb_connection_t* connection, xcb_window_t& watched);
 
-  const std::string display_;
+  Connector connector_;
   const Log log_;
   int wake_;  // eventfd: readable when the thread must end
   std::atomic<bool> stopping_ = false;

@@ -40,7 +40,7 @@ Owned<Info> waitForReply(xcb_connection_t* connection, xcb_screensaver_query_inf
 
 std::optional<double> Idle::idleSeconds() {
   if (connection_ && xcb_connection_has_error(connection_.get()) != 0) connection_.reset();
-  if (!connection_) connection_ = connect(display_);
+  if (!connection_) connection_ = connector_.connect(kPatience);
   return connection_ ? ask() : std::nullopt;
 }
 

@@ -15,7 +15,7 @@ namespace orvanta::x11 {
 class Idle : public IdleSource {
  public:
   /// Of the display of that name, "" for `$DISPLAY`.
-  explicit Idle(std::string display = {}) : display_(std::move(display)) {}
+  explicit Idle(std::string display = {}) : connector_(std::move(display)) {}
 
   std::optional<double> idleSeconds() override;
   Source source() const override { return {"xscreensaver", "XScreenSaver"}; }
@@ -23,7 +23,7 @@ class Idle : public IdleSource {
  private:
   std::optional<double> ask();
 
-  const std::string display_;
+  Connector connector_;
   Connection connection_;
 };
 
