@@ -28,9 +28,13 @@ class LogindTest(DesktopCase):
                                                 "--system", "--template", "logind")
         self.addCleanup(self.bus.close)
         self.logind = self.bus.get_object(*LOGIND)
-        for number, user in (("c0", os.getuid() + 1), ("c1", os.getuid()), ("c2", os.getuid())):
-            self.logind.AddSession(number, "seat0", dbus.UInt32(user), "user", True,
-                                   dbus_interface=MOCK)
+        self.add_session("c0", os.getuid() + 1)
+        self.add_session("c1")
+        self.add_session("c2")
+
+    def add_session(self, number, user=os.getuid()):
+        self.logind.AddSession(number, "seat0", dbus.UInt32(user), "user", True,
+                               dbus_interface=MOCK)
 
     def start(self, **env):
         program = self.desktop.start_orvanta(env)
@@ -59,10 +63,19 @@ class LogindTest(DesktopCase):
     def set_manager(self, **properties):
         self.logind.UpdateProperties(MANAGER, properties, dbus_interface=MOCK)
 
+    def session(self, number):
+        return self.bus.get_object(LOGIND[0], f"{LOGIND[1]}/session/{number}")
+
     def set_locked(self, number, locked):
-        path = f"{LOGIND[1]}/session/{number}"
-        self.bus.get_object(LOGIND[0], path).SetLockedHint(locked, dbus_interface=SESSION)
+        self.session(number).SetLockedHint(locked, dbus_interface=SESSION)
         return time.time()
+
+    def set_session(self, number, **properties):
+        self.session(number).UpdateProperties(SESSION, properties, dbus_interface=MOCK)
+
+    def remove(self, number):
+        path = dbus.ObjectPath(f"{LOGIND[1]}/session/{number}")
+        return self.emit("SessionRemoved", "so", number, path)
 
     def count(self):
         return len(self.desktop.spans())
@@ -82,6 +95,39 @@ class LogindTest(DesktopCase):
     def test_lock_of_the_session_found(self):
         self.start()
         self.check_lock("c1", ["c0"])
+
+    def test_neither_a_closing_session_nor_a_text_login_is_the_one(self):
+        self.set_session("c1", State="closing", Type="x11")
+        self.set_session("c2", Type="tty")
+        for number in ("c3", "c4"):
+            self.add_session(number)
+            self.set_session(number, Type="wayland")
+        display = dbus.Struct(("c4", dbus.ObjectPath(f"{LOGIND[1]}/session/c4")))
+        user = f"{LOGIND[1]}/user/{os.getuid()}"
+        self.logind.AddMethod(MANAGER, "GetUser", "u", "o", f"ret = '{user}'", dbus_interface=MOCK)
+        self.bus.get_object(LOGIND[0], user).Set("org.freedesktop.login1.User", "Display", display,
+                                                 dbus_interface=dbus.PROPERTIES_IFACE)
+        program = self.start(XDG_SESSION_ID="c1")
+        self.check_lock("c4", ["c1", "c2", "c3"])
+        for number in ("c1", "c2", "c3"):
+            self.remove(number)
+        pass_time(1)
+        self.assertIsNone(program.poll(), "the session goes on")
+        self.remove("c4")
+        self.assertEqual(program.wait(timeout=5), 0)
+
+    def test_the_desktop_comes_after_a_text_login(self):
+        self.set_session("c1", Type="tty")
+        self.set_session("c2", Type="tty")
+        program = self.start()
+        self.add_session("c3")
+        self.set_session("c3", Type="x11")
+        self.emit("SessionNew", "so", "c3", dbus.ObjectPath(f"{LOGIND[1]}/session/c3"))
+        pass_time(0.5)
+        self.check_lock("c3", ["c1", "c2"])
+        self.remove("c1")
+        pass_time(1)
+        self.assertIsNone(program.poll())
 
     def test_idle_where_only_logind_knows(self):
         self.start()
@@ -153,13 +199,10 @@ class LogindTest(DesktopCase):
     def test_the_session_ends(self):
         program = self.start()
 
-        def remove(number):
-            path = dbus.ObjectPath(f"{LOGIND[1]}/session/{number}")
-            return self.emit("SessionRemoved", "so", number, path)
-        remove("c0")
+        self.remove("c0")
         pass_time(1)
         self.assertIsNone(program.poll())
-        removed = remove("c1")
+        removed = self.remove("c1")
         self.assertEqual(program.wait(timeout=5), 0)
         self.assertAlmostEqual(self.desktop.spans()[-1]["end"], removed, delta=1)
 

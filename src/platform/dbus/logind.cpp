@@ -36,6 +36,7 @@ Logind::Logind(const Bus& system, SessionListener listener)
     const auto removed = argument<Glib::DBusObjectPathString>(signal.arguments, 1);
     if (removed.raw() == session_) listener_.sessionEnded();
   });
+  logind_.onSignal(manager(), "SessionNew", [this](const Signal& /*signal*/) { findSession(); });
   logind_.onSignal(
       {kService, "", "org.freedesktop.DBus.Properties"}, "PropertiesChanged",
       [this](const Signal& signal) {
@@ -64,28 +65,68 @@ void Logind::vanished() {
   });
 }
 
-// A program of the session is told its number; one that the user's service manager started is not,
-// and then the user's session at a seat is the one.
+// The one that our environment names, then that of the user's display, then any at a seat: a
+// program that the user's service manager started is told no number, or that of an older session.
 void Logind::findSession() {
-  const char* id = std::getenv("XDG_SESSION_ID");
-  if (!id) return listSessions();
+  const auto list = [this] { listSessions({}); };
   logind_.call(
-      manager(), "GetSession", arguments(id),
-      [this](const Reply& reply) {
-        followSession(argument<Glib::DBusObjectPathString>(reply).raw());
+      manager(), "GetUser", arguments(guint32{getuid()}),
+      [this, list](const Reply& reply) {
+        using Display = std::tuple<Glib::ustring, Glib::DBusObjectPathString>;
+        const auto user = argument<Glib::DBusObjectPathString>(reply).raw();
+        logind_.read<Display>(
+            {kService, user, "org.freedesktop.login1.User"}, "Display",
+            [this](const Display& display) { listSessions(std::get<1>(display).raw()); }, list);
       },
-      [this] { listSessions(); });
+      list);
 }
 
-void Logind::listSessions() {
-  logind_.call(manager(), "ListSessions", {}, [this](const Reply& reply) {
+void Logind::listSessions(const std::string& display) {
+  logind_.call(manager(), "ListSessions", {}, [this, display](const Reply& reply) {
     // id, uid, user, seat, path
     using Session = std::tuple<Glib::ustring, guint32, Glib::ustring, Glib::ustring,
                                Glib::DBusObjectPathString>;
+    const char* told = std::getenv("XDG_SESSION_ID");
+    std::multimap<int, std::string> byRank;
     for (const auto& [id, uid, user, seat, path] : argument<std::vector<Session>>(reply)) {
-      if (uid == getuid() && !seat.empty()) return followSession(path.raw());
+      if (uid != getuid()) continue;
+      if (told && id.raw() == told) {
+        byRank.emplace(0, path.raw());
+      } else if (path.raw() == display) {
+        byRank.emplace(1, path.raw());
+      } else if (!seat.empty()) {
+        byRank.emplace(2, path.raw());
+      }
     }
+    std::vector<std::string> candidates;
+    for (const auto& [rank, path] : byRank) candidates.push_back(path);
+    chooseSession(std::move(candidates), {});
   });
+}
+
+// A session that is closing may last as long as a program of it, and a text login beside the
+// desktop is not where the user is. Where there is no other, as after startx, it is.
+void Logind::chooseSession(std::vector<std::string> candidates, const std::string& textLogin) {
+  if (candidates.empty()) {
+    if (!textLogin.empty()) followSession(textLogin);
+    return;
+  }
+  const auto path = candidates.front();
+  candidates.erase(candidates.begin());
+  logind_.call(
+      {kService, path, "org.freedesktop.DBus.Properties"}, "GetAll", arguments(kSession),
+      [this, path, candidates, textLogin](const Reply& reply) {
+        const auto all = argument<std::map<Glib::ustring, Glib::VariantBase>>(reply);
+        const auto text = [&all](const char* property) {
+          return fromValue<std::string>(all.at(property));
+        };
+        // Neither a greeter's nor a service manager's; root's class is "user-early".
+        const bool alive = text("Class").starts_with("user") && text("State") != "closing";
+        const auto type = text("Type");
+        if (alive && (type == "wayland" || type == "x11")) return followSession(path);
+        chooseSession(candidates, alive && textLogin.empty() ? path : textLogin);
+      },
+      [this, candidates, textLogin] { chooseSession(candidates, textLogin); });
 }
 
 void Logind::followSession(const std::string& path) {

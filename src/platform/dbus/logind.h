@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/main_thread.h"
 #include "dbus/service.h"
@@ -30,7 +31,8 @@ class Logind {
   void appeared();
   void vanished();
   void findSession();
-  void listSessions();
+  void listSessions(const std::string& display);
+  void chooseSession(std::vector<std::string> candidates, const std::string& textLogin);
   void followSession(const std::string& path);
   void lockedHint(bool locked);
   void prepareForSleep(bool aboutToSleep);
