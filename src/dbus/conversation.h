@@ -19,8 +19,9 @@ struct Signal {
   Reply arguments;
 };
 
-/// Talks on a bus without ever waiting: answers and signals come in the main loop, and none comes
-/// once this is destroyed. Main thread only.
+/// Talks on a bus without ever waiting: answers and signals come in the main loop, or in the
+/// context that was the thread's default when it was asked for them, and none comes once this is
+/// destroyed. On one thread at a time.
 class Conversation {
  public:
   static constexpr std::chrono::seconds kPatience{5};

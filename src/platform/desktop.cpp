@@ -34,6 +34,10 @@ constexpr auto kUnknownDesktop =
     "Ce bureau ne dit à aucun programme quelle fenêtre est active. Orvanta voit les fenêtres sous "
     "X11, GNOME, KDE Plasma, sway et les compositeurs apparentés.";
 
+constexpr auto kFilmsAreMissed =
+    "Rien dans cette session ne dit qu'une vidéo est affichée : un film comptera comme absence, à "
+    "moins d'allonger le délai d'inactivité.";
+
 struct Sources {
   std::vector<std::unique_ptr<ForegroundProbe>> foreground;
   std::vector<std::unique_ptr<IdleSource>> idle;
@@ -87,7 +91,8 @@ Desktop blindDesktop() {
   desktop.inhibition =
       std::make_unique<AnyInhibition>(std::vector<std::unique_ptr<InhibitionProbe>>());
   desktop.session = std::make_unique<SessionEvents>(dbus::Bus(), dbus::Bus());
-  desktop.requestTitles = desktop.whyTitlesAreMissing = [] { return std::string(); };
+  desktop.requestTitles = desktop.whyTitlesAreMissing =
+      desktop.whyFilmsAreMissed = [] { return std::string(); };
   return desktop;
 }
 
@@ -113,8 +118,15 @@ Desktop observeDesktop(const dbus::Bus& system, const dbus::Bus& session, const 
   auto& foreground =
       *(desktop.foreground = std::make_unique<FirstForeground>(std::move(sources.foreground)));
   desktop.idle = std::make_unique<FirstIdle>(std::move(sources.idle));
-  desktop.inhibition = std::make_unique<AnyInhibition>(std::move(sources.inhibition));
+  auto& inhibition =
+      *(desktop.inhibition = std::make_unique<AnyInhibition>(std::move(sources.inhibition)));
   desktop.session = std::make_unique<SessionEvents>(system, session);
+  // Players and browsers do not tell logind; on Wayland the compositor knows, and calls it input.
+  desktop.whyFilmsAreMissed = [&inhibition, x11 = isX11Session()]() -> std::string {
+    if (!x11) return {};
+    const auto source = inhibition.source();
+    return source == kNoSource || source.id == "logind" ? kFilmsAreMissed : "";
+  };
   desktop.requestTitles = [&foreground, shell]() -> std::string {
     if (canReadAll(foreground)) return {};
     return shell->running() ? shell->installExtension() : kUnknownDesktop;

@@ -36,6 +36,10 @@ struct Desktop {
   /// when they are not. Any thread.
   std::function<std::string()> whyTitlesAreMissing;
 
+  /// A French sentence that says what it costs that nothing here tells of a film that is shown; ""
+  /// where something does. Any thread.
+  std::function<std::string()> whyFilmsAreMissed;
+
   /// Any thread.
   ProbeSources sources() const;
 };

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "dbus/conversation.h"
+
 namespace orvanta {
 namespace {
 
@@ -41,22 +43,15 @@ void openFile(const std::filesystem::path& file, const Log& log) {
 
 void revealFile(const dbus::Bus& session, const std::filesystem::path& file, const Log& log) {
   const auto folder = Gio::File::create_for_path(file.parent_path().string())->get_uri();
-  if (!session) {
-    launch(folder, log);
-    return;
-  }
   const std::vector<Glib::ustring> files{Gio::File::create_for_path(file.string())->get_uri()};
-  session->call(
-      "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1", "ShowItems",
-      dbus::arguments(files, ""),
-      [session, folder, log](Glib::RefPtr<Gio::AsyncResult>& result) {
-        try {
-          session->call_finish(result);
-        } catch (const Glib::Error&) {
-          launch(folder, log);
-        }
-      },
-      "org.freedesktop.FileManager1");
+  constexpr std::chrono::seconds kPatience{25};  // until the file manager has started
+  const auto talk =
+      std::make_shared<dbus::Conversation>(session, dbus::Conversation::Start::Yes, kPatience);
+  constexpr auto kManager = "org.freedesktop.FileManager1";
+  talk->call(
+      {kManager, "/org/freedesktop/FileManager1", kManager}, "ShowItems",
+      dbus::arguments(files, ""), [talk](const dbus::Reply& /*shown*/) {},
+      [talk, folder, log] { launch(folder, log); });
 }
 
 }  // namespace orvanta

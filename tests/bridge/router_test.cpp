@@ -193,6 +193,8 @@ TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {
                                        "session": "none"},
                             "advice": "", "browsers_running": [{"bundle": "org.mozilla.firefox",
                                                                 "name": "Firefox"}]})"));
+  probes.whyFilmsAreMissed = [] { return "Un film compte comme absence."; };
+  EXPECT_EQ(call("permissions.status").at("films"), "Un film compte comme absence.");
   EXPECT_EQ(call("permissions.sources"),
             json::parse(R"({"foreground": "Fake", "idle": "Fake", "inhibition": "Fake",
                             "session": "non disponible ici"})"));

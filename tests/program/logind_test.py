@@ -14,6 +14,8 @@ LOGIND = ("org.freedesktop.login1", "/org/freedesktop/login1")
 MANAGER = "org.freedesktop.login1.Manager"
 SESSION = "org.freedesktop.login1.Session"
 GNOME = "org.gnome.SessionManager"
+POWER = "org.freedesktop.PowerManagement"
+KDE = "org.kde.Solid.PowerManagement.PolicyAgent"
 
 
 class LogindTest(DesktopCase):
@@ -230,6 +232,31 @@ class InhibitionTest(DesktopCase):
         film_ended = self.inhibit(4)  # only the machine is kept awake
         idle = self.desktop.newest(2 * TICK, idle=1)
         self.assertAlmostEqual(idle["start"], film_ended, delta=TICK)
+
+    def test_a_film_where_freedesktops_power_management_is_all_there_is(self):
+        """As on Xfce, LXQt and MATE; with KDE's own, that one's answers are meant otherwise."""
+        kill(self.mock)
+        self.desktop.touch()
+        self.desktop.start_orvanta()
+        self.assertIn("un film comptera comme absence", self.status()["films"])
+        interface, path = f"{POWER}.Inhibit", "/org/freedesktop/PowerManagement/Inhibit"
+        _, bus = self.desktop.mock(self.desktop.session, POWER, POWER, path, interface)
+        self.addCleanup(bus.close)
+        bus.get_object(POWER, path).AddMethod(interface, "HasInhibit", "", "b", "ret = True",
+                                              dbus_interface=MOCK)
+        self.assertEqual(self.status()["probes"]["inhibition"], "power-management")
+        self.assertNotIn("films", self.status())
+        self.desktop.newest(2 * TICK, self.desktop.touch, idle=0)
+        pass_time(8)
+        self.assertEqual(self.desktop.spans()[-1]["idle"], 0)
+
+        kde = self.desktop.mock(self.desktop.session, KDE, KDE,
+                                "/org/kde/Solid/PowerManagement/PolicyAgent", KDE)[1]
+        self.addCleanup(kde.close)
+        self.desktop.newest(2 * TICK, idle=1)
+
+    def status(self):
+        return self.desktop.call("permissions.status")[1]
 
     def test_a_service_that_hangs(self):
         self.inhibit(0)

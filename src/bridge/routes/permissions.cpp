@@ -29,12 +29,14 @@ json::value status(Core& core, const Body& /*body*/) {
   for (const auto& [browser, pid] : core.browsers.running()) {
     running.push_back({{"bundle", browser->bundle}, {"name", browser->name}});
   }
-  return {{"accessibility", core.collectors.accessibilityGranted()},
-          {"browsers_running", std::move(running)},
-          {"browsers", browserPermissions(core)},
-          {"launch_at_login", core.loginItem.enabled()},
-          {"probes", eachProbe(core.desktop, &Source::id)},
-          {"advice", core.desktop.whyTitlesAreMissing()}};
+  json::object answer{{"accessibility", core.collectors.accessibilityGranted()},
+                      {"browsers_running", std::move(running)},
+                      {"browsers", browserPermissions(core)},
+                      {"launch_at_login", core.loginItem.enabled()},
+                      {"probes", eachProbe(core.desktop, &Source::id)},
+                      {"advice", core.desktop.whyTitlesAreMissing()}};
+  if (const auto films = core.desktop.whyFilmsAreMissed(); !films.empty()) answer["films"] = films;
+  return answer;
 }
 
 json::value sources(Core& core, const Body& /*body*/) {

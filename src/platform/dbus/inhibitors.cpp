@@ -1,7 +1,5 @@
 #include "platform/dbus/inhibitors.h"
 
-#include <giomm/asyncresult.h>
-
 #include <algorithm>
 #include <chrono>
 #include <string>
@@ -15,9 +13,11 @@ namespace orvanta::dbus {
 namespace {
 
 constexpr std::chrono::milliseconds kPatience{40};
-constexpr int kGiveUpMilliseconds = 5000;
 constexpr guint32 kGnomeInhibitIdle = 8;
 constexpr guint32 kKdeChangeScreenSettings = 4;
+
+constexpr auto kKdePolicyAgent = "kde-policy-agent";
+constexpr auto kPowerManagement = "power-management";
 
 bool saysYes(const Reply& reply) {
   return argument<bool>(reply);
@@ -37,29 +37,34 @@ bool logindBlocksIdle(const Reply& reply) {
 }  // namespace
 
 Inhibitors::Inhibitors(const Bus& system, const Bus& session) {
-  add({"logind", "systemd-logind"}, system, "org.freedesktop.login1",
-      "org.freedesktop.login1.Manager", "/org/freedesktop/login1", "ListInhibitors", {},
-      logindBlocksIdle);
-  add({"gnome-session", "GNOME"}, session, "org.gnome.SessionManager", "org.gnome.SessionManager",
-      "/org/gnome/SessionManager", "IsInhibited", arguments(kGnomeInhibitIdle), saysYes);
-  add({"kde-policy-agent", "KDE Plasma"}, session, "org.kde.Solid.PowerManagement.PolicyAgent",
-      "org.kde.Solid.PowerManagement.PolicyAgent", "/org/kde/Solid/PowerManagement/PolicyAgent",
-      "HasInhibition", arguments(kKdeChangeScreenSettings), saysYes);
+  constexpr auto kGnome = "org.gnome.SessionManager";
+  constexpr auto kKde = "org.kde.Solid.PowerManagement.PolicyAgent";
+  add({"logind", "systemd-logind"}, system,
+      {"org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager"},
+      "ListInhibitors", {}, logindBlocksIdle);
+  add({"gnome-session", "GNOME"}, session, {kGnome, "/org/gnome/SessionManager", kGnome},
+      "IsInhibited", arguments(kGnomeInhibitIdle), saysYes);
+  add({kKdePolicyAgent, "KDE Plasma"}, session,
+      {kKde, "/org/kde/Solid/PowerManagement/PolicyAgent", kKde}, "HasInhibition",
+      arguments(kKdeChangeScreenSettings), saysYes);
+  add({kPowerManagement, "gestion de l'énergie"}, session,
+      {"org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
+       "org.freedesktop.PowerManagement.Inhibit"},
+      "HasInhibit", {}, saysYes);
 }
 
+// What is still under way ends as cancelled, in our context: it is let in, so that nothing of it is
+// left behind.
 Inhibitors::~Inhibitors() {
-  // What is still under way answers "cancelled" into our context, while we are still here.
-  cancel_->cancel();
-  while (std::any_of(questions_.begin(), questions_.end(),
-                     [](const Question& question) { return question.waiting; })) {
-    context_->iteration(true);
+  questions_.clear();
+  while (context_->iteration(false)) {
   }
 }
 
 Source Inhibitors::source() {
   std::vector<Source> sources;
   for (const auto& question : questions_) {
-    if (question.service->present()) sources.push_back(question.source);
+    if (present(question)) sources.push_back(question.source);
   }
   return joinSources(sources);
 }
@@ -71,7 +76,7 @@ bool Inhibitors::displayKeptAwake() {
   context_->push_thread_default();
   for (auto& question : questions_) {
     if (question.waiting) continue;
-    if (question.service->present()) {
+    if (present(question)) {
       ask(question);
     } else {
       question.answer = false;
@@ -99,29 +104,34 @@ bool Inhibitors::displayKeptAwake() {
   return inhibited;
 }
 
-void Inhibitors::add(Source source, const Bus& bus, const char* service, const char* interface,
-                     const char* path, const char* method, const Reply& arguments,
-                     std::function<bool(const Reply&)> inhibited) {
+void Inhibitors::add(Source source, const Bus& bus, const Place& place, const char* method,
+                     const Reply& arguments, std::function<bool(const Reply&)> inhibited) {
   if (!bus) return;
-  auto watched = std::make_unique<Service>(bus, service);
+  auto watched = std::make_unique<Service>(bus, place.service);
   watched->watch();
-  questions_.push_back({std::move(source), bus, std::move(watched), path, interface, method,
-                        arguments, std::move(inhibited)});
+  questions_.push_back({std::move(source), std::move(watched), std::make_unique<Conversation>(bus),
+                        place, method, arguments, std::move(inhibited)});
+}
+
+// KDE's answers for freedesktop.org's, too, but says yes to what keeps only the machine awake.
+bool Inhibitors::present(const Question& question) const {
+  const auto there = [](const Question& each) { return each.service->present(); };
+  if (question.source.id != kPowerManagement) return there(question);
+  return there(question) &&
+         std::none_of(questions_.begin(), questions_.end(), [&](const auto& each) {
+           return each.source.id == kKdePolicyAgent && there(each);
+         });
 }
 
 void Inhibitors::ask(Question& question) {
   question.waiting = true;
-  question.bus->call(
-      question.path, question.interface, question.method, question.arguments,
-      [&question](const Glib::RefPtr<Gio::AsyncResult>& result) {
+  question.talk->call(
+      question.place, question.method, question.arguments,
+      [&question](const Reply& reply) {
         question.waiting = false;
-        try {
-          question.answer = question.inhibited(question.bus->call_finish(result));
-        } catch (const std::exception&) {  // no such service, no answer, or another form of answer
-          question.answer = false;
-        }
+        question.answer = question.inhibited(reply);
       },
-      cancel_, question.service->name(), kGiveUpMilliseconds, Gio::DBus::CallFlags::NO_AUTO_START);
+      [&question] { question.waiting = question.answer = false; });
 }
 
 }  // namespace orvanta::dbus

@@ -14,10 +14,12 @@
 namespace orvanta::dbus {
 
 /// Asks every service that keeps a list of inhibitors, all at once: logind ("idle" in block mode),
-/// GNOME's session manager (flag 8, idle), KDE's power management (flag 4, screen settings). True
-/// when any says so. A service that is not there is not started. One that has not answered after 40
-/// ms counts by its last answer, and is neither asked nor waited for again before it answers. Made
-/// on the main thread, whose loop watches the services; asked from one thread.
+/// GNOME's session manager (flag 8, idle), KDE's power management (flag 4, screen settings), and
+/// where that is not, the power management of freedesktop.org, which Xfce, LXQt and MATE have and
+/// which does not tell the display from the machine. True when any says so. A service that is not
+/// there is not started. One that has not answered after 40 ms counts by its last answer, and is
+/// neither asked nor waited for again before it answers. Made on the main thread, whose loop
+/// watches the services; asked from one thread.
 class Inhibitors : public InhibitionProbe {
  public:
   /// On these buses; either may be null.
@@ -32,10 +34,9 @@ class Inhibitors : public InhibitionProbe {
  private:
   struct Question {
     Source source;
-    Bus bus;
-    std::unique_ptr<Service> service;
-    const char* path;
-    const char* interface;
+    std::unique_ptr<Service> service;  // only watched: it may not be called by two threads
+    std::unique_ptr<Conversation> talk;
+    Place place;
     const char* method;
     Reply arguments;
     std::function<bool(const Reply&)> inhibited;
@@ -44,14 +45,13 @@ class Inhibitors : public InhibitionProbe {
     bool answer = false;
   };
 
-  void add(Source source, const Bus& bus, const char* service, const char* interface,
-           const char* path, const char* method, const Reply& arguments,
-           std::function<bool(const Reply&)> inhibited);
-  void ask(Question& question);
+  void add(Source source, const Bus& bus, const Place& place, const char* method,
+           const Reply& arguments, std::function<bool(const Reply&)> inhibited);
+  bool present(const Question& question) const;
+  static void ask(Question& question);
 
   // Answers arrive in a context of our own, which only displayKeptAwake() turns.
   Glib::RefPtr<Glib::MainContext> context_ = Glib::MainContext::create();
-  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
   std::vector<Question> questions_;
 };
 

@@ -88,6 +88,8 @@ export interface Permissions {
   probes?: Record<string, string>;
   /** Why window titles are missing and what helps; "" when they are not. */
   advice?: string;
+  /** What it costs that nothing here tells of a film; absent where something does. */
+  films?: string;
 }
 
 interface Ok extends Unstored {

@@ -33,8 +33,15 @@ export function DesktopRows() {
         )}
       </Row>
       {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
-        <Row key={probe} label={probeNames[probe] ?? probe}>
-          <State good={source !== "none"} text={names?.[probe] ?? source} />
+        <Row
+          key={probe}
+          label={probeNames[probe] ?? probe}
+          help={probe === "inhibition" ? answer.films : undefined}
+        >
+          <State
+            good={source !== "none" && !(probe === "inhibition" && answer.films)}
+            text={names?.[probe] ?? source}
+          />
         </Row>
       ))}
     </>
