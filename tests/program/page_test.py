@@ -131,6 +131,7 @@ class PageTest(PageCase):
 
         page.press("g")
         page.wait_for_text("//h1", "Réglages")
+        page.wait_for_text("//main", "un film comptera comme absence")  # a bare window manager
         for text, error in (("10", "30 au moins."), ("240", "")):
             page.click(field("Seuil d’inactivité"))
             page.press("ctrl+a")
