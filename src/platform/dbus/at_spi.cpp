@@ -172,7 +172,9 @@ void AtSpi::readTitle() {
   });
 }
 
+// Not before the process is known: by that a browser is recognised, whose title may be private.
 void AtSpi::show() {
+  if (claims_.pid == 0) return publish({});
   if (claims_.fallbackName.empty() && !claims_.names.empty()) {
     claims_.fallbackName = claims_.names.front();
   }
