@@ -19,6 +19,15 @@ bool isBrowser(const FrontmostApp& app) {
   return std::find(categories.begin(), categories.end(), "WebBrowser") != categories.end();
 }
 
+bool showsOnlyPrivateWindows(const Browser& browser, int32_t pid) {
+  if (browser.kind != BrowserKind::kFirefox) return false;
+  if (pid > 0) return isAlwaysPrivate(pid);
+  const auto running = runningBrowsers();
+  return std::any_of(running.begin(), running.end(), [&](const RunningBrowser& one) {
+    return one.browser == &browser && isAlwaysPrivate(one.pid);
+  });
+}
+
 std::string queryKey(const Browser& browser) {
   return "browser:" + std::string(browser.bundle);
 }
@@ -41,6 +50,7 @@ std::optional<BrowserTab> BrowserTabs::browserTab(const FrontmostApp& app) {
   if (!browser && !isBrowser(app)) return {};
   if (!browser || browser->kind == BrowserKind::kUntold) return BrowserTab();
   if (auto tab = askExtension(*browser, app.pid)) return tab;
+  if (showsOnlyPrivateWindows(*browser, app.pid)) return BrowserTab();
   auto tab = askHelper(*browser, app);
   if (tab.url || tab.title) return tab;
   if (app.title && showsPublicWindow(*browser, *app.title)) tab.title = app.title;

@@ -17,7 +17,8 @@ namespace orvanta {
 /// title of the window. Nothing of a private window comes out: the extension does not see one, the
 /// helper drops it, and a window title is taken only when it shows that the window is no private
 /// one and no extension could have told of the window. Of a browser whose private windows cannot be
-/// told, in the table or not, nothing is read at all. The operations may be called from any thread.
+/// told, in the table or not, and of a Firefox that has no others nothing is read at all. The
+/// operations may be called from any thread.
 class BrowserTabs {
  public:
   /// `helper` is the program `orvanta-tab`, `socketFolder` where the hosts have their sockets.

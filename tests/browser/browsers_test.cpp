@@ -1,10 +1,13 @@
 #include "browser/browsers.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
 #include <set>
 
+#include "base/owned_fd.h"
 #include "support/fake_browser.h"
 
 namespace orvanta::test {
@@ -59,6 +62,18 @@ TEST(Browsers, AreKnownByTheirProcess) {
   }
   EXPECT_EQ(browserOf("userapp-Firefox-7XKQZ1", pid), "");
   EXPECT_EQ(browserOf("org.gnome.Terminal", getpid()), "");
+}
+
+TEST(Browsers, AProfileThatKeepsNoHistoryIsPrivate) {
+  const TempFolder profile;
+  const auto history = profile.path() / "places.sqlite";
+  const OwnedFd open(::open(history.c_str(), O_CREAT | O_RDWR, 0600));  // for the browser, too
+  const FakeBrowser firefox("firefox-esr");
+  EXPECT_FALSE(isAlwaysPrivate(firefox.pid()));
+  std::ofstream(profile.path() / "prefs.js")
+      << "user_pref(\"a\", 1);\nuser_pref(\"browser.privatebrowsing.autostart\", true);\n";
+  EXPECT_TRUE(isAlwaysPrivate(firefox.pid()));
+  EXPECT_FALSE(isAlwaysPrivate(1));
 }
 
 TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {

@@ -106,6 +106,20 @@ class BrowserTest(DesktopCase):
         end(orvanta)
         self.assert_nowhere(SECRET)
 
+    def test_firefox_that_keeps_no_history(self):
+        """All its windows are private, and no title says so."""
+        browser = Firefox(self.desktop, extension=False)
+        with open(os.path.join(browser.profile, "user.js"), "a", encoding="utf-8") as file:
+            file.write('user_pref("browser.privatebrowsing.autostart", true);\n')
+        window = browser.start(self.pages.url(SECRET))
+        wait_for(lambda: self.desktop.title_of(window) == f"Page {SECRET} — Mozilla Firefox", 20,
+                 lambda: self.desktop.title_of(window))
+        orvanta = self.desktop.start_orvanta()
+        self.desktop.newest(6 * TICK, bundle="firefox-esr", title=None)
+        pass_time(3 * TICK)
+        end(orvanta)
+        self.assert_nowhere(SECRET)
+
     # Without the extension: what screen readers are told.
 
     def start_accessibility(self):
