@@ -234,7 +234,7 @@ class InhibitionTest(DesktopCase):
         self.assertAlmostEqual(idle["start"], film_ended, delta=TICK)
 
     def test_a_film_where_freedesktops_power_management_is_all_there_is(self):
-        """As on Xfce, LXQt and MATE; with KDE's own, that one's answers are meant otherwise."""
+        """As on Xfce and MATE; with KDE's own, that one's answers are meant otherwise."""
         kill(self.mock)
         self.desktop.touch()
         self.desktop.start_orvanta()

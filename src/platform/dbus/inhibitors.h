@@ -15,8 +15,8 @@ namespace orvanta::dbus {
 
 /// Asks every service that keeps a list of inhibitors, all at once: logind ("idle" in block mode),
 /// GNOME's session manager (flag 8, idle), KDE's power management (flag 4, screen settings), and
-/// where that is not, the power management of freedesktop.org, which Xfce, LXQt and MATE have and
-/// which does not tell the display from the machine. True when any says so. A service that is not
+/// where that is not, the power management of freedesktop.org, which Xfce and MATE have and which
+/// does not tell the display from the machine. True when any says so. A service that is not
 /// there is not started. One that has not answered after 40 ms counts by its last answer, and is
 /// neither asked nor waited for again before it answers. Made on the main thread, whose loop
 /// watches the services; asked from one thread.
