@@ -1,7 +1,9 @@
 """The session's own word: locked, asleep, kept awake. The services are mocks on private buses."""
 
+import glob
 import json
 import os
+import shutil
 import signal
 import time
 
@@ -283,6 +285,43 @@ class InhibitionTest(DesktopCase):
         print(f"hung service: worst {cost['worst_us'] / 1000:.0f} ms, mean {cost['mean_us']:.0f} us")
         self.assertLess(cost["worst_us"], 60_000)  # 40 ms, and what a busy machine adds
         self.assertLess(cost["mean_us"], 5_000)  # it is waited for once
+
+
+class XfceTest(DesktopCase):
+    """Xfce's own power manager, on a computer of mocks."""
+
+    options = {"system_bus": True}
+
+    def setUp(self):
+        super().setUp()
+        settings = glob.glob("/usr/lib/*/xfce4/xfconf/xfconfd")
+        if not settings or not shutil.which("xfce4-power-manager"):
+            self.skipTest("xfce4-power-manager not installed")
+        for name, template in ((LOGIND[0], "logind"), ("org.freedesktop.UPower", "upower")):
+            self.addCleanup(self.desktop.mock(self.desktop.system, name, "--system",
+                                              "--template", template)[1].close)
+        self.bus = self.desktop.session.connect()
+        self.addCleanup(self.bus.close)
+        self.start("org.xfce.Xfconf", settings[0])
+        self.start(POWER, "xfce4-power-manager", "--no-daemon")
+
+    def start(self, name, *command):
+        self.desktop.spawn(*command)
+        wait_for(lambda: self.bus.name_has_owner(name), 10, f"{name} is up")
+
+    def ask(self, method, signature="", *values):
+        return self.bus.call_blocking(POWER, "/org/freedesktop/PowerManagement/Inhibit",
+                                      f"{POWER}.Inhibit", method, signature, values)
+
+    def test_a_film_counts_as_activity(self):
+        self.desktop.set_setting("idle_threshold", "4")
+        film = self.ask("Inhibit", "ss", "mpv", "un film")
+        self.desktop.touch()
+        self.desktop.start_orvanta()
+        pass_time(10)
+        self.assertEqual([span["idle"] for span in self.desktop.spans()], [0])
+        self.ask("UnInhibit", "u", film)
+        self.desktop.newest(2 * TICK, idle=1)
 
 
 class LockScreenTest(DesktopCase):
