@@ -17,6 +17,11 @@ class KwinDesktop(WaylandDesktop):
     def start(self):
         # A copy has no file capability, which KWin cannot have here.
         kwin = shutil.copy(shutil.which("kwin_wayland"), self.make_folder("kwin"))
+        # Without a menu Plasma 6 knows no desktop files; a session has one from plasma-workspace.
+        menus = os.path.join(self.env["XDG_CONFIG_HOME"], "menus")
+        os.mkdir(menus, 0o755)
+        self.write(os.path.join(menus, "applications.menu"),
+                   "<Menu><Name>All</Name><DefaultAppDirs/><Include><All/></Include></Menu>")
         self.input = shutil.copy(os.environ["KWIN_INPUT"], self.folder)
         self.allow(self.input, "org_kde_kwin_fake_input")
         self.kwin_command = (kwin, "--virtual", "--width", "1280", "--height", "800",
@@ -63,8 +68,10 @@ class KwinTest(Scenario):
 
     def focus(self, name):
         self.desktop.run_script(
-            "for (const w of workspace.clientList())"
-            f" if (w.resourceClass.toString().includes('{name}')) workspace.activeClient = w;")
+            "const five = workspace.windowList === undefined;"
+            "for (const w of five ? workspace.clientList() : workspace.windowList())"
+            f" if (w.resourceClass.toString().includes('{name}'))"
+            " workspace[five ? 'activeClient' : 'activeWindow'] = w;")
         return time.time()
 
     def touch(self):
