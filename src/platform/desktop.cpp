@@ -53,7 +53,8 @@ void addWayland(Sources& sources, const dbus::Bus& session, const Log& log) {
   const auto connection = std::make_shared<wayland::Connection>(log);
   auto plasma = std::make_unique<wayland::PlasmaWindows>(connection);
   auto script = std::make_unique<dbus::KwinScript>(
-      session, [&windows = *plasma] { return !windows.titlesReadable(); }, log);
+      session, [&windows = *plasma] { return !windows.titlesReadable() || windows.doubtful(); },
+      log);
   sources.foreground.push_back(std::make_unique<wayland::WlrToplevels>(connection));
   sources.foreground.push_back(std::move(plasma));
   sources.foreground.push_back(std::move(script));

@@ -44,6 +44,8 @@ class ForegroundProbe {
   virtual std::optional<FrontmostApp> frontmostApp() = 0;
   /// Whether window titles can be read on this desktop, now.
   virtual bool titlesReadable() = 0;
+  /// Whether it should see windows and has seen none for so long that another may know better.
+  virtual bool doubtful() { return false; }
   virtual Source source() = 0;
 };
 

@@ -44,15 +44,24 @@ bool PublishedForeground::titlesReadable() {
   return readable_;
 }
 
+bool PublishedForeground::doubtful() {
+  const std::lock_guard lock(mutex_);
+  return readable_ && !hasSeen_ && clock_().awake - readableSince_ >= kPatience.count();
+}
+
 void PublishedForeground::setReadable(bool readable) {
   const std::lock_guard lock(mutex_);
+  if (readable && !readable_) readableSince_ = clock_().awake;
   readable_ = readable;
-  if (!readable) front_.reset();
+  if (readable) return;
+  front_.reset();
+  hasSeen_ = false;
 }
 
 void PublishedForeground::publish(std::optional<WindowClaims> window) {
   const std::lock_guard lock(mutex_);
   front_ = std::move(window);
+  hasSeen_ = hasSeen_ || front_;
 }
 
 std::optional<double> PublishedIdle::idleSeconds() {

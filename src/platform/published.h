@@ -7,8 +7,10 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "base/clock.h"
 #include "platform/desktop_entries.h"
 #include "platform/probes.h"
 
@@ -32,8 +34,15 @@ struct WindowClaims {
 /// installed applications are looked up by who asks: that may read files.
 class PublishedForeground : public ForegroundProbe {
  public:
+  /// How long a desktop may be without any window from the start.
+  static constexpr std::chrono::seconds kPatience{20};
+
+  explicit PublishedForeground(UptimeClock clock = machineUptime) : clock_(std::move(clock)) {}
+
   std::optional<FrontmostApp> frontmostApp() override;
   bool titlesReadable() override;
+  /// Once it has seen a window, it is believed that there is none.
+  bool doubtful() override;
 
  protected:
   /// Whether the desktop's service is there. Forgets the window when it is not.
@@ -41,10 +50,13 @@ class PublishedForeground : public ForegroundProbe {
   void publish(std::optional<WindowClaims> window);
 
  private:
+  const UptimeClock clock_;
   DesktopEntries entries_;
   std::mutex mutex_;
   std::optional<WindowClaims> front_;
   bool readable_ = false;
+  double readableSince_ = 0;  // of clock_, awake
+  bool hasSeen_ = false;      // a window, since then
 };
 
 /// For services that tell when the user has been idle for kNoticedAfter, and when they are back.

@@ -10,9 +10,13 @@ FirstForeground::FirstForeground(std::vector<std::unique_ptr<ForegroundProbe>> s
     : sources_(std::move(sources)) {}
 
 ForegroundProbe* FirstForeground::first() const {
-  const auto found = std::find_if(sources_.begin(), sources_.end(),
-                                  [](const auto& source) { return source->titlesReadable(); });
-  return found != sources_.end() ? found->get() : nullptr;
+  ForegroundProbe* doubtful = nullptr;
+  for (const auto& source : sources_) {
+    if (!source->titlesReadable()) continue;
+    if (!source->doubtful()) return source.get();
+    if (!doubtful) doubtful = source.get();
+  }
+  return doubtful;
 }
 
 std::optional<FrontmostApp> FirstForeground::frontmostApp() {

@@ -11,7 +11,7 @@
 
 namespace orvanta {
 
-/// The first source that can read titles now.
+/// The first source that can read titles now, before those that are doubtful.
 class FirstForeground : public ForegroundProbe {
  public:
   explicit FirstForeground(std::vector<std::unique_ptr<ForegroundProbe>> sources);

@@ -9,7 +9,8 @@ namespace orvanta {
 namespace {
 
 struct TestForeground : PublishedForeground {
-  explicit TestForeground(std::string name) : name_(std::move(name)) {}
+  explicit TestForeground(std::string name, UptimeClock clock = machineUptime)
+      : PublishedForeground(std::move(clock)), name_(std::move(name)) {}
   Source source() override { return {name_, name_}; }
   using PublishedForeground::publish;
   using PublishedForeground::setReadable;
@@ -50,6 +51,41 @@ TEST(SourcesTest, TheFirstThatWorksAnswersAndAVanishedOneIsForgotten) {
   EXPECT_EQ(probe.source().id, "second");
   a.setReadable(true);
   EXPECT_EQ(probe.frontmostApp(), std::nullopt) << "what it saw before it went is old";
+}
+
+TEST(SourcesTest, ASourceThatHasNeverSeenAWindowGivesWayToAnotherAndComesBack) {
+  double now = 0;
+  const auto clock = [&now] { return Uptime{now, now}; };
+  auto first = std::make_unique<TestForeground>("first", clock);
+  auto second = std::make_unique<TestForeground>("second", clock);
+  auto& a = *first;
+  auto& b = *second;
+  std::vector<std::unique_ptr<ForegroundProbe>> both;
+  both.push_back(std::move(first));
+  both.push_back(std::move(second));
+  FirstForeground probe(std::move(both));
+  const WindowClaims window{.fallbackName = "W"};
+
+  a.setReadable(true);
+  now = PublishedForeground::kPatience.count();
+  EXPECT_EQ(probe.source().id, "first") << "there is no other";
+  b.setReadable(true);
+  b.publish(window);
+  EXPECT_EQ(probe.source().id, "second");
+  now -= 1;
+  EXPECT_EQ(probe.source().id, "first") << "the desktop may have been empty so far";
+  now = 1000;
+  a.publish(window);
+  EXPECT_EQ(probe.source().id, "first");
+  a.publish({});
+  now = 2000;
+  EXPECT_EQ(probe.frontmostApp(), std::nullopt) << "it has seen windows, so there is none";
+
+  a.setReadable(false);
+  a.setReadable(true);
+  EXPECT_EQ(probe.source().id, "first") << "it has its time again";
+  now += PublishedForeground::kPatience.count();
+  EXPECT_EQ(probe.source().id, "second");
 }
 
 TEST(SourcesTest, IdleTimeIsCountedFromTheInputBeforeTheNotice) {

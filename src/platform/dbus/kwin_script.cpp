@@ -27,7 +27,7 @@ constexpr auto kDescription = R"(<node><interface name="fr.quellvane.orvanta.Foc
 </interface></node>)";
 constexpr auto kScripting = "org.kde.kwin.Scripting";
 constexpr auto kScriptName = "fr.quellvane.orvanta.focus";
-constexpr unsigned kDelayMilliseconds = 1000;
+constexpr std::chrono::milliseconds kDelay(1000);
 
 }  // namespace
 
@@ -56,13 +56,21 @@ KwinScript::~KwinScript() {
 
 // KWin is on the bus before it can load scripts, and a window list shows up a little later still.
 void KwinScript::loadSoon() {
+  loadAfter(kDelay, true);
+}
+
+void KwinScript::loadAfter(std::chrono::milliseconds delay, bool again) {
   delay_.disconnect();
   delay_ = Glib::signal_timeout().connect(
-      [this] {
-        if (kwin_.present() && needed_()) load();
+      [this, again] {
+        if (kwin_.present() && needed_()) {
+          load();
+        } else if (again) {
+          loadAfter(kPatience, false);
+        }
         return false;
       },
-      kDelayMilliseconds);
+      static_cast<unsigned>(delay.count()));
 }
 
 void KwinScript::called(const std::string& sender, const Reply& arguments) {

@@ -3,6 +3,7 @@
 
 #include <sigc++/connection.h>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -19,8 +20,8 @@ namespace orvanta::dbus {
 /// at the end. Made on the main thread.
 class KwinScript : public PublishedForeground {
  public:
-  /// `session` may be null. `needed` is asked a little after KWin has appeared: the script is only
-  /// for where no other source can see windows.
+  /// `session` may be null. `needed` is asked a little after KWin has appeared, and once more when
+  /// other sources have had their time: the script is only for where none of them sees windows.
   KwinScript(const Bus& session, std::function<bool()> needed, Log log);
   ~KwinScript() override;
   KwinScript(const KwinScript&) = delete;
@@ -30,6 +31,7 @@ class KwinScript : public PublishedForeground {
 
  private:
   void loadSoon();
+  void loadAfter(std::chrono::milliseconds delay, bool again);
   void called(const std::string& sender, const Reply& arguments);
   void load();
   void start();
