@@ -28,8 +28,6 @@ std::string_view environment(const char* name) {
   return value ? value : "";
 }
 
-constexpr auto kGnomeNeedsExtension =
-    "GNOME ne montre les titres des fenêtres qu'à ses extensions : installez celle d'Orvanta.";
 constexpr auto kUnknownDesktop =
     "Ce bureau ne dit à aucun programme quelle fenêtre est active. Orvanta voit les fenêtres sous "
     "X11, GNOME, KDE Plasma, sway et les compositeurs apparentés.";
@@ -134,7 +132,7 @@ Desktop observeDesktop(const dbus::Bus& system, const dbus::Bus& session, const 
   };
   desktop.whyTitlesAreMissing = [&foreground, shell]() -> std::string {
     if (canReadAll(foreground)) return {};
-    return shell->running() ? kGnomeNeedsExtension : kUnknownDesktop;
+    return shell->running() ? shell->whyNoTitles() : kUnknownDesktop;
   };
   return desktop;
 }

@@ -1,15 +1,21 @@
 """A real GNOME Shell without a screen: the extension installed, a log-out, windows and input."""
 
+import json
+import os
 import time
+from pathlib import Path
 
 import dbus
 
-from desktop import end, kill, pass_time, wait_for
+from desktop import TICK, end, kill, pass_time, wait_for
 from wayland_desktop import EDITOR, FIRST, TITLES, Scenario, WaylandDesktop
 
 SHELL = ("org.gnome.Shell", "/org/gnome/Shell")
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
 FOCUS = ("fr.quellvane.orvanta.Focus", "/fr/quellvane/orvanta/Focus")
+EXTENSION = "focus@orvanta.quellvane.fr"
+RESOURCES = Path(__file__).parents[2] / "src/platform/resources"
+ACTIVE, OUT_OF_DATE = 1, 4
 ACTIVATE = """
 const window = global.get_window_actors().map(actor => actor.meta_window)
     .find(each => each.get_wm_class().includes('{name}'));
@@ -35,15 +41,37 @@ class GnomeDesktop(WaylandDesktop):
 
     def leave_overview(self):
         try:
+            # A shell that leaves it while it still starts may never come up.
+            if self.evaluate("Main.layoutManager._startingUp") == "true":
+                return False
             self.bus.call_blocking(*SHELL, "org.freedesktop.DBus.Properties", "Set", "ssv",
                                    ("org.gnome.Shell", "OverviewActive", False))
-            return self.evaluate("Main.layoutManager._startingUp") == "false"
+            return True
         except dbus.DBusException:
             return False
 
     def log_out(self):
         kill(self.shell)
         wait_for(lambda: not self.bus.name_has_owner(SHELL[0]), 5, "the shell has gone")
+
+    def install_extension(self, version):
+        """As the program did for that version of the shell, which has the old form."""
+        made = Path(self.folder, EXTENSION)
+        made.mkdir(0o755)
+        (made / "metadata.json").write_text(json.dumps(
+            {"uuid": EXTENSION, "name": "Orvanta", "description": "-", "shell-version": [version]}))
+        (made / "extension.js").write_text("".join(
+            (RESOURCES / name).read_text()
+            for name in ("gnome-head-43.js", "gnome-focus.js", "gnome-tail-43.js")))
+        folder = os.path.join(self.env["XDG_DATA_HOME"], "gnome-shell/extensions")
+        for command in (("mkdir", "-p", folder), ("cp", "-r", str(made), folder)):  # the user's own
+            assert self.run(*command).returncode == 0
+        self.evaluate(f"global.settings.set_strv('enabled-extensions', ['{EXTENSION}'])")
+
+    def extension_state(self):
+        info = self.bus.call_blocking(*SHELL, "org.gnome.Shell.Extensions", "GetExtensionInfo", "s",
+                                      (EXTENSION,))
+        return info.get("state")
 
     def evaluate(self, script):
         done, result = self.bus.call_blocking(*SHELL, SHELL[0], "Eval", "s", (script,))
@@ -131,4 +159,27 @@ class GnomeTest(Scenario):
         self.check_probes(watch, "gnome-extension", "mutter-idle-monitor")
 
         orvanta = self.check_spans()
+        end(orvanta)
+
+    def test_an_extension_of_the_gnome_before_an_upgrade(self):
+        """Nobody has to ask for it again: one log-out, and windows are seen."""
+        desktop = self.desktop
+        version = desktop.bus.call_blocking(*SHELL, "org.freedesktop.DBus.Properties", "Get", "ss",
+                                            (SHELL[0], "ShellVersion")).split(".")[0]
+        desktop.install_extension("42" if version == "43" else "43")
+        desktop.log_out()
+        desktop.log_in()
+        wait_for(lambda: desktop.extension_state() == OUT_OF_DATE, 10, "the shell refuses it")
+        orvanta = desktop.start_orvanta()
+
+        def advice():
+            return desktop.call("permissions.status")[1]["advice"]
+        wait_for(lambda: "fermez votre session" in advice(), 10, advice)
+
+        desktop.log_out()
+        desktop.log_in()
+        self.show_windows()
+        span = desktop.newest(5 * TICK, lambda: self.focus("titles"), bundle=TITLES)
+        self.assertEqual(span["title"], FIRST)
+        self.assertEqual((desktop.extension_state(), advice()), (ACTIVE, ""))
         end(orvanta)

@@ -1,6 +1,7 @@
 #include "platform/dbus/gnome_shell.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <giomm/desktopappinfo.h>
 #include <giomm/file.h>
 #include <giomm/settings.h>
@@ -27,22 +28,44 @@ constexpr auto kShellPath = "/org/gnome/Shell";
 constexpr auto kExtensions = "org.gnome.Shell.Extensions";
 constexpr auto kSettings = "org.gnome.shell";
 constexpr auto kId = "focus@orvanta.quellvane.fr";
-constexpr int kFirstWithModules = 45;
+constexpr auto kNeedsExtension =
+    "GNOME ne montre les titres des fenêtres qu'à ses extensions : installez celle d'Orvanta.";
+constexpr auto kNeedsLogOut =
+    "L'extension GNOME d'Orvanta est installée : fermez votre session puis rouvrez-la une fois "
+    "pour que les titres des fenêtres soient enregistrés.";
+
+// The shells that understand a form of the extension. It is to outlive upgrades of GNOME, and what
+// it uses has not changed from one to the next for long.
+struct Form {
+  int first;
+  int last;
+};
+constexpr Form kFunctions{43, 44};
+constexpr Form kModules{45, 60};
+
+const Form& formFor(int version) {
+  return version < kModules.first ? kFunctions : kModules;
+}
 
 // Shells load an extension only when it names their version.
 std::string metadata(int version) {
+  const auto& form = formFor(version);
+  std::vector<std::string> versions;
+  for (int each = std::min(form.first, version); each <= std::max(form.last, version); ++each) {
+    versions.push_back(fmt::format("\"{}\"", each));
+  }
   return fmt::format(R"({{
   "uuid": "{}",
   "name": "Orvanta",
   "description": "Indique à Orvanta, et à lui seul, la fenêtre active.",
-  "shell-version": ["{}"]
+  "shell-version": [{}]
 }}
 )",
-                     kId, version);
+                     kId, fmt::join(versions, ", "));
 }
 
 std::string script(int version) {
-  const auto* form = version < kFirstWithModules ? "43" : "45";
+  const int form = formFor(version).first;
   return platformResource(fmt::format("gnome-head-{}.js", form)) +
          platformResource("gnome-focus.js") +
          platformResource(fmt::format("gnome-tail-{}.js", form));
@@ -55,6 +78,25 @@ bool write(const std::string& path, const std::string& text) {
   }
   if (const auto problem = writeOwnFile(path, text)) throw std::runtime_error(*problem);
   return true;
+}
+
+std::string extensionFolder() {
+  return Glib::build_filename(Glib::get_user_data_dir(), "gnome-shell/extensions", kId);
+}
+
+// Whether it was not there as it should be.
+bool writeExtension(int version) {
+  const auto folder = extensionFolder();
+  const bool isNew = write(Glib::build_filename(folder, "metadata.json"), metadata(version));
+  return write(Glib::build_filename(folder, "extension.js"), script(version)) || isNew;
+}
+
+// Whether the shell knows the extension in a form that it can load.
+bool isLoadable(const std::map<Glib::ustring, Glib::VariantBase>& info) {
+  constexpr double kOutOfDate = 4;
+  const auto found = info.find("state");
+  if (found == info.end() || !found->second.is_of_type(Glib::VARIANT_TYPE_DOUBLE)) return false;
+  return Glib::VariantBase::cast_dynamic<Glib::Variant<double>>(found->second).get() != kOutOfDate;
 }
 
 // Whether the user lets the shell load extensions at all.
@@ -85,19 +127,36 @@ GnomeShell::GnomeShell(const Bus& session, Log log)
   shell_.watch([this] { learn(); },
                [this] {
                  version_ = 0;
-                 listed_ = false;
+                 loadable_ = false;
                });
 }
 
 void GnomeShell::learn() {
   shell_.read<std::string>(kShellPath, kShell, "ShellVersion", [this](const std::string& version) {
     std::from_chars(version.data(), version.data() + version.size(), version_);
+    shell_.call(
+        kShellPath, kExtensions, "GetExtensionInfo", arguments(kId), [this](const Reply& reply) {
+          loadable_ = isLoadable(argument<std::map<Glib::ustring, Glib::VariantBase>>(reply));
+          refresh();
+        });
   });
-  shell_.call(kShellPath, kExtensions, "GetExtensionInfo", arguments(kId),
-              [this](const Reply& reply) {
-                using Info = std::map<Glib::ustring, Glib::VariantBase>;
-                listed_ = !argument<Info>(reply).empty();
-              });
+}
+
+// An upgrade of GNOME, or of this program, wants the extension written anew. Whoever has removed it
+// does not get it back.
+void GnomeShell::refresh() {
+  installed_ = Glib::file_test(extensionFolder(), Glib::FileTest::IS_DIR);
+  if (!installed_ || version_ == 0) return;
+  try {
+    if (writeExtension(version_)) loadable_ = false;  // the shell has read what was there before
+  } catch (const std::exception& error) {
+    installed_ = false;
+    log_(std::string("Orvanta: extension GNOME non mise à jour (") + error.what() + ")");
+  }
+}
+
+std::string GnomeShell::whyNoTitles() const {
+  return installed_ && !loadable_ ? kNeedsLogOut : kNeedsExtension;
 }
 
 std::string GnomeShell::installExtension() {
@@ -105,12 +164,8 @@ std::string GnomeShell::installExtension() {
     return "GNOME n'a pas encore répondu ; réessayez dans quelques secondes.";
   }
   try {
-    const auto folder =
-        Glib::build_filename(Glib::get_user_data_dir(), "gnome-shell/extensions", kId);
-    const bool isNew = write(Glib::build_filename(folder, "metadata.json"), metadata(version_));
-    if (write(Glib::build_filename(folder, "extension.js"), script(version_)) || isNew) {
-      listed_ = false;  // what the shell has found is not what is there now
-    }
+    if (writeExtension(version_)) loadable_ = false;
+    installed_ = true;
     if (!switchOn()) {
       openExtensionSettings();
       return "Les extensions de GNOME sont désactivées : activez-les, puis activez « Orvanta » "
@@ -121,10 +176,7 @@ std::string GnomeShell::installExtension() {
     log_(std::string("Orvanta: extension GNOME non installée (") + error.what() + ")");
     return "L'extension GNOME d'Orvanta n'a pas pu être installée dans votre dossier personnel.";
   }
-  if (!listed_) {
-    return "L'extension GNOME d'Orvanta est installée : fermez votre session puis rouvrez-la une "
-           "fois pour que les titres des fenêtres soient enregistrés.";
-  }
+  if (!loadable_) return kNeedsLogOut;
   shell_.call(kShellPath, kExtensions, "EnableExtension", arguments(kId));
   return {};
 }

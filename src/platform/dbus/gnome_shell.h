@@ -9,8 +9,8 @@
 
 namespace orvanta::dbus {
 
-/// Watches the shell, and installs the extension by which GnomeFocus sees windows. Made and used on
-/// the main thread, except running().
+/// Watches the shell, installs the extension by which GnomeFocus sees windows, and rewrites it
+/// where it is installed and not as it should be. Made and used on the main thread, except as said.
 class GnomeShell {
  public:
   /// `session` may be null.
@@ -19,6 +19,9 @@ class GnomeShell {
   /// Whether this session is GNOME's. Any thread.
   bool running() const { return shell_.present(); }
 
+  /// A French sentence that says why the extension tells nothing, and what helps. Any thread.
+  std::string whyNoTitles() const;
+
   /// Writes the extension, in the form that the running shell understands, to the user's folder and
   /// switches it on. A shell notices a new extension only when it starts: then the answer is a
   /// French sentence for the user; "" when it is on at once.
@@ -26,11 +29,13 @@ class GnomeShell {
 
  private:
   void learn();
+  void refresh();
 
   const Log log_;
   Service shell_;
-  int version_ = 0;      // major; 0 while it is not known
-  bool listed_ = false;  // the shell has found the extension as it is
+  int version_ = 0;                      // major; 0 while it is not known
+  std::atomic<bool> installed_ = false;  // the extension is there as it should be
+  std::atomic<bool> loadable_ = false;   // and the shell has found it so
 };
 
 }  // namespace orvanta::dbus
