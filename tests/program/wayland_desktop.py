@@ -1,5 +1,6 @@
 """A Wayland session of its own for a test, without a screen, and what every such desktop must show."""
 
+import glob
 import json
 import os
 import shutil
@@ -40,6 +41,18 @@ class WaylandDesktop(Desktop):
         if os.getuid() == 0:
             os.chown(path, NOBODY, NOBODY)
         return path
+
+    def start_wlroots(self, *command):
+        """Starts a compositor of wlroots' kin and waits until it takes clients; it is returned."""
+        sockets = os.path.join(self.env["XDG_RUNTIME_DIR"], "wayland-?")
+        for old in glob.glob(sockets):  # of one that was killed
+            os.remove(old)
+        compositor = self.spawn(*command, env={
+            "WLR_BACKENDS": "headless", "WLR_HEADLESS_OUTPUTS": "1",
+            "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"})
+        socket = wait_for(lambda: glob.glob(sockets), 10, f"{command[0]} is up")[0]
+        self.env["WAYLAND_DISPLAY"] = os.path.basename(socket)
+        return compositor
 
     def open_windows(self):
         """Two applications, which it returns; retitle() changes the title of the first."""
