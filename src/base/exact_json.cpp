@@ -9,7 +9,7 @@ namespace orvanta {
 namespace {
 
 namespace json = boost::json;
-using Error = json::error_code;
+using Error = boost::system::error_code;
 using Text = json::string_view;
 
 // What the parser tells, put together to a value.
