@@ -46,7 +46,7 @@ bool PublishedForeground::titlesReadable() {
 
 bool PublishedForeground::doubtful() {
   const std::lock_guard lock(mutex_);
-  return readable_ && !hasSeen_ && clock_().awake - readableSince_ >= kPatience.count();
+  return readable_ && !hasSeen_ && clock_().awake - readableSince_ >= kFirstWindow.count();
 }
 
 void PublishedForeground::setReadable(bool readable) {

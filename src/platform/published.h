@@ -35,7 +35,7 @@ struct WindowClaims {
 class PublishedForeground : public ForegroundProbe {
  public:
   /// How long a desktop may be without any window from the start.
-  static constexpr std::chrono::seconds kPatience{20};
+  static constexpr std::chrono::seconds kFirstWindow{20};
 
   explicit PublishedForeground(UptimeClock clock = machineUptime) : clock_(std::move(clock)) {}
 

@@ -67,7 +67,7 @@ TEST(SourcesTest, ASourceThatHasNeverSeenAWindowGivesWayToAnotherAndComesBack) {
   const WindowClaims window{.fallbackName = "W"};
 
   a.setReadable(true);
-  now = PublishedForeground::kPatience.count();
+  now = PublishedForeground::kFirstWindow.count();
   EXPECT_EQ(probe.source().id, "first") << "there is no other";
   b.setReadable(true);
   b.publish(window);
@@ -84,7 +84,7 @@ TEST(SourcesTest, ASourceThatHasNeverSeenAWindowGivesWayToAnotherAndComesBack) {
   a.setReadable(false);
   a.setReadable(true);
   EXPECT_EQ(probe.source().id, "first") << "it has its time again";
-  now += PublishedForeground::kPatience.count();
+  now += PublishedForeground::kFirstWindow.count();
   EXPECT_EQ(probe.source().id, "second");
 }
 

@@ -66,7 +66,7 @@ void KwinScript::loadAfter(std::chrono::milliseconds delay, bool again) {
         if (kwin_.present() && needed_()) {
           load();
         } else if (again) {
-          loadAfter(kPatience, false);
+          loadAfter(kFirstWindow, false);
         }
         return false;
       },

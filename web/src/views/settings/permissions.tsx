@@ -1,5 +1,6 @@
 import type { Permissions } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
+import { typeset } from "../../model/time";
 import { Icon } from "../../ui/icons";
 import { Button } from "../../ui/parts";
 import { useTask } from "../../ui/task";
@@ -36,7 +37,7 @@ export function DesktopRows() {
         <Row
           key={probe}
           label={probeNames[probe] ?? probe}
-          help={probe === "inhibition" ? answer.films : undefined}
+          help={probe === "inhibition" ? answer.films && typeset(answer.films) : undefined}
         >
           <State
             good={source !== "none" && !(probe === "inhibition" && answer.films)}
