@@ -78,8 +78,7 @@ MenuContent menuContent(const MenuFacts& facts) {
   }
   content.projectTitle = projectTitle(facts);
   if (facts.update) {
-    content.updateTitle =
-        "⬇︎ Mise à jour disponible : Orvanta " + menuName(facts.update->version);
+    content.updateTitle = "⬇︎ Mise à jour disponible : Orvanta " + menuName(facts.update->version);
   }
   if (facts.active >= kMinute) content.label = " " + fmtDur(facts.active);
   return content;

@@ -52,7 +52,7 @@ void readBlocks(int file, char* bytes, std::size_t count, off_t offset) {
 }
 
 bool copyBytes(int from, int to) {
-  struct stat facts {};
+  struct stat facts{};
   if (fstat(from, &facts) != 0) return false;
   std::vector<char> buffer(std::size_t{1} << 18U);
   for (off_t offset = 0; offset < facts.st_size;) {
@@ -90,7 +90,7 @@ bool renameToNew(const fs::path& from, const fs::path& to) {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   // A file system without it.
-  struct stat facts {};
+  struct stat facts{};
   if (lstat(to.c_str(), &facts) == 0) {
     errno = EEXIST;
     return false;
@@ -99,7 +99,7 @@ bool renameToNew(const fs::path& from, const fs::path& to) {
 }
 
 std::optional<uint64_t> freeSpace(const fs::path& folder) {
-  struct statvfs facts {};
+  struct statvfs facts{};
   if (statvfs(folder.c_str(), &facts) != 0) return {};
   return uint64_t{facts.f_bavail} * facts.f_frsize;
 }

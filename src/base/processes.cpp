@@ -96,7 +96,7 @@ std::vector<int32_t> ownProcesses() {
   for (fs::directory_iterator entry("/proc", failed), end; !failed && entry != end;
        entry.increment(failed)) {
     const auto pid = parseNumber<int32_t>(entry->path().filename().string());
-    struct stat facts {};
+    struct stat facts{};
     if (pid && stat(entry->path().c_str(), &facts) == 0 && facts.st_uid == getuid()) {
       found.push_back(*pid);
     }

@@ -31,14 +31,14 @@ bool trusted(uid_t owner) {
 }
 
 bool othersWrite(const OwnedFd& folder) {
-  struct stat info {};
+  struct stat info{};
   return fstat(folder.get(), &info) != 0 || !trusted(info.st_uid) ||
          (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
 }
 
 // There a link may lead to what has no path.
 bool onProc(const OwnedFd& folder) {
-  struct statfs info {};
+  struct statfs info{};
   return fstatfs(folder.get(), &info) == 0 && info.f_type == PROC_SUPER_MAGIC;
 }
 
@@ -95,7 +95,7 @@ void WholeFile::find(fs::path path) {
     const auto parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
     folder_.reset(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     name_ = path.filename();
-    struct stat info {};
+    struct stat info{};
     if (!folder_ || name_.empty()) {
       failed(folder_ ? EISDIR : errno);
       return;
@@ -115,7 +115,7 @@ void WholeFile::find(fs::path path) {
       problem_ = kForeignLink;
       return;
     }
-    struct stat target {};
+    struct stat target{};
     through_ = onProc(folder_) && fstatat(folder_.get(), name_.c_str(), &target, 0) == 0 &&
                isSpecial(target);
     if (through_) return;

@@ -121,6 +121,7 @@ WeekReport Analytics::week(const Date& date) const {
   WeekReport report{.monday = date.monday()};
   const auto calendar = calendar_.pinned();
   std::vector<Day> days;
+  days.reserve(kDaysPerWeek);
   for (int i = 0; i < kDaysPerWeek; ++i) {
     days.push_back({calendar.dayBounds(report.monday.plusDays(i)), {}, {}});
   }

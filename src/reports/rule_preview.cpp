@@ -80,7 +80,7 @@ std::vector<const PartTotal*> largest(const Parts& parts, uint64_t value) {
   return list;
 }
 
-Text Ev::*memberOf(std::string_view field) {
+Text Ev::* memberOf(std::string_view field) {
   if (field == "title") return &Ev::title;
   if (field == "url") return &Ev::url;
   return field == "domain" ? &Ev::domain : &Ev::app;
@@ -208,7 +208,7 @@ class Preview {
     std::unordered_map<int64_t, Ev> found;
     reader_.eachOf(spans, [&](const Ev& ev) { found.emplace(ev.id, ev); });
     for (const auto& [value, titles, urls] : shown) {
-      const auto shares = [&](const std::vector<const PartTotal*>& parts, Text Ev::*text) {
+      const auto shares = [&](const std::vector<const PartTotal*>& parts, Text Ev::* text) {
         std::vector<TextShare> list;
         for (const auto* part : parts) {
           const auto seen = found[part->span].*text;
@@ -225,7 +225,7 @@ class Preview {
 
   SpanReader& reader_;
   const Rule& rule_;
-  Text Ev::*const field_;
+  Text Ev::* const field_;
   const RankedRules rules_;
   PatternSearch pattern_;
   int column_ = -1;

@@ -64,7 +64,7 @@ std::optional<BackupName> readBackupName(const fs::path& file, const Calendar& c
 }
 
 double modifiedAt(const fs::path& file) {
-  struct stat facts {};
+  struct stat facts{};
   if (lstat(file.c_str(), &facts) != 0) return 0;
   return static_cast<double>(facts.st_mtim.tv_sec) +
          static_cast<double>(facts.st_mtim.tv_nsec) / kNano;

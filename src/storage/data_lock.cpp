@@ -12,8 +12,8 @@ namespace orvanta {
 namespace {
 
 bool sameFile(int file, const std::filesystem::path& path) {
-  struct stat one {};
-  struct stat other {};
+  struct stat one{};
+  struct stat other{};
   return fstat(file, &one) == 0 && stat(path.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
          one.st_ino == other.st_ino;
 }

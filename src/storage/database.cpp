@@ -44,7 +44,7 @@ Database::Database(DataLocation where, Log log, Clock clock)
 }
 
 std::optional<Database::Identity> Database::identity(const char* suffix) const {
-  struct stat info {};
+  struct stat info{};
   if (stat((where_.file().string() + suffix).c_str(), &info) != 0) return {};
   return Identity{info.st_dev, info.st_ino};
 }

@@ -69,7 +69,7 @@ bool sameSalts(const Header& header, Bytes frame) {
 
 LogFrames readLogFrames(int file) {
   LogFrames log;
-  struct stat facts {};
+  struct stat facts{};
   if (file < 0 || fstat(file, &facts) != 0 || facts.st_size == 0) return log;
   auto header = readHeader(file);
   if (!header) {

@@ -68,7 +68,7 @@ std::optional<Args> recordOf(Bytes payload) {
 std::optional<PageFile> PageFile::open(const fs::path& path) {
   PageFile file;
   file.file_ = OwnedFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  struct stat facts {};
+  struct stat facts{};
   if (!file.file_ || fstat(file.file_.get(), &facts) != 0) return {};
   file.bytes_ = static_cast<uint64_t>(facts.st_size);
   Page header(pages::kFileHeader);

@@ -140,7 +140,7 @@ void forEachMember(const Use& use) {
 }
 
 template <class T>
-const char* keyOf(T Settings::*member) {
+const char* keyOf(T Settings::* member) {
   return std::find_if(std::begin(kSettings), std::end(kSettings),
                       [&](const auto& row) { return row.member == decltype(row.member)(member); })
       ->key;
@@ -213,11 +213,11 @@ json::array describeSettings() {
   return rows;
 }
 
-SettingTexts::value_type stored(bool Settings::*member, bool value) {
+SettingTexts::value_type stored(bool Settings::* member, bool value) {
   return {keyOf(member), value ? "1" : "0"};
 }
 
-SettingTexts::value_type stored(std::string Settings::*member, std::string value) {
+SettingTexts::value_type stored(std::string Settings::* member, std::string value) {
   return {keyOf(member), std::move(value)};
 }
 

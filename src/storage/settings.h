@@ -86,7 +86,7 @@ boost::json::object readAs(const SettingTexts& texts);
 boost::json::array describeSettings();
 
 /// Key and text under which Database::setSettings stores a member's value.
-SettingTexts::value_type stored(bool Settings::*member, bool value);
-SettingTexts::value_type stored(std::string Settings::*member, std::string value);
+SettingTexts::value_type stored(bool Settings::* member, bool value);
+SettingTexts::value_type stored(std::string Settings::* member, std::string value);
 
 }  // namespace orvanta

@@ -97,7 +97,7 @@ class Hostile {
 
   std::string text() {
     static constexpr const char* kPieces[] = {
-        "\"",        "'",          "\\",   "\n",     "%s",
+        "\"",        "'",          "\\", "\n",     "%s",
         "</script>", "é",          "🦊", "\u202e", "DROP TABLE events;",
         "\u0001",    "2026-03-29", ","};
     std::string text;

@@ -252,11 +252,7 @@ TEST(StoreTrouble, AgesAreNotCountedByAClockThatIsAhead) {
   const auto run = [&] {
     up = 0;
     return std::make_unique<TrustedTime>(
-        store.db, clock.read(),
-        [&] {
-          return Uptime{up, up};
-        },
-        [] { return false; });
+        store.db, clock.read(), [&] { return Uptime{up, up}; }, [] { return false; });
   };
   const auto record = [&] {
     store.db.run("INSERT INTO events(start,end,app) VALUES (?,?,'A')",

@@ -22,8 +22,8 @@ struct LearningTest : testing::Test {
               std::optional<int64_t> project = {}) {
     Texts found;
     Transaction change(store.db);
-    for (const auto& rule : afterManualAssign(
-             change, [] { return 42.0; }, calendar, ids, category, project)) {
+    for (const auto& rule :
+         afterManualAssign(change, [] { return 42.0; }, calendar, ids, category, project)) {
       found.push_back(rule.field + "|" + rule.pattern + "|" + rule.category.value_or("-") + "|" +
                       rule.project.value_or("-"));
     }

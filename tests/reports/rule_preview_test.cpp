@@ -14,7 +14,7 @@ json::object count(const NaiveSpans& spans) {
   return {{"spans", spans.size()}, {"seconds", naiveSeconds(spans)}};
 }
 
-json::array shares(const NaiveSpans& spans, std::optional<std::string> NaiveSpan::*text,
+json::array shares(const NaiveSpans& spans, std::optional<std::string> NaiveSpan::* text,
                    std::size_t most) {
   NaiveSums<std::string> sums;
   for (const auto& span : spans) {

@@ -26,7 +26,9 @@ struct Place {
 struct StoreFile : testing::Test, Place {};
 
 TEST_F(StoreFile, AStartOnACurrentStoreWritesNothing) {
-  { const Database made(where); }
+  {
+    const Database made(where);
+  }
   FaultVfs::count();
   {
     Database db(where);
@@ -46,7 +48,9 @@ TEST_F(StoreFile, AStartWaitsForNobody) {
            {"BEGIN IMMEDIATE", "BEGIN EXCLUSIVE", "BEGIN; SELECT * FROM settings"}) {
         SCOPED_TRACE(fmt::format("{} {} {}", journal, content, lock));
         Place here;
-        { const Database made(here.where); }
+        {
+          const Database made(here.where);
+        }
         OtherProgram other(here.where.file());
         other.ask(fmt::format("{}; PRAGMA journal_mode={}", content, journal));
         other.ask(lock);

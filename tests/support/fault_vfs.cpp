@@ -109,7 +109,7 @@ int control(sqlite3_file* file, int what, void* arg) {
   return really<&Methods::xFileControl, int>(file, what, arg);
 }
 int shmMap(sqlite3_file* file, int region, int length, int extend, void volatile** memory) {
-  struct stat info {};
+  struct stat info{};
   const auto path = fileOf(file).path + "-shm";
   const bool there = stat(path.c_str(), &info) == 0 && info.st_size >= (region + 1) * length;
   const int code =
@@ -137,7 +137,7 @@ constexpr Methods kMethods{.iVersion = 2,
 
 int open(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int flags, int* outFlags) {
   auto* made = new (file) File{{&kMethods}, name ? name : ""};
-  struct stat info {};
+  struct stat info{};
   const bool makes = name && (flags & SQLITE_OPEN_CREATE) != 0 && stat(name, &info) != 0;
   int code = makes ? strike(SQLITE_CANTOPEN, SQLITE_CANTOPEN) : SQLITE_OK;
   if (fault == Fault::ReadOnly && written + 1 >= first) {
@@ -152,7 +152,7 @@ int open(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int flags, 
   return code;
 }
 int remove(sqlite3_vfs* /*vfs*/, const char* name, int sync) {
-  struct stat info {};
+  struct stat info{};
   if (stat(name, &info) == 0) {
     if (const int code = strike(SQLITE_OK, SQLITE_IOERR_DELETE); code != SQLITE_OK) return code;
   }

@@ -48,7 +48,7 @@ inline std::string bytesIn(const fs::path& file) {
 
 /// The permissions; 0 where there is nothing.
 inline unsigned modeOf(const fs::path& path) {
-  struct stat info {};
+  struct stat info{};
   return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
 }
 

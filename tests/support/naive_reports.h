@@ -236,7 +236,7 @@ inline json::object naiveSummary(Database& db, int monday) {
   const auto days = naiveLargest(
       naiveSums(active, [](const NaiveSpan& span) { return naiveIso(naiveDayOf(span.start)); }));
   double longest = 0;
-  for (const auto& session : naiveRuns(spans, [](const NaiveSpans&run, const NaiveSpan&span) {
+  for (const auto& session : naiveRuns(spans, [](const NaiveSpans& run, const NaiveSpan& span) {
          return !run.back().idle && !span.idle;
        })) {
     if (!session.front().idle) {

@@ -89,16 +89,15 @@ struct Program {
  private:
   fs::path folder() const { return store.db.location().dir; }
   Core::Browsers browsers() {
-    return {.helper = "orvanta-tab",
-            .sockets = folder(),
-            .runChild = [this](const ChildCommand&, double) -> ChildResult {
-              return {.timedOut = !tab, .output = tab.value_or("")};
-            },
-            .setup = {{folder(), folder()}, "orvanta-tab", kDataFolder},
-            .running =
-                [] {
-                  return std::vector<RunningBrowser>{{findBrowser("org.mozilla.firefox"), 7}};
-                }};
+    return {
+        .helper = "orvanta-tab",
+        .sockets = folder(),
+        .runChild = [this](const ChildCommand&, double) -> ChildResult {
+          return {.timedOut = !tab, .output = tab.value_or("")};
+        },
+        .setup = {{folder(), folder()}, "orvanta-tab", kDataFolder},
+        .running =
+            [] { return std::vector<RunningBrowser>{{findBrowser("org.mozilla.firefox"), 7}}; }};
   }
 };
 

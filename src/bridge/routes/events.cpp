@@ -88,9 +88,8 @@ Recorded recordedIn(Database& db, const TimeRange& range) {
 std::vector<TimeRange> timesOf(Database& db, const std::vector<int64_t>& ids) {
   std::vector<TimeRange> times;
   for (const auto id : ids) {
-    db.each("SELECT start, end FROM events WHERE id=?", {id}, [&](const Cursor& row) {
-      times.push_back({row.dbl(0), row.dbl(1)});
-    });
+    db.each("SELECT start, end FROM events WHERE id=?", {id},
+            [&](const Cursor& row) { times.push_back({row.dbl(0), row.dbl(1)}); });
   }
   return times;
 }

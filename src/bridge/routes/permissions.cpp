@@ -16,7 +16,7 @@ json::object browserPermissions(Core& core) {
   return !broken && stored.is_object() ? std::move(stored.get_object()) : json::object();
 }
 
-json::object eachProbe(const Desktop& desktop, std::string Source::*what) {
+json::object eachProbe(const Desktop& desktop, std::string Source::* what) {
   const auto sources = desktop.sources();
   return {{"foreground", sources.foreground.*what},
           {"idle", sources.idle.*what},

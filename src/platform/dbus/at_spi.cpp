@@ -78,12 +78,10 @@ void AtSpi::connect(const std::string& address) {
 void AtSpi::connected(const Bus& bus) {
   talk_ = std::make_unique<Conversation>(bus, Conversation::Start::Yes, kPatience);
   const Place anybody{.interface = kWindowEvents};
-  talk_->onSignal(anybody, "Activate", [this](const Signal& of) {
-    activated({of.sender, of.path});
-  });
-  talk_->onSignal(anybody, "Deactivate", [this](const Signal& of) {
-    deactivated({of.sender, of.path});
-  });
+  talk_->onSignal(anybody, "Activate",
+                  [this](const Signal& of) { activated({of.sender, of.path}); });
+  talk_->onSignal(anybody, "Deactivate",
+                  [this](const Signal& of) { deactivated({of.sender, of.path}); });
   // Of a crash nothing else tells.
   talk_->onSignal(daemon(), "NameOwnerChanged", [this](const Signal& of) {
     const auto left = argument<std::string>(of.arguments);
