@@ -87,7 +87,7 @@ TEST(Month, SpansFollowEachOtherAndAddUpToTheClock) {
     end = row.dbl(1);
     total += row.dbl(1) - row.dbl(0);
   });
-  EXPECT_GT(count, kTicks / 100);
+  EXPECT_GT(count, kTicks / 150);  // the life was a varied one
   // The clock may have been set back a few seconds just before the end.
   EXPECT_NEAR(total, clock.now - begin, 16);
   EXPECT_NEAR(total, end - begin, 1e-3);
