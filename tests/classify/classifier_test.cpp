@@ -88,5 +88,27 @@ TEST(Classifier, AgreesWithTheNaiveOneOnRandomStores) {
   EXPECT_EQ(checked, 60000);
 }
 
+TEST(CurrentRules, AreReadAgainOnceSomebodyHasWritten) {
+  TempStore store;
+  Database other{store.db.location()};
+  const CurrentRules rules(store.db);
+  const auto none = rules.book();  // opens the connection that reads
+  const auto kept = rules.book();
+  EXPECT_TRUE(kept->rules().empty());
+  EXPECT_EQ(rules.book(), kept);
+
+  const std::string insert =
+      "INSERT INTO rules(field, pattern, category) VALUES ('app', ?, 'autre')";
+  store.db.run(insert, {"a"});
+  EXPECT_EQ(rules.book()->rules().size(), 1U);
+  EXPECT_TRUE(other.run(insert, {"b"}));
+  EXPECT_EQ(rules.book()->rules().size(), 2U);
+  EXPECT_TRUE(other.run("INSERT INTO projects(name) VALUES ('p')"));
+  EXPECT_EQ(rules.book()->projects().size(), 1U);
+  store.db.releaseScanMemory();
+  store.db.run(insert, {"c"});
+  EXPECT_EQ(rules.book()->rules().size(), 3U);
+}
+
 }  // namespace
 }  // namespace orvanta::test

@@ -24,15 +24,25 @@ struct TestIdle : PublishedIdle {
   using PublishedIdle::setAvailable;
 };
 
-TEST(SourcesTest, TheFirstThatWorksAnswersAndAVanishedOneIsForgotten) {
-  auto first = std::make_unique<TestForeground>("first");
-  auto second = std::make_unique<TestForeground>("second");
+struct TwoSources {
+  TestForeground& first;
+  TestForeground& second;
+  FirstForeground probe;
+};
+
+TwoSources twoSources(const UptimeClock& clock) {
+  auto first = std::make_unique<TestForeground>("first", clock);
+  auto second = std::make_unique<TestForeground>("second", clock);
   auto& a = *first;
   auto& b = *second;
   std::vector<std::unique_ptr<ForegroundProbe>> both;
   both.push_back(std::move(first));
   both.push_back(std::move(second));
-  FirstForeground probe(std::move(both));
+  return {a, b, FirstForeground(std::move(both))};
+}
+
+TEST(SourcesTest, TheFirstThatWorksAnswersAndAVanishedOneIsForgotten) {
+  auto [a, b, probe] = twoSources(machineUptime);
   EXPECT_FALSE(probe.titlesReadable());
   EXPECT_EQ(probe.source(), kNoSource);
   EXPECT_EQ(probe.frontmostApp(), std::nullopt);
@@ -55,15 +65,7 @@ TEST(SourcesTest, TheFirstThatWorksAnswersAndAVanishedOneIsForgotten) {
 
 TEST(SourcesTest, ASourceThatHasNeverSeenAWindowGivesWayToAnotherAndComesBack) {
   double now = 0;
-  const auto clock = [&now] { return Uptime{now, now}; };
-  auto first = std::make_unique<TestForeground>("first", clock);
-  auto second = std::make_unique<TestForeground>("second", clock);
-  auto& a = *first;
-  auto& b = *second;
-  std::vector<std::unique_ptr<ForegroundProbe>> both;
-  both.push_back(std::move(first));
-  both.push_back(std::move(second));
-  FirstForeground probe(std::move(both));
+  auto [a, b, probe] = twoSources([&now] { return Uptime{now, now}; });
   const WindowClaims window{.fallbackName = "W"};
 
   a.setReadable(true);
