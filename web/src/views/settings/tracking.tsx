@@ -9,7 +9,7 @@ export function TrackingRows(props: SettingsProps) {
       <NumberField
         setting="idle_threshold"
         label="Seuil d’inactivité"
-        help="Sans clavier ni souris pendant ce temps, vous êtes absent depuis le dernier geste. Une vidéo ou un appel compte comme présence."
+        help="Sans clavier ni souris pendant ce temps, vous êtes absent depuis le dernier geste. Une vidéo ou un appel compte comme présence là où le bureau le dit."
         unit="secondes"
         {...props}
       />
