@@ -60,6 +60,7 @@ void AppDelegate::buildMenu() {
                 refreshMenu();
               },
           .openDashboard = [this](const auto& token) { core_.shell.showDashboard(token); },
+          .prepareDashboard = [this] { core_.shell.prepareDashboard(); },
           .toggle = [this] { setPaused(!core_.tracker.paused()); },
           .openUpdate = [this] { openUpdate(); },
           .quit = [this] { core_.shell.quit(); },

@@ -209,6 +209,12 @@ void Application::showDashboard(const std::string& activationToken) {
   });
 }
 
+void Application::prepareDashboard() {
+  post([this] {
+    if (services_) services_->dashboard.prepare();
+  });
+}
+
 void Application::refreshMenu() {
   post([this] {
     if (delegate_) delegate_->refreshMenu();

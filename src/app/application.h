@@ -47,6 +47,7 @@ class Application : public Gio::Application, public Shell {
   void post(std::function<void()> task) override { mainThread_.post(std::move(task)); }
   void quit() override;
   void showDashboard(const std::string& activationToken) override;
+  void prepareDashboard() override;
   void refreshMenu() override;
   void tell(const std::string& sentence) override;
   void openUrl(const std::string& url) override;

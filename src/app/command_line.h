@@ -11,6 +11,7 @@ class CommandLine : public Shell {
   void post(std::function<void()> task) override { task(); }
   void quit() override {}
   void showDashboard(const std::string& /*activationToken*/) override {}
+  void prepareDashboard() override {}
   void refreshMenu() override {}
   void tell(const std::string& sentence) override;
   void openUrl(const std::string& url) override;

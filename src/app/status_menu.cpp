@@ -44,6 +44,7 @@ StatusMenu::StatusMenu(const Glib::RefPtr<Gio::DBus::Connection>& session,
 }
 
 void StatusMenu::build() {
+  menu_.onOpened(actions_.prepareDashboard);
   for (auto* line : {&statusLine_, &todayLine_, &catLine_, &projLine_}) {
     line->setEnabled(false);
     line->setLabel("");

@@ -24,6 +24,7 @@ class StatusMenu {
   struct Actions {
     std::function<void(std::optional<int64_t>)> pickProject;  ///< absent: "Attribution automatique"
     std::function<void(const std::string& activationToken)> openDashboard;
+    std::function<void()> prepareDashboard;  ///< the menu opens, and what is in it may be next
     std::function<void()> toggle;
     std::function<void()> openUpdate;
     std::function<void()> quit;

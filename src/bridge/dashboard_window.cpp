@@ -16,6 +16,7 @@
 
 #include "base/gobject_ref.h"
 #include "base/text.h"
+#include "bridge/first_answers.h"
 #include "bridge/request.h"
 
 namespace orvanta {
@@ -56,7 +57,7 @@ DashboardWindow::~DashboardWindow() {
 }
 
 void DashboardWindow::show(const std::string& activationToken) {
-  if (!process_) start();
+  prepare();
   if (!process_) return;
   process_->channel->send("show " + json::serialize(json::value(validUtf8(activationToken))));
   if (patience_.connected()) return;
@@ -68,6 +69,10 @@ void DashboardWindow::show(const std::string& activationToken) {
         return false;
       },
       process_->reacted ? kPatience : kStartPatience);
+}
+
+void DashboardWindow::prepare() {
+  if (!process_) start();
 }
 
 void DashboardWindow::reload() {
@@ -101,6 +106,7 @@ void DashboardWindow::start() {
   }
   ++generation_;
   process_ = std::move(process);
+  work_->post(saying([this] { return "first " + firstAnswers(core_); }));
 }
 
 // The process is gone. If its window was wanted, another takes its place, but for one that has
@@ -151,13 +157,19 @@ void DashboardWindow::answerLater(const std::string& envelope) {
   auto request = parseRequest(envelope);
   if (!request) return;
   const auto route = request->path;
-  post(route, [this, asker = generation_, request = std::move(*request)] {
-    auto text = answer(core_.router, request.path, request.body).json;
-    mainThread_.post([this, asker, id = request.id, text = std::move(text)] {
-      if (!process_ || asker != generation_) return;
-      process_->channel->send(fmt::format("resolve {} {}", id, text));
+  post(route, saying([this, request = std::move(*request)] {
+         return fmt::format("resolve {} {}", request.id,
+                            answer(core_.router, request.path, request.body).json);
+       }));
+}
+
+// Makes a line and says it to the dashboard of now, unless there is another by then.
+SerialQueue::Task DashboardWindow::saying(std::function<std::string()> line) {
+  return [this, hearer = generation_, line = std::move(line)] {
+    mainThread_.post([this, hearer, text = line()] {
+      if (process_ && hearer == generation_) process_->channel->send(text);
     });
-  });
+  };
 }
 
 std::optional<std::filesystem::path> DashboardWindow::saveAs(const std::string& suggestedName) {

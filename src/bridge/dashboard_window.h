@@ -24,7 +24,7 @@ namespace orvanta {
 /// each route that asks the user has a queue of its own, and keeps none of the others waiting. The
 /// two talk in lines over a socket pair, which has no name and so nobody else can connect to:
 ///
-///     to the dashboard:   show "TOKEN" | reload | resolve ID JSON | save "NAME"
+///     to the dashboard:   first JSON | show "TOKEN" | reload | resolve ID JSON | save "NAME"
 ///     from the dashboard: shown | post JSON | saved "PATH" | saved null
 ///
 /// A dashboard that crashed, was killed or does not react is started afresh by the next show(); the
@@ -43,6 +43,8 @@ class DashboardWindow {
   /// a token of the program that the user has clicked in (the protocol xdg-activation-v1); "" where
   /// there is none.
   void show(const std::string& activationToken = {});
+  /// Starts what show() would have to start; its window stays closed.
+  void prepare();
   /// Loads the page again, if there is one.
   void reload();
 
@@ -62,6 +64,7 @@ class DashboardWindow {
   void tellFailure();
   void received(const std::string& line);
   void answerLater(const std::string& envelope);
+  SerialQueue::Task saying(std::function<std::string()> line);
   void fileChosen(std::optional<std::filesystem::path> file);
 
   const std::filesystem::path program_;

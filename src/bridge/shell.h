@@ -22,6 +22,8 @@ class Shell {
   /// Opens the window or brings it to the front. Wayland lets it come to the front only with the
   /// token of what the user clicked on (xdg-activation-v1); "" where there is none.
   virtual void showDashboard(const std::string& activationToken) = 0;
+  /// The window will probably be wanted soon: what takes long before it can open is done now.
+  virtual void prepareDashboard() = 0;
   /// What the menu shows may have changed.
   virtual void refreshMenu() = 0;
   /// Shows the user a French sentence.

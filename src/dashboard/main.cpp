@@ -27,12 +27,14 @@ namespace {
 using namespace orvanta;
 namespace json = boost::json;
 
-// Hidden for so long, the window gives back the memory of its web engine.
+// Hidden for so long, the window gives back the memory of its web engine; sooner if it was made
+// ready and not asked for.
 constexpr unsigned kLingerSeconds = 600;
+constexpr unsigned kReadySeconds = 60;
 
-unsigned lingerSeconds() {
+unsigned lingerSeconds(unsigned usual) {
   const char* chosen = std::getenv("ORVANTA_LINGER_SECONDS");
-  return chosen ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : kLingerSeconds;
+  return chosen ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : usual;
 }
 
 std::optional<std::string> textIn(const std::string& line) {
@@ -54,14 +56,14 @@ class Dashboard {
                        channel_.send("saved " + json::serialize(path ? json::value(*path)
                                                                      : json::value(nullptr)));
                      },
-                 .hidden = [this] { linger(); },
+                 .hidden = [this] { linger(kLingerSeconds); },
                  .failed =
                      [this] {
                        systemLog("Orvanta: la page ne tient pas, le tableau de bord se ferme");
                        application_.quit();
                      }}) {
     application_.add_window(window_);
-    linger();
+    linger(kReadySeconds);
   }
 
  private:
@@ -73,6 +75,8 @@ class Dashboard {
       ending_.disconnect();
       window_.comeToFront(textIn(rest).value_or(""));
       channel_.send("shown");
+    } else if (verb == "first") {
+      window_.page().begin(rest);
     } else if (verb == "reload") {
       window_.page().reload();
     } else if (verb == "resolve") {
@@ -88,14 +92,14 @@ class Dashboard {
     if (error == std::errc() && *stop == ' ') window_.page().resolve(id, stop + 1);
   }
 
-  void linger() {
+  void linger(unsigned usual) {
     ending_.disconnect();
     ending_ = Glib::signal_timeout().connect_seconds(
         [this] {
           application_.quit();
           return false;
         },
-        lingerSeconds());
+        lingerSeconds(usual));
   }
 
   Gtk::Application& application_;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <webkit/webkit.h>
 
+#include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -92,6 +94,12 @@ struct PageView::View {
     if (json) static_cast<View*>(data)->posted(json.get());
   }
 
+  // What was true when the page was loaded is not when it is loaded again.
+  static void loading(WebKitWebView* /*web*/, WebKitLoadEvent event, gpointer data) {
+    if (event != WEBKIT_LOAD_FINISHED) return;
+    webkit_user_content_manager_remove_all_scripts(static_cast<View*>(data)->content.get());
+  }
+
   static void crashed(WebKitWebView* web, WebKitWebProcessTerminationReason /*reason*/,
                       gpointer data) {
     constexpr gint64 kTenSeconds = gint64{10} * G_USEC_PER_SEC;
@@ -153,6 +161,7 @@ PageView::PageView(std::function<void(const std::string&)> posted, std::function
       "is-controlled-by-automation", static_cast<gboolean>(automated()), nullptr));
   g_signal_connect(view.web, "decide-policy", G_CALLBACK(decide), nullptr);
   g_signal_connect(view.web, "web-process-terminated", G_CALLBACK(View::crashed), view_.get());
+  g_signal_connect(view.web, "load-changed", G_CALLBACK(View::loading), view_.get());
   const GdkRGBA clear{0, 0, 0, 0};  // the window shows through until the page paints
   webkit_web_view_set_background_color(view.web, &clear);
   webkit_web_view_load_uri(view.web, kIndex);
@@ -162,6 +171,18 @@ PageView::PageView(std::function<void(const std::string&)> posted, std::function
 
 PageView::~PageView() {
   g_signal_handlers_disconnect_by_data(view_->content.get(), view_.get());
+}
+
+void PageView::begin(const std::string& json) {
+  // A JSON text is also a literal of the language that the page is written in.
+  const auto source =
+      fmt::format("window.__first = JSON.parse({});",
+                  boost::json::serialize(boost::json::value(json)));
+  auto* const script =
+      webkit_user_script_new(source.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                             WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr);
+  webkit_user_content_manager_add_script(view_->content.get(), script);
+  webkit_user_script_unref(script);
 }
 
 void PageView::reload() {

@@ -23,6 +23,10 @@ class PageView {
 
   Gtk::Widget& widget() { return *widget_; }
 
+  /// What the page finds as window.__first when it is loaded now or next, and only then. `json` is
+  /// JSON text; it reaches the page as data.
+  void begin(const std::string& json);
+
   void reload();
 
   /// Calls the page's window.__resolve(id, answer). `json` is the answer's JSON text; it reaches

@@ -1,6 +1,7 @@
 #include "tray/menu.h"
 
 #include <array>
+#include <string_view>
 #include <utility>
 
 #include "base/text.h"
@@ -19,12 +20,12 @@ std::string escaped(const std::string& text) {
 
 MenuItem::MenuItem(Kind kind) : item_(dbusmenu_menuitem_new()) {
   if (kind == Kind::Separator) dbusmenu_menuitem_property_set(get(), "type", "separator");
-  handler_ = g_signal_connect(get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED,
-                              G_CALLBACK(&MenuItem::activated), this);
+  g_signal_connect(get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED,
+                   G_CALLBACK(&MenuItem::activated), this);
 }
 
 MenuItem::~MenuItem() {
-  g_signal_handler_disconnect(get(), handler_);
+  g_signal_handlers_disconnect_by_data(get(), this);
 }
 
 void MenuItem::activated(DbusmenuMenuitem* item, guint /*timestamp*/, gpointer self) {
@@ -35,6 +36,19 @@ void MenuItem::activated(DbusmenuMenuitem* item, guint /*timestamp*/, gpointer s
     const auto action = menuItem->action_;  // may replace or destroy the item
     action();
   }
+}
+
+gboolean MenuItem::happened(DbusmenuMenuitem* /*item*/, const char* event, GVariant* /*data*/,
+                            guint /*timestamp*/, gpointer self) {
+  if (std::string_view(event) == DBUSMENU_MENUITEM_EVENT_OPENED) {
+    static_cast<MenuItem*>(self)->opened_();
+  }
+  return FALSE;
+}
+
+void MenuItem::onOpened(std::function<void()> action) {
+  opened_ = std::move(action);
+  g_signal_connect(get(), DBUSMENU_MENUITEM_SIGNAL_EVENT, G_CALLBACK(&MenuItem::happened), this);
 }
 
 void MenuItem::setLabel(const std::string& text) {

@@ -36,6 +36,9 @@ class MenuItem {
   /// sends.
   void onActivated(std::function<void()> action) { action_ = std::move(action); }
 
+  /// Called when a panel has shown what is below the item.
+  void onOpened(std::function<void()> action);
+
   /// At the end of the submenu. The child outlives its place there.
   void append(MenuItem& child);
   /// Empties the submenu.
@@ -45,10 +48,12 @@ class MenuItem {
 
  private:
   static void activated(DbusmenuMenuitem* item, guint timestamp, gpointer self);
+  static gboolean happened(DbusmenuMenuitem* item, const char* event, GVariant* data,
+                           guint timestamp, gpointer self);
 
   Ref<DbusmenuMenuitem> item_;
-  gulong handler_ = 0;
   std::function<void()> action_;
+  std::function<void()> opened_;
 };
 
 /// Serves a menu on the session bus as long as it lives.

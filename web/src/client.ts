@@ -1,5 +1,5 @@
 import { createContext } from "preact";
-import { useContext, useEffect, useRef, useState } from "preact/hooks";
+import { useContext, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { type Bridge, inTime, written } from "./bridge/bridge";
 import type { Answer, Body, Route, RouteKind } from "./bridge/routes";
 
@@ -9,13 +9,27 @@ export class Client implements Bridge {
   private announced = false;
   private kinds: Promise<ReadonlyMap<string, RouteKind>> | undefined;
 
-  constructor(private readonly bridge: Bridge) {}
+  private young = true;
+
+  constructor(private readonly bridge: Bridge) {
+    const routes = this.first("routes.list", {});
+    if (routes) this.kinds = Promise.resolve(kindsOf(routes));
+  }
+
+  /** What came with the page, while it is drawn for the first time. */
+  first<R extends Route>(route: R, body: Body<R>): Answer<R> | undefined {
+    return this.young ? this.bridge.first?.(route, body) : undefined;
+  }
+
+  /** The page is drawn: from now on time passes. */
+  grow(): void {
+    this.young = false;
+  }
 
   /** What is to be shown, of a route that is told to change nothing. Rejects as the bridge does. */
   async read<R extends Route>(route: R, body: Body<R>): Promise<Answer<R>> {
-    const kind = await this.kindOf(route);
     const answer = this.bridge.call(route, body);
-    return kind === "ask" ? answer : inTime(answer);
+    return (await this.kindOf(route)) === "ask" ? answer : inTime(answer);
   }
 
   /** Rejects as the bridge does, and when the program could not write what it was told. */
@@ -30,9 +44,7 @@ export class Client implements Bridge {
 
   // The program knows which of its routes write, and which take as long as the user.
   private async kindOf(route: Route): Promise<RouteKind> {
-    this.kinds ??= inTime(this.bridge.call("routes.list", {})).then(
-      (routes) => new Map(routes.map(({ name, kind }) => [name, kind])),
-    );
+    this.kinds ??= inTime(this.bridge.call("routes.list", {})).then(kindsOf);
     try {
       return (await this.kinds).get(route) ?? "read";
     } catch (error) {
@@ -57,6 +69,10 @@ export class Client implements Bridge {
   }
 }
 
+function kindsOf(routes: Answer<"routes.list">): ReadonlyMap<string, RouteKind> {
+  return new Map(routes.map(({ name, kind }) => [name, kind]));
+}
+
 const ClientContext = createContext<Client | null>(null);
 export const ClientProvider = ClientContext.Provider;
 
@@ -79,11 +95,14 @@ export interface Loaded<T> {
  */
 export function useAnswer<R extends Route>(route: R, body: Body<R>, seconds = 0): Loaded<Answer<R>> {
   const client = useClient();
-  const [state, setState] = useState<{ answer?: Answer<R>; error?: string }>({});
+  const [state, setState] = useState<{ answer?: Answer<R> | undefined; error?: string }>(() => ({
+    answer: client.first(route, body),
+  }));
   const reload = useRef(() => {});
   const key = JSON.stringify(body);
 
-  useEffect(() => {
+  // Asked for before the browser paints, which takes longer than most answers.
+  useLayoutEffect(() => {
     let latest = 0;
     let pending = 0;
     const load = async () => {
@@ -103,7 +122,7 @@ export function useAnswer<R extends Route>(route: R, body: Body<R>, seconds = 0)
       if (document.visibilityState === "visible" && pending === 0) void load();
     };
     reload.current = () => void load();
-    void load();
+    if (!client.first(route, body)) void load();
     const stop = client.onChange(() => void load());
     const timer = seconds > 0 ? setInterval(whenVisible, seconds * 1000) : undefined;
     document.addEventListener("visibilitychange", whenVisible);

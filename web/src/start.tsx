@@ -7,10 +7,12 @@ import { Client, ClientProvider } from "./client";
 export function start(bridge: Bridge): void {
   const root = document.getElementById("page");
   if (!root) throw new Error("no root element");
+  const client = new Client(bridge);
   render(
-    <ClientProvider value={new Client(bridge)}>
+    <ClientProvider value={client}>
       <App />
     </ClientProvider>,
     root,
   );
+  client.grow();
 }

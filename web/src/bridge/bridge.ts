@@ -5,6 +5,8 @@ import type { Answer, Body, Route } from "./routes";
 export interface Bridge {
   /** Rejects with a BridgeError whose message, in French, is for the user. */
   call<R extends Route>(route: R, body: Body<R>): Promise<Answer<R>>;
+  /** The answer that came with the page, if there is one: what is true while the page is first drawn. */
+  first?<R extends Route>(route: R, body: Body<R>): Answer<R> | undefined;
 }
 
 export class BridgeError extends Error {}

@@ -100,9 +100,11 @@ export function clock(time: UnixTime): string {
   return clockFormat.format(time * 1000);
 }
 
+// Made when first used: each takes milliseconds, which the first picture would wait for.
 function formatter(options: Intl.DateTimeFormatOptions): (day: Day) => string {
-  const format = new Intl.DateTimeFormat("fr-FR", { ...options, timeZone: "UTC" });
-  return (day) => format.format(utc(day));
+  let format: Intl.DateTimeFormat | undefined;
+  return (day) =>
+    (format ??= new Intl.DateTimeFormat("fr-FR", { ...options, timeZone: "UTC" })).format(utc(day));
 }
 
 /** "jeudi 19 novembre 2026" */
