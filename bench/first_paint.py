@@ -21,7 +21,8 @@ ROOT = os.path.dirname(os.path.dirname(os.path.realpath(__file__)))
 ROWS = range(30, 768, 41)
 WIDTH = 1024
 ALIKE = 0.985  # a clock that goes on, a caret that blinks
-TRIVIAL = '<!doctype html><title>Orvanta</title><body style="background: #357"></body>'
+TRIVIAL = {"index.html": '<!doctype html><title>Orvanta</title><link rel="stylesheet" href="app.css">',
+           "app.css": "html { background: #357 }"}
 SETTLED = 1.5  # seconds without a change
 
 
@@ -139,6 +140,7 @@ def times(pictures):
 
 
 def trace(pictures):
+    print("seen:")
     for seconds, picture in pictures[1:]:
         print(f"  {seconds * 1000:6.0f} ms  like before {alike(picture, pictures[0][1]):.3f}"
               f"  like the last {alike(picture, pictures[-1][1]):.3f}  {colours(picture)} colours")
@@ -165,18 +167,20 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run([os.path.join(build, "tools", "make-store"), folder,
                         "--days", str(options.years * 365)], check=True, stdout=subprocess.DEVNULL)
-        with open(os.path.join(folder, "index.html"), "w", encoding="utf-8") as file:
-            file.write(TRIVIAL)
+        for name, text in TRIVIAL.items():
+            with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
+                file.write(text)
         ours, trivial = Session(folder), Session(folder, web=folder)
         cold = {"window": [], "skeleton": [], "painted": []}
         again, floor = [], []
         for _ in range(options.runs):
             trivial.end_dashboard()
             ours.end_dashboard()
-            floor.append(times(trivial.show())["painted"])
-            pictures = ours.show()
+            simple, pictures = trivial.show(), ours.show()
             if options.trace:
+                trace(simple)
                 trace(pictures)
+            floor.append(times(simple)["painted"])
             for name, seconds in times(pictures).items():
                 cold[name].append(seconds)
             ours.hide()

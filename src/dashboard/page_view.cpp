@@ -81,8 +81,7 @@ bool automated() {
 }  // namespace
 
 struct PageView::View {
-  std::function<void(const std::string&)> posted;
-  std::function<void()> failed;
+  Listener listener;
   Ref<WebKitWebContext> context;
   Ref<WebKitNetworkSession> session;
   Ref<WebKitUserContentManager> content;
@@ -91,13 +90,15 @@ struct PageView::View {
 
   static void received(WebKitUserContentManager* /*content*/, JSCValue* message, gpointer data) {
     const Chars json(jsc_value_to_json(message, 0), g_free);
-    if (json) static_cast<View*>(data)->posted(json.get());
+    if (json) static_cast<View*>(data)->listener.posted(json.get());
   }
 
   // What was true when the page was loaded is not when it is loaded again.
   static void loading(WebKitWebView* /*web*/, WebKitLoadEvent event, gpointer data) {
     if (event != WEBKIT_LOAD_FINISHED) return;
-    webkit_user_content_manager_remove_all_scripts(static_cast<View*>(data)->content.get());
+    auto* const view = static_cast<View*>(data);
+    webkit_user_content_manager_remove_all_scripts(view->content.get());
+    view->listener.loaded();
   }
 
   static void crashed(WebKitWebView* web, WebKitWebProcessTerminationReason /*reason*/,
@@ -106,7 +107,7 @@ struct PageView::View {
     auto* const view = static_cast<View*>(data);
     const auto now = g_get_monotonic_time();
     if (view->lastCrash != 0 && now - view->lastCrash < kTenSeconds) {
-      view->failed();
+      view->listener.failed();
       return;
     }
     view->lastCrash = now;
@@ -122,11 +123,9 @@ struct PageView::View {
   }
 };
 
-PageView::PageView(std::function<void(const std::string&)> posted, std::function<void()> failed)
-    : view_(std::make_unique<View>()) {
+PageView::PageView(Listener listener) : view_(std::make_unique<View>()) {
   auto& view = *view_;
-  view.posted = std::move(posted);
-  view.failed = std::move(failed);
+  view.listener = std::move(listener);
 
   view.context.reset(webkit_web_context_new());
   webkit_web_context_register_uri_scheme(view.context.get(), kScheme, serve, nullptr, nullptr);
@@ -175,9 +174,8 @@ PageView::~PageView() {
 
 void PageView::begin(const std::string& json) {
   // A JSON text is also a literal of the language that the page is written in.
-  const auto source =
-      fmt::format("window.__first = JSON.parse({});",
-                  boost::json::serialize(boost::json::value(json)));
+  const auto source = fmt::format("window.__first = JSON.parse({});",
+                                  boost::json::serialize(boost::json::value(json)));
   auto* const script =
       webkit_user_script_new(source.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
                              WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr);

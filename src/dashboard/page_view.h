@@ -14,9 +14,13 @@ namespace orvanta {
 /// A page whose process crashed is loaded again.
 class PageView {
  public:
-  /// `posted` gets what the page posts to the handler "api", as JSON text on one line. `failed` is
-  /// called when the page cannot be kept alive.
-  PageView(std::function<void(const std::string& json)> posted, std::function<void()> failed);
+  struct Listener {
+    /// Gets what the page posts to the handler "api", as JSON text on one line.
+    std::function<void(const std::string& json)> posted;
+    std::function<void()> loaded;  ///< it is there, and will be drawn in a moment
+    std::function<void()> failed;  ///< it cannot be kept alive
+  };
+  explicit PageView(Listener listener);
   ~PageView();
   PageView(const PageView&) = delete;
   PageView& operator=(const PageView&) = delete;

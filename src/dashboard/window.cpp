@@ -1,6 +1,7 @@
 #include "dashboard/window.h"
 
 #include <gdk/wayland/gdkwayland.h>
+#include <glibmm/main.h>
 #include <glibmm/miscutils.h>
 #include <gtkmm/dialog.h>
 #include <gtkmm/filefilter.h>
@@ -9,12 +10,16 @@
 #include <utility>
 
 #include "base/application_id.h"
+#include "dashboard/skeleton.h"
 #include "dashboard/window_size.h"
 
 namespace orvanta {
 
 Window::Window(Listener listener)
-    : listener_(std::move(listener)), page_(listener_.posted, listener_.failed) {
+    : listener_(std::move(listener)),
+      page_({.posted = listener_.posted,
+             .loaded = [this] { pageLoaded(); },
+             .failed = listener_.failed}) {
   set_title("Orvanta");
   set_icon_name(kApplicationId);
   const auto size = loadWindowSize();
@@ -22,6 +27,7 @@ Window::Window(Listener listener)
   if (size.maximized) maximize();
   page_.widget().set_size_request(kLeastWidth, kLeastHeight);
   set_child(page_.widget());
+  showSkeleton(*this, true);
 
   const auto keys = Gtk::ShortcutController::create();
   keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);  // the web view takes all that comes
@@ -43,6 +49,11 @@ void Window::comeToFront(const std::string& activationToken) {
     set_startup_id(activationToken);
   }
   present();
+}
+
+void Window::pageLoaded() {
+  constexpr unsigned kDrawnBy = 1000;  // ms
+  Glib::signal_timeout().connect_once([this] { showSkeleton(*this, false); }, kDrawnBy);
 }
 
 bool Window::on_close_request() {

@@ -37,6 +37,7 @@ class Window : public Gtk::ApplicationWindow {
   bool on_close_request() override;
 
  private:
+  void pageLoaded();
   void rememberSize();
 
   const Listener listener_;

@@ -20,8 +20,8 @@ std::string escaped(const std::string& text) {
 
 MenuItem::MenuItem(Kind kind) : item_(dbusmenu_menuitem_new()) {
   if (kind == Kind::Separator) dbusmenu_menuitem_property_set(get(), "type", "separator");
-  g_signal_connect(get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED,
-                   G_CALLBACK(&MenuItem::activated), this);
+  g_signal_connect(get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED, G_CALLBACK(&MenuItem::activated),
+                   this);
 }
 
 MenuItem::~MenuItem() {

@@ -137,6 +137,10 @@ class TrayHost:
                 return item
         raise AssertionError(f"no item {label} in {self.labels(parent)}")
 
+    def open_menu(self):
+        self.object(self["Menu"]).Event(0, "opened", dbus.Int32(0, variant_level=1),
+                                        dbus.UInt32(0), dbus_interface=MENU)
+
     def click(self, item):
         self.object(self["Menu"]).Event(item[0], "clicked", dbus.Int32(0, variant_level=1),
                                         dbus.UInt32(0), dbus_interface=MENU)

@@ -215,7 +215,8 @@ class TrayTest(DesktopCase):
         def expect(token):
             def lines():
                 return told.exists() and [line.partition(" ")
-                                          for line in told.read_text("utf-8").splitlines()]
+                                          for line in told.read_text("utf-8").splitlines()
+                                          if line.startswith("show ")]
             tokens.append(token)
             self.host.wait_for(lambda: lines() and len(lines()) == len(tokens), 5,
                                f"the dashboard is told to show itself by {token!r}")

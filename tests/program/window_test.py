@@ -1,10 +1,12 @@
 """The dashboard's window and the bridge between its page and the program, for real."""
 
+import json
 import os
 import signal
 
 from desktop import ORVANTA, end, pass_time, wait_for
 from desktop_case import DesktopCase, children
+from tray_host import TrayHost
 from webdriver import Page
 
 WEB = os.path.join(os.path.dirname(os.path.abspath(__file__)), "page")
@@ -151,6 +153,40 @@ class WindowTest(DesktopCase):
               f"its own: {own_before} and {own_after} KiB")
         if "asan" not in ORVANTA:  # its bookkeeping grows
             self.assertLess(own_after, own_before * 1.5)
+        end(self.program)
+
+    def test_the_first_answers_come_with_the_page_once(self):
+        self.desktop.call("projects.save", json.dumps({"name": "</script>\u2028'\"\\"}))
+        page = Page(self.desktop)
+        first = {given["path"]: given for given in page.script("return window.__first")}
+        self.assertEqual(list(first), ["routes.list", "status", "store.status", "projects.list",
+                                       "day"])
+        for path in ("routes.list", "projects.list"):
+            self.assertEqual(first[path]["answer"], page.ask(path), path)
+        day = first["day"]
+        self.assertEqual(day["answer"]["date"], page.ask("day", day["body"])["date"])
+        page.script("location.reload()")
+        wait_for(lambda: page.script("return window.__first === undefined && !!window.ask"), 10,
+                 "the page is loaded again, and asks for what is true by now")
+
+    def test_it_is_made_ready_when_the_menu_opens(self):
+        self.desktop.env["ORVANTA_LINGER_SECONDS"] = "3"
+        host = TrayHost(self)
+        self.program = self.desktop.start_orvanta()
+        host.wait_for_item()
+        host.open_menu()
+        engine = host.wait_for(lambda: children(self.program.pid, "WebKitWebProcess"), 10,
+                               "an engine")
+        self.assertEqual(self.windows(), [])
+        wait_for(lambda: not self.dashboards(), 15, "nobody wanted it")
+        host.open_menu()
+        second = host.wait_for(lambda: children(self.program.pid, "WebKitWebProcess"), 10,
+                               "another engine")
+        self.assertNotEqual(engine, second)
+        self.show()
+        self.assertEqual(children(self.program.pid, "WebKitWebProcess"), second)
+        pass_time(4)
+        self.assertTrue(self.windows(), "it is wanted now")
         end(self.program)
 
     def test_the_size_is_remembered(self):

@@ -57,6 +57,27 @@ for (const colorScheme of ["light", "dark"]) {
   });
 }
 
+test("what came with the page is shown, and asked for when it may have changed", async () => {
+  const page = await open();
+  await blocks(page).first().waitFor();
+  const questions = [["routes.list"], ["status"], ["store.status"], ["projects.list"], ["day", { date: "2026-11-19" }]];
+  const first = await Promise.all(
+    questions.map(async ([path, body = {}]) => ({ path, body, answer: await page.program.ask(path, body) })),
+  );
+  await page.addInitScript((answers) => (window.__first = answers), first);
+  page.asked.length = 0;
+  await page.reload();
+  await blocks(page).first().waitFor();
+  assert.deepEqual(page.asked, []);
+  await page.keyboard.press("Shift+P");
+  await page.getByRole("button", { name: "Reprendre" }).waitFor();
+  for (const path of ["tracker.pause", "status", "day"])
+    assert.ok(
+      page.asked.some(([asked]) => asked === path),
+      path,
+    );
+});
+
 test("the keyboard alone selects, assigns and takes back; the rule that was learnt is named", async () => {
   const page = await open();
   const list = page.getByRole("listbox");
