@@ -110,7 +110,7 @@ void exportYear(benchmark::State& state) {
 void preview(benchmark::State& state) {
   const Rule rule{.field = "app", .pattern = "firefox", .category = "loisir"};
   int64_t spans = 0;
-  for (auto _ : state) spans = previewRule(tenYears(), rule, lastDays(kTenYears)).caught.spans;
+  for (auto _ : state) spans = previewRule(tenYears(), rule, {}, lastDays(kTenYears)).caught.spans;
   state.counters["spans"] = static_cast<double>(spans);
 }
 

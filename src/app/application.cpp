@@ -238,10 +238,12 @@ void Application::openFile(const std::filesystem::path& file) {
   post([file] { orvanta::openFile(file, systemLog); });
 }
 
-void Application::reveal(const std::filesystem::path& file) {
+bool Application::reveal(const std::filesystem::path& file) {
+  if (!showsFolders()) return false;
   post([this, file] {
     if (services_) revealFile(services_->sessionBus, file, systemLog);
   });
+  return true;
 }
 
 std::optional<std::filesystem::path> Application::saveAs(const std::string& suggestedName) {

@@ -52,7 +52,7 @@ class Application : public Gio::Application, public Shell {
   void tell(const std::string& sentence) override;
   void openUrl(const std::string& url) override;
   void openFile(const std::filesystem::path& file) override;
-  void reveal(const std::filesystem::path& file) override;
+  bool reveal(const std::filesystem::path& file) override;
   std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) override;
 
   /// After run(): whether this was the session's instance, and not one that handed its command line

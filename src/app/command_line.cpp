@@ -31,4 +31,10 @@ void CommandLine::openFile(const std::filesystem::path& file) {
   open(Glib::filename_to_uri(file.string()));
 }
 
+bool CommandLine::reveal(const std::filesystem::path& file) {
+  if (!showsFolders()) return false;
+  openFile(file.parent_path());
+  return true;
+}
+
 }  // namespace orvanta

@@ -16,7 +16,7 @@ class CommandLine : public Shell {
   void tell(const std::string& sentence) override;
   void openUrl(const std::string& url) override;
   void openFile(const std::filesystem::path& file) override;
-  void reveal(const std::filesystem::path& file) override { openFile(file.parent_path()); }
+  bool reveal(const std::filesystem::path& file) override;
   std::optional<std::filesystem::path> saveAs(const std::string& /*suggestedName*/) override {
     return {};
   }

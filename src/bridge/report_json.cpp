@@ -129,6 +129,7 @@ void tag_invoke(ToJson, json::value& json, const DayReport& report) {
                 {"last", jsonOrNull(report.extent.last)},
                 {"segments", json::value_from(report.segments)},
                 {"blocks", json::value_from(report.blocks)},
+                {"brief", {{"count", report.brief.count}, {"seconds", report.brief.seconds}}},
                 {"totals", object(report.totals)},
                 {"projects", json::value_from(report.projects)}},
                report.whole);

@@ -9,8 +9,8 @@
 namespace orvanta {
 
 /// The surroundings of the core: the resident program with its tray and window, or a single call
-/// from the command line. All may be called from any thread; those without a result return at once
-/// and act later, on the main thread, but for the command line, which acts at once.
+/// from the command line. All may be called from any thread. But for saveAs() they return at once
+/// and act later, on the main thread; the command line acts at once.
 class Shell {
  public:
   virtual ~Shell() = default;
@@ -32,8 +32,9 @@ class Shell {
   virtual void openUrl(const std::string& url) = 0;
   /// Opens a file of ours in the user's program for it.
   virtual void openFile(const std::filesystem::path& file) = 0;
-  /// Shows a file in the file manager.
-  virtual void reveal(const std::filesystem::path& file) = 0;
+  /// Shows a file in the file manager. False when there is none; whether that one shows it is not
+  /// waited for.
+  virtual bool reveal(const std::filesystem::path& file) = 0;
   /// Lets the user choose where to save, and blocks until then; not on the main thread. Absent when
   /// that was cancelled or there is no window to ask in.
   virtual std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) = 0;

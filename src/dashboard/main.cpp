@@ -19,6 +19,7 @@
 #include "base/line_channel.h"
 #include "base/log.h"
 #include "dashboard/color_scheme.h"
+#include "dashboard/popups.h"
 #include "dashboard/sandbox.h"
 #include "dashboard/window.h"
 
@@ -106,6 +107,7 @@ class Dashboard {
   LineChannel channel_;
   Window window_;
   ColorScheme colorScheme_;
+  Popups popups_;
   sigc::connection ending_;
 };
 

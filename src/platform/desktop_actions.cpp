@@ -41,6 +41,10 @@ void openFile(const std::filesystem::path& file, const Log& log) {
   launch(Gio::File::create_for_path(file.string())->get_uri(), log);
 }
 
+bool showsFolders() {
+  return Gio::AppInfo::get_default_for_type("inode/directory", false) != nullptr;
+}
+
 void revealFile(const dbus::Bus& session, const std::filesystem::path& file, const Log& log) {
   const auto folder = Gio::File::create_for_path(file.parent_path().string())->get_uri();
   const std::vector<Glib::ustring> files{Gio::File::create_for_path(file.string())->get_uri()};

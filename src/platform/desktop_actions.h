@@ -20,6 +20,9 @@ void openUrl(const std::string& url, const Log& log);
 /// logged.
 void openFile(const std::filesystem::path& file, const Log& log);
 
+/// Whether some application shows folders. Any thread.
+bool showsFolders();
+
 /// Shows the file in the file manager (org.freedesktop.FileManager1), or where none answers on
 /// `session` opens its folder. Main thread; returns at once.
 void revealFile(const dbus::Bus& session, const std::filesystem::path& file, const Log& log);

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/application_id.h"
 #include "base/text.h"
 
 namespace orvanta {
@@ -51,6 +52,7 @@ std::optional<DesktopEntry> DesktopEntries::find(const std::string& name) {
 
 std::optional<DesktopEntry> DesktopEntries::search(const std::string& name) {
   if (auto entry = byId(name)) return entry;
+  if (name == kApplicationId) return DesktopEntry{name, "Orvanta", {"Utility"}};
   if (!index_) index_ = readAll();
   const auto claimed = index_->byClass.find(name);
   if (claimed != index_->byClass.end()) return byId(claimed->second);

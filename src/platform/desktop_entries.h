@@ -25,6 +25,7 @@ class DesktopEntries {
   /// By application id ("org.gnome.TextEditor"): the desktop file of that name.
   /// By window class ("Navigator", "firefox-esr"): the file named like it, the file that claims it
   /// as StartupWMClass, the file named like it in lower case, the file whose id ends in it.
+  /// This program is known also where it is not installed.
   std::optional<DesktopEntry> find(const std::string& name);
 
  private:

@@ -93,7 +93,7 @@ DayReport Analytics::day(const Date& date) const {
   const auto spans = reader.all(report.bounds);
   for (const auto& ev : spans) widen(report.extent, ev);
   report.segments = segments(spans);
-  report.blocks = blocks(spans, db_.settings().minBlock);
+  report.blocks = blocks(spans, db_.settings().minBlock, report.brief);
   report.totals = totalsOf(aggregate(spans), reader.projects());
   report.projects = byName(reader.projects());
   report.whole = reader.whole();

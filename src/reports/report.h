@@ -66,6 +66,12 @@ struct Block {
   std::optional<std::string> title;  ///< the one seen longest
 };
 
+/// Activity too short to be a row of the day's list.
+struct Brief {
+  int64_t count = 0;   ///< of the rows that it would have been
+  double seconds = 0;  ///< as the totals count it
+};
+
 /// When activity began and ended; nothing without activity.
 struct Extent {
   std::optional<double> first;
@@ -84,6 +90,7 @@ struct DayReport : DayTotals {
   Extent extent;
   std::vector<Segment> segments;
   std::vector<Block> blocks;
+  Brief brief;
   bool whole = true;  ///< false when some of the spans could not be read
 };
 

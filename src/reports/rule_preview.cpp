@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <limits>
+#include <map>
 #include <memory>
 #include <tuple>
 #include <unordered_map>
@@ -86,47 +87,95 @@ Text Ev::* memberOf(std::string_view field) {
   return field == "domain" ? &Ev::domain : &Ev::app;
 }
 
+// Which rows a rule catches.
+class Catch {
+ public:
+  explicit Catch(const Rule& rule)
+      : field_(parsed<RuleField>(rule.field) ? rule.field : ""),
+        pattern_(lowerCase(rule.pattern)),
+        whole_(rule.ofApplication()) {
+    search_.add(pattern_, {.category = 0});
+    search_.build();
+  }
+
+  bool in(const Cursor& row) {
+    if (field_.empty()) return false;
+    if (column_ < 0) column_ = row.column(field_);
+    auto text = row.str(column_);
+    if (!text && field_ == textOf(RuleField::App)) text = kUnknownApp;
+    if (!text) return false;
+    return whole_ ? lowerCase(*text) == pattern_ : search_.search(*text).any();
+  }
+
+ private:
+  const std::string field_;  // empty where nothing is looked for
+  const std::string pattern_;
+  const bool whole_;
+  PatternSearch search_;
+  int column_ = -1;
+};
+
 // All rules, those that come or go with a saved one in their places among the others. They match
-// wherever its pattern was found, so they are not looked for again; but for an application's own,
+// wherever their pattern was found, so they are not looked for again; but for an application's own,
 // which means the whole name.
 struct RankedRules {
-  std::vector<Rule> rules;
-  PatternSearch::Found before;
-  PatternSearch::Found after;
-  PatternSearch::Rank ownBefore = PatternSearch::kNone;
+  using Found = PatternSearch::Found;
+  using Rank = PatternSearch::Rank;
 
-  RankedRules(std::vector<Rule> others, Rule saved) {
+  std::vector<Rule> rules;
+  Found before;                     // where the saved rule's pattern is
+  Found after;                      // there, too
+  std::optional<Rule> edited;       // that goes, being of another pattern
+  Found withEdited;                 // where that one's is
+  std::vector<bool> gone;           // by rank
+  std::map<std::string, Rank> own;  // what is left of an application that loses its rule
+
+  RankedRules(std::vector<Rule> others, Rule saved, std::optional<int64_t> editedId) {
     constexpr auto kNewest = std::numeric_limits<int64_t>::max();
     saved.id = kNewest;
     saved.priority = 0;
     others.push_back(saved);
     rules = inMatchingOrder(std::move(others));
-    for (PatternSearch::Rank rank = 0; rank < rules.size(); ++rank) {
+    gone.resize(rules.size());
+    for (Rank rank = 0; rank < rules.size(); ++rank) {
       auto& rule = rules[rank];
-      if (!replaces(saved, rule)) continue;
+      const bool same = replaces(saved, rule);
+      if (!same && rule.id != editedId) continue;
+      if (!same) edited = rule;
+      gone[rank] = rule.id != kNewest;
       if (rule.ofApplication()) {
-        ownBefore = rank;
+        own.emplace(lowerCase(rule.pattern), PatternSearch::kNone);
         continue;
       }
-      auto& found = rule.id == kNewest ? after : before;
+      auto& found = !same ? withEdited : gone[rank] ? before : after;
       if (rule.category) found.category = std::min(found.category, rank);
       if (rule.projectId) found.project = std::min(found.project, rank);
       rule.pattern.clear();
     }
+    for (auto& [name, left] : own) {
+      for (Rank rank = 0; rank < rules.size() && left == PatternSearch::kNone; ++rank) {
+        const auto& rule = rules[rank];
+        if (!gone[rank] && rule.ofApplication() && lowerCase(rule.pattern) == name) left = rank;
+      }
+    }
+  }
+
+  Rank ownAfter(Rank rank) const {
+    return rank != PatternSearch::kNone && gone[rank] ? own.at(lowerCase(rules[rank].pattern))
+                                                      : rank;
   }
 };
 
 class Preview {
  public:
-  Preview(SpanReader& reader, const Rule& rule)
+  Preview(SpanReader& reader, const Rule& rule, std::optional<int64_t> edited)
       : reader_(reader),
-        rule_(rule),
         field_(memberOf(rule.field)),
-        rules_(reader.rules(), rule),
+        rules_(reader.rules(), rule, edited),
+        saved_(rule),
         spans_(texts_),
         classifier_(texts_, std::make_shared<const RuleBook>(rules_.rules, reader.projects())) {
-    pattern_.add(lowerCase(rule.pattern), {.category = 0});
-    pattern_.build();
+    if (rules_.edited) edited_.emplace(*rules_.edited);
   }
 
   RulePreview over(const TimeRange& range) {
@@ -144,41 +193,44 @@ class Preview {
   }
 
  private:
-  // Most rows are done with once their one text has been looked at.
+  // Most rows are done with once their one text has been looked at, or two.
   void look(const Cursor& row, const TimeRange& range) {
-    if (column_ < 0) column_ = row.column(rule_.field);
-    auto text = row.str(column_);
-    if (!text && field_ == &Ev::app) text = kUnknownApp;
-    if (!text || !pattern_.search(*text).any()) return;
+    const bool caught = saved_.in(row);
+    const bool wasCaught = edited_ && edited_->in(row);
+    if (!caught && !wasCaught) return;
     auto ev = spans_.read(row);
     clip(ev, range);
-    if (!ev.idle) add(ev);
+    if (ev.idle) return;
+    compare(ev, caught, wasCaught);
+    if (caught) add(ev);
+  }
+
+  void compare(const Ev& ev, bool caught, bool wasCaught) {
+    auto match = classifier_.matched(ev);
+    auto after = match;
+    after.own = rules_.ownAfter(match.own);
+    if (caught) match.found.merge(rules_.before);
+    if (wasCaught) match.found.merge(rules_.withEdited);
+    if (caught) after.found.merge(rules_.after);
+    const auto from = classifier_.decide(ev, match);
+    const auto to = classifier_.decide(ev, after);
+    if (!from.agrees(to)) {
+      preview_.changed.add(ev);
+      auto& total = moves_[{from.category, to.category, from.project, to.project}];
+      ++total.spans;
+      total.seconds += ev.duration();
+    } else if (caught && from.manual()) {
+      preview_.kept.add(ev);
+    }
   }
 
   void add(const Ev& ev) {
     preview_.caught.add(ev);
-    auto match = classifier_.matched(ev);
-    const auto before = decide(ev, match, rules_.before);
-    if (match.own == rules_.ownBefore) match.own = RuleBook::kNone;
-    const auto after = decide(ev, match, rules_.after);
-    if (!before.agrees(after)) {
-      preview_.changed.add(ev);
-      auto& total = moves_[{before.category, after.category, before.project, after.project}];
-      ++total.spans;
-      total.seconds += ev.duration();
-    } else if (before.manual()) {
-      preview_.kept.add(ev);
-    }
     auto& value = values_[StringPool::hashOf((ev.*field_).view())];
     if (value.spans++ == 0) value.span = ev.id;
     value.seconds += ev.duration();
     addPart(titles_, value.key, ev.title, ev);
     addPart(urls_, value.key, ev.url, ev);
-  }
-
-  Decision decide(const Ev& ev, RuleBook::Match match, const PatternSearch::Found& more) const {
-    match.found.merge(more);
-    return classifier_.decide(ev, match);
   }
 
   static void addPart(Parts& parts, uint64_t value, Text text, const Ev& ev) {
@@ -224,11 +276,10 @@ class Preview {
   }
 
   SpanReader& reader_;
-  const Rule& rule_;
   Text Ev::* const field_;
   const RankedRules rules_;
-  PatternSearch pattern_;
-  int column_ = -1;
+  Catch saved_;
+  std::optional<Catch> edited_;
   StringPool texts_;
   EvReader spans_;
   Classifier classifier_;
@@ -242,9 +293,10 @@ class Preview {
 
 }  // namespace
 
-RulePreview previewRule(Database& db, const Rule& rule, const TimeRange& range) {
+RulePreview previewRule(Database& db, const Rule& rule, std::optional<int64_t> edited,
+                        const TimeRange& range) {
   SpanReader reader(db);
-  return Preview(reader, rule).over(range);
+  return Preview(reader, rule, edited).over(range);
 }
 
 }  // namespace orvanta

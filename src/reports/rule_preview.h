@@ -32,18 +32,21 @@ struct RulePreview {
   };
 
   SpanCount caught;
-  SpanCount changed;              ///< of these, those that get another category or project
-  SpanCount kept;                 ///< those that do not, being decided by hand
+  SpanCount changed;  ///< those that get another category or project; of a rule that is edited,
+                      ///< also what it catches now and would no longer
+  SpanCount kept;                 ///< of what is caught: those that do not, being decided by hand
   std::vector<Change> changes;    ///< by falling seconds, at most 8
   std::vector<Example> examples;  ///< the 5 largest
   bool whole = true;              ///< false when not all spans could be read
 };
 
 /// The preview of saving `rule`, with priority 0 and in the place of those that it replaces(), over
-/// the spans that overlap `range`, clipped to it. Only spans that the pattern catches are
-/// classified, with and without the rule: all rules that come or go have this pattern. Of a long
-/// range it holds a few numbers for each distinct text that was caught, not the texts, which are
-/// told apart by their hashes. Any thread; throws nothing.
-RulePreview previewRule(Database& db, const Rule& rule, const TimeRange& range);
+/// the spans that overlap `range`, clipped to it; `edited` is the id of one more rule that goes.
+/// Only spans that its pattern or the edited one's catches are classified, as before and after: all
+/// rules that come or go have one of these. Of a long range it holds a few numbers for each
+/// distinct text that was caught, not the texts, which are told apart by their hashes. Any thread;
+/// throws nothing.
+RulePreview previewRule(Database& db, const Rule& rule, std::optional<int64_t> edited,
+                        const TimeRange& range);
 
 }  // namespace orvanta

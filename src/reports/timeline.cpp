@@ -33,6 +33,7 @@ struct OpenSegment {
 struct OpenBlock {
   const Ev* first = nullptr;  // the span that opened it
   double end = 0;
+  double seconds = 0;
   std::vector<int64_t> ids;
   TextTally titles;
 
@@ -44,6 +45,7 @@ struct OpenBlock {
 
   void add(const Ev& ev) {
     end = ev.end;
+    seconds += ev.duration();
     ids.push_back(ev.id);
     if (ev.title) titles[ev.title].seconds += ev.duration();
   }
@@ -81,7 +83,7 @@ std::vector<Segment> segments(const std::vector<Ev>& events) {
   return list;
 }
 
-std::vector<Block> blocks(const std::vector<Ev>& events, double minSeconds) {
+std::vector<Block> blocks(const std::vector<Ev>& events, double minSeconds, Brief& brief) {
   std::vector<OpenBlock> found;
   for (const auto& ev : events) {
     if (found.empty() || !found.back().continuedBy(ev)) found.emplace_back().first = &ev;
@@ -91,6 +93,9 @@ std::vector<Block> blocks(const std::vector<Ev>& events, double minSeconds) {
   for (auto& block : found) {
     if (block.first->idle || block.end - block.first->start >= minSeconds) {
       list.push_back(block.closed());
+    } else {
+      ++brief.count;
+      brief.seconds += block.seconds;
     }
   }
   return list;

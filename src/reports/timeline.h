@@ -13,8 +13,8 @@ namespace orvanta {
 std::vector<Segment> segments(const std::vector<Ev>& events);
 
 /// Runs of one application, domain, category, project and idle state that follow each other within
-/// 5 seconds. Those that last less than `minSeconds` are left out, idle ones excepted. `events` are
-/// classified and by start.
-std::vector<Block> blocks(const std::vector<Ev>& events, double minSeconds);
+/// 5 seconds. Those that last less than `minSeconds` are left out and added to `brief`, idle ones
+/// excepted. `events` are classified and by start.
+std::vector<Block> blocks(const std::vector<Ev>& events, double minSeconds, Brief& brief);
 
 }  // namespace orvanta

@@ -220,6 +220,8 @@ TEST_F(RouterTest, ActionsAskTheDesktop) {
   EXPECT_EQ(shell.asked, (Texts{"tell Activez l'extension.", "open navigateurs.html",
                                 "reveal " + store.db.location().file().filename().string(), "quit",
                                 "open https://exemple.fr/é?a=b"}));
+  shell.showsFolders = false;
+  EXPECT_EQ(call("revealData").at("shown"), false);
 }
 
 TEST_F(RouterTest, NoRouteIsMissingFromTheReference) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/application_id.h"
 #include "platform/published.h"
 #include "platform/sway/tree.h"
 
@@ -88,6 +89,15 @@ TEST(SourcesTest, ASourceThatHasNeverSeenAWindowGivesWayToAnotherAndComesBack) {
   EXPECT_EQ(probe.source().id, "first") << "it has its time again";
   now += PublishedForeground::kFirstWindow.count();
   EXPECT_EQ(probe.source().id, "second");
+}
+
+TEST(SourcesTest, OurOwnWindowHasItsNameWhetherInstalledOrNot) {
+  TestForeground windows("test");
+  windows.setReadable(true);
+  windows.publish(WindowClaims::told("", kApplicationId, "Orvanta", 1));
+  const auto app = windows.frontmostApp();
+  EXPECT_EQ(app->name, "Orvanta");
+  EXPECT_EQ(app->categories, std::vector<std::string>{"Utility"});
 }
 
 TEST(SourcesTest, IdleTimeIsCountedFromTheInputBeforeTheNotice) {

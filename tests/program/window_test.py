@@ -103,7 +103,8 @@ class WindowTest(DesktopCase):
     def test_routes_that_act_on_the_desktop(self):
         page = Page(self.desktop)
         self.assertEqual(page.ask("status")["accessibility"], True)
-        for route in ("tracker.pause", "tracker.resume", "revealData", "openURL",
+        self.assertEqual(page.ask("revealData")["ok"], True)
+        for route in ("tracker.pause", "tracker.resume", "openURL",
                       "permissions.openAutomation", "permissions.requestAccessibility"):
             self.assertEqual(page.ask(route), {"ok": True}, route)
 

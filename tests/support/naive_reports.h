@@ -139,7 +139,9 @@ inline json::array naiveSegments(const NaiveSpans& spans) {
   return list;
 }
 
-inline json::array naiveBlocks(const NaiveSpans& spans, double minSeconds) {
+/// What is too short is added to `brief`.
+inline json::array naiveBlocks(const NaiveSpans& spans, double minSeconds, NaiveSpans& brief,
+                               int& briefBlocks) {
   const auto key = [](const NaiveSpan& span) {
     return span.app + "|" + span.domain.value_or("") + "|" + span.cat + "|" +
            std::to_string(span.pid.value_or(-1)) + "|" + (span.idle ? "true" : "false");
@@ -151,7 +153,11 @@ inline json::array naiveBlocks(const NaiveSpans& spans, double minSeconds) {
   for (const auto& run : naiveRuns(spans, continues)) {
     const auto& first = run.front();
     const double seconds = run.back().end - first.start;
-    if (!first.idle && seconds < minSeconds) continue;
+    if (!first.idle && seconds < minSeconds) {
+      ++briefBlocks;
+      brief.insert(brief.end(), run.begin(), run.end());
+      continue;
+    }
     json::array ids;
     for (const auto& span : run) ids.push_back(json::value(span.id));
     const auto titled = naiveFilter(run, [](const NaiveSpan& span) { return span.title; });
@@ -197,13 +203,17 @@ inline json::object naiveDayReport(Database& db, int day) {
     byName[project.name] = json::value_from(project).as_object();
   json::array projectList;
   for (const auto& [name, project] : byName) projectList.push_back(project);
+  NaiveSpans brief;
+  int briefBlocks = 0;
+  auto blocks = naiveBlocks(spans, minSeconds, brief, briefBlocks);
   return {{"date", naiveIso(day)},
           {"start", start},
           {"end", end},
           {"first", naiveEdges(spans).first},
           {"last", naiveEdges(spans).second},
           {"segments", naiveSegments(spans)},
-          {"blocks", naiveBlocks(spans, minSeconds)},
+          {"blocks", std::move(blocks)},
+          {"brief", {{"count", briefBlocks}, {"seconds", naiveSeconds(brief)}}},
           {"totals", naiveTotals(spans, projects)},
           {"projects", std::move(projectList)}};
 }

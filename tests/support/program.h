@@ -31,8 +31,9 @@ struct FakeShell : Shell {
   void openFile(const fs::path& file) override {
     asked.push_back("open " + file.filename().string());
   }
-  void reveal(const fs::path& file) override {
+  bool reveal(const fs::path& file) override {
     asked.push_back("reveal " + file.filename().string());
+    return showsFolders;
   }
   std::optional<fs::path> saveAs(const std::string& name) override {
     asked.push_back("save " + name);
@@ -41,6 +42,7 @@ struct FakeShell : Shell {
 
   Texts asked;  ///< in order
   std::optional<fs::path> saveTo;
+  bool showsFolders = true;
 };
 
 struct Program {

@@ -1,4 +1,4 @@
-// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page" and
+// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "day" and
 // "store" (in a real browser); all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
@@ -38,6 +38,7 @@ const suites = {
   types: () => run("node_modules/typescript/bin/tsc", "--noEmit") && run("lint.mjs"),
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
+  day: () => run("--test", join(here, "day.test.mjs")),
   store: () => run("--test", join(here, "store.test.mjs")),
 };
 const wanted = process.argv.length > 2 ? process.argv.slice(2) : Object.keys(suites);

@@ -90,8 +90,12 @@ json::value openUrl(Core& core, const Body& body) {
 }
 
 json::value revealData(Core& core, const Body& /*body*/) {
-  core.shell.reveal(core.db.location().file());
-  return done();
+  const auto file = core.db.location().file();
+  if (core.shell.reveal(file)) return done();
+  return {{"ok", true},
+          {"shown", false},
+          {"message", "Aucun gestionnaire de fichiers n'est installé. Le dossier est " +
+                          file.parent_path().string() + "."}};
 }
 
 json::value quit(Core& core, const Body& /*body*/) {

@@ -36,7 +36,9 @@ json::value preview(Core& core, const Body& body) {
   const auto to = dateIn(core, body, "to");
   const auto from = Date::parse(body.s("from").value_or("")).value_or(to.plusDays(1 - kUsualDays));
   const TimeRange days{core.calendar.startOf(from), core.calendar.startOf(to.plusDays(1))};
-  auto answer = json::value_from(previewRule(core.db, rule, all ? kAllHistory : days)).as_object();
+  auto answer =
+      json::value_from(previewRule(core.db, rule, body.i("replaces"), all ? kAllHistory : days))
+          .as_object();
   answer["from"] = all ? json::value(nullptr) : json::value(from.iso());
   answer["to"] = all ? json::value(nullptr) : json::value(to.iso());
   return answer;

@@ -34,15 +34,16 @@ export function unwrap(answer: unknown): unknown {
   return answer;
 }
 
-/** The answer, or a throw of its sentence when what it was to write is nowhere. */
+/** The answer, or a throw of its sentence when what it was to write or to show is nowhere. */
 export function written<T>(answer: T): T {
   if (typeof answer === "object" && answer !== null) {
     const {
       stored,
       written: done,
+      shown,
       message,
-    } = answer as { stored?: unknown; written?: unknown; message?: unknown };
-    if (stored === false || done === false)
+    } = answer as { stored?: unknown; written?: unknown; shown?: unknown; message?: unknown };
+    if (stored === false || done === false || shown === false)
       throw new UnstoredError(
         typeof message === "string" && message ? typeset(message) : "Rien n’a pu être enregistré.",
       );

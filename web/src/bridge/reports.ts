@@ -90,6 +90,8 @@ export interface DayReport extends Report {
   last: UnixTime | null;
   segments: Segment[];
   blocks: Block[];
+  /** What is too short to be a block. */
+  brief: { count: number; seconds: Seconds };
   totals: Totals;
   projects: Project[];
 }

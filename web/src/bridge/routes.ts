@@ -126,9 +126,16 @@ export interface Routes {
     Saved,
   ];
   "rules.delete": [{ id: number }, Ok];
-  /** Of the last 30 days, unless told otherwise. */
+  /** Of the last 30 days, unless told otherwise; `replaces` is the rule that this one is an edition of. */
   "rules.preview": [
-    { field: RuleField; pattern: string; category: string | null; project_id: number | null; all?: boolean },
+    {
+      field: RuleField;
+      pattern: string;
+      category: string | null;
+      project_id: number | null;
+      replaces?: number | undefined;
+      all?: boolean;
+    },
     RulePreview,
   ];
   "rules.defaults": [Nothing, Ok & { added: number }];
@@ -178,7 +185,8 @@ export interface Routes {
   "onboarding.done": [Nothing, Ok];
   export: [{ from: Day; to: Day }, { ok: boolean; written?: boolean; message?: string }];
   openURL: [{ url: string }, Ok];
-  revealData: [Nothing, Ok];
+  /** The message tells where the folder is when nothing shows folders. */
+  revealData: [Nothing, Ok & { shown?: false; message?: string }];
   quit: [Nothing, Ok];
 }
 

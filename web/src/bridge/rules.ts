@@ -33,6 +33,7 @@ export interface RulePreview extends SpanCount {
   /** Null for all that was ever recorded. */
   from: Day | null;
   to: Day | null;
+  /** Of a rule that is edited, also what it catches now and would no longer. */
   changed: SpanCount;
   /** What was assigned by hand, which no rule changes. */
   kept: SpanCount;

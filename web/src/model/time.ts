@@ -139,6 +139,11 @@ export function capitalize(text: string): string {
   return text.charAt(0).toLocaleUpperCase("fr-FR") + text.slice(1);
 }
 
+/** A site as people call it. */
+export function plainDomain(domain: string): string {
+  return domain.replace(/^www\.(?=.*\.)/i, "");
+}
+
 /** Clipped text from the outside for the middle of a sentence, whose direction it cannot turn. */
 export function isolated(text: string, length: number): string {
   return `\u2068${clip(text, length)}\u2069`;

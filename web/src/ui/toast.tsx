@@ -4,6 +4,7 @@ import type { Body, Route } from "../bridge/routes";
 import { errorText, useClient } from "../client";
 import { type Done, track } from "../model/changes";
 import { isolated } from "../model/time";
+import { useClearOf } from "./clear_of";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
 
@@ -102,6 +103,7 @@ function useAction(notice: Notice | null): () => Promise<void> {
 
 export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () => void }) {
   const [held, setHeld] = useState(false);
+  const place = useRef<HTMLDivElement>(null);
   const box = useRef<HTMLDivElement>(null);
   const before = useRef<EventTarget | null>(null);
 
@@ -111,7 +113,9 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
     return () => clearTimeout(timer);
   }, [notice, held]);
   // The next message takes the place of the one before: under the pointer or the focus it stays, too.
-  useEffect(() => setHeld(box.current?.matches(":hover, :has(:focus-visible)") ?? false), [notice]);
+  const look = () => setHeld(box.current?.matches(":hover, :has(:focus-visible)") ?? false);
+  useEffect(look, [notice]);
+  useClearOf(place, notice);
 
   const close = () => {
     if (
@@ -125,19 +129,21 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
   const act = useAction(notice);
 
   return (
-    <div class="toasts" role="status">
+    <div class="toasts" role="status" ref={place}>
       {notice && (
         <div
           ref={box}
           class={notice.failed ? "toast failed" : "toast"}
-          onMouseEnter={() => setHeld(true)}
-          onMouseLeave={() => setHeld(false)}
+          // A click leaves the focus where it was: in the message it would hold every later one.
+          onMouseDown={(event) => event.preventDefault()}
+          onMouseEnter={look}
+          onMouseLeave={look}
           onFocusIn={(event) => {
             if (!box.current?.contains(event.relatedTarget as Node | null))
               before.current = event.relatedTarget;
-            setHeld(true);
+            look();
           }}
-          onFocusOut={() => setHeld(false)}
+          onFocusOut={() => requestAnimationFrame(look)}
         >
           {notice.failed && <Icon name="warning" />}
           <div class="toast-text">

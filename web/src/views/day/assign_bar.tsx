@@ -2,7 +2,8 @@ import { useEffect, useState } from "preact/hooks";
 import type { Block, Day, Project, RuleFacts } from "../../bridge/routes";
 import { categoryOptions, isAssignable } from "../../model/categories";
 import type { Target } from "../../model/changes";
-import { count, duration } from "../../model/time";
+import { leftOut } from "../../model/day_list";
+import { count, duration, plainDomain } from "../../model/time";
 import { CategoryMark } from "../../ui/icons";
 import { Button, Foreign, IconButton, ProjectSelect, Segmented } from "../../ui/parts";
 import { RangeFields } from "./range_fields";
@@ -84,18 +85,20 @@ function useTarget({ blocks, range }: Picked) {
 
 function What({ day, picked, one }: Props & { one: Block | undefined }) {
   const { blocks, range, time, whole, pickRange, pickBlocks } = picked;
+  const without = range ? leftOut(time, whole, range) : 0;
   return (
     <div class="assign-what">
       {range ? (
         <RangeFields day={day} range={range} onRange={pickRange} />
       ) : (
-        <b>{one ? <Foreign text={one.domain ?? one.app} length={40} /> : count(blocks.length, "bloc")}</b>
+        <b>{one ? <Foreign text={plainDomain(one.domain ?? one.app)} length={40} /> : count(blocks.length, "bloc")}</b>
       )}
       <span class="quiet">{time > 0 ? duration(time) : "aucune activité"}</span>
-      {range && whole > 0 && (
+      {range && whole.length > 0 && (
         // Blocks teach rules, a range does not.
         <button type="button" class="link" onClick={() => pickBlocks(range.start, range.end, false)}>
-          {whole === 1 ? "Plutôt le bloc entier" : `Plutôt les ${count(whole, "bloc")} entiers`}
+          {whole.length === 1 ? "Plutôt le bloc entier" : `Plutôt les ${count(whole.length, "bloc")} entiers`}
+          {without >= 1 && `, sans ${duration(without)} d’autres passages`}
         </button>
       )}
       {one?.title && (

@@ -1,5 +1,6 @@
 import type { AppTime, Totals } from "../../bridge/routes";
 import type { Filter } from "../../model/filter";
+import { plainDomain } from "../../model/time";
 import { projectRows, ShareList, type ShareRow } from "../../ui/parts";
 
 type Narrowing = "project" | "app" | "domain";
@@ -12,7 +13,12 @@ interface Props {
 }
 
 function rows(times: readonly AppTime[]): ShareRow[] {
-  return times.map(({ name, duration, cats }) => ({ key: name, name, duration, parts: cats }));
+  return times.map(({ name, duration, cats }) => ({
+    key: name,
+    name: plainDomain(name),
+    duration,
+    parts: cats,
+  }));
 }
 
 const named = [

@@ -1,33 +1,42 @@
-import type { Block, Project } from "../../bridge/routes";
+import type { Block, Project, Totals } from "../../bridge/routes";
 import { categoryLabel } from "../../model/categories";
 import { type Filter, isFiltering } from "../../model/filter";
-import { clip, count, duration } from "../../model/time";
+import { clip, count, duration, plainDomain } from "../../model/time";
 import { Icon } from "../../ui/icons";
+
+/** Why there is more in a day than the list shows. */
+export const briefReason = "Plus brefs que le réglage « Bloc le plus court »";
 
 interface Props {
   filter: Filter;
   projects: readonly Project[];
   /** Those that are listed. */
   blocks: readonly Block[];
+  /** Of the whole day, as long as nothing narrows the list. */
+  whole: Totals | null;
   onChange: (part: Partial<Filter>) => void;
   onReset: () => void;
 }
 
+function sumOf(blocks: readonly Block[]): number {
+  return blocks.reduce((sum, block) => sum + block.duration, 0);
+}
+
 /** Search, and what the list is narrowed to. */
-export function ListTools({ filter, projects, blocks, onChange, onReset }: Props) {
+export function ListTools({ filter, projects, blocks, whole, onChange, onReset }: Props) {
   const active = blocks.filter(({ idle }) => !idle);
   const project = projects.find(({ id }) => id === filter.project);
   const narrowed: [string | null | undefined, Partial<Filter>][] = [
     [filter.cat && categoryLabel(filter.cat), { cat: null }],
     [filter.project === null ? null : (project?.name ?? "Projet supprimé"), { project: null }],
     [filter.app, { app: null }],
-    [filter.domain, { domain: null }],
+    [filter.domain && plainDomain(filter.domain), { domain: null }],
   ];
   return (
     <div class="list-tools">
-      <h2 title="Sans les passages plus brefs que le réglage « Bloc le plus court »">
+      <h2>
         {count(active.length, "bloc")}{" "}
-        <span class="quiet">{duration(active.reduce((sum, block) => sum + block.duration, 0))}</span>
+        <span class="quiet">{duration(whole?.active ?? sumOf(active))}</span>
       </h2>
       {narrowed.map(
         ([label, without]) =>

@@ -3,7 +3,7 @@ import type { Day, Project } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { assignable } from "../../model/categories";
 import { assignIds, assignRange, type Target } from "../../model/changes";
-import { clock, count, duration, isolated } from "../../model/time";
+import { clock, count, duration, isolated, plainDomain } from "../../model/time";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { learnedText } from "../rules/learned_text";
@@ -33,7 +33,7 @@ export function PickedBar({ day, projects, picked, bar }: Props) {
   const assign = useAssign(picked, what, ids, bar.leave);
   const remove = () => {
     const one = selected.length === 1 ? selected[0] : undefined;
-    const name = one && `${isolated(one.domain ?? one.app, 40)}, ${clock(one.start)} – ${clock(one.end)}`;
+    const name = one && `${isolated(plainDomain(one.domain ?? one.app), 40)}, ${clock(one.start)} – ${clock(one.end)}`;
     setDeleting({ what: name ?? what, spans: range ? { ...range } : { ids } });
   };
   useShortcuts({

@@ -8,11 +8,13 @@ import {
   loadFilter,
   saveFilter,
 } from "../../model/filter";
+import { dayList, sessions, withinDay } from "../../model/day_list";
+import { count, duration } from "../../model/time";
 import { Button, Empty } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import { BlockList, reveal } from "./block_list";
 import { Breakdown } from "./breakdown";
-import { ListTools } from "./list_tools";
+import { briefReason, ListTools } from "./list_tools";
 import { PickedBar } from "./picked_bar";
 import { Summary } from "./summary";
 import { Timeline } from "./timeline";
@@ -29,19 +31,26 @@ interface Props {
 
 /** A day on which something was recorded: its sums, its timeline, its blocks. */
 export function RecordedDay({ report, day, now }: Props) {
-  const { blocks, totals, projects } = report;
+  const { blocks, brief, totals, projects } = report;
   const [filter, setFilter] = useState<Filter>(loadFilter);
   useEffect(() => saveFilter(filter), [filter]);
   const flip = <K extends "cat" | "project" | "app" | "domain">(name: K, value: Filter[K]) =>
     setFilter((old) => ({ ...old, [name]: old[name] === value ? null : value }));
   const showAll = () => setFilter(everything);
 
-  const list = useRef<HTMLDivElement>(null);
-  const listed = useMemo(() => filterBlocks(blocks, filter), [blocks, filter]);
-  const picked = usePicked(day, report, listed, (index) =>
-    reveal(list.current?.querySelector<HTMLElement>(".blocks") ?? null, index),
+  const pane = useRef<HTMLDivElement>(null);
+  const isToday = now !== null;
+  const isNarrowed = isFiltering(filter);
+  const list = useMemo(() => {
+    const known = new Set(projects.map(({ id }) => id));
+    const runs = isNarrowed ? new Map() : sessions(blocks, known);
+    // Today is read from now on back, another day as a story.
+    return dayList(filterBlocks(withinDay(report), filter), runs, isToday);
+  }, [report, filter, isToday]);
+  const picked = usePicked(day, report, list.blocks, (index) =>
+    reveal(pane.current?.querySelector<HTMLElement>(".blocks") ?? null, list.places[index] ?? 0),
   );
-  const bar = useBar(list, picked.clear);
+  const bar = useBar(pane, picked.clear);
   useShortcuts({ "/": () => document.getElementById("search")?.focus() });
   return (
     <>
@@ -50,24 +59,30 @@ export function RecordedDay({ report, day, now }: Props) {
         <Timeline {...{ report, now, picked }} onOpen={() => requestAnimationFrame(bar.enter)} />
         <div class="day-columns">
           <Breakdown totals={totals} filter={filter} onFlip={flip} />
-          <section class="list-pane" aria-label="Blocs" ref={list}>
+          <section class="list-pane" aria-label="Blocs" ref={pane}>
             <ListTools
-              {...{ filter, projects, blocks: listed }}
+              {...{ filter, projects, blocks: list.blocks }}
+              whole={isNarrowed ? null : totals}
               onChange={(part) => setFilter((old) => ({ ...old, ...part }))}
               onReset={showAll}
             />
-            {listed.length > 0 ? (
+            {list.blocks.length > 0 ? (
               <BlockList
-                {...{ blocks: listed, projects, selection: picked.selection }}
+                {...{ list, projects, selection: picked.selection }}
                 onSelect={picked.select}
                 onOpen={bar.enter}
               />
-            ) : isFiltering(filter) ? (
+            ) : isNarrowed ? (
               <Empty title="Aucun bloc ne correspond au filtre.">
                 <Button onClick={showAll}>Retirer le filtre</Button>
               </Empty>
             ) : (
               <Empty title="Rien que des passages très brefs." />
+            )}
+            {!isNarrowed && brief.count > 0 && (
+              <p class="list-rest" title={briefReason}>
+                … et {count(brief.count, "passage bref", "passages brefs")} ({duration(brief.seconds)})
+              </p>
             )}
           </section>
         </div>

@@ -1,7 +1,8 @@
+import { useLayoutEffect, useRef } from "preact/hooks";
 import type { Project, Segment } from "../../bridge/routes";
 import { categories } from "../../model/categories";
 import { activity } from "../../model/timeline";
-import { clock, count, duration } from "../../model/time";
+import { clock, count, duration, plainDomain } from "../../model/time";
 import { CategoryName } from "../../ui/icons";
 import { Foreign, ProjectName } from "../../ui/parts";
 
@@ -17,6 +18,19 @@ interface Props {
 
 const size = 230;
 
+// Under the timeline, or over the plot where the bar for what is picked, or the window, ends before that.
+function usePlace(what: unknown) {
+  const box = useRef<HTMLDivElement>(null);
+  useLayoutEffect(() => {
+    const own = box.current;
+    if (!own) return;
+    own.classList.remove("above");
+    const limit = document.querySelector(".assign")?.getBoundingClientRect().top ?? innerHeight;
+    own.classList.toggle("above", own.getBoundingClientRect().bottom > limit);
+  }, [what]);
+  return box;
+}
+
 /** What is known of a stretch of the timeline, under it. */
 export function SegmentTip({ segment, projects, x, width, near }: Props) {
   const project = projects.find(({ id }) => id === segment.pid);
@@ -25,9 +39,10 @@ export function SegmentTip({ segment, projects, x, width, near }: Props) {
   const first = together ? near[0] : segment;
   const last = together ? near[near.length - 1] : segment;
   const total = near.reduce((sum, { start, end }) => sum + end - start, 0);
+  const box = usePlace(segment);
   const kinds = together ? activity(near, -Infinity, Infinity) : {};
   return (
-    <div class="tip" style={{ left: `${left}px`, width: `${size}px` }} aria-hidden="true">
+    <div class="tip" ref={box} style={{ left: `${left}px`, width: `${size}px` }} aria-hidden="true">
       <p>
         <b>
           {clock(first?.start ?? segment.start)} – {clock(last?.end ?? segment.end)}
@@ -54,7 +69,7 @@ export function SegmentTip({ segment, projects, x, width, near }: Props) {
             {project && <ProjectName project={project} />}
           </p>
           <p class="quiet">
-            <Foreign text={segment.top.join(", ")} length={120} />
+            <Foreign text={segment.top.map(plainDomain).join(", ")} length={120} />
           </p>
         </>
       )}

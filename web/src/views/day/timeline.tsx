@@ -2,7 +2,7 @@ import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
 import { categories, categoryLabel } from "../../model/categories";
 import { hours, segmentAt, type View } from "../../model/timeline";
-import { clock, duration, longDay } from "../../model/time";
+import { clock, duration, longDay, plainDomain } from "../../model/time";
 import { CategoryTable } from "../../ui/category_table";
 import { CategoryMark } from "../../ui/icons";
 import { axis, Bars, height, Marks, type Range, Ticks } from "./drawing";
@@ -49,7 +49,7 @@ export function Timeline({ report, now, picked, onOpen }: Props) {
   const away = hover === null ? undefined : awayAt(report.blocks, hover);
   const tip = under ?? away ?? (focused ? current : undefined);
   return (
-    <section class="timeline" aria-label="Chronologie">
+    <section class="timeline" aria-label="Chronologie" data-sticky>
       <Lanes />
       <div
         class="plot"
@@ -211,7 +211,7 @@ function lastHour(report: DayReport, view: View): Range {
 
 function describe({ start, end, cat, pid, top }: Segment, projects: readonly Project[]): string {
   const project = projects.find(({ id }) => id === pid);
-  return [`${clock(start)} à ${clock(end)}`, categoryLabel(cat), project?.name, ...top]
+  return [`${clock(start)} à ${clock(end)}`, categoryLabel(cat), project?.name, ...top.map(plainDomain)]
     .filter(Boolean)
     .join(", ");
 }

@@ -14,8 +14,8 @@ export interface Picked {
   blocks: readonly Block[];
   /** Their activity, within the range. */
   time: Seconds;
-  /** How many listed blocks the range touches. */
-  whole: number;
+  /** The listed blocks that the range touches. */
+  whole: readonly Block[];
   isNothing: boolean;
   clear: () => void;
   select: (selection: Selection) => void;
@@ -67,7 +67,7 @@ export function usePicked(
     select({ ids: new Set(inside.flatMap((block) => block.ids)), active: first, anchor: first });
     if (inside[0]) onReveal(listed.indexOf(inside[0]));
   };
-  const whole = range ? within(listed, range.start, range.end).length : 0;
+  const whole = range ? within(listed, range.start, range.end) : [];
   const isNothing = !range && selected.length === 0;
   const ways = { clear, select, pickRange, pickBlocks };
   return { selection, range, selected, blocks: touched, time, whole, isNothing, ...ways };

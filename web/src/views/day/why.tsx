@@ -31,16 +31,26 @@ function Decision({ why, onEditRule, onEditProject }: Actions & { why: Explanati
   const manual = why.category_by === "manual" || why.project_by === "manual";
   const free = why.category_by === "none" && why.project_by === "none";
   const { project_id: id, keyword } = why;
+  const byKeyword = why.project_by === "keyword" && keyword !== null;
+  const byProject = why.category_by === "project";
   return (
     <>
       {manual && <span>Assigné à la main</span>}
       {free && <span>Aucune règle ne le classe</span>}
       {categoryRule && <ByRule rule={categoryRule} onEdit={onEditRule} />}
       {projectRule && <ByRule rule={projectRule} onEdit={onEditRule} />}
-      {why.project_by === "keyword" && keyword !== null && id !== null && (
+      {id !== null && why.project !== null && (byKeyword || byProject) && (
         <span>
-          {"Mot-clé «\u00a0"}
-          <Foreign text={keyword} length={30} />
+          {byKeyword && (
+            <>
+              {"Mot-clé «\u00a0"}
+              <Foreign text={keyword} length={30} />
+              {"\u00a0» "}
+            </>
+          )}
+          {byProject && (byKeyword ? "et catégorie du projet «\u00a0" : "Catégorie du projet «\u00a0")}
+          {!byProject && "du projet «\u00a0"}
+          <Foreign text={why.project} length={40} />
           {"\u00a0» "}
           <button type="button" class="link" onClick={() => onEditProject(id)}>
             Modifier ce projet

@@ -16,7 +16,7 @@ interface Props {
 
 /** A rule to write, above what it would catch and change. */
 export function RuleEditor({ draft, onClose }: Props) {
-  const projects = useAnswer("projects.list", {}).answer ?? [];
+  const projects = useAnswer("projects.list", {}).answer;
   const [rule, setRule] = useState(draft);
   const { error, setError, run } = useTask();
   const save = useSaveRule();
@@ -32,7 +32,8 @@ export function RuleEditor({ draft, onClose }: Props) {
       >
         <div class="dialog-body form">
           <RuleFields
-            {...{ rule, projects }}
+            rule={rule}
+            projects={projects ?? []}
             onChange={(part) => {
               setRule({ ...rule, ...part });
               setError("");

@@ -15,17 +15,20 @@ const periods = [
 
 interface Props {
   rule: RuleDraft;
-  projects: readonly ProjectRow[];
+  /** Undefined until they have been read. */
+  projects: readonly ProjectRow[] | undefined;
 }
 
 /** What the rule would catch and change, asked while it is being written. */
-export function RulePreview({ rule: { field, pattern, category, projectId }, projects }: Props) {
+export function RulePreview({ rule: draft, projects }: Props) {
   const [all, setAll] = useState(false);
-  const rule = useSettled({ field, pattern: pattern.trim(), category, project_id: projectId, all });
+  const { field, category, projectId, replaces } = draft;
+  const pattern = draft.pattern.trim();
+  const rule = useSettled({ field, pattern, category, project_id: projectId, replaces, all });
   return (
     <section class="preview" aria-label="Aperçu">
       <Segmented legend="Période de l’aperçu" small choices={periods} value={all} onChange={setAll} />
-      {rule.pattern === "" || pattern.trim() === "" ? (
+      {rule.pattern === "" || pattern === "" ? (
         <p class="quiet">Ce que la règle attrape apparaîtra ici.</p>
       ) : (
         <Caught rule={rule} projects={projects} />
@@ -36,13 +39,13 @@ export function RulePreview({ rule: { field, pattern, category, projectId }, pro
 
 interface CaughtProps {
   rule: Body<"rules.preview">;
-  projects: readonly ProjectRow[];
+  projects: readonly ProjectRow[] | undefined;
 }
 
 function Caught({ rule, projects }: CaughtProps) {
   const { answer, error } = useAnswer("rules.preview", rule);
   if (error) return <p class="field-error">{error}</p>;
-  if (!answer) return <p class="quiet">Lecture…</p>;
+  if (!answer || !projects) return <p class="quiet">Lecture…</p>;
   return (
     <>
       <Summary answer={answer} />
@@ -82,7 +85,7 @@ function Summary({ answer }: { answer: Preview }) {
           {words}.
         </p>
       )}
-      {spans > 0 && (
+      {(spans > 0 || changed.spans > 0) && (
         <p class="quiet">
           {changed.spans > 0
             ? `Ce qui changerait\u00a0: ${duration(changed.seconds)}.`
