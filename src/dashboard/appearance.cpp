@@ -143,7 +143,7 @@ void Appearance::markContrast() {
     mark();)";
   GVariantDict arguments;
   g_variant_dict_init(&arguments, nullptr);
-  g_variant_dict_insert(&arguments, "more", "b", static_cast<gboolean>(moreContrast()));
+  g_variant_dict_insert(&arguments, "more", "d", moreContrast() ? 1.0 : 0.0);
   webkit_web_view_call_async_javascript_function(
       webView(page_), kMark.data(), static_cast<gssize>(kMark.size()),
       g_variant_dict_end(&arguments), nullptr, nullptr, nullptr, nullptr, nullptr);
