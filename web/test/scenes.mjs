@@ -153,21 +153,39 @@ const current = {
   idle: false,
 };
 
-/** Shows a scene from the page's beginning. */
-export async function show(page, { view, act }) {
-  const { program } = page;
-  const ask = Object.getPrototypeOf(program).ask.bind(program);
+// The program of a page, told of as if a window were in front; it counts what it has not answered yet.
+function watched(program) {
+  if (program.unanswered !== undefined) return program;
+  const ask = program.ask.bind(program);
+  program.unanswered = 0;
   program.ask = async (path, body) => {
+    program.unanswered++;
     const answer = await ask(path, body);
+    program.unanswered--;
     return path === "status" ? { ...answer, current } : answer;
   };
+  return program;
+}
+
+/** Until the page has all that it asked for, and has drawn it. */
+async function settled(page) {
+  const program = watched(page.program);
+  for (let calm = 0, waited = 0; calm < 3 && waited < 200; waited++) {
+    await page.waitForTimeout(50);
+    calm = program.unanswered === 0 ? calm + 1 : 0;
+  }
+}
+
+/** Shows a scene from the page's beginning. */
+export async function show(page, { view, act }) {
+  watched(page.program);
   await page.evaluate(() => localStorage.clear());
   await page.reload();
   await page.waitForSelector(view ? "[data-view]" : "h1");
+  await settled(page);
   if (view && view.id !== "day") await page.keyboard.press(view.key);
-  await page.waitForFunction(() => document.querySelector("h1"));
-  await page.waitForTimeout(200);
+  await settled(page);
   await act?.(page);
   await page.mouse.move(0, 0);
-  await page.waitForTimeout(200);
+  await settled(page);
 }
