@@ -130,7 +130,7 @@ export async function listScenes(stage) {
       open: {},
       scenes: [...all(), ...acts.map(([name, id, act, after]) => ({ name, view: of(id), act, after }))],
     },
-    { open: { make: ["--kind", "odd"] }, scenes: all("-etrange") },
+    { open: { make: ["--kind", "odd", "--days", "2"] }, scenes: all("-etrange") },
     { open: { make: ["--blocks", "400"] }, scenes: [{ name: "jour-400", view: of("day") }] },
     { open: { make: ["--kind", "empty"] }, scenes: all("-vide") },
     { open: { blind: true }, scenes: [{ name: "jour-sans-titres", view: of("day") }] },
