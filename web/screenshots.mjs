@@ -1,6 +1,10 @@
-// Pictures of every view over the store of a made-up month, in both themes and the two usual window sizes:
-//   node screenshots.mjs [--out DIR] [--all]
-// Without --all only those that docs/screenshots keeps. Needs Chromium; ImageMagick makes them small.
+// Pictures of what the page can show, over the stores of a made-up month:
+//   node screenshots.mjs [--out DIR] [--all] [--scenes jour,bilan…] [--sizes 640x480,…] [--themes clair,…]
+//                        [--text 100,200] [--whole]
+// Without a choice only those that docs/screenshots keeps; --all is every scene in every size, theme and size
+// of text. A size is the window's; text of 200 % halves what the page has of it, as the desktop's own larger
+// text does. --whole makes the window as high as what the view holds. Needs Chromium; ImageMagick makes the
+// pictures small.
 import { execFileSync } from "node:child_process";
 import { mkdir, mkdtemp, rm, writeFile } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -8,42 +12,69 @@ import { dirname, join, resolve } from "node:path";
 import { fileURLToPath } from "node:url";
 import { parseArgs } from "node:util";
 import { openStage } from "./test/browser.mjs";
+import { listScenes, show } from "./test/scenes.mjs";
 
 const here = dirname(fileURLToPath(import.meta.url));
-const { values } = parseArgs({ options: { out: { type: "string" }, all: { type: "boolean" } } });
+const text = { type: "string" };
+const { values } = parseArgs({
+  options: {
+    out: text,
+    all: { type: "boolean" },
+    scenes: text,
+    sizes: text,
+    themes: text,
+    text,
+    whole: { type: "boolean" },
+  },
+});
 const out = resolve(values.out ?? join(here, "../docs/screenshots"));
+const free = values.all || values.scenes || values.sizes || values.themes || values.text;
 
-const pick = (page, row) => page.locator(".block:not(.idle)").nth(row);
-const views = {
-  jour: { key: "j" },
-  "jour-selection": {
-    key: "j",
-    act: async (page) => {
-      await pick(page, 1).click();
-      await pick(page, 3).click({ modifiers: ["Shift"] });
-    },
-  },
-  semaine: { key: "s" },
-  bilan: { key: "b" },
-  projets: { key: "p" },
-  regles: { key: "r" },
-  "regle-apercu": {
-    key: "r",
-    act: async (page) => {
-      await page.keyboard.press("n");
-      await page.locator("dialog input").first().fill("lemonde");
-      await page.locator("dialog select").nth(1).selectOption("autre");
-      await page.locator(".preview summary").click();
-    },
-  },
-  reglages: { key: "g" },
-  raccourcis: { key: "j", act: (page) => page.keyboard.press("?") },
-  // It shows where the store is.
-  accueil: { make: ["--kind", "new"], home: join(tmpdir(), "camille") },
+const themes = {
+  clair: { colorScheme: "light" },
+  sombre: { colorScheme: "dark" },
+  contraste: { colorScheme: "light", contrast: "more" },
+  "contraste-sombre": { colorScheme: "dark", contrast: "more" },
+  force: { colorScheme: "dark", forcedColors: "active" },
 };
-const sizes = { petit: { width: 860, height: 560 }, grand: { width: 1180, height: 780 } };
-// Of what is done in a view one picture is enough.
-const kept = (view, theme, size) => !views[view].act || (size === "grand" && theme === "clair");
+const sizes = ["640x480", "860x560", "1180x780", "1920x1080", "2560x1440"];
+
+// The README's: every view small and large, light and dark, and three of what is done in them once.
+const shown = ["jour-selection", "regle-apercu", "raccourcis"];
+const kept = ({ name, view, act }, theme, size) =>
+  name === "accueil" || (view && !act && !name.includes("-"))
+    ? true
+    : shown.includes(name) && theme === "clair" && size === "1180x780";
+
+const listed = (chosen, all, usual) => chosen?.split(",") ?? (values.all ? all : usual);
+const wanted = {
+  scenes: values.scenes?.split(","),
+  themes: listed(values.themes, Object.keys(themes), ["clair", "sombre"]),
+  sizes: listed(values.sizes, sizes, ["860x560", "1180x780"]),
+  text: listed(values.text, ["100", "200"], ["100"]),
+};
+const takes = (scene, theme, size) =>
+  wanted.scenes ? wanted.scenes.includes(scene.name) : free || kept(scene, theme, size);
+
+async function take(page, scene, file) {
+  await show(page, scene);
+  if (values.whole) {
+    const { width, height } = page.viewportSize();
+    const more = await page.evaluate(() => {
+      const main = document.querySelector("dialog[open], main");
+      return main.scrollHeight - main.clientHeight;
+    });
+    await page.setViewportSize({ width, height: Math.min(height + more, 3000) });
+    await page.waitForTimeout(100);
+    await page.screenshot({ path: file });
+    await page.setViewportSize({ width, height });
+  } else {
+    await page.screenshot({ path: file });
+  }
+  execFileSync("convert", [file, "-strip", "+dither", "-colors", "96", `PNG8:${file}`]);
+  await scene.after?.(page);
+  console.log(file);
+}
 
 const folder = await mkdtemp(join(tmpdir(), "orvanta-pictures-"));
 await mkdir(out, { recursive: true });
@@ -55,25 +86,31 @@ await writeFile(
 );
 process.env.FONTCONFIG_FILE = join(folder, "fonts.conf");
 const stage = await openStage();
-for (const [theme, colorScheme] of [
-  ["clair", "light"],
-  ["sombre", "dark"],
-]) {
-  for (const [size, viewport] of Object.entries(sizes)) {
-    for (const [name, { key, make, home, act }] of Object.entries(views)) {
-      if (!values.all && !kept(name, theme, size)) continue;
-      if (home) await rm(home, { recursive: true, force: true });
-      const page = await stage.open({ colorScheme, viewport, make, home });
-      if (key) await page.keyboard.press(key);
-      await page.waitForTimeout(250);
-      await act?.(page);
-      await page.waitForTimeout(250);
-      const file = join(out, `${name}-${theme}-${viewport.width}x${viewport.height}.png`);
-      await page.screenshot({ path: file });
-      execFileSync("convert", [file, "-strip", "+dither", "-colors", "96", `PNG8:${file}`]);
-      await page.context().close();
-      console.log(file);
+for (const { open, scenes } of await listScenes(stage)) {
+  for (const percent of wanted.text) {
+    const scale = Number(percent) / 100;
+    const here = scenes.filter((scene) =>
+      wanted.themes.some((theme) => wanted.sizes.some((size) => takes(scene, theme, size))),
+    );
+    if (here.length === 0) continue;
+    const options = typeof open === "function" ? open() : open;
+    const page = await stage.open({ ...options, deviceScaleFactor: scale });
+    for (const theme of wanted.themes) {
+      await page.emulateMedia({ contrast: null, forcedColors: null, ...themes[theme] });
+      for (const size of wanted.sizes) {
+        const [width, height] = size.split("x").map((side) => Math.round(Number(side) / scale));
+        await page.setViewportSize({ width, height });
+        for (const scene of here) {
+          if (!takes(scene, theme, size)) continue;
+          const suffix = percent === "100" ? "" : `-${percent}`;
+          await take(page, scene, join(out, `${scene.name}-${theme}-${size}${suffix}.png`)).catch((error) => {
+            console.error(`${scene.name} ${theme} ${size} ${percent} %: ${error.message}`);
+            process.exitCode = 1;
+          });
+        }
+      }
     }
+    await page.context().close();
   }
 }
 await stage.close();

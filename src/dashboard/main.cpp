@@ -18,7 +18,7 @@
 #include "base/application_id.h"
 #include "base/line_channel.h"
 #include "base/log.h"
-#include "dashboard/color_scheme.h"
+#include "dashboard/appearance.h"
 #include "dashboard/popups.h"
 #include "dashboard/sandbox.h"
 #include "dashboard/window.h"
@@ -106,7 +106,7 @@ class Dashboard {
   Gtk::Application& application_;
   LineChannel channel_;
   Window window_;
-  ColorScheme colorScheme_;
+  Appearance appearance_{window_.page().widget()};
   Popups popups_;
   sigc::connection ending_;
 };

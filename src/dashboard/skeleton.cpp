@@ -1,8 +1,6 @@
 #include "dashboard/skeleton.h"
 
 #include <fmt/format.h>
-#include <gtkmm/cssprovider.h>
-#include <gtkmm/settings.h>
 
 #include <string>
 
@@ -56,22 +54,25 @@ std::string css(const Colours& colours) {
 
 }  // namespace
 
-void showSkeleton(Gtk::Window& window, bool shown) {
-  static const auto provider = [&] {
-    auto made = Gtk::CssProvider::create();
-    gtk_style_context_add_provider_for_display(window.get_display()->gobj(),
-                                               GTK_STYLE_PROVIDER(made->gobj()),
-                                               GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-    return made;
-  }();
-  if (!shown) {
-    window.remove_css_class("skeleton");
-    return;
-  }
-  const auto settings = Gtk::Settings::get_for_display(window.get_display());
-  const auto text = css(isDark(*settings.get()) ? kDark : kLight);
-  gtk_css_provider_load_from_data(provider->gobj(), text.c_str(), -1);
-  window.add_css_class("skeleton");
+Skeleton::Skeleton(Gtk::Window& window)
+    : window_(window), settings_(Gtk::Settings::get_for_display(window.get_display())) {
+  gtk_style_context_add_provider_for_display(window.get_display()->gobj(),
+                                             GTK_STYLE_PROVIDER(css_->gobj()),
+                                             GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+  const auto paint = [this] {
+    const auto text = css(isDark(*settings_.get()) ? kDark : kLight);
+    gtk_css_provider_load_from_data(css_->gobj(), text.c_str(), -1);
+  };
+  changed_ = settings_->property_gtk_application_prefer_dark_theme().signal_changed().connect(paint);
+  paint();
+  window_.add_css_class("skeleton");
+}
+
+Skeleton::~Skeleton() {
+  changed_.disconnect();
+  gtk_style_context_remove_provider_for_display(window_.get_display()->gobj(),
+                                                GTK_STYLE_PROVIDER(css_->gobj()));
+  window_.remove_css_class("skeleton");
 }
 
 }  // namespace orvanta

@@ -7,9 +7,11 @@
 #include <gtkmm/filefilter.h>
 #include <gtkmm/shortcutcontroller.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "base/application_id.h"
+#include "base/gobject_ref.h"
 #include "dashboard/skeleton.h"
 #include "dashboard/window_size.h"
 
@@ -19,15 +21,23 @@ Window::Window(Listener listener)
     : listener_(std::move(listener)),
       page_({.posted = listener_.posted,
              .loaded = [this] { pageLoaded(); },
-             .failed = listener_.failed}) {
+             .failed = listener_.failed}),
+      zoom_(page_.widget(), loadWindowSize().zoom, [this] { rememberSoon(); }) {
   set_title("Orvanta");
   set_icon_name(kApplicationId);
   const auto size = loadWindowSize();
   set_default_size(size.width, size.height);
   if (size.maximized) maximize();
-  page_.widget().set_size_request(kLeastWidth, kLeastHeight);
   set_child(page_.widget());
-  showSkeleton(*this, true);
+  skeleton_.emplace(*this);
+  fitMonitors();
+  monitorsChanged_ =
+      g_signal_connect_swapped(gdk_display_get_monitors(get_display()->gobj()), "items-changed",
+                               G_CALLBACK(+[](Window* self) { self->fitMonitors(); }), this);
+  const auto remember = [this] { rememberSoon(); };
+  property_default_width().signal_changed().connect(remember);
+  property_default_height().signal_changed().connect(remember);
+  property_maximized().signal_changed().connect(remember);
 
   const auto keys = Gtk::ShortcutController::create();
   keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);  // the web view takes all that comes
@@ -35,7 +45,31 @@ Window::Window(Listener listener)
                                            Gtk::NamedAction::create("window.close")));
   keys->add_shortcut(Gtk::Shortcut::create(Gtk::ShortcutTrigger::parse_string("<Control>q"),
                                            Gtk::NamedAction::create("window.close")));
+  zoom_.addKeys(*keys.get());
   add_controller(keys);
+}
+
+Window::~Window() {
+  g_signal_handler_disconnect(gdk_display_get_monitors(get_display()->gobj()), monitorsChanged_);
+  if (remembering_.connected()) rememberSize();
+}
+
+// Which one the window opens on is the desktop's to say: the smallest must do.
+void Window::fitMonitors() {
+  constexpr int kLeastWidth = 860;
+  constexpr int kLeastHeight = 560;
+  constexpr int kAround = 96;  // the desktop's panel and the window's title
+  int width = kLeastWidth;
+  int height = kLeastHeight;
+  auto* const monitors = gdk_display_get_monitors(get_display()->gobj());
+  for (guint i = 0; i < g_list_model_get_n_items(monitors); ++i) {
+    const Ref<GdkMonitor> monitor(GDK_MONITOR(g_list_model_get_item(monitors, i)));
+    GdkRectangle area;  // in the pixels that the window is measured in
+    gdk_monitor_get_geometry(monitor.get(), &area);
+    width = std::min(width, area.width);
+    height = std::min(height, area.height - kAround);
+  }
+  page_.widget().set_size_request(std::max(width, 1), std::max(height, 1));
 }
 
 void Window::comeToFront(const std::string& activationToken) {
@@ -53,7 +87,7 @@ void Window::comeToFront(const std::string& activationToken) {
 
 void Window::pageLoaded() {
   constexpr unsigned kDrawnBy = 1000;  // ms
-  Glib::signal_timeout().connect_once([this] { showSkeleton(*this, false); }, kDrawnBy);
+  Glib::signal_timeout().connect_once([this] { skeleton_.reset(); }, kDrawnBy);
 }
 
 bool Window::on_close_request() {
@@ -63,11 +97,25 @@ bool Window::on_close_request() {
   return true;
 }
 
+// Not only when it is closed: the program may end with the window open.
+void Window::rememberSoon() {
+  constexpr unsigned kMilliseconds = 400;
+  remembering_.disconnect();
+  remembering_ = Glib::signal_timeout().connect(
+      [this] {
+        rememberSize();
+        return false;
+      },
+      kMilliseconds);
+}
+
 void Window::rememberSize() {
+  remembering_.disconnect();
   int width = 0;
   int height = 0;
   get_default_size(width, height);  // the toolkit keeps it at what the user made of it
-  saveWindowSize({.width = width, .height = height, .maximized = is_maximized()});
+  saveWindowSize(
+      {.width = width, .height = height, .maximized = is_maximized(), .zoom = zoom_.level()});
 }
 
 void Window::askWhereToSave(const std::string& suggestedName) {

@@ -9,11 +9,13 @@
 #include <string>
 
 #include "dashboard/page_view.h"
+#include "dashboard/page_zoom.h"
+#include "dashboard/skeleton.h"
 
 namespace orvanta {
 
-/// 1180×780 at first, then as the user left it, never below 860×560. Closing hides it and keeps the
-/// page as it is.
+/// 1180×780 at first, then as the user left it, however it ends; never below 860×560 where the
+/// monitors have room for that. Closing hides it and keeps the page as it is.
 class Window : public Gtk::ApplicationWindow {
  public:
   struct Listener {
@@ -24,6 +26,9 @@ class Window : public Gtk::ApplicationWindow {
   };
 
   explicit Window(Listener listener);
+  ~Window() override;
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
 
   PageView& page() { return page_; }
 
@@ -38,10 +43,16 @@ class Window : public Gtk::ApplicationWindow {
 
  private:
   void pageLoaded();
+  void fitMonitors();
+  void rememberSoon();
   void rememberSize();
 
   const Listener listener_;
   PageView page_;
+  PageZoom zoom_;
+  std::optional<Skeleton> skeleton_;  // until the page is drawn
+  sigc::connection remembering_;
+  gulong monitorsChanged_ = 0;
   Glib::RefPtr<Gtk::FileChooserNative> chooser_;  // while it is open
 };
 

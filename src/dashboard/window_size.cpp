@@ -6,6 +6,7 @@
 #include <glibmm/miscutils.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/own_file.h"
 
@@ -28,13 +29,17 @@ std::filesystem::path stateFolder() {
 }
 
 WindowSize loadWindowSize() {
+  constexpr int kLeast = 100;
   constexpr int kMost = 16384;
   const auto state = Glib::KeyFile::create();
   try {
     state->load_from_file(file().string());
-    return {.width = std::clamp(state->get_integer(kGroup, "width"), kLeastWidth, kMost),
-            .height = std::clamp(state->get_integer(kGroup, "height"), kLeastHeight, kMost),
-            .maximized = state->get_boolean(kGroup, "maximized")};
+    // Not in the files of the first versions.
+    const double zoom = state->has_key(kGroup, "zoom") ? state->get_double(kGroup, "zoom") : 1;
+    return {.width = std::clamp(state->get_integer(kGroup, "width"), kLeast, kMost),
+            .height = std::clamp(state->get_integer(kGroup, "height"), kLeast, kMost),
+            .maximized = state->get_boolean(kGroup, "maximized"),
+            .zoom = std::isfinite(zoom) ? zoom : 1};
   } catch (const Glib::Error&) {
     return {};
   }
@@ -45,6 +50,7 @@ void saveWindowSize(const WindowSize& size) {
   state->set_integer(kGroup, "width", size.width);
   state->set_integer(kGroup, "height", size.height);
   state->set_boolean(kGroup, "maximized", size.maximized);
+  state->set_double(kGroup, "zoom", size.zoom);
   writeOwnFile(file(), state->to_data());
 }
 

@@ -1,4 +1,4 @@
-// The size that the user gave the window.
+// The size that the user gave the window, and the page in it.
 #pragma once
 
 #include <filesystem>
@@ -10,10 +10,8 @@ struct WindowSize {
   int width = 1180;
   int height = 780;
   bool maximized = false;
+  double zoom = 1;  ///< of the page
 };
-
-inline constexpr int kLeastWidth = 860;
-inline constexpr int kLeastHeight = 560;
 
 /// Remembered in a small file under `$XDG_STATE_HOME`; what cannot be read is the standard size,
 /// what cannot be written is forgotten.

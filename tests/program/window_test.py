@@ -4,7 +4,9 @@ import json
 import os
 import signal
 
-from desktop import ORVANTA, end, pass_time, wait_for
+import dbus
+
+from desktop import MOCK, ORVANTA, end, kill, pass_time, wait_for
 from desktop_case import DesktopCase, children
 from tray_host import TrayHost
 from webdriver import Page
@@ -190,26 +192,37 @@ class WindowTest(DesktopCase):
         self.assertTrue(self.windows(), "it is wanted now")
         end(self.program)
 
-    def test_the_size_is_remembered(self):
-        def geometry():
-            text = self.desktop.run("xdotool", "getwindowgeometry", "--shell", self.windows()[0])
-            values = dict(line.split("=") for line in text.stdout.decode().split())
-            return int(values["WIDTH"]), int(values["HEIGHT"])
+    def geometry(self):
+        text = self.desktop.run("xdotool", "getwindowgeometry", "--shell", self.windows()[0])
+        values = dict(line.split("=") for line in text.stdout.decode().split())
+        return int(values["WIDTH"]), int(values["HEIGHT"])
 
+    def resize(self, window, width, height):
+        self.desktop.input("windowsize", window, str(width), str(height))
+        wait_for(lambda: self.geometry() == (width, height), 10, "the new size")
+
+    def test_the_size_is_remembered(self):
         previous = os.umask(0)
         self.addCleanup(os.umask, previous)
         self.program = self.desktop.start_orvanta()
         dashboard, window = self.show()
-        self.desktop.input("windowsize", window, "900", "600")
-        wait_for(lambda: geometry() == (900, 600), 10, "the new size")
+        self.resize(window, 900, 600)
         self.close_window()
         os.kill(dashboard, signal.SIGKILL)
         wait_for(lambda: not self.dashboards(), 10, "the dashboard has ended")
         _, window = self.show()
-        self.assertEqual(geometry(), (900, 600))
+        self.assertEqual(self.geometry(), (900, 600))
         self.desktop.input("windowsize", window, "300", "200")
         pass_time(1)
-        self.assertGreaterEqual(geometry(), (860, 560))
+        self.assertEqual(self.geometry(), (860, 560))
+
+        # The program may end with the window open.
+        self.resize(window, 920, 610)
+        end(self.program)
+        self.wait_for_no_window()
+        self.program = self.desktop.start_orvanta()
+        self.show()
+        self.assertEqual(self.geometry(), (920, 610))
 
         state = os.path.join(self.desktop.env["XDG_STATE_HOME"], "orvanta")
         self.assertLessEqual({"window.ini", "page"}, set(os.listdir(state)))
@@ -217,3 +230,55 @@ class WindowTest(DesktopCase):
             for folder, folders, files in os.walk(own):
                 for path in [folder] + [os.path.join(folder, name) for name in folders + files]:
                     self.assertEqual(os.stat(path).st_mode & 0o077, 0, path)
+
+    def test_the_window_fits_the_monitor(self):
+        """A pixel of its size is two of the screen's, of which there are 1024 by 768."""
+        self.program = self.desktop.start_orvanta(env={"GDK_SCALE": "2"})
+        _, window = self.show()
+        self.desktop.input("windowsize", window, "300", "200")
+        pass_time(1)
+        width, height = self.geometry()
+        self.assertLessEqual(width, 1024)
+        self.assertLessEqual(height, 700)
+
+    def test_the_page_is_zoomed_by_keys_and_stays_so(self):
+        page = Page(self.desktop)
+        self.desktop.focus(int(self.windows()[0]))
+        size = lambda: page.script("return [innerWidth, matchMedia('(max-width: 700px)').matches]")
+        width, small = size()
+        self.assertFalse(small)
+        for _ in range(5):
+            self.desktop.input("key", "ctrl+plus")
+        wait_for(lambda: size() == [round(width / 2), True], 5, size)
+        self.desktop.input("key", "ctrl+minus")
+        wait_for(lambda: size()[0] == round(width / 1.75), 5, size)
+        pass_time(1)
+        kill(page.driver)
+        self.wait_for_no_window()
+        page = Page(self.desktop)
+        wait_for(lambda: size()[0] == round(width / 1.75), 5, size)
+        self.desktop.focus(int(self.windows()[0]))
+        self.desktop.run("setxkbmap", "fr")
+        self.desktop.input("key", "ctrl+agrave")
+        wait_for(lambda: size() == [width, False], 5, size)
+
+    def test_high_contrast_of_the_desktop_is_marked_in_the_page(self):
+        settings = "org.freedesktop.portal.Settings"
+        _, bus = self.desktop.mock(self.desktop.session, "org.freedesktop.portal.Desktop",
+                                   "org.freedesktop.portal.Desktop",
+                                   "/org/freedesktop/portal/desktop", settings)
+        self.addCleanup(bus.close)
+        portal = bus.get_object("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop")
+        portal.AddMethod(settings, "Read", "ss", "v",
+                         "ret = dbus.UInt32(args[1] == 'contrast', variant_level=1)",
+                         dbus_interface=MOCK)
+        page = Page(self.desktop)
+        mark = lambda: page.script("return document.documentElement.dataset.contrast ?? ''")
+        wait_for(lambda: mark() == "more", 5, mark)
+        page.script("location.reload()")
+        wait_for(lambda: mark() == "more", 5, mark)
+        for value, wanted in ((0, ""), (1, "more")):
+            portal.EmitSignal(settings, "SettingChanged", "ssv",
+                              ["org.freedesktop.appearance", "contrast", dbus.UInt32(value)],
+                              dbus_interface=MOCK)
+            wait_for(lambda: mark() == wanted, 5, mark)

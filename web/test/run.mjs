@@ -1,5 +1,5 @@
-// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "day" and
-// "store" (in a real browser); all of them without arguments.
+// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "day",
+// "store" and "layout" (in a real browser); all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -40,6 +40,7 @@ const suites = {
   page: () => run("--test", join(here, "page.test.mjs")),
   day: () => run("--test", join(here, "day.test.mjs")),
   store: () => run("--test", join(here, "store.test.mjs")),
+  layout: () => run("--test", join(here, "layout.test.mjs")),
 };
 const wanted = process.argv.length > 2 ? process.argv.slice(2) : Object.keys(suites);
 for (const name of wanted) if (!(await suites[name]())) process.exit(1);

@@ -28,6 +28,8 @@ const groups: Group[] = [
       ["N", "Nouveau projet, nouvelle règle"],
       ["Maj + P", "Mettre en pause, reprendre"],
       ["Ctrl + Z", "Annuler ; avec Maj, rétablir"],
+      ["Ctrl + + −", "Agrandir, réduire la page"],
+      ["Ctrl + 0", "Taille normale de la page"],
       ["?", "Cette aide"],
     ],
   },

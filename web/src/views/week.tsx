@@ -103,7 +103,7 @@ function Chart({ week, today, onOpenDay }: Omit<WeekProps, "active">) {
                       key={cat}
                       class={`fill ${categoryClass(cat)}`}
                       title={`${categoryLabel(cat)} ${duration(day.by_category[cat] ?? 0)}`}
-                      style={{ height: `${((day.by_category[cat] ?? 0) / top) * 100}%` }}
+                      style={{ "--part": `${((day.by_category[cat] ?? 0) / top) * 100}%` }}
                     />
                   ))}
                 </span>

@@ -24,7 +24,7 @@ export function ProjectsView() {
     return rows.length > 0 && <ProjectList {...{ title, rows, recap, actions }} />;
   };
   return (
-    <div class="view">
+    <div class="view listing">
       <div class="view-head">
         <h1>Projets</h1>
         <span class="spacer" />

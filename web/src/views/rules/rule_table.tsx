@@ -3,11 +3,13 @@ import type { ProjectRow, RuleRow } from "../../bridge/routes";
 import { type Source, sourceOf } from "../../model/rules";
 import { clip } from "../../model/time";
 import { CategoryName } from "../../ui/icons";
+import { smallWindow, useMedia } from "../../ui/media";
 import { Foreign, IconButton, ProjectName } from "../../ui/parts";
 import { useWindowed } from "../../ui/windowed";
 import { fieldLabel } from "./labels";
 
-const rowHeight = 40;
+// Pixels; the second where a rule takes two lines.
+const rowHeights = [40, 64] as const;
 const origins: Record<Source, string> = {
   mine: "À moi",
   learned: "Apprise",
@@ -28,6 +30,7 @@ interface Props extends Actions {
 
 export function RuleTable({ rules, learned, project, ...actions }: Props) {
   const body = useRef<HTMLDivElement>(null);
+  const rowHeight = rowHeights[useMedia(smallWindow) ? 1 : 0];
   const { first, end } = useWindowed(body, rules.length, rowHeight);
   return (
     <div class="table" role="table" aria-label="Règles" aria-rowcount={rules.length + 1}>

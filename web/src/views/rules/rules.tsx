@@ -35,7 +35,7 @@ export function RulesView() {
     n: () => setDraft(blankRule),
   });
   return (
-    <div class="view">
+    <div class="view listing">
       <div class="view-head">
         <h1>Règles</h1>
         <p class="quiet">Une règle vaut aussi pour le passé. La plus longue l’emporte.</p>

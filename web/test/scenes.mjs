@@ -1,0 +1,191 @@
+// Everything that the page can show, so that pictures and tests of its layout miss none of it.
+import { mkdtempSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+
+/** Under which a view's pictures are kept: its title in plain letters. */
+const slug = (title) =>
+  title
+    .normalize("NFD")
+    .replace(/[^A-Za-z0-9]+/g, "")
+    .toLowerCase();
+
+/** The views as the sidebar offers them, which is what the page's registry holds. */
+export async function listedViews(page) {
+  await page.waitForSelector("[data-view]");
+  const all = await page
+    .locator("[data-view]")
+    .evaluateAll((buttons) =>
+      buttons.map(({ dataset, textContent, ariaKeyShortcuts }) => ({
+        id: dataset.view,
+        title: textContent,
+        key: ariaKeyShortcuts.toLowerCase(),
+      })),
+    );
+  return all.map((view) => ({ ...view, name: slug(view.title) }));
+}
+
+// Only rows in sight exist.
+const block = async (page, row) => {
+  await page.getByRole("listbox").evaluate((list) => list.scrollIntoView());
+  await page.locator(".block:not(.idle)").nth(row).click();
+};
+const press = (page, name) => page.getByRole("button", { name, exact: true }).first().click();
+const section = (title) => (page) =>
+  page.getByRole("heading", { name: title, exact: true }).evaluate((one) => one.scrollIntoView());
+const editRule = async (page) => {
+  await page.keyboard.press("n");
+  await page.locator("dialog input").first().fill("lemonde");
+  await page.locator("dialog select").nth(1).selectOption("autre");
+  await page.locator(".preview summary").click();
+};
+const steps = (count) => async (page) => {
+  for (let step = 0; step < count; step++) await press(page, "Continuer");
+};
+
+// What is done in a view: its name, the view's id, the doing. Those that write take it back themselves.
+const acts = [
+  ["jour-bloc", "day", (page) => block(page, 1)],
+  [
+    "jour-selection",
+    "day",
+    async (page) => {
+      await block(page, 1);
+      await page.keyboard.press("Shift+ArrowDown");
+      await page.keyboard.press("Shift+ArrowDown");
+    },
+  ],
+  [
+    "jour-plage",
+    "day",
+    async (page) => {
+      await page.getByRole("button", { name: "Plage…" }).click();
+      await page.getByLabel("Fin de la plage").waitFor();
+    },
+  ],
+  [
+    "jour-message",
+    "day",
+    async (page) => {
+      await block(page, 1);
+      await page.keyboard.press("2");
+      await page.waitForSelector(".toast");
+    },
+    (page) => page.keyboard.press("Control+z"),
+  ],
+  ["jour-calendrier", "day", (page) => page.keyboard.press("c")],
+  [
+    "jour-supprimer",
+    "day",
+    async (page) => {
+      await block(page, 1);
+      await page.keyboard.press("Delete");
+    },
+  ],
+  ["projet-editeur", "projects", (page) => page.locator(".row-actions button").first().click()],
+  ["projet-supprimer", "projects", (page) => page.locator(".row-actions button").nth(2).click()],
+  ["regle-apercu", "rules", editRule],
+  ["regle-aucune", "rules", (page) => page.locator("#rule-search").fill("rien de tel")],
+  ["reglages-vie-privee", "settings", section("Vie privée")],
+  ["reglages-bureau", "settings", section("Ce que ce bureau permet")],
+  ["reglages-donnees", "settings", section("Données")],
+  [
+    "reglages-telemetrie",
+    "settings",
+    async (page) => {
+      await section("Télémétrie et mises à jour")(page);
+      await page.getByText("Voir les champs").click();
+    },
+  ],
+  ["reglages-export", "settings", (page) => page.getByRole("button", { name: /^Premier jour/ }).click()],
+  [
+    "restaurer",
+    "settings",
+    async (page) => {
+      await press(page, "Sauvegarder maintenant");
+      await page.waitForSelector(".toast");
+      await press(page, "Restaurer…");
+      await page.getByRole("dialog").getByRole("radio").first().check();
+      await page.waitForSelector(".comparison");
+    },
+  ],
+  ["quitter", "settings", (page) => press(page, "Quitter Orvanta")],
+  ["raccourcis", "day", (page) => page.keyboard.press("?")],
+];
+
+/**
+ * What there is to see, by the store that it needs: `open` is what a stage opens, `scenes` are shown one
+ * after the other by `show` on such a page.
+ */
+export async function listScenes(stage) {
+  const first = await stage.open();
+  const views = await listedViews(first);
+  await first.context().close();
+  const of = (id) => views.find((view) => view.id === id);
+  const all = (suffix = "") => views.map((view) => ({ name: view.name + suffix, view }));
+  // Its folder is shown by the welcome, so it has the name of one.
+  const home = () => join(mkdtempSync(join(tmpdir(), "orvanta-home-")), "camille");
+  return [
+    {
+      open: {},
+      scenes: [...all(), ...acts.map(([name, id, act, after]) => ({ name, view: of(id), act, after }))],
+    },
+    { open: { make: ["--kind", "odd", "--days", "2"] }, scenes: all("-etrange") },
+    { open: { make: ["--blocks", "400"] }, scenes: [{ name: "jour-400", view: of("day") }] },
+    { open: { make: ["--kind", "empty"] }, scenes: all("-vide") },
+    { open: { blind: true }, scenes: [{ name: "jour-sans-titres", view: of("day") }] },
+    {
+      open: () => ({ make: ["--kind", "new"], home: home() }),
+      scenes: ["accueil", "accueil-bureau", "accueil-projet"].map((name, count) => ({
+        name,
+        act: steps(count),
+      })),
+    },
+  ];
+}
+
+// What would be in front, if a desktop showed windows here.
+const current = {
+  app: "Firefox",
+  title: "<dialog> : l’élément boîte de dialogue - HTML (HyperText Markup Language) | MDN",
+  domain: "developer.mozilla.org",
+  duration: 754,
+  idle: false,
+};
+
+// The program of a page, told of as if a window were in front; it counts what it has not answered yet.
+function watched(program) {
+  if (program.unanswered !== undefined) return program;
+  const ask = program.ask.bind(program);
+  program.unanswered = 0;
+  program.ask = async (path, body) => {
+    program.unanswered++;
+    const answer = await ask(path, body);
+    program.unanswered--;
+    return path === "status" ? { ...answer, current } : answer;
+  };
+  return program;
+}
+
+/** Until the page has all that it asked for, and has drawn it. */
+async function settled(page) {
+  const program = watched(page.program);
+  for (let calm = 0, waited = 0; calm < 3 && waited < 200; waited++) {
+    await page.waitForTimeout(50);
+    calm = program.unanswered === 0 ? calm + 1 : 0;
+  }
+}
+
+/** Shows a scene from the page's beginning. */
+export async function show(page, { view, act }) {
+  watched(page.program);
+  await page.evaluate(() => localStorage.clear());
+  await page.reload();
+  await page.waitForSelector(view ? "[data-view]" : "h1");
+  await settled(page);
+  if (view && view.id !== "day") await page.keyboard.press(view.key);
+  await settled(page);
+  await act?.(page);
+  await page.mouse.move(0, 0);
+  await settled(page);
+}
