@@ -95,12 +95,11 @@ struct RankedRules {
   PatternSearch::Found after;
   PatternSearch::Rank ownBefore = PatternSearch::kNone;
 
-  RankedRules(std::vector<Rule> others, Rule saved) {
+  RankedRules(std::vector<Rule> others, Rule saved, std::size_t place) : rules(std::move(others)) {
     constexpr auto kNewest = std::numeric_limits<int64_t>::max();
     saved.id = kNewest;
     saved.priority = 0;
-    others.push_back(saved);
-    rules = inMatchingOrder(std::move(others));
+    rules.insert(rules.begin() + static_cast<std::ptrdiff_t>(std::min(place, rules.size())), saved);
     for (PatternSearch::Rank rank = 0; rank < rules.size(); ++rank) {
       auto& rule = rules[rank];
       if (!replaces(saved, rule)) continue;
@@ -118,11 +117,11 @@ struct RankedRules {
 
 class Preview {
  public:
-  Preview(SpanReader& reader, const Rule& rule)
+  Preview(SpanReader& reader, const Rule& rule, std::size_t place)
       : reader_(reader),
         rule_(rule),
         field_(memberOf(rule.field)),
-        rules_(reader.rules(), rule),
+        rules_(reader.rules(), rule, place),
         spans_(texts_),
         classifier_(texts_, std::make_shared<const RuleBook>(rules_.rules, reader.projects())) {
     pattern_.add(lowerCase(rule.pattern), {.category = 0});
@@ -244,7 +243,7 @@ class Preview {
 
 RulePreview previewRule(Database& db, const Rule& rule, const TimeRange& range) {
   SpanReader reader(db);
-  return Preview(reader, rule).over(range);
+  return Preview(reader, rule, placeOf(db, rule)).over(range);
 }
 
 }  // namespace orvanta
