@@ -33,7 +33,7 @@ class Shell {
   /// Shows a file in the file manager.
   virtual void reveal(const std::filesystem::path& file) = 0;
   /// Lets the user choose where to save, and blocks until then; not on the main thread. Absent when
-  /// that was cancelled or there is no window to ask in.
+  /// that was cancelled or there is no window to ask in; "" for a place that has no path here.
   virtual std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) = 0;
 };
 

@@ -18,7 +18,8 @@ class Window : public Gtk::ApplicationWindow {
  public:
   struct Listener {
     std::function<void(const std::string& json)> posted;  ///< by the page
-    std::function<void(const std::optional<std::string>& path)> fileChosen;
+    /// By its address; "" for a place that has no path here, absent when the user cancelled.
+    std::function<void(const std::optional<std::string>& uri)> fileChosen;
     std::function<void()> hidden;
     std::function<void()> failed;  ///< the page is lost
   };
@@ -30,14 +31,16 @@ class Window : public Gtk::ApplicationWindow {
   /// Opens or raises the window, by this token where it is not "".
   void comeToFront(const std::string& activationToken);
 
-  /// Asks where to save; fileChosen tells the answer, absent when the user cancelled.
-  void askWhereToSave(const std::string& suggestedName);
+  /// Asks where to save a table, at first in `folder` or with the user's documents; fileChosen
+  /// tells the answer.
+  void askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder = {});
 
  protected:
   bool on_close_request() override;
 
  private:
   void rememberSize();
+  void panelAnswered(int response);
 
   const Listener listener_;
   PageView page_;
