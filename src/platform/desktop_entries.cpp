@@ -28,7 +28,9 @@ std::optional<DesktopEntry> byId(const std::string& id) {
   if (id.empty() || id.find('/') != std::string::npos) return {};
   const auto info = Gio::DesktopAppInfo::create(id + std::string(kSuffix));
   if (!info) return {};
-  return DesktopEntry{id, info->get_name(), listed(info->get_categories())};
+  const std::string name = info->get_name();
+  return DesktopEntry{id, std::string(firstBytes(name, kLongestTitle)),
+                      listed(info->get_categories())};
 }
 
 }  // namespace
