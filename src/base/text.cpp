@@ -159,13 +159,6 @@ std::string firstCharacters(std::string_view utf8, std::size_t most) {
   return first;
 }
 
-std::string_view firstBytes(std::string_view utf8, std::size_t most) {
-  if (utf8.size() <= most) return utf8;
-  constexpr auto kContinues = [](char c) { return (static_cast<unsigned char>(c) >> 6U) == 2U; };
-  while (most > 0 && kContinues(utf8[most])) --most;
-  return utf8.substr(0, most);
-}
-
 std::string_view trimBlanks(std::string_view text, std::string_view blanks) {
   const auto first = text.find_first_not_of(blanks);
   if (first == std::string_view::npos) return {};

@@ -9,9 +9,6 @@
 
 namespace orvanta {
 
-/// Bytes of a window's title or an application's name that are looked at; the rest is no name.
-inline constexpr std::size_t kLongestTitle = 2048;
-
 bool isAscii(std::string_view text);
 
 /// Whether lowerCase() would change letters of ASCII only, as in most French text: told at a glance
@@ -36,9 +33,6 @@ std::size_t userCharacters(std::string_view utf8);
 
 /// The first `most` such characters of `utf8`, or all of it.
 std::string firstCharacters(std::string_view utf8, std::size_t most);
-
-/// `utf8` cut to `most` bytes, and no half character.
-std::string_view firstBytes(std::string_view utf8, std::size_t most);
 
 /// `text` without the spaces and tabs at both ends, or other blanks. Line feeds stay.
 std::string_view trimBlanks(std::string_view text, std::string_view blanks = " \t");

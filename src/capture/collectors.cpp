@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/cut.h"
 #include "base/text.h"
 
 namespace orvanta {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/cut.h"
 #include "base/exact_json.h"
-#include "base/text.h"
 
 namespace orvanta {
 namespace {
