@@ -24,7 +24,7 @@ void CommandLine::tell(const std::string& sentence) {
 }
 
 void CommandLine::openUrl(const std::string& url) {
-  if (mayBeOpened(url)) open(url);
+  if (const auto address = openable(url)) open(*address);
 }
 
 void CommandLine::openFile(const std::filesystem::path& file) {

@@ -33,7 +33,8 @@ Desktop lookAtDesktop(double patience) {
 CallResult callLocally(const std::vector<std::string>& words) {
   constexpr double kMoment = 0.5;  // seconds
   const bool many = words == std::vector<std::string>{kManyCalls};
-  const bool aboutDesktop = !words.empty() && words.front().starts_with("permissions.");
+  const auto route = words.empty() ? std::string() : words.front();
+  const bool aboutDesktop = route == "status" || route.starts_with("permissions.");
   auto desktop = many || aboutDesktop ? lookAtDesktop(many ? 0 : kMoment) : blindDesktop();
   Database db(DataLocation::ofUser());
   CommandLine shell;

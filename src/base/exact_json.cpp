@@ -1,9 +1,11 @@
 #include "base/exact_json.h"
 
+#include <algorithm>
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
 #include <charconv>
 #include <string>
+#include <system_error>
 
 namespace orvanta {
 namespace {
@@ -89,9 +91,38 @@ class Builder {
   std::string digits_;  // of a number that comes in parts
 };
 
-}  // namespace
+// The UTF-16 unit that the escape at this place names.
+std::optional<unsigned> unitAt(std::string_view text, std::size_t at) {
+  constexpr std::size_t kDigits = 4;
+  const auto escape = text.substr(std::min(at, text.size()), 2 + kDigits);
+  if (escape.size() < 2 + kDigits || !escape.starts_with("\\u")) return {};
+  unsigned unit = 0;
+  const auto* end = escape.data() + escape.size();
+  const auto [stop, error] = std::from_chars(escape.data() + 2, end, unit, 16);
+  return error == std::errc() && stop == end ? std::optional(unit) : std::nullopt;
+}
 
-std::optional<json::value> parseJson(std::string_view text, std::size_t deepest) {
+// Half a pair of surrogates, which is no character, becomes U+FFFD.
+std::string withWholePairs(std::string_view text) {
+  constexpr unsigned kKind = 0xFC00;
+  constexpr unsigned kFirst = 0xD800;
+  constexpr unsigned kSecond = 0xDC00;
+  std::string whole;
+  whole.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const auto unit = unitAt(text, at);
+    const auto kind = unit.value_or(0) & kKind;
+    std::size_t length = unit ? 6 : text[at] == '\\' ? 2 : 1;
+    const bool pair = kind == kFirst && (unitAt(text, at + length).value_or(0) & kKind) == kSecond;
+    if (pair) length *= 2;
+    const bool half = !pair && (kind == kFirst || kind == kSecond);
+    whole += half ? "\\ufffd" : text.substr(at, length);
+    at += length;
+  }
+  return whole;
+}
+
+std::optional<json::value> parse(std::string_view text, std::size_t deepest) {
   json::parse_options options;
   options.max_depth = deepest;
   json::basic_parser<Builder> parser(options);
@@ -99,6 +130,14 @@ std::optional<json::value> parseJson(std::string_view text, std::size_t deepest)
   const auto read = parser.write_some(false, text.data(), text.size(), broken);
   if (broken || read != text.size()) return {};
   return parser.handler().release();
+}
+
+}  // namespace
+
+std::optional<json::value> parseJson(std::string_view text, std::size_t deepest) {
+  auto value = parse(text, deepest);
+  if (value || text.find("\\u") == std::string_view::npos) return value;
+  return parse(withWholePairs(text), deepest);
 }
 
 }  // namespace orvanta

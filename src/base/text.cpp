@@ -159,11 +159,10 @@ std::string firstCharacters(std::string_view utf8, std::size_t most) {
   return first;
 }
 
-std::string_view trimBlanks(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t";
-  const auto first = text.find_first_not_of(kBlanks);
+std::string_view trimBlanks(std::string_view text, std::string_view blanks) {
+  const auto first = text.find_first_not_of(blanks);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 std::optional<std::string> unlessBlank(std::string_view text) {

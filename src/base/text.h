@@ -34,8 +34,8 @@ std::size_t userCharacters(std::string_view utf8);
 /// The first `most` such characters of `utf8`, or all of it.
 std::string firstCharacters(std::string_view utf8, std::size_t most);
 
-/// `text` without the spaces and tabs at both ends. Line feeds stay.
-std::string_view trimBlanks(std::string_view text);
+/// `text` without the spaces and tabs at both ends, or other blanks. Line feeds stay.
+std::string_view trimBlanks(std::string_view text, std::string_view blanks = " \t");
 
 /// The same; absent when that leaves nothing.
 std::optional<std::string> unlessBlank(std::string_view text);

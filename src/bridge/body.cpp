@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include <boost/json/serialize.hpp>
-#include <charconv>
 
+#include "base/number.h"
 #include "base/text.h"
 #include "bridge/app_error.h"
 #include "storage/value.h"
@@ -51,10 +51,7 @@ std::optional<int64_t> Body::i(std::string_view key) const {
   if (value->is_string()) {
     std::string_view text = value->get_string();
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-    int64_t number = 0;
-    const auto* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error == std::errc() && stop == end) return number;
+    return parseNumber<int64_t>(text);
   }
   return {};
 }

@@ -24,8 +24,16 @@ namespace {
 
 namespace json = boost::json;
 
-constexpr unsigned kStartPatience = 20000;  // ms; a cold start on a slow disk
-constexpr unsigned kPatience = 3000;        // ms
+// A cold start on a slow disk; and a window that is there, maybe with a form half filled in, on a
+// busy machine.
+constexpr unsigned kPatience = 20000;  // ms
+
+// "" of what has none.
+std::filesystem::path pathOf(const std::string& uri) {
+  const std::unique_ptr<char, decltype(&g_free)> path(
+      g_filename_from_uri(uri.c_str(), nullptr, nullptr), g_free);
+  return path ? path.get() : "";
+}
 
 }  // namespace
 
@@ -68,7 +76,7 @@ void DashboardWindow::show(const std::string& activationToken) {
         lost();
         return false;
       },
-      process_->reacted ? kPatience : kStartPatience);
+      kPatience);
 }
 
 void DashboardWindow::prepare() {
@@ -146,10 +154,9 @@ void DashboardWindow::received(const std::string& line) {
     patience_.disconnect();
   } else if (verb == "saved") {
     boost::system::error_code broken;
-    const auto path = json::parse(rest, broken);
-    const bool chosen = !broken && path.is_string();
-    fileChosen(chosen ? std::optional(std::filesystem::path(std::string(path.get_string())))
-                      : std::nullopt);
+    const auto uri = json::parse(rest, broken);
+    const bool chosen = !broken && uri.is_string();
+    fileChosen(chosen ? std::optional(pathOf(std::string(uri.get_string()))) : std::nullopt);
   }
 }
 

@@ -25,7 +25,7 @@ namespace orvanta {
 /// two talk in lines over a socket pair, which has no name and so nobody else can connect to:
 ///
 ///     to the dashboard:   first JSON | show "TOKEN" | reload | resolve ID JSON | save "NAME"
-///     from the dashboard: shown | post JSON | saved "PATH" | saved null
+///     from the dashboard: shown | post JSON | saved "URI" | saved null
 ///
 /// A dashboard that crashed, was killed or does not react is started afresh by the next show(); the
 /// rest of the program does not notice. It ends by itself after ten minutes without a window, and
@@ -49,7 +49,8 @@ class DashboardWindow {
   void reload();
 
   /// Asks where to save, over the dashboard's window, and blocks until the user has chosen. Absent
-  /// when cancelled or without a dashboard. From any thread but the main thread.
+  /// when cancelled or without a dashboard; "" for a place that has no path here. From any thread
+  /// but the main thread.
   std::optional<std::filesystem::path> saveAs(const std::string& suggestedName);
 
   /// Runs `task` between the page's requests to this route, on their queue.

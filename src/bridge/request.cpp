@@ -29,7 +29,7 @@ bool isFinite(const json::value& value) {
   }
 }
 
-// Whether it says that less was done than asked.
+// Whether it says that it failed, or that less was done than asked.
 bool fellShort(const json::value& answer) {
   const auto* object = answer.if_object();
   if (!object) return false;
@@ -37,7 +37,9 @@ bool fellShort(const json::value& answer) {
     const auto* value = object->if_contains(key);
     return value && value->is_bool() && !value->get_bool();
   };
-  return isFalse("stored") || isFalse("written") || object->contains("incomplete");
+  const auto* error = object->if_contains("error");
+  return (error && error->is_string()) || isFalse("stored") || isFalse("written") ||
+         object->contains("incomplete");
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ std::optional<Request> parseRequest(std::string_view text);
 /// An answer as JSON text on one line, always valid UTF-8.
 struct Answer {
   std::string json;
-  /// It is {"error": message}, or says that not all was stored, written or read.
+  /// It has an "error", or says that not all was stored, written or read.
   bool failed = false;
 };
 

@@ -36,7 +36,7 @@ class Shell {
   /// waited for.
   virtual bool reveal(const std::filesystem::path& file) = 0;
   /// Lets the user choose where to save, and blocks until then; not on the main thread. Absent when
-  /// that was cancelled or there is no window to ask in.
+  /// that was cancelled or there is no window to ask in; "" for a place that has no path here.
   virtual std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) = 0;
 };
 

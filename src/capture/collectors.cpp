@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/cut.h"
 #include "base/text.h"
 
 namespace orvanta {
@@ -19,7 +20,9 @@ Collectors::Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionP
 
 std::optional<FrontmostApp> Collectors::frontmostApp() const {
   auto app = foreground_.frontmostApp();
-  if (app && app->title) app->title = unlessBlank(*app->title);
+  // What a window calls itself is anybody's text.
+  if (app) app->name = firstBytes(app->name, kLongestTitle);
+  if (app && app->title) app->title = unlessBlank(firstBytes(*app->title, kLongestTitle));
   if (app && seen_) seen_(*app);
   return app;
 }

@@ -8,11 +8,7 @@ namespace orvanta {
 namespace {
 
 std::string trimmed(const std::string& bytes) {
-  if (validUtf8(bytes) != bytes) return {};
-  constexpr auto kSpace = " \t\r\n\v\f";
-  const auto first = bytes.find_first_not_of(kSpace);
-  if (first == std::string::npos) return {};
-  return bytes.substr(first, bytes.find_last_not_of(kSpace) - first + 1);
+  return validUtf8(bytes) == bytes ? std::string(trimBlanks(bytes, " \t\r\n\v\f")) : "";
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ bool isSorted(Transaction& change, const std::string& app) {
   std::vector<Rule> rules;  // in no order: it is no matter which of them decides
   change.each(fmt::format("SELECT {} FROM rules", Rule::kColumns), {},
               [&](const Cursor& row) { rules.push_back(Rule::read(row)); });
-  auto projects = loadProjects(change.database());
+  auto projects = loadProjects(change);
   StringPool pool;
   Ev ev;
   ev.app = pool.intern(app);

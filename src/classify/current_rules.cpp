@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "classify/rule_set.h"
+#include "storage/snapshot.h"
 
 namespace orvanta {
 
 std::shared_ptr<const RuleBook> CurrentRules::book() const {
+  const Snapshot snapshot(db_);  // rules and projects are of one moment
   const auto revision = db_.scanRevision();
   const std::lock_guard lock(mutex_);
   if (revision && revision == revision_) return book_;

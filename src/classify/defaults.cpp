@@ -3,7 +3,7 @@
 #include <array>
 #include <unordered_set>
 
-#include "base/text.h"
+#include "classify/rule_set.h"
 
 namespace orvanta {
 namespace {
@@ -351,10 +351,6 @@ void append(std::vector<DefaultRule>& rules, const List& patterns, RuleField fie
   }
 }
 
-std::string keyOf(std::string_view field, std::string_view pattern) {
-  return std::string(field) + "|" + lowerCase(pattern);
-}
-
 }  // namespace
 
 std::vector<DefaultRule> defaultRules() {
@@ -371,13 +367,13 @@ std::vector<DefaultRule> defaultRules() {
 int addDefaults(Transaction& change, const Clock& clock) {
   std::unordered_set<std::string> present;
   change.each("SELECT field, pattern FROM rules", {}, [&](const Cursor& row) {
-    present.insert(keyOf(row.str(0).value_or(""), row.str(1).value_or("")));
+    present.insert(ruleKey(row.str(0).value_or(""), row.str(1).value_or("")));
   });
   int added = 0;
   const double now = clock();
   for (const auto& rule : defaultRules()) {
     const auto field = textOf(rule.field);
-    if (present.contains(keyOf(field, rule.pattern))) continue;
+    if (present.contains(ruleKey(field, rule.pattern))) continue;
     change.run("INSERT INTO rules(field, pattern, category, priority, created) VALUES (?,?,?,?,?)",
                {field, rule.pattern, textOf(rule.category), kDefaultPriority, now});
     ++added;

@@ -67,7 +67,7 @@ std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clo
 
   std::optional<std::string> project;
   if (projectId) {
-    const auto projects = loadProjects(change.database());
+    const auto projects = loadProjects(change);
     const auto found = projects.find(*projectId);
     if (found != projects.end()) project = found->second.name;
   }

@@ -11,7 +11,17 @@
 
 namespace orvanta {
 
-// Sorted here: SQLite takes as long to sort them as to read them.
+namespace {
+
+// What is not in `rules` yet comes after those that are as long.
+constexpr auto kBefore =
+    "SELECT count(*) FROM rules WHERE priority > 0 OR (priority = 0 AND length(pattern) >= ?)";
+
+// As SQLite counts it.
+std::size_t lengthOf(const Rule& rule) {
+  return codePoints(rule.pattern.c_str());
+}
+
 std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
   struct Place {
     int64_t priority;
@@ -22,7 +32,7 @@ std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
   std::vector<Place> order;
   order.reserve(rules.size());
   for (const auto& rule : rules) {
-    order.push_back({rule.priority, codePoints(rule.pattern), rule.id, order.size()});
+    order.push_back({rule.priority, lengthOf(rule), rule.id, order.size()});
   }
   std::sort(order.begin(), order.end(), [](const Place& a, const Place& b) {
     return std::tie(b.priority, b.length, a.id) < std::tie(a.priority, a.length, b.id);
@@ -33,14 +43,41 @@ std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
   return sorted;
 }
 
+}  // namespace
+
+// Sorted here, since SQLite takes as long to sort them as to read them; but for a priority that is
+// no integer, as another program may have written it: only SQLite knows where that belongs.
 std::vector<Rule> loadRules(Database& db, bool* whole) {
   constexpr std::size_t kUsual = 300;
-  static const auto kSelect = fmt::format("SELECT {} FROM rules", Rule::kColumns);
+  static const auto kSelect =
+      fmt::format("SELECT {}, typeof(priority) = 'integer' FROM rules", Rule::kColumns);
+  static const auto kSorted = kSelect + " ORDER BY priority DESC, length(pattern) DESC, id";
   std::vector<Rule> rules;
   rules.reserve(kUsual);
-  const auto take = [&](const Cursor& row) { rules.push_back(Rule::read(row)); };
-  if (!db.scan(kSelect, {}, take) && whole) *whole = false;
-  return inMatchingOrder(std::move(rules));
+  bool sortable = true;
+  const auto read = [&](const std::string& sql) {
+    rules.clear();
+    const auto take = [&](const Cursor& row) {
+      rules.push_back(Rule::read(row));
+      sortable = sortable && row.int_(row.columns() - 1) == 1;
+    };
+    if (!db.scan(sql, {}, take) && whole) *whole = false;
+  };
+  read(kSelect);
+  if (sortable) return inMatchingOrder(std::move(rules));
+  read(kSorted);
+  return rules;
+}
+
+std::size_t placeOf(Database& db, const Rule& saved) {
+  int64_t before = 0;
+  db.scan(kBefore, {static_cast<int64_t>(lengthOf(saved))},
+          [&](const Cursor& row) { before = row.int_(0).value_or(0); });
+  return static_cast<std::size_t>(before);
+}
+
+std::string ruleKey(std::string_view field, std::string_view pattern) {
+  return std::string(field) + "|" + lowerCase(pattern);
 }
 
 bool replaces(const Rule& saved, const Rule& other) {
@@ -48,13 +85,28 @@ bool replaces(const Rule& saved, const Rule& other) {
          g_ascii_strcasecmp(other.pattern.c_str(), saved.pattern.c_str()) == 0;
 }
 
-Projects loadProjects(Database& db, bool* whole) {
-  Projects projects;
-  const auto take = [&](const Cursor& row) {
+namespace {
+
+constexpr auto kProjects = "SELECT * FROM projects";
+
+auto into(Projects& projects) {
+  return [&](const Cursor& row) {
     auto project = Project::read(row);
     projects.insert_or_assign(project.id, std::move(project));
   };
-  if (!db.each("SELECT * FROM projects", {}, take) && whole) *whole = false;
+}
+
+}  // namespace
+
+Projects loadProjects(Database& db, bool* whole) {
+  Projects projects;
+  if (!db.scan(kProjects, {}, into(projects)) && whole) *whole = false;
+  return projects;
+}
+
+Projects loadProjects(Transaction& change) {
+  Projects projects;
+  change.each(kProjects, {}, into(projects));
   return projects;
 }
 

@@ -27,14 +27,30 @@ constexpr auto kPolicy =
 
 using Chars = std::unique_ptr<char, decltype(&g_free)>;
 
+// Shown in place of the page where its files are not.
+constexpr std::string_view kMissing =
+    "<!doctype html><html lang=\"fr\"><meta charset=\"utf-8\">"
+    "<meta name=\"color-scheme\" content=\"light dark\"><title>Orvanta</title>"
+    "<h1>La page d’Orvanta est introuvable</h1>"
+    "<p>Ses fichiers ne sont pas installés, ou une mise à jour les a déplacés. Quittez Orvanta et "
+    "relancez-le ; si cette page revient, réinstallez-le. Vos données sont intactes et "
+    "l’enregistrement continue.";
+
 void serve(WebKitURISchemeRequest* request, gpointer /*data*/) {
-  const auto file =
-      std::string_view(webkit_uri_scheme_request_get_uri(request)).starts_with(kOrigin)
-          ? pageFile(pageFolder(), webkit_uri_scheme_request_get_path(request))
-          : std::nullopt;
+  const std::string_view uri = webkit_uri_scheme_request_get_uri(request);
+  auto file = uri.starts_with(kOrigin)
+                  ? pageFile(pageFolder(), webkit_uri_scheme_request_get_path(request))
+                  : std::nullopt;
   char* bytes = nullptr;
   gsize size = 0;
-  if (!file || !g_file_get_contents(file->path.c_str(), &bytes, &size, nullptr)) {
+  bool read = file && g_file_get_contents(file->path.c_str(), &bytes, &size, nullptr) != FALSE;
+  if (!read && uri == kIndex) {
+    file = {{}, "text/html; charset=utf-8"};
+    size = kMissing.size();
+    bytes = g_strndup(kMissing.data(), size);
+    read = true;
+  }
+  if (!read) {
     GError* error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "not a file of the page");
     webkit_uri_scheme_request_finish_error(request, error);
     g_error_free(error);

@@ -1,6 +1,7 @@
 #include "dashboard/window.h"
 
 #include <gdk/wayland/gdkwayland.h>
+#include <glibmm/convert.h>
 #include <glibmm/main.h>
 #include <glibmm/miscutils.h>
 #include <gtkmm/dialog.h>
@@ -12,6 +13,7 @@
 
 #include "base/application_id.h"
 #include "base/gobject_ref.h"
+#include "base/text.h"
 #include "dashboard/skeleton.h"
 #include "dashboard/window_size.h"
 
@@ -118,7 +120,18 @@ void Window::rememberSize() {
       {.width = width, .height = height, .maximized = is_maximized(), .zoom = zoom_.level()});
 }
 
-void Window::askWhereToSave(const std::string& suggestedName) {
+namespace {
+
+// "toto" becomes "toto.csv".
+std::optional<std::string> completed(const std::string& name) {
+  constexpr std::string_view kExtension = ".csv";
+  if (lowerCase(name).ends_with(kExtension)) return {};
+  return name + std::string(kExtension);
+}
+
+}  // namespace
+
+void Window::askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder) {
   chooser_ = Gtk::FileChooserNative::create(
       "Exporter les activités", *this, Gtk::FileChooser::Action::SAVE, "Enregistrer", "Annuler");
   chooser_->set_modal(true);
@@ -128,19 +141,32 @@ void Window::askWhereToSave(const std::string& suggestedName) {
   filter->add_pattern("*.csv");
   chooser_->add_filter(filter);
   const auto documents = Glib::get_user_special_dir(Glib::UserDirectory::DOCUMENTS);
-  if (!documents.empty()) {
-    try {
-      chooser_->set_current_folder(Gio::File::create_for_path(documents));
-    } catch (const Glib::Error&) {  // it has been removed
-    }
+  if (!folder && !documents.empty()) folder = Gio::File::create_for_path(documents);
+  try {
+    if (folder) chooser_->set_current_folder(folder);
+  } catch (const Glib::Error&) {  // it has been removed
   }
-  chooser_->signal_response().connect([this](int response) {
-    const auto file = chooser_->get_file();
-    const auto chooser = std::exchange(chooser_, {});
-    const bool chosen = response == Gtk::ResponseType::ACCEPT && file;
-    listener_.fileChosen(chosen ? std::optional(file->get_path()) : std::nullopt);
-  });
+  chooser_->signal_response().connect([this](int response) { panelAnswered(response); });
   chooser_->show();
+}
+
+void Window::panelAnswered(int response) {
+  auto file = chooser_->get_file();
+  const auto chooser = std::exchange(chooser_, {});
+  if (response != Gtk::ResponseType::ACCEPT || !file) {
+    listener_.fileChosen({});
+    return;
+  }
+  const auto folder = file->get_parent();
+  const auto name = completed(file->get_basename());
+  if (name && folder) file = folder->get_child(*name);
+  // The panel has asked about the name that was typed only.
+  if (name && file->query_exists()) {
+    askWhereToSave(*name, folder);
+    return;
+  }
+  const auto path = file->get_path();
+  listener_.fileChosen(path.empty() ? "" : std::string(Glib::filename_to_uri(path)));
 }
 
 }  // namespace orvanta

@@ -20,7 +20,8 @@ class Window : public Gtk::ApplicationWindow {
  public:
   struct Listener {
     std::function<void(const std::string& json)> posted;  ///< by the page
-    std::function<void(const std::optional<std::string>& path)> fileChosen;
+    /// By its address; "" for a place that has no path here, absent when the user cancelled.
+    std::function<void(const std::optional<std::string>& uri)> fileChosen;
     std::function<void()> hidden;
     std::function<void()> failed;  ///< the page is lost
   };
@@ -35,8 +36,9 @@ class Window : public Gtk::ApplicationWindow {
   /// Opens or raises the window, by this token where it is not "".
   void comeToFront(const std::string& activationToken);
 
-  /// Asks where to save; fileChosen tells the answer, absent when the user cancelled.
-  void askWhereToSave(const std::string& suggestedName);
+  /// Asks where to save a table, at first in `folder` or with the user's documents; fileChosen
+  /// tells the answer.
+  void askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder = {});
 
  protected:
   bool on_close_request() override;
@@ -46,6 +48,7 @@ class Window : public Gtk::ApplicationWindow {
   void fitMonitors();
   void rememberSoon();
   void rememberSize();
+  void panelAnswered(int response);
 
   const Listener listener_;
   PageView page_;

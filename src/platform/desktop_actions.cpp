@@ -2,7 +2,6 @@
 
 #include <giomm/appinfo.h>
 #include <giomm/file.h>
-#include <glib.h>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text.h"
 #include "dbus/conversation.h"
 
 namespace orvanta {
@@ -27,14 +27,15 @@ void launch(const std::string& uri, const Log& log) {
 
 }  // namespace
 
-bool mayBeOpened(const std::string& url) {
+std::optional<std::string> openable(const std::string& url) {
   constexpr std::array<std::string_view, 3> kSchemes{"http", "https", "mailto"};
-  const std::unique_ptr<char, decltype(&g_free)> scheme(g_uri_parse_scheme(url.c_str()), g_free);
-  return scheme && std::find(kSchemes.begin(), kSchemes.end(), scheme.get()) != kSchemes.end();
+  const auto scheme = lowerCase(url.substr(0, url.find(':')));
+  if (std::find(kSchemes.begin(), kSchemes.end(), scheme) == kSchemes.end()) return {};
+  return scheme + url.substr(scheme.size());
 }
 
 void openUrl(const std::string& url, const Log& log) {
-  if (mayBeOpened(url)) launch(url, log);
+  if (const auto address = openable(url)) launch(*address, log);
 }
 
 void openFile(const std::filesystem::path& file, const Log& log) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "base/log.h"
@@ -9,8 +10,9 @@
 
 namespace orvanta {
 
-/// Whether it is a web or mail address. Any other could start anything.
-bool mayBeOpened(const std::string& url);
+/// A web or mail address, its scheme in small letters; absent for any other, which could start
+/// anything.
+std::optional<std::string> openable(const std::string& url);
 
 /// Opens a web or mail address in the user's program for it, and nothing else. Main thread; returns
 /// at once, a failure is logged.

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/application_id.h"
+#include "base/cut.h"
 #include "base/text.h"
 
 namespace orvanta {
@@ -29,7 +30,9 @@ std::optional<DesktopEntry> byId(const std::string& id) {
   if (id.empty() || id.find('/') != std::string::npos) return {};
   const auto info = Gio::DesktopAppInfo::create(id + std::string(kSuffix));
   if (!info) return {};
-  return DesktopEntry{id, info->get_name(), listed(info->get_categories())};
+  const std::string name = info->get_name();
+  return DesktopEntry{id, std::string(firstBytes(name, kLongestTitle)),
+                      listed(info->get_categories())};
 }
 
 }  // namespace

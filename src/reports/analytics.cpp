@@ -89,11 +89,12 @@ DayReport Analytics::day(const Date& date) const {
   DayReport report;
   report.date = date;
   report.bounds = calendar_.dayBounds(date);
-  SpanReader reader(db_, rules_.book());
+  const auto minBlock = db_.settings().minBlock;  // before: no report waits for who writes
+  SpanReader reader(db_, rules_);
   const auto spans = reader.all(report.bounds);
   for (const auto& ev : spans) widen(report.extent, ev);
   report.segments = segments(spans);
-  report.blocks = blocks(spans, db_.settings().minBlock, report.brief);
+  report.blocks = blocks(spans, minBlock, report.brief);
   report.totals = totalsOf(aggregate(spans), reader.projects());
   report.projects = byName(reader.projects());
   report.whole = reader.whole();
@@ -101,7 +102,7 @@ DayReport Analytics::day(const Date& date) const {
 }
 
 DayTotals Analytics::totals(const Date& date) const {
-  SpanReader reader(db_, rules_.book());
+  SpanReader reader(db_, rules_);
   Agg agg;
   reader.each(calendar_.dayBounds(date), [&](const Ev& ev) { agg.add(ev); });
   return {totalsOf(agg, reader.projects()), byName(reader.projects())};
@@ -125,7 +126,7 @@ WeekReport Analytics::week(const Date& date) const {
   for (int i = 0; i < kDaysPerWeek; ++i) {
     days.push_back({calendar.dayBounds(report.monday.plusDays(i)), {}, {}});
   }
-  SpanReader reader(db_, rules_.book());
+  SpanReader reader(db_, rules_);
   reader.each({days.front().bounds.start, days.back().bounds.end}, [&](const Ev& ev) {
     for (auto& day : days) {
       if (!overlaps(ev, day.bounds)) continue;
@@ -151,7 +152,7 @@ WeekReport Analytics::week(const Date& date) const {
 
 Recap Analytics::recap(const Date& date) const {
   const auto monday = date.monday();
-  SpanReader reader(db_, rules_.book());
+  SpanReader reader(db_, rules_);
   auto current = summary(reader, monday);
   auto previous = summary(reader, monday.plusDays(-kDaysPerWeek));
   return {monday, std::move(current), std::move(previous), reader.whole()};
@@ -179,7 +180,7 @@ WeekSummary Analytics::summary(SpanReader& reader, const Date& monday) const {
 std::vector<Suggestion> Analytics::suggestions() const {
   constexpr double kTwoWeeks = 1209600;
   const double now = clock_();
-  SpanReader reader(db_, rules_.book());
+  SpanReader reader(db_, rules_);
   SuggestionFinder finder(reader.rules(), reader.projects());
   reader.each({now - kTwoWeeks, now}, [&](const Ev& ev) { finder.add(ev); });
   return finder.suggestions();
@@ -193,7 +194,7 @@ void Analytics::releaseMemory() const {
 bool Analytics::exportCsv(const Date& from, const Date& to,
                           const std::function<void(std::string_view)>& write) const {
   const TimeRange range{calendar_.startOf(from), calendar_.startOf(to.plusDays(1))};
-  SpanReader reader(db_, rules_.book());
+  SpanReader reader(db_, rules_);
   CsvWriter csv(calendar_, reader.projects(), write);
   if (range.start < range.end) reader.each(range, [&](const Ev& ev) { csv.add(ev); });
   csv.finish();

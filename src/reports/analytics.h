@@ -15,7 +15,7 @@ namespace orvanta {
 
 class SpanReader;
 
-/// Builds each report from the store at the moment it is asked for. Reports never fail: missing
+/// Builds each report from the store of the moment it is asked for. Reports never fail: missing
 /// data gives empty lists and zero totals, and a report of a day, a week or two that could not read
 /// all of its spans says so. May be called from any thread.
 class Analytics {

@@ -51,12 +51,7 @@ void CsvWriter::appendTime(double instant) {
     return;
   }
   second_ = second;
-  const auto quarter = floorDivide(second, kQuarter);
-  if (quarter != quarter_) {
-    quarter_ = quarter;
-    quarterWall_ = calendar_.wallSeconds(static_cast<double>(quarter * kQuarter));
-  }
-  const auto wall = quarterWall_ + (second - quarter * kQuarter);
+  const auto wall = second + offsetAt(second);
   const auto day = floorDivide(wall, kDay);
   if (day != day_) {
     day_ = day;
@@ -73,6 +68,20 @@ void CsvWriter::appendTime(double instant) {
   secondText_.assign(dayText_).append(
       {' ', ten(hour), one(hour), ':', ten(minute), one(minute), ':', ten(rest), one(rest)});
   held_ += secondText_;
+}
+
+// What the wall clock is ahead of UTC. The same at both ends of a quarter of an hour, it is so in
+// between; few clocks are ever changed within one.
+int64_t CsvWriter::offsetAt(int64_t second) {
+  const auto ask = [&](int64_t at) { return calendar_.wallSeconds(static_cast<double>(at)) - at; };
+  const auto quarter = floorDivide(second, kQuarter);
+  if (quarter != quarter_) {
+    const auto start = quarter * kQuarter;
+    quarterOffset_ = quarter == quarter_ + 1 ? nextOffset_ : ask(start);
+    nextOffset_ = ask(start + kQuarter);
+    quarter_ = quarter;
+  }
+  return quarterOffset_ == nextOffset_ ? quarterOffset_ : ask(second);
 }
 
 void CsvWriter::appendQuoted(std::string_view value) {

@@ -29,6 +29,7 @@ class CsvWriter {
 
  private:
   void appendTime(double instant);
+  int64_t offsetAt(int64_t second);
   void appendQuoted(std::string_view value);
 
   const Calendar calendar_;
@@ -36,9 +37,10 @@ class CsvWriter {
   Write write_;
   std::string held_;
 
-  // Spans come by time, and the wall clock's distance from UTC changes on quarters of an hour only.
-  int64_t quarter_ = INT64_MIN;
-  int64_t quarterWall_ = 0;  // what the wall clock shows at its beginning
+  // Spans come by time.
+  int64_t quarter_ = INT64_MIN / 2;
+  int64_t quarterOffset_ = 0;  // at its beginning, seconds
+  int64_t nextOffset_ = 0;     // and at that of the next
   int64_t day_ = INT64_MIN;
   std::string dayText_;
   int64_t second_ = INT64_MIN;  // one begins where the one before ends

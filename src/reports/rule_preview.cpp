@@ -130,12 +130,13 @@ struct RankedRules {
   std::vector<bool> gone;           // by rank
   std::map<std::string, Rank> own;  // what is left of an application that loses its rule
 
-  RankedRules(std::vector<Rule> others, Rule saved, std::optional<int64_t> editedId) {
+  RankedRules(std::vector<Rule> others, Rule saved, std::size_t place,
+              std::optional<int64_t> editedId)
+      : rules(std::move(others)) {
     constexpr auto kNewest = std::numeric_limits<int64_t>::max();
     saved.id = kNewest;
     saved.priority = 0;
-    others.push_back(saved);
-    rules = inMatchingOrder(std::move(others));
+    rules.insert(rules.begin() + static_cast<std::ptrdiff_t>(std::min(place, rules.size())), saved);
     gone.resize(rules.size());
     for (Rank rank = 0; rank < rules.size(); ++rank) {
       auto& rule = rules[rank];
@@ -168,10 +169,10 @@ struct RankedRules {
 
 class Preview {
  public:
-  Preview(SpanReader& reader, const Rule& rule, std::optional<int64_t> edited)
+  Preview(SpanReader& reader, const Rule& rule, std::size_t place, std::optional<int64_t> edited)
       : reader_(reader),
         field_(memberOf(rule.field)),
-        rules_(reader.rules(), rule, edited),
+        rules_(reader.rules(), rule, place, edited),
         saved_(rule),
         spans_(texts_),
         classifier_(texts_, std::make_shared<const RuleBook>(rules_.rules, reader.projects())) {
@@ -296,7 +297,7 @@ class Preview {
 RulePreview previewRule(Database& db, const Rule& rule, std::optional<int64_t> edited,
                         const TimeRange& range) {
   SpanReader reader(db);
-  return Preview(reader, rule, edited).over(range);
+  return Preview(reader, rule, placeOf(db, rule), edited).over(range);
 }
 
 }  // namespace orvanta

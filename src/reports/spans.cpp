@@ -3,9 +3,7 @@
 #include <fmt/ranges.h>
 
 #include <limits>
-#include <utility>
 
-#include "classify/current_rules.h"
 #include "storage/overlap.h"
 
 namespace orvanta {
@@ -21,10 +19,10 @@ const OverlapQuery& query() {
 
 }  // namespace
 
-SpanReader::SpanReader(Database& db, std::shared_ptr<const RuleBook> book)
-    : db_(db), book_(std::move(book)), reader_(texts_), classifier_(texts_, book_) {}
+SpanReader::SpanReader(Database& db, const CurrentRules& rules)
+    : db_(db), snapshot_(db), book_(rules.book()), reader_(texts_), classifier_(texts_, book_) {}
 
-SpanReader::SpanReader(Database& db) : SpanReader(db, CurrentRules(db).book()) {}
+SpanReader::SpanReader(Database& db) : SpanReader(db, CurrentRules(db)) {}
 
 Ev SpanReader::read(const Cursor& row, const TimeRange& range) {
   auto ev = reader_.read(row);

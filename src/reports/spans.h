@@ -9,9 +9,11 @@
 #include "base/calendar.h"
 #include "base/string_pool.h"
 #include "classify/classifier.h"
+#include "classify/current_rules.h"
 #include "storage/database.h"
 #include "storage/ev.h"
 #include "storage/project.h"
+#include "storage/snapshot.h"
 
 namespace orvanta {
 
@@ -34,13 +36,14 @@ inline Ev clipped(Ev ev, const TimeRange& range) {
   return ev;
 }
 
-/// Reads and classifies spans for one request, with the rules and projects as they were when it
-/// began. The texts of its spans live as long as it does, but for titles and addresses where that
-/// is said. Not thread-safe.
+/// Reads and classifies spans for one report: spans, rules and projects as they were when it began,
+/// whatever is written meanwhile, so it lasts no longer than that (see Snapshot). The texts of its
+/// spans live as long as it does, but for titles and addresses where that is said. Used by one
+/// thread.
 class SpanReader {
  public:
   /// `db` outlives the reader.
-  SpanReader(Database& db, std::shared_ptr<const RuleBook> book);
+  SpanReader(Database& db, const CurrentRules& rules);
   explicit SpanReader(Database& db);
   SpanReader(const SpanReader&) = delete;
   SpanReader& operator=(const SpanReader&) = delete;
@@ -74,6 +77,7 @@ class SpanReader {
   Ev read(const Cursor& row, const TimeRange& range);
 
   Database& db_;
+  const Snapshot snapshot_;
   bool whole_ = true;
   const std::shared_ptr<const RuleBook> book_;
   StringPool texts_;

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "base/text.h"
+#include "classify/rule_set.h"
 
 namespace orvanta {
 namespace {
@@ -15,10 +16,6 @@ bool saysNothing(const std::string& token) {
   constexpr std::array<std::string_view, 8> kStopWords{"https", "http",   "www",     "com",
                                                        "site",  "projet", "refonte", "client"};
   return std::find(kStopWords.begin(), kStopWords.end(), token) != kStopWords.end();
-}
-
-std::string keyOf(std::string_view field, std::string_view value) {
-  return std::string(field) + "|" + lowerCase(value);
 }
 
 }  // namespace
@@ -33,7 +30,7 @@ std::set<std::string> tokens(std::string_view text) {
 
 SuggestionFinder::SuggestionFinder(const std::vector<Rule>& rules, const Projects& projects) {
   for (const auto& rule : rules) {
-    if (rule.projectId) known_.insert(keyOf(rule.field, rule.pattern));
+    if (rule.projectId) known_.insert(ruleKey(rule.field, rule.pattern));
   }
   for (const auto& [id, project] : projects) {
     if (project.archived) continue;
@@ -57,7 +54,7 @@ std::vector<Suggestion> SuggestionFinder::suggestions() const {
   Tally<Group> groups;
   const auto gather = [&](const TextTally& tally, bool isDomain) {
     for (const auto& [text, seconds] : tally.entries()) {
-      auto key = keyOf(isDomain ? "domain" : "app", text.view());
+      auto key = ruleKey(isDomain ? "domain" : "app", text.view());
       if (known_.contains(key)) continue;
       auto& group = groups[key];
       if (group.value.empty()) group.value = text.str();

@@ -223,48 +223,6 @@ int Database::readRows(std::string_view sql, const Args& args,
   return code == SQLITE_DONE ? code : failed(code, sql, Tell::Log).code();
 }
 
-bool Database::scan(std::string_view sql, const Args& args,
-                    const std::function<void(const Cursor&)>& visit) {
-  int code = SQLITE_OK;
-  int systemError = 0;
-  std::string message;
-  {
-    const std::lock_guard lock(scanMutex_);
-    if (!scanner_ && !away_) {
-      scanner_ = Connection(where_.file(), Connection::kForReports);
-      ++scanners_;
-    }
-    if (auto* statement = scanner_ ? scanner_.prepared(sql) : nullptr) {
-      code = statement->visitRows(args, visit);
-      if (code == SQLITE_DONE) return true;
-      message = sqlite3_errmsg(scanner_.get());
-      systemError = sqlite3_system_errno(scanner_.get());
-    }
-  }
-  if (code == SQLITE_OK) return each(sql, args, visit);
-  const auto trouble = troubleOf(code, systemError);
-  if (!trouble || health_.failed(*trouble)) {
-    log_(fmt::format("Orvanta SQL: {} — {}", message, sql));
-  }
-  return false;
-}
-
-// Of one connection, data_version tells what all others have stored.
-std::optional<int64_t> Database::scanRevision() {
-  const std::lock_guard lock(scanMutex_);
-  auto* statement = scanner_ ? scanner_.prepared("PRAGMA data_version") : nullptr;
-  if (!statement) return {};
-  std::optional<int64_t> version;
-  statement->visitRows({}, [&](const Cursor& row) { version = row.int_(0); });
-  constexpr int64_t kAnotherScanner = int64_t{1} << 40;
-  return version ? std::optional(scanners_ * kAnotherScanner + *version) : std::nullopt;
-}
-
-void Database::releaseScanMemory() {
-  const std::lock_guard lock(scanMutex_);
-  scanner_ = {};
-}
-
 std::vector<Row> Database::query(std::string_view sql, const Args& args) {
   std::vector<Row> rows;
   std::shared_ptr<Row::Columns> columns;
@@ -299,7 +257,7 @@ std::string Database::whyNot(const Written& written) {
 }
 
 bool Database::truncateLog() {
-  const std::lock_guard lock(mutex_);
+  const std::scoped_lock lock(mutex_, scanMutex_);  // reports of ours are waited for
   if (!connection_ || depth_ > 0) return false;
   int frames = -1;
   int moved = -1;

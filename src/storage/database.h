@@ -21,6 +21,7 @@
 
 namespace orvanta {
 
+class Snapshot;
 class Transaction;
 
 /// The single owner of the database file. Every operation may be called from any thread and blocks
@@ -64,7 +65,8 @@ class Database {
             const std::function<void(const Cursor&)>& visit);
 
   /// Like each, for the long reads of reports: on a connection of its own, which only reads and
-  /// sees all that has been written. A scan keeps another scan waiting, but nothing else.
+  /// sees all that has been written, or what a Snapshot of this thread began with. A scan keeps
+  /// another scan waiting, but nothing else.
   bool scan(std::string_view sql, const Args& args,
             const std::function<void(const Cursor&)>& visit);
 
@@ -118,11 +120,12 @@ class Database {
   /// with the file any more; false when it is at work already.
   bool exchange(Meanwhile meanwhile, const std::function<bool()>& work);
 
-  /// Empties the write-ahead log into the file, so that what was erased is in neither. False when a
-  /// reader of another program is in the way.
+  /// Empties the write-ahead log into the file, so that what was erased is in neither; waits for a
+  /// report that is being read. False when a reader of another program is in the way.
   bool truncateLog();
 
  private:
+  friend class Snapshot;
   friend class Transaction;
   using Attempt = std::function<Written()>;
   struct Identity {
@@ -151,6 +154,7 @@ class Database {
   Written storeSettings(Transaction& change, const SettingTexts& values);
   void storeWaiting();
   void tell();
+  void openScanner();  // with scanMutex_ held
 
   const DataLocation where_;
   const Log log_;
@@ -180,7 +184,8 @@ class Database {
   std::mutex settingsMutex_;  // guards the next
   SettingTexts waiting_;      // set, and not stored yet
 
-  std::mutex scanMutex_;  // guards the next
+  // Guards the next. Nobody who holds mutex_ waits for it; who holds it may wait for mutex_.
+  std::recursive_mutex scanMutex_;
   Connection scanner_;    // opened by the first scan
   int64_t scanners_ = 0;  // opened so far
   std::atomic<int64_t> generation_ = 0;

@@ -54,6 +54,7 @@ constexpr Setting kSettings[] = {
     ours("browser_perms", "How each browser answered its test."),
     ours("telemetry_first_sent", "The day of the first sending."),
     ours("telemetry_last_heartbeat", "The day of the last sending."),
+    ours("telemetry_last_error", "The day of the last error that was sent."),
     ours("believed_time", "What the clock is known to have passed."),
     ours("store_notice", "What the user is still to be told of the store."),
     ours("store_erasing", "What is still to be erased from the backups."),

@@ -46,10 +46,12 @@ void Statement::bind(const Args& args) {
 
 int Statement::visitRows(const Args& args, const std::function<void(const Cursor&)>& visit) {
   bind(args);
+  // Also when `visit` throws: what it has begun to read would stay as it is for ever.
+  const std::unique_ptr<Statement, void (*)(Statement*)> whenDone(this,
+                                                                  [](auto* s) { s->reset(); });
   const Cursor cursor(handle_.get());
   int code = step();
   for (; code == SQLITE_ROW; code = step()) visit(cursor);
-  reset();
   return code;
 }
 

@@ -1,23 +1,16 @@
 #include "tab/native_messages.h"
 
-#include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 #include <cstdint>
 #include <cstring>
+
+#include "base/cut.h"
+#include "base/exact_json.h"
 
 namespace orvanta {
 namespace {
 
 constexpr std::size_t kLongestUrl = 8192;
-constexpr std::size_t kLongestTitle = 2048;
-
-// At most `length` bytes, and no half character.
-std::string cut(std::string_view utf8, std::size_t length) {
-  if (utf8.size() <= length) return std::string(utf8);
-  constexpr auto kContinues = [](char c) { return (static_cast<unsigned char>(c) >> 6U) == 2U; };
-  while (length > 0 && kContinues(utf8[length])) --length;
-  return std::string(utf8.substr(0, length));
-}
 
 }  // namespace
 
@@ -48,10 +41,9 @@ std::string nativeMessage(std::string_view json) {
 }
 
 TabReport parseReport(std::string_view json) {
-  boost::system::error_code broken;
-  const auto value = boost::json::parse({json.data(), json.size()}, broken);
-  if (broken || !value.is_object()) return {};
-  const auto& report = value.get_object();
+  const auto value = parseJson(json);
+  if (!value || !value->is_object()) return {};
+  const auto& report = value->get_object();
   const auto text = [&](const char* key) -> std::optional<std::string_view> {
     const auto* member = report.if_contains(key);
     if (!member || !member->is_string()) return {};
@@ -62,7 +54,8 @@ TabReport parseReport(std::string_view json) {
   const auto* window = report.if_contains("window");
   if (!url || !title || !window || !window->is_number()) return {};
   if (url->find('\n') != std::string_view::npos) return {};
-  return {ActiveTab{cut(*url, kLongestUrl), cut(*title, kLongestTitle)},
+  return {ActiveTab{std::string(firstBytes(*url, kLongestUrl)),
+                    std::string(firstBytes(*title, kLongestTitle))},
           window->to_number<double>()};
 }
 

@@ -2,6 +2,7 @@
 
 #include <libsoup/soup.h>
 
+#include <memory>
 #include <utility>
 
 #include "base/gobject_ref.h"
@@ -17,6 +18,8 @@ struct Request {
   HttpClient::Done done;
   Ref<GCancellable> cancel;
   guint deadline = 0;
+  Ref<GInputStream> body = {};
+  std::unique_ptr<char[]> bytes = {};  // the beginning of the body
 };
 
 // The session's own time-out only watches for silence; this one is for the whole request.
@@ -27,22 +30,38 @@ gboolean giveUp(gpointer data) {
   return G_SOURCE_REMOVE;
 }
 
-void finished(GObject* /*session*/, GAsyncResult* result, gpointer data) {
+void finish(const Request& request, const std::optional<HttpClient::Answer>& answer) {
+  if (request.deadline != 0) g_source_remove(request.deadline);
+  request.done(answer);
+}
+
+void bodyRead(GObject* /*body*/, GAsyncResult* result, gpointer data) {
   const std::unique_ptr<Request> request(static_cast<Request*>(data));
-  if (request->deadline != 0) g_source_remove(request->deadline);
-  GError* raw = nullptr;
-  GBytes* bytes = soup_session_send_and_read_finish(request->session.get(), result, &raw);
-  const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> body(bytes, g_bytes_unref);
-  const std::unique_ptr<GError, decltype(&g_error_free)> error(raw, g_error_free);
-  if (!body) {
-    request->done({});
+  gsize size = 0;
+  if (g_input_stream_read_all_finish(request->body.get(), result, &size, nullptr) == FALSE) {
+    finish(*request, {});
     return;
   }
-  gsize size = 0;
-  const auto* text = static_cast<const char*>(g_bytes_get_data(body.get(), &size));
-  request->done(HttpClient::Answer{
-      .status = static_cast<int>(soup_message_get_status(request->message.get())),
-      .body = size <= kMostBytes && text ? std::string(text, size) : std::string()});
+  finish(*request, HttpClient::Answer{
+                       .status = static_cast<int>(soup_message_get_status(request->message.get())),
+                       .body = size <= kMostBytes ? std::string(request->bytes.get(), size) : ""});
+}
+
+// No more of the body is taken, and unpacked, than may be kept: it could be any size.
+void answered(GObject* /*session*/, GAsyncResult* result, gpointer data) {
+  std::unique_ptr<Request> request(static_cast<Request*>(data));
+  request->body.reset(soup_session_send_finish(request->session.get(), result, nullptr));
+  if (!request->body) {
+    finish(*request, {});
+    return;
+  }
+  constexpr gsize kOneTooMany = kMostBytes + 1;
+  request->bytes = std::make_unique_for_overwrite<char[]>(kOneTooMany);
+  auto* const body = request->body.get();
+  auto* const cancel = request->cancel.get();
+  auto* const bytes = request->bytes.get();
+  g_input_stream_read_all_async(body, bytes, kOneTooMany, G_PRIORITY_DEFAULT, cancel, bodyRead,
+                                request.release());
 }
 
 }  // namespace
@@ -69,8 +88,8 @@ struct HttpClient::Session {
     request->deadline = g_timeout_add_seconds(timeoutSeconds, giveUp, request.get());
     auto* const message = request->message.get();
     auto* const cancel = request->cancel.get();
-    soup_session_send_and_read_async(soup.get(), message, G_PRIORITY_DEFAULT, cancel, finished,
-                                     request.release());
+    soup_session_send_async(soup.get(), message, G_PRIORITY_DEFAULT, cancel, answered,
+                            request.release());
   }
 };
 
@@ -97,6 +116,8 @@ void HttpClient::post(const std::string& url, const std::string& json, Done done
     const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> body(
         g_bytes_new(json.data(), json.size()), g_bytes_unref);
     soup_message_set_request_body_from_bytes(message, "application/json", body.get());
+    // Elsewhere it would be asked for as a page, and a page is no acceptance.
+    soup_message_add_flags(message, SOUP_MESSAGE_NO_REDIRECT);
   }
   session_->send(message, std::move(done));
 }

@@ -14,7 +14,7 @@ class HttpClient {
  public:
   struct Answer {
     int status = 0;
-    std::string body;
+    std::string body;  ///< empty when it is longer than 1 MiB, of which no more is read
   };
   /// Nothing when no answer came: no network, no such host, too late.
   using Done = std::function<void(const std::optional<Answer>&)>;
@@ -26,7 +26,7 @@ class HttpClient {
 
   /// Fetches `url`, never from a cache. `done` is not called for what is no address.
   void get(const std::string& url, Done done);
-  /// Posts `json` to `url`.
+  /// Posts `json` to `url`, and nowhere else: an answer that leads elsewhere is the answer.
   void post(const std::string& url, const std::string& json, Done done);
 
  private:

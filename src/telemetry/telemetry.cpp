@@ -17,9 +17,24 @@ namespace {
 
 namespace json = boost::json;
 
+constexpr auto kErrorDay = "telemetry_last_error";
+
 std::string newInstallId() {
   const std::unique_ptr<char, decltype(&g_free)> id(g_uuid_string_random(), g_free);
   return id.get();
+}
+
+// The user is led there. On this machine itself nobody else can answer.
+bool isSafe(const std::string& url) {
+  char* rawScheme = nullptr;
+  char* rawHost = nullptr;
+  const bool read = g_uri_split(url.c_str(), G_URI_FLAGS_NONE, &rawScheme, nullptr, &rawHost,
+                                nullptr, nullptr, nullptr, nullptr, nullptr) != FALSE;
+  const std::unique_ptr<char, decltype(&g_free)> scheme(rawScheme, g_free);
+  const std::unique_ptr<char, decltype(&g_free)> host(rawHost, g_free);
+  if (!read || !scheme || !host || !*host) return false;
+  const auto named = lowerCase(scheme.get());
+  return named == "https" || (named == "http" && std::string_view(host.get()) == "127.0.0.1");
 }
 
 // "major.minor" of VERSION_ID in os-release, which may have more numbers or fewer; rolling
@@ -96,6 +111,9 @@ void Telemetry::reportError(const std::string& message) {
     if (lastErrorDay_ == today) return;
     lastErrorDay_ = today;
   }
+  if (db_.setting(kErrorDay) == today) return;
+  // Not here: what has failed may be the store.
+  mainThread_.post([this, today] { db_.setSetting(kErrorDay, today).forget(); });
   send("error", {{"error", firstCharacters(validUtf8(message), kMostCharacters)}}, {});
 }
 
@@ -115,28 +133,40 @@ void Telemetry::send(const std::string& event, const Extra& extra, std::function
 }
 
 void Telemetry::checkUpdate() {
+  setCheck(UpdateCheck::Going);
   mainThread_.post([this] {
     http_.get(service_ + "/appcast.json", [this](const auto& answer) {
-      if (answer) readFeed(answer->body);
+      const bool read = answer && readFeed(answer->body);
+      setCheck(read ? UpdateCheck::Done : UpdateCheck::Failed);
+      if (read && updateChanged_) updateChanged_();
     });
   });
 }
 
-void Telemetry::readFeed(const std::string& body) {
+// Whether it tells of a release.
+bool Telemetry::readFeed(const std::string& body) {
   boost::system::error_code broken;
   const auto feed = json::parse(body, broken);
-  if (broken || !feed.is_object()) return;
+  if (broken || !feed.is_object()) return false;
   const auto* version = feed.get_object().if_contains("version");
   const auto* url = feed.get_object().if_contains("url");
-  if (!version || !url || !version->is_string() || !url->is_string()) return;
-  {
-    const std::lock_guard lock(mutex_);
-    update_.reset();
-    if (isNewer(version->get_string(), facts_.version)) {
-      update_ = {std::string(version->get_string()), std::string(url->get_string())};
-    }
-  }
-  if (updateChanged_) updateChanged_();
+  if (!version || !url || !version->is_string() || !url->is_string()) return false;
+  Update release{std::string(version->get_string()), std::string(url->get_string())};
+  if (!isSafe(release.url)) return false;
+  const std::lock_guard lock(mutex_);
+  update_.reset();
+  if (isNewer(release.version, facts_.version)) update_ = std::move(release);
+  return true;
+}
+
+void Telemetry::setCheck(UpdateCheck check) {
+  const std::lock_guard lock(mutex_);
+  check_ = check;
+}
+
+UpdateCheck Telemetry::updateCheck() const {
+  const std::lock_guard lock(mutex_);
+  return check_;
 }
 
 std::optional<Update> Telemetry::updateAvailable() const {

@@ -10,16 +10,29 @@
 
 #include "base/calendar.h"
 #include "base/clock.h"
+#include "base/enum_text.h"
 #include "base/main_thread.h"
 #include "storage/database.h"
 #include "telemetry/http_client.h"
 
 namespace orvanta {
 
+/// How the last look for a newer release went.
+enum class UpdateCheck {
+  None,   ///< nobody has looked
+  Going,  ///< no answer yet; none comes after ten seconds
+  Done,
+  Failed  ///< what there is could not be read
+};
+
+template <>
+inline constexpr std::array<std::string_view, 4> kTexts<UpdateCheck>{"none", "going", "done",
+                                                                     "failed"};
+
 /// A newer release of the program.
 struct Update {
   std::string version;
-  std::string url;  ///< where the user gets it
+  std::string url;  ///< where the user gets it, by https
 };
 
 /// What is sent with every event.
@@ -37,8 +50,8 @@ AppFacts appFacts(std::string version);
 std::string serviceUrl();
 
 /// Sends, only while the setting "telemetry" is "1": one "first_launch" an installation, one
-/// "heartbeat" a local day, and of errors one a day and run. What was not accepted (200) is sent
-/// again at the next daily(). All failures are silent. Also looks for a newer release.
+/// "heartbeat" and one "error" a local day. What was not accepted (200) is sent again at the next
+/// daily(), but for an error. All failures are silent. Also looks for a newer release.
 ///
 /// Made and destroyed on the main thread, where all network activity takes place; its operations
 /// may be called from any thread and return at once.
@@ -60,8 +73,9 @@ class Telemetry {
   void reportError(const std::string& message);
 
   /// Asks the feed for the newest release; also while telemetry is off. The user is told by
-  /// updateAvailable() once the answer has come.
+  /// updateAvailable() and updateCheck() once the answer has come.
   void checkUpdate();
+  UpdateCheck updateCheck() const;
   std::optional<Update> updateAvailable() const;
 
   const std::string& appVersion() const { return facts_.version; }
@@ -70,7 +84,8 @@ class Telemetry {
   using Extra = std::map<std::string, std::string>;
 
   void send(const std::string& event, const Extra& extra, std::function<void()> accepted);
-  void readFeed(const std::string& body);
+  bool readFeed(const std::string& body);
+  void setCheck(UpdateCheck check);
   std::string todayIso() const;
 
   Database& db_;
@@ -80,8 +95,9 @@ class Telemetry {
   const Clock clock_;
   const Calendar calendar_;
 
-  mutable std::mutex mutex_;  // guards the next two
+  mutable std::mutex mutex_;  // guards the next three
   std::optional<Update> update_;
+  UpdateCheck check_ = UpdateCheck::None;
   std::string lastErrorDay_;
 
   HttpClient http_;  // main thread only

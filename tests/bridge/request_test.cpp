@@ -49,6 +49,28 @@ TEST(Request, BodiesAreReadAsTheKindThatIsMeant) {
   }
 }
 
+TEST(Request, AnyTextThatAPageCanSendIsRead) {
+  const auto read = [](const std::string& escaped) {
+    const auto request =
+        parseRequest(R"({"id": 1, "path": "x", "body": {"text": ")" + escaped + "\"}}");
+    return request ? std::string(request->body.at("text").as_string()) : "not read";
+  };
+  const std::string fox = "\\ud83e\\udd8a";
+  const auto half = "\uFFFD";
+  const std::pair<std::string, std::string> cases[] = {
+      {"\\ud800", half},
+      {"a\\uDFFFb", "a\uFFFDb"},
+      {fox + "\\ud83e", std::string("🦊") + half},
+      {"\\ud83e" + fox + "\\udd8a", half + std::string("🦊") + half},
+      {"\\ud83e\\u0041", "\uFFFDA"},
+      {"\\\\ud800 \\ud800", "\\ud800 \uFFFD"},
+      {"\\ud800\\\\", "\uFFFD\\"},
+      {"\\ud800\\u0000\\u2028\\uffff", std::string("\uFFFD\0\u2028\uFFFF", 10)}};
+  for (const auto& [escaped, text] : cases) EXPECT_EQ(read(escaped), text) << escaped;
+  EXPECT_TRUE(parseRequest(R"({"id": 1, "path": "\ud800", "body": {"\udc00": 1}})"));
+  EXPECT_EQ(read("\\ud800\\uZZZZ"), "not read");
+}
+
 TEST(Request, WhatJsonCannotSayIsAnEmptyAnswer) {
   Program program;
   program.store.db.run("INSERT INTO projects(name, created) VALUES ('A', 1e999)");

@@ -83,6 +83,9 @@ TEST_F(RouterTest, ReportsAndCommandLineCallsAreAskedByName) {
 
 TEST_F(RouterTest, ProjectsAreSavedListedAndDeletedEverywhere) {
   EXPECT_EQ(call("projects.save", R"({"name": "  "})"), error("nom manquant"));
+  EXPECT_EQ(call("projects.save", R"({"name": "\u0000x"})"), error("nom manquant"));
+  EXPECT_EQ(call("projects.save", R"({"name": "Thèse\u0000"})"),
+            error("nom invalide : il contient un caractère nul"));
   EXPECT_EQ(call("projects.save", R"({"name": " Thèse\t", "keywords": "  "})").at("id"), 1);
   EXPECT_EQ(call("projects.save", R"({"name": "Thèse"})"), error("un projet porte déjà ce nom"));
   EXPECT_EQ(call("projects.save", R"({"name": "Âge", "archived": 1})").at("id"), 2);
@@ -108,8 +111,9 @@ TEST_F(RouterTest, ProjectsAreSavedListedAndDeletedEverywhere) {
 }
 
 TEST_F(RouterTest, ARuleReplacesThoseThatDifferInCaseOnly) {
-  for (const auto* invalid : {R"({"field": "bundle", "pattern": "x"})",
-                              R"({"field": "app", "pattern": " \t"})", R"({"pattern": "x"})"}) {
+  for (const auto* invalid :
+       {R"({"field": "bundle", "pattern": "x"})", R"({"field": "app", "pattern": " \t"})",
+        R"({"pattern": "x"})", R"({"field": "app", "pattern": "x\u0000"})"}) {
     EXPECT_EQ(call("rules.save", invalid), error("règle invalide")) << invalid;
   }
   EXPECT_EQ(call("rules.defaults").at("added"), 287);
@@ -137,6 +141,27 @@ TEST_F(RouterTest, AssigningStoresAndLearns) {
   EXPECT_EQ(spans(), "0-10 loisir 3\n100000-100010 loisir 3\n200000-200010 - -\n");
   EXPECT_EQ(call("events.assign", R"({"ids": [2, 3], "category": "x", "clear": true})"), done());
   EXPECT_EQ(spans(), "0-10 loisir 3\n100000-100010 - -\n200000-200010 - -\n");
+}
+
+TEST_F(RouterTest, AHundredThousandSpansAreAssignedAndTakenBackWhole) {
+  store.db.exec(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000) "
+      "INSERT INTO events(start,end,app,title,domain) "
+      "SELECT i * 10, i * 10 + 10, 'App ' || i % 500, 't' || i, iif(i % 2, 'd' || i % 700, NULL) "
+      "FROM n");
+  json::array ids;
+  for (int64_t id = 1; id <= 100000; ++id) ids.push_back(id);
+  const auto count = [&](const char* where) {
+    return store.db.query(std::string("SELECT 1 FROM events WHERE ") + where).size();
+  };
+  const double before = wallClock();
+  const auto answer = ask("events.assign", {{"ids", ids}, {"category", "loisir"}});
+  EXPECT_LT(wallClock() - before, 15) << "some hundredths of a second by a quiet machine";
+  EXPECT_EQ(answer.at("ok"), true);
+  EXPECT_EQ(count("category='loisir'"), 100000U);
+  EXPECT_EQ(call("changes.list").at(0).at("spans"), 100000);
+  EXPECT_EQ(ask("changes.undo", {{"id", call("changes.list").at(0).at("id")}}), done());
+  EXPECT_EQ(count("category IS NULL"), 100000U);
 }
 
 TEST_F(RouterTest, ARangeIsCutOutOfTheSpansThatCrossIt) {
@@ -250,6 +275,11 @@ TEST_F(RouterTest, TheLoginItemIsAnAutostartEntry) {
   EXPECT_EQ(call("permissions.status").at("launch_at_login"), true);
   EXPECT_EQ(call("launchAtLogin", R"({"enabled": false})").at("enabled"), false);
   EXPECT_EQ(call("launchAtLogin", R"({"enabled": false})").at("ok"), true);
+  fs::remove(store.db.location().dir / "autostart");
+  std::ofstream(store.db.location().dir / "autostart") << "no folder";
+  const auto failed = callRoute(core.router, {"launchAtLogin"});
+  EXPECT_TRUE(json::parse(failed.output).at("error").is_string()) << failed.output;
+  EXPECT_EQ(failed.status, 1) << "a script is told of an error";
 }
 
 TEST_F(RouterTest, ExportWritesWhereTheUserWants) {
@@ -266,6 +296,8 @@ TEST_F(RouterTest, ExportWritesWhereTheUserWants) {
   EXPECT_EQ(failed.at("ok"), true) << "the user did choose";
   EXPECT_EQ(failed.at("written"), false);
   EXPECT_TRUE(holds(failed.at("message").as_string(), "n'a pas pu être écrit"));
+  shell.saveTo = "";  // a place that has no path here
+  EXPECT_TRUE(holds(call("export").at("message").as_string(), "pas un dossier de cet ordinateur"));
 }
 
 }  // namespace

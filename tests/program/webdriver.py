@@ -126,9 +126,13 @@ class Page:
         self.desktop.input("type", "--delay", "20", text)
         wait_for(lambda: self.script(FOCUSED).startswith(text), 10, f"{text} in the field")
 
-    def answer_panel(self, name, key):
-        """Presses the key in the program's dialogue window of that name."""
+    def answer_panel(self, name, key, text=None):
+        """Presses the key in the program's dialogue window of that name, where the text is typed before
+        into the field that has the focus."""
         panel = wait_for(lambda: self.desktop.windows_named(name), 15, name)
         pass_time(1)  # GTK takes no key before its first frame
         self.desktop.focus(int(panel[-1]))
+        if text:
+            self.press("ctrl+a")
+            self.desktop.input("type", "--delay", "20", text)
         self.press(key)

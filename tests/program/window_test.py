@@ -61,12 +61,14 @@ class WindowTest(DesktopCase):
             post({id: 12.0, path: "nulle.part"});
             post({id: -13, path: "projects.save", body: {name: "Thèse “1” 🦊 </script>"}});
             post({id: 14, path: "projects.save", body: {name: "B", archived: 1e300, id: 1}});
+            post({id: 15, path: "\\ud800", body: {"\\udc00": "\\u2028\\0"}});
             post({id: 9007199254740991, path: "projects.list"});""")
-        wait_for(lambda: page.script("return answers.length > 5"), 10, "answers")
+        wait_for(lambda: page.script("return answers.length > 6"), 10, "answers")
         *answers, (number, projects) = page.script("return answers")
         self.assertEqual(answers, [
             [10, []], [11, []], [12, {"error": "route inconnue : nulle.part"}],
-            [-13, {"ok": True, "id": 1}], [14, {"error": "nombre hors limites : archived"}]])
+            [-13, {"ok": True, "id": 1}], [14, {"error": "nombre hors limites : archived"}],
+            [15, {"error": "route inconnue : \ufffd"}]])
         self.assertEqual((number, projects[0]["name"]),
                          (9007199254740991, "Thèse “1” 🦊 </script>"))
 
@@ -102,7 +104,17 @@ class WindowTest(DesktopCase):
         self.assertEqual(page.script("return location.href"), "orvanta://app/index.html")
         self.assertEqual(len(page.request("GET", page.session + "/window/handles")), 1)
 
+    def test_a_page_that_is_missing(self):
+        page = Page(self.desktop, web=self.desktop.make_folder("nothing"))
+        self.assertIn("La page d’Orvanta est introuvable",
+                      page.script("return document.body.textContent"))
+
     def test_routes_that_act_on_the_desktop(self):
+        # A folder from the days before UTF-8.
+        documents = os.path.join(os.fsencode(self.desktop.env["HOME"]), b"caf\xe9")
+        os.mkdir(documents)
+        with open(os.path.join(self.desktop.env["XDG_CONFIG_HOME"], "user-dirs.dirs"), "wb") as file:
+            file.write(b'XDG_DOCUMENTS_DIR="' + documents + b'"\n')
         page = Page(self.desktop)
         self.assertEqual(page.ask("status")["accessibility"], True)
         self.assertEqual(page.ask("revealData")["ok"], True)
@@ -110,15 +122,20 @@ class WindowTest(DesktopCase):
                       "permissions.openAutomation", "permissions.requestAccessibility"):
             self.assertEqual(page.ask(route), {"ok": True}, route)
 
-        # The save panel: cancelled, then confirmed with the suggested name.
-        folder = self.desktop.env["HOME"]
-        for key, saved in (("Escape", False), ("Return", True)):
+        # The save panel: cancelled, confirmed with the suggested name, with one without an ending.
+        suggested = "lumaplan_2026-01-01_2026-01-01.csv"
+        for name, key, files in ((None, "Escape", []), (None, "Return", [suggested]),
+                                 ("toto", "Return", [suggested, "toto.csv"])):
             page.script("window.exported = undefined; ask('export', {from: '2026-01-01'})"
                         ".then(answer => { window.exported = answer; })")
-            page.answer_panel("Exporter", key)
+            page.answer_panel("Exporter", key, name)
             answer = wait_for(lambda: page.script("return window.exported"), 15, "an answer")
-            self.assertEqual(answer, {"ok": saved})
-        self.assertIn("lumaplan_2026-01-01_2026-01-01.csv", os.listdir(folder))
+            self.assertEqual(answer, {"ok": key == "Return"})
+            self.assertEqual(sorted(map(os.fsdecode, os.listdir(documents))), files)
+        # A name that the panel has not asked about is not written over.
+        page.script("ask('export')")
+        page.answer_panel("Exporter", "Return", "toto")
+        page.answer_panel("Exporter", "Escape")
         page.script("setTimeout(() => ask('quit'), 300)")
         self.wait_for_no_window()
 
@@ -134,9 +151,16 @@ class WindowTest(DesktopCase):
         second, _ = self.show()
         self.assertNotEqual(first, second)
 
+        os.kill(second, signal.SIGSTOP)  # it is slow, perhaps with a form half filled in
+        self.desktop.run(ORVANTA)
+        pass_time(5)
+        os.kill(second, signal.SIGCONT)
+        pass_time(1)
+        self.assertEqual(self.dashboards(), [second])
+
         os.kill(second, signal.SIGSTOP)  # it hangs
         self.desktop.run(ORVANTA)
-        wait_for(lambda: self.dashboards() not in ([], [second]), 20, "another takes its place")
+        wait_for(lambda: self.dashboards() not in ([], [second]), 40, "another takes its place")
         wait_for(self.windows, 20, "the window is there")
 
         engine = wait_for(lambda: children(self.program.pid, "WebKitWebProcess"), 10, "an engine")

@@ -36,6 +36,8 @@ class X11Test(DesktopCase):
         terminal, xterm = desktop.open_window(*OPEN_TEXT)
         wait_for(lambda: FILE_NAME in desktop.title_of(mousepad), 10, "the file is loaded")
         in_editor = shown("org.xfce.mousepad", desktop.title_of(mousepad))
+        self.assertEqual([desktop.call(route)[1]["accessibility"]  # while it does not run
+                          for route in ("status", "permissions.status")], [True, True])
 
         desktop.focus(xterm)
         desktop.touch()

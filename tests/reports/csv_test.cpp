@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "app/csv_export.h"
 #include "reports/analytics.h"
 #include "reports/csv_file.h"
@@ -46,6 +48,23 @@ TEST_F(CsvTest, ClipsQuotesAndTruncates) {
           "\n2024-03-31 03:30:00;2024-03-31 03:13:20;0;inactif;\"\";\"Inconnu\";\"\";\"\";\"\"");
   EXPECT_EQ(csv("2024-04-01", "2024-03-30"), kHeader);
   EXPECT_EQ(csv("2025-01-01", "2025-12-31"), kHeader);
+}
+
+TEST_F(CsvTest, TellsTheWallClockWhereItIsChangedAtAnOddMinute) {
+  // Until 2011 Newfoundland changed its clocks a minute past midnight.
+  const Calendar calendar{Glib::TimeZone::create("America/St_Johns")};
+  const Analytics analytics{store.db, clock.read(), calendar};
+  const double change = calendar.startOf({2010, 3, 14}) + 60;
+  std::string expected = kHeader;
+  for (const auto& [at, shown] :
+       {std::pair(-61, "2010-03-13 23:59:59"), std::pair(-1, "2010-03-14 00:00:59"),
+        std::pair(0, "2010-03-14 01:01:00"), std::pair(1000, "2010-03-14 01:17:40")}) {
+    store.db.run("INSERT INTO events(start,end,app) VALUES (?,?,'A')", {change + at, change + at});
+    expected += fmt::format("\n{0};{0};0;nonclasse;\"\";\"A\";\"\";\"\";\"\"", shown);
+  }
+  std::string text;
+  analytics.exportCsv({2010, 3, 13}, {2010, 3, 15}, [&](auto piece) { text += piece; });
+  EXPECT_EQ(text, expected);
 }
 
 TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {

@@ -202,6 +202,7 @@ TEST_F(RuleTelling, AnExplanationNamesWhoDecided) {
         for (const auto& row : listed.as_array()) {
           auto rule = row.as_object();
           rule.erase("created");
+          if (!rule["priority"].is_int64()) rule["priority"] = 0;
           if (row.at("id") == object["category_rule"])
             rules.insert(rules.begin(), rule);
           else if (row.at("id") == object["project_rule"])

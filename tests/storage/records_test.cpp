@@ -72,5 +72,18 @@ TEST(Rule, ReadsRowsWithNeutralValuesForWhatIsMissing) {
   EXPECT_EQ(rule.priority, 0);
 }
 
+TEST(Rule, APriorityThatIsNoIntegerIsWhereSqliteHasIt) {
+  TempStore store;
+  store.db.exec(
+      "DELETE FROM rules; INSERT INTO rules(id, field, pattern, priority) VALUES "
+      "(1,'app','null',NULL), (2,'app','minus',-20), (3,'app','half',0.5), (4,'app','zero',0), "
+      "(5,'app','text','haut'), (6,'app','blob',x'00'), (7,'app','longer',0), (8,'app','b','bas')");
+  std::string order;
+  for (const auto& rule : loadRules(store.db)) order += std::to_string(rule.id);
+  EXPECT_EQ(order, "65837421");
+  EXPECT_EQ(placeOf(store.db, {.pattern = "abcde"}), 5U) << "after the longer one";
+  EXPECT_EQ(placeOf(store.db, {.pattern = "abcd"}), 6U) << "the newest of its length";
+}
+
 }  // namespace
 }  // namespace orvanta::test

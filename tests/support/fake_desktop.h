@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "base/clock.h"
 #include "capture/collectors.h"
 #include "platform/desktop.h"
 

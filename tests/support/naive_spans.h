@@ -34,7 +34,7 @@ inline std::vector<Rule> naiveRules(Database& db) {
                      .pattern = *row.str("pattern"),
                      .category = row.str("category"),
                      .projectId = row.int_("project_id"),
-                     .priority = *row.int_("priority")});
+                     .priority = row.int_("priority").value_or(0)});
   }
   return rules;
 }

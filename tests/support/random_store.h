@@ -50,7 +50,8 @@ inline void addRandomRules(TestDatabase& db, Dice& dice) {
   const char* fields[] = {"app", "domain", "title", "url", "bundle", ""};
   const char* patterns[] = {"a", "AB", "ÉTÉ", "video", "video.com", "mail", "", "ABC"};
   const Value categories[] = {kNull, kNull, "travail", "loisir", "autre", "étrange", ""};
-  const int priorities[] = {-20, -10, 0, 0, 5};
+  // Also what only other programs write.
+  const Value priorities[] = {-20, -10, 0, 0, 0, 5, kNull, -0.5, 0.5, "bas", "haut"};
   for (int count = dice.upTo(6); count > 0; --count) {
     db.run("INSERT INTO rules(field,pattern,category,project_id,priority) VALUES (?,?,?,?,?)",
            {dice.oneOf(fields), dice.oneOf(patterns), dice.oneOf(categories),

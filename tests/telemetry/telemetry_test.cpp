@@ -5,8 +5,10 @@
 #include <glibmm/main.h>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <fstream>
 #include <set>
 
+#include "base/gobject_ref.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 #include "telemetry/version.h"
@@ -18,6 +20,32 @@ namespace json = boost::json;
 
 bool byText(const json::value& a, const json::value& b) {
   return json::serialize(a) < json::serialize(b);
+}
+
+// So many zeros as a gzip file.
+std::string zipped(std::size_t zeros) {
+  constexpr std::size_t kPiece = std::size_t{1} << 20;
+  const Ref<GOutputStream> bytes(g_memory_output_stream_new_resizable());
+  const Ref<GConverter> zip(G_CONVERTER(g_zlib_compressor_new(G_ZLIB_COMPRESSOR_FORMAT_GZIP, 1)));
+  const Ref<GOutputStream> stream(g_converter_output_stream_new(bytes.get(), zip.get()));
+  const std::string piece(kPiece, '\0');
+  for (std::size_t done = 0; done < zeros; done += kPiece) {
+    g_output_stream_write_all(stream.get(), piece.data(), kPiece, nullptr, nullptr, nullptr);
+  }
+  g_output_stream_close(stream.get(), nullptr, nullptr);
+  auto* const memory = G_MEMORY_OUTPUT_STREAM(bytes.get());
+  return {static_cast<const char*>(g_memory_output_stream_get_data(memory)),
+          g_memory_output_stream_get_data_size(memory)};
+}
+
+// The most memory that this process has held, KiB.
+int64_t peakMemory() {
+  std::ifstream status("/proc/self/status");
+  int64_t kib = 0;
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:") status >> kib;
+  }
+  return kib;
 }
 
 // A web server on this machine that answers as it is told and keeps what it is sent.
@@ -41,7 +69,9 @@ class Service {
 
   guint status = SOUP_STATUS_OK;
   std::string feed = "{}";
-  bool silent = false;  // takes requests and never answers
+  bool silent = false;    // takes requests and never answers
+  std::string elsewhere;  // where it leads to
+  std::string packed;     // sends this as a gzip file instead
   std::vector<json::value> events;
   int feedRequests = 0;
 
@@ -58,10 +88,16 @@ class Service {
       EXPECT_STREQ(soup_server_message_get_method(message), "POST");
     } else if (std::string_view(path) == "/appcast.json") {
       ++self.feedRequests;
-      soup_server_message_set_response(message, "application/json", SOUP_MEMORY_COPY,
-                                       self.feed.data(), self.feed.size());
+      const auto& body = self.packed.empty() ? self.feed : self.packed;
+      soup_server_message_set_response(message, "application/json", SOUP_MEMORY_COPY, body.data(),
+                                       body.size());
     }
     soup_server_message_set_status(message, self.status, nullptr);
+    auto* const answer = soup_server_message_get_response_headers(message);
+    if (!self.elsewhere.empty()) {
+      soup_message_headers_append(answer, "Location", self.elsewhere.c_str());
+    }
+    if (!self.packed.empty()) soup_message_headers_append(answer, "Content-Encoding", "gzip");
     if (self.silent) soup_server_message_pause(message);
   }
 
@@ -143,6 +179,35 @@ TEST_F(TelemetryTest, EachEventIsSentOnceItIsAccepted) {
   EXPECT_EQ(store.db.setting("install_id"), "");
 }
 
+TEST_F(TelemetryTest, WhatIsLedElsewhereIsNotAccepted) {
+  Service other;
+  service.status = SOUP_STATUS_FOUND;
+  service.elsewhere = other.url() + "/page";
+  std::optional<int> status;
+  HttpClient client;
+  client.post(service.url() + "/api/telemetry", "{}",
+              [&](const auto& answer) { status = answer ? answer->status : 0; });
+  ASSERT_TRUE(until([&] { return status.has_value(); }));
+  EXPECT_EQ(status, SOUP_STATUS_FOUND);
+}
+
+TEST_F(TelemetryTest, OfALongBodyNoMoreIsUnpackedThanMayBeKept) {
+  constexpr std::size_t kBomb = std::size_t{256} << 20;
+  const auto fetch = [&](std::size_t size) {
+    service.packed = zipped(size);
+    std::optional<HttpClient::Answer> got;
+    HttpClient client;
+    client.get(service.url() + "/appcast.json", [&](const auto& answer) { got = answer; });
+    EXPECT_TRUE(until([&] { return got.has_value(); }));
+    return got ? got->body.size() : 0;
+  };
+  EXPECT_EQ(fetch(std::size_t{1} << 20), std::size_t{1} << 20);
+  std::ofstream("/proc/self/clear_refs") << "5";  // forgets the peak so far
+  const auto before = peakMemory();
+  EXPECT_EQ(fetch(kBomb), 0U);
+  EXPECT_LT(peakMemory() - before, 32 * 1024) << "KiB";
+}
+
 TEST_F(TelemetryTest, OneErrorADayIsToldAndCutShort) {
   store.db.setSetting("telemetry", "1");
   store.db.setSetting("install_id", "mine");
@@ -152,6 +217,9 @@ TEST_F(TelemetryTest, OneErrorADayIsToldAndCutShort) {
   telemetry.reportError(characters + "\xff");
   store.db.exec("SELECT nonsense");
   ASSERT_TRUE(until([&] { return !service.events.empty(); }));
+  ASSERT_TRUE(until([&] { return !store.db.setting("telemetry_last_error").empty(); }));
+  Telemetry restarted{store.db, {}, service.url(), {}, clock.read()};
+  restarted.reportError("the same day");
   clock.now = clock.now + 86400;
   store.db.exec("SELECT nonsense");
   ASSERT_TRUE(until([&] { return service.events.size() > 1; }));
@@ -173,11 +241,18 @@ TEST_F(TelemetryTest, TheFeedTellsOfNewerReleasesOnly) {
     const auto update = telemetry.updateAvailable();
     return update ? update->version + " " + update->url : "none";
   };
+  EXPECT_EQ(telemetry.updateCheck(), UpdateCheck::None);
   EXPECT_EQ(check(R"({"version": "1.4.10", "url": "https://a.fr"})"), "1.4.10 https://a.fr");
-  for (const auto* ignored : {"", "[]", "{", R"({"version": "2"})", R"({"version": 2, "url": "u"})",
-                              "{\"version\": \"2\", \"url\": \"\xff\"}"}) {
+  EXPECT_EQ(telemetry.updateCheck(), UpdateCheck::Done);
+  for (const auto* ignored :
+       {"", "[]", "{", R"({"version": "2"})", R"({"version": 2, "url": "u"})",
+        "{\"version\": \"2\", \"url\": \"\xff\"}", R"({"version": "2", "url": "http://a.fr"})",
+        R"({"version": "2", "url": "file:///a"})", R"({"version": "2", "url": "https:a"})",
+        R"({"version": "2", "url": "http://127.0.0.1.a.fr"})"}) {
     EXPECT_EQ(check(ignored), "1.4.10 https://a.fr") << ignored;
+    EXPECT_EQ(telemetry.updateCheck(), UpdateCheck::Failed) << ignored;
   }
+  EXPECT_EQ(check(R"({"version": "2", "url": "HTTPS://a.fr"})"), "2 HTTPS://a.fr");
   service.status = SOUP_STATUS_NOT_FOUND;  // a body that can be read counts
   EXPECT_EQ(check(R"({"version": "1.4.9", "url": "https://a.fr"})"), "none");
 }

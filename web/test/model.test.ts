@@ -167,8 +167,8 @@ test("a setting is refused with a reason", () => {
     ["", null],
   ];
   for (const [text, domain] of domains) assert.equal(readDomain(text), domain, text);
-  assert.deepEqual(readList('["a",1,"b"]'), ["a", "b"]);
-  assert.deepEqual(readList("{"), []);
+  assert.deepEqual(readList('["a","b"]'), ["a", "b"]);
+  for (const none of ['["a",1,"b"]', "{", "{}", '"a"']) assert.equal(readList(none), null, none);
 });
 
 test("the store's size, dates and troubles are said in words", () => {

@@ -59,6 +59,10 @@ std::optional<std::string> projectName(Core& core, const std::optional<int64_t>&
   return name;
 }
 
+std::string_view storedText(const std::string& text) {
+  return text.c_str();
+}
+
 json::value textOrNull(std::string_view text) {
   return text.empty() ? json::value(nullptr) : json::value(text);
 }

@@ -41,6 +41,9 @@ json::value status(Core& core, const Body& /*body*/) {
       {"version", core.telemetry.appVersion()},
       {"update", newer ? json::value({{"version", newer->version}, {"url", newer->url}})
                        : json::value(nullptr)}};
+  if (const auto check = core.telemetry.updateCheck(); check != UpdateCheck::None) {
+    answer["update_check"] = textOf(check);
+  }
   if (const auto condition = db.condition()) {
     answer["store"] = {{"state", nameOf(condition->trouble)},
                        {"message", sentenceOf(condition->trouble)},

@@ -24,6 +24,12 @@ json::value suggestions(Core& core, const Body& /*body*/) {
   return json::value_from(core.analytics.suggestions());
 }
 
+json::object unwritten(json::object answer, const std::string& problem) {
+  answer["written"] = false;
+  answer["message"] = "L'export n'a pas pu être écrit : " + problem + ".";
+  return answer;
+}
+
 // The file is named by what was asked, whatever it was.
 json::value exportCsv(Core& core, const Body& body) {
   const auto from = body.s("from").value_or(core.analytics.today().iso());
@@ -31,13 +37,11 @@ json::value exportCsv(Core& core, const Body& body) {
   const auto file = core.shell.saveAs("lumaplan_" + from + "_" + to + ".csv");
   json::object answer{{"ok", file.has_value()}};
   if (!file) return answer;
+  if (file->empty()) return unwritten(answer, "cet endroit n'est pas un dossier de cet ordinateur");
   const auto first = dateIn(core, body, "from");
   const auto last = body.s("to") ? dateIn(core, body, "to") : first;
-  if (const auto written = writeCsv(core.analytics, first, last, *file); !written) {
-    answer["written"] = false;
-    answer["message"] = "L'export n'a pas pu être écrit : " + written.problem + ".";
-  }
-  return answer;
+  const auto written = writeCsv(core.analytics, first, last, *file);
+  return written ? answer : unwritten(answer, written.problem);
 }
 
 constexpr Route kRoutes[]{

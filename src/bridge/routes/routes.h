@@ -50,6 +50,9 @@ TimeRange rangeIn(const Body& body);
 
 std::optional<std::string> projectName(Core& core, const std::optional<int64_t>& id);
 
+/// What the store keeps of a text: it ends at a NUL.
+std::string_view storedText(const std::string& text);
+
 /// The sentence, or null where there is none.
 boost::json::value textOrNull(std::string_view text);
 

@@ -14,16 +14,16 @@ json::value list(Core& core, const Body& /*body*/) {
   return rowsOf(core, "SELECT * FROM rules ORDER BY priority DESC, length(pattern) DESC, id");
 }
 
-// The texts as the store will hold them: up to a NUL.
 Rule ruleIn(const Body& body) {
-  const auto stored = [](const std::string& text) { return std::string(text.c_str()); };
   Rule rule{.field = body.s("field").value_or(""),
             .pattern = body.trimmed("pattern").value_or(""),
             .category = body.s("category"),
             .projectId = body.i("project_id")};
-  if (rule.pattern.empty() || !parsed<RuleField>(rule.field)) throw AppError("règle invalide");
-  rule.pattern = stored(rule.pattern);
-  if (rule.category) rule.category = stored(*rule.category);
+  if (rule.pattern.empty() || storedText(rule.pattern) != rule.pattern ||
+      !parsed<RuleField>(rule.field)) {
+    throw AppError("règle invalide");
+  }
+  if (rule.category) rule.category = storedText(*rule.category);
   return rule;
 }
 

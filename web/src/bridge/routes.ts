@@ -36,6 +36,8 @@ export interface Status {
   install_id: string;
   version: string;
   update: { version: string; url: string } | null;
+  /** How the last look for a newer version went, once there was one. */
+  update_check?: "going" | "done" | "failed";
   /** Only while something is wrong. */
   store?: StoreTrouble;
 }

@@ -28,12 +28,13 @@ export function readDomain(text: string): string | null {
     : null;
 }
 
-/** The list that a setting holds as JSON; empty when it holds anything else. */
-export function readList(text: string): string[] {
+/** The list of texts that a setting holds as JSON; null, which counts as empty, when it holds anything else. */
+export function readList(text: string): string[] | null {
   try {
     const value: unknown = JSON.parse(text);
-    return Array.isArray(value) ? value.filter((entry): entry is string => typeof entry === "string") : [];
+    const whole = Array.isArray(value) && value.every((entry) => typeof entry === "string");
+    return whole ? (value as string[]) : null;
   } catch {
-    return [];
+    return null;
   }
 }

@@ -8,11 +8,13 @@ import { Row } from "./fields";
 
 interface Props {
   domains: readonly string[];
+  /** What is wrong with the list that is stored; "" when nothing is. */
+  problem: string;
   onSave: (domains: string[]) => Promise<void>;
 }
 
 /** The sites whose pages are never recorded. */
-export function DomainList({ domains, onSave }: Props) {
+export function DomainList({ domains, problem, onSave }: Props) {
   const id = useId();
   const [text, setText] = useState("");
   const { error, setError, run } = useTask();
@@ -48,7 +50,7 @@ export function DomainList({ domains, onSave }: Props) {
         <Button type="submit">Exclure</Button>
       </Form>
       <span class="field-error" id={`${id}-error`} role="alert">
-        {error}
+        {error || problem}
       </span>
       {domains.length > 0 && (
         <ul class="chips">

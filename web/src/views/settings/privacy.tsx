@@ -36,7 +36,12 @@ export function PrivacyRows(props: SettingsProps) {
         </fieldset>
       </Row>
       <DomainList
-        domains={readList(settings.excluded_domains)}
+        domains={readList(settings.excluded_domains) ?? []}
+        problem={
+          readList(settings.excluded_domains)
+            ? ""
+            : "La liste enregistrée n’est pas une liste de noms de sites : aucun site n’est exclu."
+        }
         onSave={async (domains) => void (await client.call("settings.set", { excluded_domains: domains }))}
       />
       <RetentionField {...props} />
@@ -81,7 +86,7 @@ function RetentionField(props: SettingsProps) {
         >
           <p>
             Les titres et adresses de plus de {count(asked, "jour")} sont effacés maintenant, puis chaque
-            heure. Cela ne s’annule pas.
+            jour. Cela ne s’annule pas.
           </p>
         </Confirm>
       )}

@@ -1,6 +1,9 @@
-import { useEffect, useState } from "preact/hooks";
+import { useState } from "preact/hooks";
+import { BridgeError } from "../../bridge/bridge";
 import type { Status } from "../../bridge/routes";
+import { type Client, useClient } from "../../client";
 import { Button } from "../../ui/parts";
+import { useTask } from "../../ui/task";
 import { useSend } from "../../ui/toast";
 import { Row, Switch } from "./fields";
 
@@ -58,46 +61,50 @@ function SentRow({ version }: { version: string }) {
   );
 }
 
-function UpdateRow({ version, update }: { version: string; update: Status["update"] }) {
-  const send = useSend();
-  const [checked, setChecked] = useState(false);
-  const [waiting, setWaiting] = useState(false);
+// What the program has found, once it has: it gives up after ten seconds.
+async function lookForUpdate(client: Client): Promise<Status | undefined> {
+  await client.call("update.check", {});
+  for (let tries = 0; tries < 30; tries++) {
+    const status = await client.read("status", {});
+    if (status.update_check !== "going") return status;
+    await new Promise((resolve) => setTimeout(resolve, 400));
+  }
+  return undefined;
+}
 
-  // The check goes on in the background and gives up after ten seconds.
-  useEffect(() => {
-    if (!waiting) return;
-    const timer = setTimeout(() => {
-      setWaiting(false);
-      setChecked(true);
-    }, 11_000);
-    return () => clearTimeout(timer);
-  }, [waiting]);
-  useEffect(() => {
-    if (update) setWaiting(false);
-  }, [update]);
+function UpdateRow({ version, update }: { version: string; update: Status["update"] }) {
+  const client = useClient();
+  const send = useSend();
+  const [found, setFound] = useState<Status["update"]>(null);
+  const [checked, setChecked] = useState(false);
+  const { busy, error, run } = useTask();
+  const newer = update ?? found;
+
+  const check = async () => {
+    setChecked(false);
+    const status = await lookForUpdate(client);
+    if (status?.update_check !== "done")
+      throw new BridgeError("La liste des versions n’a pas pu être lue. Êtes-vous connecté à Internet ?");
+    setFound(status.update);
+    setChecked(true);
+  };
 
   return (
     <Row
+      error={error}
       label="Mise à jour"
       help={`Version installée : ${version}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
     >
       <span class="quiet" role="status">
-        {checked && !update && "Pas de version plus récente trouvée."}
+        {checked && !newer && "Pas de version plus récente trouvée."}
       </span>
-      {update ? (
-        <Button kind="primary" onClick={() => send("openURL", { url: update.url })}>
-          Voir Orvanta {update.version}
+      {newer ? (
+        <Button kind="primary" onClick={() => send("openURL", { url: newer.url })}>
+          Voir Orvanta {newer.version}
         </Button>
       ) : (
-        <Button
-          disabled={waiting}
-          onClick={() => {
-            setChecked(false);
-            setWaiting(true);
-            send("update.check", {});
-          }}
-        >
-          {waiting ? "Vérification…" : "Vérifier maintenant"}
+        <Button disabled={busy} onClick={() => run(check)}>
+          {busy ? "Vérification…" : "Vérifier maintenant"}
         </Button>
       )}
     </Row>
