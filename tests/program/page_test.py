@@ -52,8 +52,16 @@ class PageTest(PageCase):
         page.wait_for_text("//*[@role = 'alert'][. != '']", "Donnez un nom au projet")
         self.assertEqual(self.desktop.setting("onboarded"), "0")
 
-        page.click(field("Nom"))
+        # The keyboard is the form's alone: no view is chosen, nothing is paused.
+        page.click(button("Retour"))
+        page.wait_for_text("//h1", "Ce que ce bureau permet")
+        page.press("b", "o", "Shift+p", "r")
+        page.click(button("Continuer"))
+        page.type("Projet Boutique")  # into the field that has the focus
+        page.press("ctrl+a")
         page.type("L'été à Brest")
+        self.assertEqual(self.desktop.setting("paused"), "0")
+        self.assertFalse(self.desktop.call("permissions.status")[1]["launch_at_login"])
         page.click("//input[@aria-label = 'Ocre']/..")
         page.click(field("Mots-clés"))
         page.type("sonde, quai")
@@ -61,6 +69,7 @@ class PageTest(PageCase):
         self.wait_for_store([("L'été à Brest", "#d08c10", "travail", "sonde, quai")],
                             "SELECT name, color, category, keywords FROM projects")
         self.wait_for_setting("onboarded", "1")
+        self.assertTrue(self.desktop.call("permissions.status")[1]["launch_at_login"])
         # Its time is there at once, by its keyword.
         page.wait_for_text("//section[@aria-label = 'Projets']", "L'été à Brest30 min")
 

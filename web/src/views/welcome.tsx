@@ -8,8 +8,9 @@ import { Button } from "../ui/parts";
 import { useTask } from "../ui/task";
 import { useNotice } from "../ui/toast";
 import { blankProject, type Fields, ProjectFields } from "./projects/project_editor";
+import { BrowserRows } from "./settings/browsers";
 import { Switch } from "./settings/fields";
-import { BrowserRows, DesktopRows } from "./settings/permissions";
+import { DesktopRows } from "./settings/permissions";
 
 const steps = ["Ce qui est noté", "Ce bureau", "Un projet"];
 
@@ -42,13 +43,13 @@ export function Welcome({ status, banner, onDone }: Props) {
               </li>
             ))}
           </ol>
-          {step === 0 && <Recorded db={status.db} />}
+          {step === 0 && <Recorded db={status.db} launch={launch} />}
           {step === 1 && <Desktop />}
           {step === 2 ? (
             <FirstProject
               fields={fields}
               onFields={(part) => setFields({ ...fields, ...part })}
-              launch={launch}
+              settle={launch.settle}
               onBack={() => setStep(1)}
               onDone={onDone}
             />
@@ -84,10 +85,12 @@ function useLaunch(again: boolean): Launch {
   const settle = async () => {
     if (wanted === present) return;
     // Nobody is held here by it: the settings offer it again.
-    const text = await client
-      .call("launchAtLogin", { enabled: wanted })
-      .then(({ error }) => error, errorText);
-    if (text) notify({ text: `Le lancement à l’ouverture de session n’a pas pu être changé : ${text}`, failed: true });
+    const why = await client.call("launchAtLogin", { enabled: wanted }).then(({ error }) => error, errorText);
+    if (!why) return;
+    notify({
+      text: `Le lancement à l’ouverture de session n’a pas pu être changé\u00a0: ${why}`,
+      failed: true,
+    });
   };
   return { wanted, setWanted, settle };
 }
@@ -96,6 +99,7 @@ function useLaunch(again: boolean): Launch {
 function Head({ title, lead, fills }: { title: string; lead: string; fills?: string }) {
   const heading = useRef<HTMLHeadingElement>(null);
   useEffect(() => {
+    heading.current?.closest("main")?.scrollTo(0, 0);
     const field = fills && document.querySelector<HTMLElement>(`#${fills} input`);
     (field || heading.current)?.focus();
   }, []);
@@ -119,7 +123,7 @@ function Foot({ onBack, children }: { onBack: false | (() => void); children: Co
   );
 }
 
-function Recorded({ db }: { db: string }) {
+function Recorded({ db, launch }: { db: string; launch: Launch }) {
   return (
     <>
       <Head
@@ -141,6 +145,14 @@ function Recorded({ db }: { db: string }) {
           export, et des règles que vous pouvez lire et changer.
         </li>
       </ul>
+      <div class="settings-rows welcome-launch">
+        <Switch
+          label="Lancer Orvanta à l’ouverture de la session"
+          help="Sans fenêtre, dans la zone de notification. Se change dans les réglages."
+          on={launch.wanted}
+          onChange={launch.setWanted}
+        />
+      </div>
     </>
   );
 }
@@ -163,18 +175,18 @@ function Desktop() {
 interface FirstProjectProps {
   fields: Fields;
   onFields: (part: Partial<Fields>) => void;
-  launch: Launch;
+  settle: () => Promise<void>;
   onBack: () => void;
   onDone: () => void;
 }
 
-function FirstProject({ fields, onFields, launch, onBack, onDone }: FirstProjectProps) {
+function FirstProject({ fields, onFields, settle, onBack, onDone }: FirstProjectProps) {
   const client = useClient();
   const notify = useNotice();
   const { answer: projects = [] } = useAnswer("projects.list", {});
   const { error, setError, run } = useTask();
   const finish = async () => {
-    await launch.settle();
+    await settle();
     await client.call("onboarding.done", {}).catch((failure: unknown) => {
       // Kept in memory until it can be stored: nobody is held here by a full disk.
       if (!(failure instanceof UnstoredError)) throw failure;
@@ -211,14 +223,6 @@ function FirstProject({ fields, onFields, launch, onBack, onDone }: FirstProject
         />
       </Form>
       <FormError text={error} />
-      <div class="settings-rows welcome-launch">
-        <Switch
-          label="Lancer Orvanta à l’ouverture de la session"
-          help="Sans fenêtre, dans la zone de notification. Se change dans les réglages."
-          on={launch.wanted}
-          onChange={launch.setWanted}
-        />
-      </div>
       <Foot onBack={onBack}>
         <Button onClick={() => run(finish)}>Plus tard</Button>
         <Button type="submit" form="first-project" kind="primary">
