@@ -29,6 +29,7 @@ std::optional<std::string_view> sandboxOf(int32_t pid) {
 bool insistsOnSignatures(const Browser& browser, int32_t pid) {
   if (browser.bundle != "org.mozilla.firefox") return false;
   const fs::path program = programOf(pid);
+  if (program.empty()) return false;
   const auto built = Glib::KeyFile::create();
   try {
     built->load_from_file((program.parent_path() / "application.ini").string());

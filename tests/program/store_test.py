@@ -85,9 +85,10 @@ class StoreTest(DesktopCase):
             asking.stdin.flush()
             return json.loads(asking.stdout.readline())["answer"]
         ask("projects.save", {"name": "Avant"})
-        self.assertEqual(self.desktop.run(ORVANTA, "--backup", "copy.db").returncode, 0)
+        copy = os.path.join(self.desktop.folder, "copy.db")
+        self.run_orvanta("--backup", copy)
         ask("projects.save", {"name": "Après"})
-        self.assertEqual(self.desktop.run(ORVANTA, "--restore", "copy.db").returncode, 0)
+        self.run_orvanta("--restore", copy)
         self.assertEqual([one["name"] for one in ask("projects.list", {})], ["Avant"])
         ask("projects.save", {"name": "Ensuite"})
         self.assertEqual(self.desktop.stored("SELECT name FROM projects ORDER BY id"),

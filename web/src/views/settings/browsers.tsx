@@ -85,6 +85,9 @@ function Browser({ browser, tried, open, onOpen }: BrowserProps) {
         <Button disabled={busy} aria-label={`Essayer ${name}`} onClick={() => run(test)}>
           {busy ? "Essai…" : "Essayer"}
         </Button>
+        <div class="sr-only" role="status">
+          {said && <p>{said}</p>}
+        </div>
       </Row>
       {open && <ConnectSteps {...browser} />}
     </>
@@ -93,9 +96,11 @@ function Browser({ browser, tried, open, onOpen }: BrowserProps) {
 
 function BrowserSign({ connected, running, obstacle, tried }: BrowserState & Pick<BrowserProps, "tried">) {
   if (connected) return <State good text="connecté" />;
-  if (tried === "ok") return <State good text={running ? "onglet lisible" : "fermé"} />;
-  if (obstacle) return <State good={false} text="temps seul" />;
-  return <p class="quiet sign">{running ? "pas encore connecté" : "fermé"}</p>;
+  if (obstacle && tried !== "ok") return <State good={false} text="temps seul" />;
+  if (!running) return <p class="quiet sign">fermé</p>;
+  // By accessibility, or by an extension that has gone since.
+  if (tried === "ok") return <State good text="lisible au dernier essai" />;
+  return <p class="quiet sign">pas encore connecté</p>;
 }
 
 function ConnectSteps({ bundle, name, steps, connected }: BrowserState) {
