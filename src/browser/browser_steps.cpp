@@ -98,7 +98,7 @@ std::string setupObstacle(const Browser& browser, int32_t pid) {
   if (!browser.takesExtension()) {
     return fmt::format(
         "{0} n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité du bureau "
-        "est activée : activez-la, puis redémarrez {0}.",
+        "est activée : activez-la (orvanta --accessibility), puis redémarrez {0}.",
         browser.name);
   }
   if (const auto sandbox = sandboxOf(pid)) {

@@ -34,6 +34,11 @@ for (const colorScheme of ["light", "dark"]) {
     await check("rule editor");
     await page.keyboard.press("Escape");
     await page.keyboard.press("g");
+    const missing = page.locator(".settings-row", { hasText: "non disponible ici" });
+    await missing.first().waitFor();
+    assert.equal(await missing.count(), 4);
+    for (const row of await missing.all())
+      assert.ok((await row.locator("small").innerText()).length > 60, "what it costs, and what helps");
     await page.getByRole("button", { name: "Connecter Chromium" }).click(); // the one that shows this page
     await page.locator(".connect-steps").waitFor();
     await check("the way to connect a browser");
