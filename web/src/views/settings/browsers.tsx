@@ -112,7 +112,7 @@ function ConnectSteps({ bundle, name, steps, connected }: BrowserState) {
   };
   return (
     <section class="connect" aria-label={`Connecter ${name}`}>
-      <ol class="connect-steps">
+      <ol role="list" class="connect-steps">
         {steps.map((step, index) => (
           <Step key={index} number={index + 1} done={step.done}>
             <p>{typeset(step.text)}</p>
