@@ -9,14 +9,15 @@
 
 namespace orvanta {
 
-void answerLines(Router& router, std::istream& requests, std::ostream& answers) {
+void answerLines(Core& core, std::istream& requests, std::ostream& answers) {
   const auto context = Glib::MainContext::get_default();
   for (std::string line; std::getline(requests, line);) {
     while (context->iteration(false)) {
     }
     const auto request = parseRequest(line);
     if (!request) continue;
-    const auto text = answer(router, request->path, request->body).json;
+    core.db.look();  // nothing is recorded here that would do it
+    const auto text = answer(core.router, request->path, request->body).json;
     answers << fmt::format("{{\"id\":{},\"answer\":{}}}\n", request->id, text) << std::flush;
   }
 }

@@ -40,7 +40,7 @@ CallResult callLocally(const std::vector<std::string>& words) {
   CommandLine shell;
   Core core({.db = db, .desktop = desktop, .shell = shell});
   if (many) {
-    answerLines(core.router, std::cin, std::cout);
+    answerLines(core, std::cin, std::cout);
     return {};
   }
   auto result = callRoute(core.router, words);

@@ -12,8 +12,9 @@ Core::Core(Parts parts)
       shell(parts.shell),
       appRules(db, clock),
       tabs(std::move(parts.browsers.helper), std::move(parts.browsers.sockets),
-           std::move(parts.browsers.runChild), clock, std::move(parts.log)),
-      browsers(tabs, std::move(parts.browsers.setup), std::move(parts.browsers.running)),
+           parts.browsers.runChild, clock, std::move(parts.log)),
+      browsers(tabs, std::move(parts.browsers.setup), std::move(parts.browsers.running),
+               std::move(parts.browsers.runChild)),
       loginItem(std::move(parts.loginItem)),
       collectors(
           *desktop.foreground, *desktop.idle, *desktop.inhibition,

@@ -66,7 +66,7 @@ DashboardWindow::~DashboardWindow() {
 
 void DashboardWindow::show(const std::string& activationToken) {
   prepare();
-  if (!process_) return;
+  if (!process_) return tellFailure();
   process_->channel->send("show " + json::serialize(json::value(validUtf8(activationToken))));
   if (patience_.connected()) return;
   patience_ = Glib::signal_timeout().connect(
@@ -109,7 +109,6 @@ void DashboardWindow::start() {
                                      .closed = [this] { lost(); }});
   if (!process->child) {
     log_(fmt::format("Orvanta: tableau de bord : {}", error->message));
-    tellFailure();
     return;
   }
   ++generation_;

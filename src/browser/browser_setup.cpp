@@ -14,6 +14,7 @@
 #include "base/own_file.h"
 #include "base/processes.h"
 #include "base/program_files.h"
+#include "browser/browser_steps.h"
 
 namespace orvanta {
 namespace {
@@ -44,13 +45,6 @@ fs::path userDataFolder(int32_t pid) {
   for (const auto& word : commandLineOf(pid)) {
     if (word.starts_with(kOption)) return word.substr(kOption.size());
   }
-  return {};
-}
-
-// How a running browser was packaged, when that keeps it from starting our program.
-std::optional<std::string_view> sandboxOf(int32_t pid) {
-  if (isThere(fs::path("/proc") / std::to_string(pid) / "root/.flatpak-info")) return "Flatpak";
-  if (programOf(pid).starts_with("/snap/")) return "Snap";
   return {};
 }
 
@@ -113,24 +107,54 @@ std::string BrowserSetup::connect(const Browser& browser) const {
   return problem;
 }
 
-std::string BrowserSetup::connectAll() const {
-  const auto running = runningBrowsers();
-  std::string text;
+bool BrowserSetup::isPrepared(const Browser& browser) const {
+  const auto folders = manifestFolders(browser);
+  return std::all_of(folders.begin(), folders.end(),
+                     [](const fs::path& folder) { return isThere(folder / kTabManifest); });
+}
+
+std::vector<const Browser*> BrowserSetup::installed() const {
+  std::vector<const Browser*> found;
   for (const auto& browser : browsers()) {
     if (!browser.takesExtension()) continue;
     const auto profiles = folders(browser.profiles);
-    const bool installed =
-        std::any_of(profiles.begin(), profiles.end(), isThere) ||
-        std::any_of(running.begin(), running.end(),
-                    [&](const RunningBrowser& one) { return one.browser == &browser; }) ||
+    if (std::any_of(profiles.begin(), profiles.end(), isThere) ||
         std::any_of(browser.traces.begin(), browser.traces.end(),
-                    [&](std::string_view trace) { return isThere(folders_.config / trace); });
-    if (!installed) continue;
-    const auto problem = connect(browser);
-    text += problem.empty() ? fmt::format("{} est prêt. {}\n", browser.name, advice(browser))
-                            : fmt::format("{} : {}\n", browser.name, problem);
+                    [&](std::string_view trace) { return isThere(folders_.config / trace); })) {
+      found.push_back(&browser);
+    }
+  }
+  return found;
+}
+
+std::string BrowserSetup::connectAll() const {
+  const auto running = runningBrowsers();
+  const auto installed = this->installed();
+  std::string text;
+  for (const auto& browser : browsers()) {
+    const auto open = std::find_if(running.begin(), running.end(), [&](const RunningBrowser& one) {
+      return one.browser == &browser;
+    });
+    const bool runs = open != running.end();
+    if (!runs && std::find(installed.begin(), installed.end(), &browser) == installed.end()) {
+      continue;
+    }
+    text += connectAndTell(browser, runs ? open->pid : 0);
   }
   return text.empty() ? "Aucun navigateur connu n'a été trouvé.\n" : text;
+}
+
+std::string BrowserSetup::connectAndTell(const Browser& browser, int32_t pid) const {
+  auto problem = setupObstacle(browser, pid);
+  if (problem.empty()) problem = connect(browser);
+  if (!problem.empty()) return fmt::format("{} : {}\n", browser.name, problem);
+  auto text = fmt::format("{} est prêt. Pour lui ajouter l'extension :\n", browser.name);
+  int number = 0;
+  for (const auto& step : setupSteps(browser, pid, data_)) {
+    text += fmt::format("  {}. {}\n", ++number, step.text);
+    if (!step.copy.empty()) text += fmt::format("     {}\n", step.copy);
+  }
+  return text;
 }
 
 void BrowserSetup::refresh() const {
@@ -140,45 +164,6 @@ void BrowserSetup::refresh() const {
       if (isThere(folder / kTabManifest)) write(browser, folder);
     }
   }
-}
-
-std::string BrowserSetup::advice(const Browser& browser) const {
-  if (browser.aliases.size() == 0) return fmt::format("{} n'existe pas sous Linux.", browser.name);
-  if (browser.kind == BrowserKind::kUntold) {
-    return fmt::format(
-        "Rien ne distingue les fenêtres privées de {} des autres : seul son temps est compté.",
-        browser.name);
-  }
-  if (!browser.takesExtension()) {
-    return fmt::format(
-        "{0} n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité du bureau "
-        "est activée : activez-la, puis redémarrez {0}.",
-        browser.name);
-  }
-  bool open = false;
-  for (const auto& running : runningBrowsers()) {
-    if (running.browser != &browser) continue;
-    open = true;
-    if (const auto sandbox = sandboxOf(running.pid)) {
-      return fmt::format(
-          "Ce {} est installé par {} : son bac à sable empêche l'extension de joindre Orvanta. "
-          "Installez-le par votre distribution ou par son éditeur.",
-          browser.name, *sandbox);
-    }
-  }
-  if (!open) return fmt::format("Ouvrez {}, puis recommencez.", browser.name);
-  if (browser.kind == BrowserKind::kFirefox) {
-    return fmt::format(
-        "Ajoutez l'extension Orvanta à {} : dans about:addons, menu de la roue dentée, « Installer "
-        "un module depuis un fichier », choisissez {}. Il faut pour cela que "
-        "xpinstall.signatures.required soit à false dans about:config. Jusqu'à la fermeture de "
-        "Firefox, elle se charge aussi dans about:debugging.",
-        browser.name, (data_ / "orvanta.xpi").string());
-  }
-  return fmt::format(
-      "Ajoutez l'extension Orvanta à {} : dans chrome://extensions, activez le « Mode "
-      "développeur », puis « Charger l'extension non empaquetée », et choisissez le dossier {}.",
-      browser.name, (data_ / "extension").string());
 }
 
 }  // namespace orvanta

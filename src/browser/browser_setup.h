@@ -10,10 +10,9 @@
 
 namespace orvanta {
 
-/// Writes the manifests by which Chromium's and Firefox's kin find `orvanta-tab`, and tells the
-/// user how to add our extension. Places by developer.chrome.com (Native messaging) and MDN (Native
-/// manifests). A browser reads its manifest whenever the extension connects, so nothing has to be
-/// restarted. May be used on any thread.
+/// Writes the manifests by which Chromium's and Firefox's kin find `orvanta-tab`. Places by
+/// developer.chrome.com (Native messaging) and MDN (Native manifests). A browser reads its manifest
+/// whenever the extension connects, so nothing has to be restarted. May be used on any thread.
 class BrowserSetup {
  public:
   struct Folders {
@@ -32,22 +31,28 @@ class BrowserSetup {
   /// included. An empty text, or the system's words when a file could not be written.
   std::string connect(const Browser& browser) const;
 
-  /// Does so for all browsers that are installed for this user: those that have a profile or run.
-  /// Tells in French which, a line each, and how to add the extension.
+  /// Whether the manifest is wherever this browser looks for it.
+  bool isPrepared(const Browser& browser) const;
+
+  /// Those that take the extension and have a profile, in the order of the table.
+  std::vector<const Browser*> installed() const;
+
+  /// Connects those and the ones that run, and tells in French which, and how to add the extension.
   std::string connectAll() const;
 
   /// Brings the manifests that are there up to date: the program may have moved.
   void refresh() const;
 
-  /// What the user has to do, in French, to have the tabs of this browser read.
-  std::string advice(const Browser& browser) const;
+  /// The folder with the extension.
+  const std::filesystem::path& data() const { return data_; }
 
-  /// A page that says the same for all browsers.
+  /// A page that says how to add the extension to which browser.
   std::filesystem::path helpPage() const { return data_ / "navigateurs.html"; }
 
  private:
   std::vector<std::filesystem::path> folders(Browser::Names places) const;
   std::vector<std::filesystem::path> manifestFolders(const Browser& browser) const;
+  std::string connectAndTell(const Browser& browser, int32_t pid) const;
   std::string write(const Browser& browser, const std::filesystem::path& folder) const;
 
   const Folders folders_;

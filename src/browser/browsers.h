@@ -74,6 +74,10 @@ bool showsPublicWindow(const Browser& browser, std::string_view windowTitle);
 /// The same of the title in the accessibility tree.
 bool showsPublicFrame(const Browser& browser, std::string_view frameName);
 
+/// Whether the profile that this process of Firefox or its kin has open holds this line of
+/// settings.
+bool profileSays(int32_t pid, std::string_view line);
+
 /// Whether this process of Firefox or its kin shows nothing but private windows, which no title
 /// says then: it was started so, or its profile keeps no history.
 bool isAlwaysPrivate(int32_t pid);

@@ -88,13 +88,20 @@ BrowserTab BrowserTabs::askHelper(const Browser& browser, const FrontmostApp& ap
   return tab;
 }
 
-ScriptResult BrowserTabs::test(const std::string& bundle) {
+bool BrowserTabs::isConnected(int32_t browser) const {
+  auto hosts = tabHosts(socketFolder_);
+  std::erase_if(hosts, [&](const TabHost& host) { return host.browser != browser; });
+  return askHosts(hosts, kPatience).kind != TabAnswer::Kind::kNoHost;
+}
+
+ScriptResult BrowserTabs::test(const std::string& bundle, bool patient) {
   constexpr double kCooldown = 5;
   constexpr double kTimeout = 60;
   const auto* browser = findBrowser(bundle);
   if (!browser) return {{}, "navigateur inconnu"};
-  return runner_.run({{helper_.string(), "--test", std::string(browser->bundle)}, {}},
-                     queryKey(*browser), kCooldown, kTimeout);
+  ChildCommand command{{helper_.string(), "--test", std::string(browser->bundle)}, {}};
+  if (!patient) command.words.emplace_back("0");
+  return runner_.run(command, queryKey(*browser), kCooldown, kTimeout);
 }
 
 }  // namespace orvanta

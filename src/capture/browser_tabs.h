@@ -33,10 +33,13 @@ class BrowserTabs {
   /// extension is connected, otherwise for as long as ScriptRunner::run does.
   std::optional<BrowserTab> browserTab(const FrontmostApp& app);
 
-  /// Asks the helper about any running instance of the browser, giving a connection that is being
-  /// made some seconds. `bundle` must have a script. The cool-down of the query is 5 s, its
-  /// time-out 60 s.
-  ScriptResult test(const std::string& bundle);
+  /// Asks the helper about any running instance of the browser; `patient`: giving a connection that
+  /// is being made some seconds. `bundle` must have a script. The cool-down of the query is 5 s,
+  /// its time-out 60 s.
+  ScriptResult test(const std::string& bundle, bool patient);
+
+  /// Whether the extension of this process of a browser is there. Blocks for 150 ms at most.
+  bool isConnected(int32_t browser) const;
 
   /// Every browser is tried again at the next tick.
   void resetBrowserCooldowns() { runner_.resetCooldowns(); }

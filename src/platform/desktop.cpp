@@ -29,8 +29,9 @@ std::string_view environment(const char* name) {
 }
 
 constexpr auto kUnknownDesktop =
-    "Ce bureau ne dit à aucun programme quelle fenêtre est active. Orvanta voit les fenêtres sous "
-    "X11, GNOME, KDE Plasma, sway et les compositeurs apparentés.";
+    "Ce bureau ne dit à aucun programme quelle fenêtre est active : tout le temps y est compté "
+    "comme « Inconnu ». Ouvrez plutôt votre session sous X11, GNOME, KDE Plasma, sway ou un "
+    "compositeur apparenté.";
 
 constexpr auto kFilmsAreMissed =
     "Rien dans cette session ne dit qu'une vidéo est affichée : un film comptera comme absence, à "

@@ -1,5 +1,6 @@
 // orvanta-tab: the active tab of a browser. One program with two sides that meet at a socket: what
 // the browser starts for our extension, and what Orvanta starts to ask.
+#include <chrono>
 #include <cstdio>
 #include <string_view>
 #include <vector>
@@ -14,7 +15,7 @@ using namespace orvanta;
 
 constexpr auto kUsage =
     "Usage : orvanta-tab --tab NAVIGATEUR [PROCESSUS]   affiche l'adresse et le titre de l'onglet\n"
-    "        orvanta-tab --test NAVIGATEUR              attend que le navigateur soit connecté\n"
+    "        orvanta-tab --test NAVIGATEUR [SECONDES]   attend que le navigateur soit connecté\n"
     "Les navigateurs démarrent eux-mêmes ce programme pour l'extension.\n";
 
 // Chromium names the extension's origin, Firefox the manifest and the extension.
@@ -34,6 +35,10 @@ int main(int argc, char** argv) {
       return printTab(words[1], pid);
   }
   if (words.size() == 2 && words[0] == "--test") return testTab(words[1]);
+  if (words.size() == 3 && words[0] == "--test") {
+    if (const auto seconds = parseNumber<int>(words[2]); seconds && *seconds >= 0)
+      return testTab(words[1], std::chrono::seconds(*seconds));
+  }
   std::fputs(kUsage, stderr);
   return 2;
 }

@@ -24,7 +24,6 @@ namespace {
 constexpr int kFailure = 3;
 constexpr std::chrono::milliseconds kSocketPatience{150};
 constexpr std::chrono::milliseconds kPatience{700};
-constexpr std::chrono::seconds kTestPatience{12};
 
 // Somebody else may hang wherever we ask; the caller learns it all the same.
 void endAfter(std::chrono::milliseconds time) {
@@ -44,7 +43,8 @@ void endAfter(std::chrono::milliseconds time) {
 struct Attempt {
   std::optional<ActiveTab> tab;
   std::string problem;
-  bool mayComeSoon = false;  // the browser has only just been started
+  bool isOpen = true;        // the browser
+  bool mayComeSoon = false;  // it has only just been started
   bool slow = false;         // nobody has said that it cannot be told
 };
 
@@ -65,7 +65,7 @@ Attempt askAccessibility(const Browser& browser, std::vector<int32_t> pids) {
       readAccessibleTab(browser, pids, title ? std::optional<std::string>(title) : std::nullopt);
   if (answer.kind == Kind::kState) return {std::move(answer.tab), {}};
   if (answer.kind == Kind::kMute) {
-    return {.tab = {}, .problem = "l'accessibilité ne répond pas", .slow = true};
+    return {.problem = "l'accessibilité ne répond pas", .slow = true};
   }
   if (answer.kind == Kind::kOff) {
     return {{}, "l'extension n'est pas connectée, et l'accessibilité est désactivée"};
@@ -75,7 +75,8 @@ Attempt askAccessibility(const Browser& browser, std::vector<int32_t> pids) {
     const auto age = ageOf(pid);
     return age && *age < kStarting;
   });
-  return {{}, "l'extension n'est pas connectée, et le navigateur ignore l'accessibilité", starting};
+  return {.problem = "l'extension n'est pas connectée, et le navigateur ignore l'accessibilité",
+          .mayComeSoon = starting};
 }
 
 Attempt attempt(const Browser& browser, std::optional<int> pid) {
@@ -88,7 +89,7 @@ Attempt attempt(const Browser& browser, std::optional<int> pid) {
       if (running.browser == &browser) pids.push_back(running.pid);
     }
   }
-  if (pids.empty()) return {{}, "le navigateur n'est pas ouvert"};
+  if (pids.empty()) return {.problem = "le navigateur n'est pas ouvert", .isOpen = false};
   auto hosts = tabHosts(tabSocketFolder());
   std::erase_if(hosts, [&](const TabHost& host) {
     return std::find(pids.begin(), pids.end(), host.browser) == pids.end();
@@ -125,16 +126,16 @@ int printTab(std::string_view bundle, std::optional<int> pid) {
   return browser ? report(attempt(*browser, pid)) : kFailure;
 }
 
-int testTab(std::string_view bundle) {
+int testTab(std::string_view bundle, std::chrono::seconds patience) {
+  constexpr std::chrono::seconds kSlowest{12};  // a browser that is switching accessibility on
   const auto* browser = browserToAsk(bundle);
   if (!browser) return kFailure;
-  // A browser that is just switching accessibility on is slow for a moment.
-  endAfter(kTestPatience + kTestPatience);
-  const auto deadline = std::chrono::steady_clock::now() + kTestPatience;
+  endAfter(patience + kSlowest);
+  const auto deadline = std::chrono::steady_clock::now() + patience;
   while (true) {
     auto result = attempt(*browser, {});
     result.mayComeSoon = false;
-    if (result.problem.empty() || std::chrono::steady_clock::now() > deadline) {
+    if (result.problem.empty() || !result.isOpen || std::chrono::steady_clock::now() >= deadline) {
       return report(result);
     }
     std::this_thread::sleep_for(kPatience / 2);

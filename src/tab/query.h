@@ -1,6 +1,7 @@
 // The side of Orvanta: what is the active tab of this browser?
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string_view>
 
@@ -13,8 +14,8 @@ namespace orvanta {
 /// accessibility tree. Answers within 150 ms as a rule; the process ends by itself after 0.7 s.
 int printTab(std::string_view bundle, std::optional<int> pid);
 
-/// The same, for a user who is connecting the browser: as long as nobody can tell, tries again for
-/// 12 s.
-int testTab(std::string_view bundle);
+/// The same, for a user who is connecting the browser: as long as nobody can tell, tries again
+/// until `patience` is over. A browser that does not run is not waited for.
+int testTab(std::string_view bundle, std::chrono::seconds patience = std::chrono::seconds(12));
 
 }  // namespace orvanta

@@ -223,6 +223,16 @@ TEST_F(RouterTest, PermissionsRememberHowEachBrowserAnswered) {
   EXPECT_EQ(call("permissions.sources"),
             json::parse(R"({"foreground": "Fake", "idle": "Fake", "inhibition": "Fake",
                             "session": "non disponible ici"})"));
+  const auto listed = call("permissions.browsers").at(0);
+  EXPECT_EQ(listed.at("running"), true);
+  EXPECT_EQ(listed.at("connected"), false);
+  EXPECT_EQ(listed.at("steps").at(0),
+            json::parse(R"({"text": "Ouvrez Firefox.", "copy": "", "button": "", "done": true})"));
+  EXPECT_EQ(call("permissions.connectBrowser", R"({"bundle": "vi"})").at("ok"), false);
+  for (const auto* body : {R"({})", R"({"bundle": "org.mozilla.firefox"})",
+                           R"({"bundle": "org.mozilla.firefox", "step": 9})"}) {
+    EXPECT_EQ(call("permissions.openBrowserPage", body).at("ok"), false) << body;
+  }
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "vi"})"), error("navigateur inconnu"));
   EXPECT_EQ(call("permissions.testBrowser", R"({"bundle": "org.mozilla.firefox"})"),
             json::value({{"ok", true}, {"error", nullptr}}));

@@ -4,7 +4,9 @@
 #include <boost/json/parse.hpp>
 #include <memory>
 
-#include "base/program_files.h"
+#include "base/processes.h"
+#include "browser/browser_steps.h"
+#include "support/fake_browser.h"
 #include "support/places.h"
 #include "support/temp_store.h"
 
@@ -61,14 +63,53 @@ TEST(BrowserSetup, WritesAManifestWhereTheBrowserLooksForIt) {
   EXPECT_FALSE(fs::exists(folder.path() / ".zen/native-messaging-hosts"));
 }
 
-TEST(BrowserSetup, SaysWhatFailedAndWhatToDo) {
+TEST(BrowserSetup, SaysWhatFailed) {
   const TempFolder folder;
   std::ofstream(folder.path() / "config").put('x');  // a file where a folder should be
   const BrowserSetup setup({folder.path(), folder.path() / "config"}, "/h", kData);
   EXPECT_TRUE(holds(setup.connect(*findBrowser("vivaldi")), "Not a directory"));
-  EXPECT_EQ(setup.advice(*findBrowser("vivaldi")), "Ouvrez Vivaldi, puis recommencez.");
-  EXPECT_EQ(setup.advice(*findBrowser("com.apple.Safari")), "Safari n'existe pas sous Linux.");
-  EXPECT_TRUE(holds(setup.advice(*findBrowser("epiphany")), "accessibilité"));
+}
+
+std::vector<std::string> pagesOf(const std::vector<SetupStep>& steps) {
+  std::vector<std::string> pages;
+  for (const auto& step : steps) pages.push_back(step.page);
+  return pages;
+}
+
+TEST(BrowserSteps, LeadToTheExtensionOrSayWhatIsInTheWay) {
+  const auto chromium = setupSteps(*findBrowser("chromium"), 0, "/d");
+  ASSERT_EQ(chromium.size(), 4U);
+  EXPECT_EQ(chromium.at(0).text, "Ouvrez Chromium.");
+  EXPECT_FALSE(chromium.at(0).done);
+  EXPECT_EQ(chromium.at(1).copy, "chrome://extensions");
+  EXPECT_EQ(chromium.at(3).copy, "/d/extension");
+  EXPECT_EQ(pagesOf(chromium), (std::vector<std::string>(4)));
+  EXPECT_EQ(setupObstacle(*findBrowser("chromium"), 0), "");
+
+  EXPECT_EQ(setupObstacle(*findBrowser("com.apple.Safari"), 0), "Safari n'existe pas sous Linux.");
+  EXPECT_TRUE(holds(setupObstacle(*findBrowser("epiphany"), 0), "accessibilité"));
+  EXPECT_TRUE(holds(setupObstacle(*findBrowser("floorp"), 0), "seul son temps est compté"));
+  EXPECT_TRUE(setupSteps(*findBrowser("floorp"), 0, "/d").empty());
+}
+
+// Mozilla's own builds say beside the program what they are, and those for everybody take no
+// unsigned extension for good.
+TEST(BrowserSteps, OfAFirefoxDependOnItsEdition) {
+  const auto& firefox = *findBrowser("firefox");
+  const FakeBrowser running("firefox-bin");
+  const auto about = fs::path(programOf(running.pid())).replace_filename("application.ini");
+  const std::vector<std::string> temporary{"", "about:debugging#/runtime/this-firefox"};
+  const std::vector<std::string> lasting{"", "about:config", "/d/orvanta.xpi"};
+  EXPECT_EQ(pagesOf(setupSteps(firefox, running.pid(), "/d")), temporary);
+  std::ofstream(about) << "; a remark\n[App]\nRemotingName=firefox-esr\n";
+  EXPECT_EQ(pagesOf(setupSteps(firefox, running.pid(), "/d")), lasting);
+  std::ofstream(about) << "[App]\nRemotingName=firefox\n";
+  const auto steps = setupSteps(firefox, running.pid(), "/d");
+  EXPECT_EQ(pagesOf(steps), temporary);
+  EXPECT_TRUE(steps.at(0).done);
+  EXPECT_EQ(openingCommand(running.pid(), "about:config"),
+            (std::vector<std::string>{programOf(running.pid()), "about:config"}));
+  EXPECT_EQ(openingCommand(1 << 29, "about:config"), std::vector<std::string>());
 }
 
 // Chromium makes an extension's identifier of the key in its manifest.

@@ -97,12 +97,12 @@ TEST_F(BrowserTabsTest, AFailedQueryIsLeftAloneForFiveMinutes) {
   tabs.resetBrowserCooldowns();
   helper("echo https://a.fr/");
   EXPECT_EQ(read().url, "https://a.fr/");
-  EXPECT_EQ(tabs.test("com.apple.TextEdit").error, "navigateur inconnu");
+  EXPECT_EQ(tabs.test("com.apple.TextEdit", true).error, "navigateur inconnu");
   helper("exit 3");
-  EXPECT_EQ(tabs.test("chromium").error, "");
-  EXPECT_EQ(tabs.test("chromium").error, "désactivé");
+  EXPECT_EQ(tabs.test("chromium", true).error, "");
+  EXPECT_EQ(tabs.test("chromium", true).error, "désactivé");
   clock.now = clock.now + 5;
-  EXPECT_EQ(tabs.test("chromium").error, "");
+  EXPECT_EQ(tabs.test("chromium", true).error, "");
 }
 
 TEST_F(BrowserTabsTest, AHangCostsAMinute) {
@@ -143,9 +143,11 @@ TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
             "Pas de réponse (l'extension n'est pas connectée). Ouvrez Vivaldi, puis recommencez.");
   EXPECT_EQ(callsSoFar(), "--test com.vivaldi.Vivaldi\n");
   EXPECT_TRUE(fs::exists(folder.path() / "vivaldi/NativeMessagingHosts"));
+  // An extension that could find us before would be there: nothing is waited for any more.
   helper("printf 'https://a.fr/\\nA'");
   connection.resetBrowserCooldowns();
   const auto result = connection.test("vivaldi-stable");
+  EXPECT_EQ(callsSoFar(), "--test com.vivaldi.Vivaldi\n--test com.vivaldi.Vivaldi 0\n");
   EXPECT_EQ(result.output, "https://a.fr/\nA");
   EXPECT_EQ(result.error, "");
 }
@@ -173,6 +175,27 @@ class Host {
   std::atomic<bool> stop_ = false;
   std::thread thread_;
 };
+
+TEST_F(BrowserTabsTest, ABrowserIsOneHoweverManyOfItsProcessesRun) {
+  const auto* firefox = findBrowser("firefox");
+  const auto running = [&] {
+    return std::vector<RunningBrowser>{{firefox, 7}, {firefox, getpid()}, {firefox, 8}};
+  };
+  fs::create_directories(folder.path() / ".mozilla");
+  fs::create_directories(folder.path() / "vivaldi");
+  const BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, kDataFolder},
+                                     running);
+  auto states = connection.states();
+  ASSERT_EQ(states.size(), 2U);
+  EXPECT_EQ(states.at(0).pid, 8);
+  EXPECT_FALSE(states.at(0).connected);
+  EXPECT_EQ(states.at(1).browser->name, "Vivaldi");
+  EXPECT_EQ(states.at(1).pid, 0);
+  const Host host(sockets, 1, {{}, 30});
+  states = connection.states();
+  EXPECT_EQ(states.at(0).pid, getpid());
+  EXPECT_TRUE(states.at(0).connected);
+}
 
 TEST_F(BrowserTabsTest, TheExtensionIsAskedWithoutAHelper) {
   helper("printf 'https://aide.fr/\\nAide'");

@@ -3,6 +3,7 @@
 import glob
 import json
 import os
+import shutil
 import signal
 import time
 from pathlib import Path
@@ -43,8 +44,27 @@ class BrowserTest(DesktopCase):
             self.assertNotIn(word.encode(), path.read_bytes(), path)
 
     def connect(self, browser):
-        done = self.desktop.run(ORVANTA, "--connect-browsers")
-        self.assertIn(f"{browser.name} est prêt.", done.stdout.decode())
+        """As the dashboard does it; the browser is not open yet."""
+        steps = self.state_of(browser)["steps"]
+        self.assertGreater(len(steps), 2)
+        self.assertFalse(steps[-1]["done"])
+        self.assertEqual(self.desktop.call("permissions.connectBrowser",
+                                           json.dumps({"bundle": browser.bundle})),
+                         (0, {"ok": True, "error": None}))
+
+    def test_a_browser_that_is_not_open(self):
+        asked = time.time()
+        status, answer = self.desktop.call("permissions.testBrowser",
+                                           '{"bundle": "com.vivaldi.Vivaldi"}')
+        self.assertEqual((status, answer["ok"]), (0, False))
+        self.assertIn("Ouvrez Vivaldi, puis recommencez.", answer["error"])
+        self.assertLess(time.time() - asked, 5, "nothing is waited for")
+
+    def state_of(self, browser):
+        states = self.desktop.call("permissions.browsers")[1]
+        mine = [state for state in states if state["bundle"] == browser.bundle]
+        self.assertEqual(len(mine), 1, states)
+        return mine[0]
 
     def follow(self, browser):
         desktop, pages = self.desktop, self.pages
@@ -52,6 +72,12 @@ class BrowserTest(DesktopCase):
         first = browser.start(pages.url("un"), pages.url("deux"))
         wait_for(lambda: browser.tab() == (0, f"{pages.url('un')}\nPage un", ""), 20,
                  "the extension tells the first page")
+        # Every step is ticked; another process of the browser is no other browser.
+        other = shutil.copy("/bin/sleep", os.path.join(desktop.folder, browser.command()[0]))
+        desktop.spawn(other, "1000")
+        state = self.state_of(browser)
+        self.assertEqual((state["running"], state["connected"]), (True, True))
+        self.assertEqual({step["done"] for step in state["steps"]}, {True})
         self.assertEqual([oct(os.stat(path).st_mode & 0o777) for path in self.sockets()], ["0o600"])
         started = time.time()
         orvanta = desktop.start_orvanta()
@@ -180,6 +206,29 @@ class BrowserTest(DesktopCase):
         self.assertEqual(test.wait(timeout=15), 0, output_of(test))
         wait_for(lambda: browser.tab()[1] == f"{self.pages.url('un')}\nPage un", 5, "the first page")
         self.follow_accessible(browser)
+
+    def test_firefox_is_led_to_the_extension(self):
+        """What the steps' buttons open, and the ticks that come by themselves."""
+        browser = Firefox(self.desktop, extension=False)
+        browser.start(self.pages.url("un"))
+        self.desktop.call("permissions.connectBrowser", json.dumps({"bundle": browser.bundle}))
+
+        def ticks():
+            return [step["done"] for step in self.state_of(browser)["steps"]]
+
+        def titles():
+            return [self.desktop.title_of(window) for window in browser.windows()]
+        self.assertEqual(ticks()[0], True)
+        wait_for(lambda: ticks() == [True, True, False], 10, "the setting is seen in the profile")
+        for step, title in ((1, "Advanced Preferences"), (2, "orvanta.xpi")):
+            self.assertEqual(self.desktop.call("permissions.openBrowserPage", json.dumps(
+                {"bundle": browser.bundle, "step": step})), (0, {"ok": True, "error": None}))
+            if step == 1:
+                wait_for(lambda: any(title in one for one in titles()), 15, titles)
+        pass_time(2)  # Firefox takes no key while it asks for less than a moment
+        browser.keys("alt+a")  # "Add"
+        wait_for(lambda: self.state_of(browser)["connected"], 15, "the extension connects")
+        self.assertEqual(ticks(), [True, True, True])
 
     # With it.
 

@@ -3,10 +3,12 @@
 import datetime
 import json
 import os
+import shutil
 import time
 
 from desktop import TICK, pass_time, wait_for
 from page_case import BAR, PROJECT, SITE, TITLE, TOAST, PageCase, button, field, row
+from webdriver import FOCUSED
 
 CATEGORIES = {"travail": "Travail", "loisir": "Loisir", "autre": "Autre", "nonclasse": "Non classé"}
 WEEKDAYS = "Lundi Mardi Mercredi Jeudi Vendredi Samedi Dimanche".split()
@@ -40,6 +42,9 @@ class PageTest(PageCase):
                            domain)
 
     def test_the_first_opening(self):
+        # It passes for a browser that runs.
+        self.desktop.spawn(shutil.copy("/bin/sleep", os.path.join(self.desktop.folder, "chromium")),
+                           "1000")
         page = self.open(onboarded=False)
         page.wait_for_text("//h1", "Bienvenue dans Orvanta")
         self.assertIn(self.desktop.database(), page.text("//main"))
@@ -52,8 +57,25 @@ class PageTest(PageCase):
         page.wait_for_text("//*[@role = 'alert'][. != '']", "Donnez un nom au projet")
         self.assertEqual(self.desktop.setting("onboarded"), "0")
 
-        page.click(field("Nom"))
+        # The keyboard is the form's alone: no view is chosen, nothing is paused.
+        page.click(button("Retour"))
+        page.wait_for_text("//h1", "Ce que ce bureau permet")
+        page.press("b", "o", "Shift+p", "r")
+        # The steps that connect a browser; what they take is on the clipboard.
+        page.click(button("Connecter Chromium"))
+        page.wait_for_text("//ol[@class = 'connect-steps']/li[1]", "FaitOuvrez Chromium.")
+        page.click(button("Copier chrome://extensions"))
+        page.wait_for_text("//ol[@class = 'connect-steps']/li[2]", "Copié")
+        page.click(button("Continuer"))
+        wait_for(lambda: page.script(FOCUSED) == "", 10, "the name has the focus")
+        page.press("ctrl+v")
+        wait_for(lambda: page.script(FOCUSED) == "chrome://extensions", 10, "the address is pasted")
+        page.press("ctrl+a")
+        page.type("Projet Boutique")
+        page.press("ctrl+a")
         page.type("L'été à Brest")
+        self.assertEqual(self.desktop.setting("paused"), "0")
+        self.assertFalse(self.desktop.call("permissions.status")[1]["launch_at_login"])
         page.click("//input[@aria-label = 'Ocre']/..")
         page.click(field("Mots-clés"))
         page.type("sonde, quai")
@@ -61,6 +83,7 @@ class PageTest(PageCase):
         self.wait_for_store([("L'été à Brest", "#d08c10", "travail", "sonde, quai")],
                             "SELECT name, color, category, keywords FROM projects")
         self.wait_for_setting("onboarded", "1")
+        self.assertTrue(self.desktop.call("permissions.status")[1]["launch_at_login"])
         # Its time is there at once, by its keyword.
         page.wait_for_text("//section[@aria-label = 'Projets']", "L'été à Brest30 min")
 

@@ -5,6 +5,7 @@ import json
 import os
 import shutil
 import sqlite3
+import subprocess
 import time
 from contextlib import closing
 
@@ -71,6 +72,27 @@ class StoreTest(DesktopCase):
         spans = [span for span in self.desktop.spans() if span["end"] >= begin]
         recorded = sum(span["end"] - span["start"] for span in spans)
         self.assertGreater(recorded, time.time() - begin - 8, "all but the pause and the start")
+
+    def test_a_store_restored_between_two_questions(self):
+        """What asks one question after the other in one process reads and writes the new file."""
+        asking = subprocess.Popen(
+            [ORVANTA, "--call", "-"], env=self.desktop.env, stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self.addCleanup(asking.communicate)
+
+        def ask(path, body):
+            asking.stdin.write(json.dumps({"id": 1, "path": path, "body": body}) + "\n")
+            asking.stdin.flush()
+            return json.loads(asking.stdout.readline())["answer"]
+        ask("projects.save", {"name": "Avant"})
+        copy = os.path.join(self.desktop.folder, "copy.db")
+        self.run_orvanta("--backup", copy)
+        ask("projects.save", {"name": "Après"})
+        self.run_orvanta("--restore", copy)
+        self.assertEqual([one["name"] for one in ask("projects.list", {})], ["Avant"])
+        ask("projects.save", {"name": "Ensuite"})
+        self.assertEqual(self.desktop.stored("SELECT name FROM projects ORDER BY id"),
+                         [("Avant",), ("Ensuite",)])
 
     def test_started_on_a_full_disk(self):
         self.desktop.on_small_disk("1m")

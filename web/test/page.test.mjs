@@ -33,6 +33,15 @@ for (const colorScheme of ["light", "dark"]) {
     await page.locator(".preview summary").click();
     await check("rule editor");
     await page.keyboard.press("Escape");
+    await page.keyboard.press("g");
+    const missing = page.locator(".settings-row", { hasText: "non disponible ici" });
+    await missing.first().waitFor();
+    assert.equal(await missing.count(), 4);
+    for (const row of await missing.all())
+      assert.ok((await row.locator("small").innerText()).length > 60, "what it costs, and what helps");
+    await page.getByRole("button", { name: "Connecter Chromium" }).click(); // the one that shows this page
+    await page.locator(".connect-steps").waitFor();
+    await check("the way to connect a browser");
     await page.keyboard.press("p");
     await page.keyboard.press("n");
     await check("project editor");
@@ -122,6 +131,48 @@ test("the keyboard alone selects, assigns and takes back; the rule that was lear
   await page.waitForFunction(() => document.querySelectorAll(".rule-row:not(.head)").length === 1);
   assert.deepEqual(await origins.allInnerTexts(), ["D’après l’application"]);
   assert.ok(await origins.evaluate((cell) => cell.scrollWidth <= cell.clientWidth), "it is not cut short");
+  await page.context().close();
+});
+
+test("the welcome and a dialogue have the keyboard to themselves; the start with the session is a choice", async () => {
+  const page = await open({ make: ["--kind", "new"] });
+  const next = page.getByRole("button", { name: "Continuer" });
+  const launches = async () => (await page.program.ask("permissions.status")).launch_at_login;
+  const choice = page.getByRole("switch", { name: "Lancer Orvanta à l’ouverture de la session" });
+  assert.ok(await choice.isChecked());
+  await choice.click();
+  await next.click();
+  await next.click();
+  await page.keyboard.type("Projet Boutique"); // into the field that has the focus
+  assert.equal(await page.getByLabel("Nom").inputValue(), "Projet Boutique");
+  await page.locator("h1").click();
+  await page.keyboard.type("Projet ?");
+  assert.equal(await page.locator("h1").innerText(), "Un premier projet");
+  await page.getByRole("button", { name: "Créer et commencer" }).click();
+  await page.waitForSelector(".side");
+  assert.ok(!(await launches()));
+
+  await page.keyboard.press("p");
+  await page.keyboard.press("n");
+  await page.locator("dialog h2").waitFor();
+  await page.evaluate(() => document.activeElement.blur());
+  await page.keyboard.type("Projet ?");
+  assert.equal(await page.locator("dialog h2").innerText(), "Nouveau projet");
+  assert.equal((await page.program.ask("status")).paused, false);
+  assert.deepEqual(page.asked.filter(([path]) => path.startsWith("tracker.")), []);
+  await page.keyboard.press("Escape");
+
+  // Seen again, it shows what holds.
+  await page.keyboard.press("g");
+  await page.getByRole("button", { name: "Revoir l’accueil" }).click();
+  assert.ok(!(await choice.isChecked()));
+  await choice.click();
+  await next.click();
+  await next.click();
+  assert.ok(!(await launches()), "nothing is written before the end");
+  await page.getByRole("button", { name: "Plus tard" }).click();
+  await page.waitForSelector(".side");
+  assert.ok(await launches());
   await page.context().close();
 });
 

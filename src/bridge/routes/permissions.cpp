@@ -24,10 +24,14 @@ json::object eachProbe(const Desktop& desktop, std::string Source::* what) {
           {"session", sources.session.*what}};
 }
 
+json::object nameOf(const Browser& browser) {
+  return {{"bundle", browser.bundle}, {"name", browser.name}};
+}
+
 json::value status(Core& core, const Body& /*body*/) {
   json::array running;
-  for (const auto& [browser, pid] : core.browsers.running()) {
-    running.push_back({{"bundle", browser->bundle}, {"name", browser->name}});
+  for (const auto& state : core.browsers.states()) {
+    if (state.pid > 0) running.push_back(nameOf(*state.browser));
   }
   json::object answer{{"accessibility", core.collectors.accessibilityGranted()},
                       {"browsers_running", std::move(running)},
@@ -41,6 +45,40 @@ json::value status(Core& core, const Body& /*body*/) {
 
 json::value sources(Core& core, const Body& /*body*/) {
   return eachProbe(core.desktop, &Source::name);
+}
+
+json::value browsers(Core& core, const Body& /*body*/) {
+  json::array answer;
+  for (const auto& state : core.browsers.states()) {
+    json::array steps;
+    for (const auto& step : state.steps) {
+      steps.push_back({{"text", step.text},
+                       {"copy", step.copy},
+                       {"button", step.button},
+                       {"done", step.done || state.connected}});
+    }
+    auto told = nameOf(*state.browser);
+    told["running"] = state.pid > 0;
+    told["connected"] = state.connected;
+    told["obstacle"] = state.obstacle;
+    told["steps"] = std::move(steps);
+    answer.push_back(std::move(told));
+  }
+  return answer;
+}
+
+json::value attempt(const std::string& error) {
+  return {{"ok", error.empty()}, {"error", textOrNull(error)}};
+}
+
+json::value connectBrowser(Core& core, const Body& body) {
+  return attempt(core.browsers.connect(body.s("bundle").value_or("")));
+}
+
+json::value openBrowserPage(Core& core, const Body& body) {
+  const auto step = body.i("step").value_or(-1);
+  return attempt(
+      core.browsers.openPage(body.s("bundle").value_or(""), static_cast<std::size_t>(step)));
 }
 
 json::value requestAccessibility(Core& core, const Body& /*body*/) {
@@ -78,6 +116,9 @@ json::value launchAtLogin(Core& core, const Body& body) {
 constexpr Route kRoutes[]{
     {"permissions.status", RouteKind::Read, status},
     {"permissions.sources", RouteKind::Read, sources},
+    {"permissions.browsers", RouteKind::Read, browsers},
+    {"permissions.connectBrowser", RouteKind::Write, connectBrowser},
+    {"permissions.openBrowserPage", RouteKind::Ask, openBrowserPage},
     {"permissions.requestAccessibility", RouteKind::Read, requestAccessibility},
     {"permissions.testBrowser", RouteKind::Ask, testBrowser},
     {"permissions.openAutomation", RouteKind::Read, openAutomation},

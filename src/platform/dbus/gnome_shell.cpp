@@ -29,7 +29,9 @@ constexpr auto kExtensions = "org.gnome.Shell.Extensions";
 constexpr auto kSettings = "org.gnome.shell";
 constexpr auto kId = "focus@orvanta.quellvane.fr";
 constexpr auto kNeedsExtension =
-    "GNOME ne montre les titres des fenêtres qu'à ses extensions : installez celle d'Orvanta.";
+    "GNOME ne montre ses fenêtres qu'à ses extensions : sans celle d'Orvanta, seules les "
+    "applications qui parlent aux lecteurs d'écran se voient, le reste est « Inconnu ». "
+    "Installez-la.";
 constexpr auto kNeedsLogOut =
     "L'extension GNOME d'Orvanta est installée : fermez votre session puis rouvrez-la une fois "
     "pour que les titres des fenêtres soient enregistrés.";

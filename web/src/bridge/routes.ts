@@ -94,6 +94,25 @@ export interface Permissions {
   films?: string;
 }
 
+/** A browser of this user. */
+export interface BrowserState {
+  bundle: string;
+  name: string;
+  running: boolean;
+  /** Its extension is there. */
+  connected: boolean;
+  /** Why the extension does not help, and what does; "" when it does. */
+  obstacle: string;
+  steps: {
+    text: string;
+    /** What the step takes: an address, a setting, a file; "" for none. */
+    copy: string;
+    /** Of the button that opens the step's page; "" where there is none. */
+    button: string;
+    done: boolean;
+  }[];
+}
+
 interface Ok extends Unstored {
   ok: true;
 }
@@ -178,6 +197,9 @@ export interface Routes {
   "permissions.status": [Nothing, Permissions];
   /** What these are called. */
   "permissions.sources": [Nothing, Record<string, string>];
+  "permissions.browsers": [Nothing, BrowserState[]];
+  "permissions.connectBrowser": [{ bundle: string }, Attempt];
+  "permissions.openBrowserPage": [{ bundle: string; step: number }, Attempt];
   "permissions.requestAccessibility": [Nothing, Ok];
   "permissions.testBrowser": [{ bundle: string }, Attempt & Unstored];
   "permissions.openAutomation": [Nothing, Ok];

@@ -93,6 +93,7 @@ export function Confirm({
 interface FormProps {
   id?: string;
   class?: string;
+  "aria-labelledby"?: string;
   children: ComponentChildren;
   onSubmit: () => Promise<void> | void;
 }

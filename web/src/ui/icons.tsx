@@ -23,6 +23,7 @@ const shapes = {
   trash: "M3 4.5h10M6 4.5v-2h4v2M4.3 4.5l.6 9h6.2l.6-9M6.8 7v4M9.2 7v4",
   archive: "M2.5 3h11v3h-11zM3.5 6v7h9V6M6.5 8.5h3",
   warning: "M8 2.5 14 13H2zM8 6.5v3M8 11.2v.2",
+  copy: "M5.5 5.5h8v8h-8zM10.5 5.5v-3h-8v8h3",
   check: "M3 8.5 6.5 12 13 4.5",
   keyboard: "M1.5 4h13v8.5h-13zM4 6.5h.1M6.7 6.5h.1M9.3 6.5h.1M12 6.5h.1M4.5 10h7",
   external: "M6.5 3.5h-3v9h9v-3M9 3h4v4M13 3 7.5 8.5",

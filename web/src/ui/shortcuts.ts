@@ -27,9 +27,14 @@ function keyNames(event: KeyboardEvent): string[] {
   return names;
 }
 
+/** Whether something lies over the page that has the keyboard to itself, wherever the focus is. */
+export function isCovered(): boolean {
+  return document.querySelector("dialog[open], .welcome") !== null;
+}
+
 function takesKeys(target: EventTarget | null, key: string): boolean {
   if (!(target instanceof HTMLElement)) return false;
-  if (target.closest("dialog, [role=dialog]")) return true;
+  if (target.closest("[role=dialog]")) return true;
   if (target instanceof HTMLInputElement && /^(checkbox|radio)$/.test(target.type))
     return key.startsWith("Arrow");
   if (target.matches("input, textarea, select")) return true;
@@ -37,15 +42,15 @@ function takesKeys(target: EventTarget | null, key: string): boolean {
 }
 
 /**
- * Keys that work wherever the focus is, except in a field or a dialogue. A handler that returns
- * false lets the key through.
+ * Keys that work wherever the focus is, except in a field and while a dialogue or the welcome is open.
+ * A handler that returns false lets the key through.
  */
 export function useShortcuts(handlers: Record<string, () => boolean | void>): void {
   const latest = useRef(handlers);
   latest.current = handlers;
   useLayoutEffect(() => {
     const onKey = (event: KeyboardEvent) => {
-      if (event.defaultPrevented || event.ctrlKey || event.metaKey || event.altKey) return;
+      if (event.defaultPrevented || event.ctrlKey || event.metaKey || event.altKey || isCovered()) return;
       const name = keyNames(event).find((candidate) => candidate in latest.current);
       const handler = name && latest.current[name];
       if (!handler || takesKeys(event.target, name)) return;

@@ -7,6 +7,7 @@ import { isolated } from "../model/time";
 import { useClearOf } from "./clear_of";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
+import { isCovered } from "./shortcuts";
 
 export interface Notice {
   text: string;
@@ -91,7 +92,7 @@ function useAction(notice: Notice | null): () => Promise<void> {
     const onKey = (event: KeyboardEvent) => {
       const typing = event.target instanceof HTMLInputElement || event.target instanceof HTMLTextAreaElement;
       const way = wayOf(event);
-      if (!way || typing || !notice?.[way]) return;
+      if (!way || typing || isCovered() || !notice?.[way]) return;
       event.preventDefault();
       void act();
     };

@@ -2,13 +2,15 @@ import type { ComponentChildren } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
 import { UnstoredError } from "../bridge/bridge";
 import type { Status } from "../bridge/routes";
-import { useAnswer, useClient } from "../client";
+import { errorText, useAnswer, useClient } from "../client";
 import { Form, FormError } from "../ui/dialog";
 import { Button } from "../ui/parts";
 import { useTask } from "../ui/task";
 import { useNotice } from "../ui/toast";
 import { blankProject, type Fields, ProjectFields } from "./projects/project_editor";
-import { BrowserRows, DesktopRows } from "./settings/permissions";
+import { BrowserRows } from "./settings/browsers";
+import { Switch } from "./settings/fields";
+import { DesktopRows } from "./settings/permissions";
 
 const steps = ["Ce qui est noté", "Ce bureau", "Un projet"];
 
@@ -23,6 +25,7 @@ interface Props {
 export function Welcome({ status, banner, onDone }: Props) {
   const [step, setStep] = useState(0);
   const [fields, setFields] = useState(blankProject(0));
+  const launch = useLaunch(status.onboarded);
   return (
     <main class="welcome" data-scroller>
       <div class="welcome-body">
@@ -40,12 +43,13 @@ export function Welcome({ status, banner, onDone }: Props) {
               </li>
             ))}
           </ol>
-          {step === 0 && <Recorded db={status.db} />}
+          {step === 0 && <Recorded db={status.db} launch={launch} />}
           {step === 1 && <Desktop />}
           {step === 2 ? (
             <FirstProject
               fields={fields}
               onFields={(part) => setFields({ ...fields, ...part })}
+              settle={launch.settle}
               onBack={() => setStep(1)}
               onDone={onDone}
             />
@@ -62,13 +66,46 @@ export function Welcome({ status, banner, onDone }: Props) {
   );
 }
 
-// The reading starts here when a step is reached.
-function Head({ title, lead }: { title: string; lead: string }) {
+interface Launch {
+  wanted: boolean;
+  setWanted: (wanted: boolean) => void;
+  /** Makes it so. */
+  settle: () => Promise<void>;
+}
+
+// Whether Orvanta starts with the session: on unless the user says no, and as it is when the welcome is
+// seen again. Nothing is written before the end.
+function useLaunch(again: boolean): Launch {
+  const client = useClient();
+  const notify = useNotice();
+  const { answer } = useAnswer("permissions.status", {});
+  const [chosen, setWanted] = useState<boolean>();
+  const present = answer?.launch_at_login ?? false;
+  const wanted = chosen ?? (again ? present : true);
+  const settle = async () => {
+    if (wanted === present) return;
+    // Nobody is held here by it: the settings offer it again.
+    const why = await client.call("launchAtLogin", { enabled: wanted }).then(({ error }) => error, errorText);
+    if (!why) return;
+    notify({
+      text: `Le lancement à l’ouverture de session n’a pas pu être changé\u00a0: ${why}`,
+      failed: true,
+    });
+  };
+  return { wanted, setWanted, settle };
+}
+
+// The reading starts here when a step is reached, unless there is something to fill in.
+function Head({ title, lead, fills }: { title: string; lead: string; fills?: string }) {
   const heading = useRef<HTMLHeadingElement>(null);
-  useEffect(() => heading.current?.focus(), []);
+  useEffect(() => {
+    heading.current?.closest("main")?.scrollTo(0, 0);
+    const field = fills && document.querySelector<HTMLElement>(`#${fills} input`);
+    (field || heading.current)?.focus();
+  }, []);
   return (
     <>
-      <h1 ref={heading} tabIndex={-1}>
+      <h1 id="welcome-title" ref={heading} tabIndex={-1}>
         {title}
       </h1>
       <p class="lead">{lead}</p>
@@ -86,7 +123,7 @@ function Foot({ onBack, children }: { onBack: false | (() => void); children: Co
   );
 }
 
-function Recorded({ db }: { db: string }) {
+function Recorded({ db, launch }: { db: string; launch: Launch }) {
   return (
     <>
       <Head
@@ -108,6 +145,14 @@ function Recorded({ db }: { db: string }) {
           export, et des règles que vous pouvez lire et changer.
         </li>
       </ul>
+      <div class="settings-rows welcome-launch">
+        <Switch
+          label="Lancer Orvanta à l’ouverture de la session"
+          help="Sans fenêtre, dans la zone de notification. Se change dans les réglages."
+          on={launch.wanted}
+          onChange={launch.setWanted}
+        />
+      </div>
     </>
   );
 }
@@ -130,16 +175,18 @@ function Desktop() {
 interface FirstProjectProps {
   fields: Fields;
   onFields: (part: Partial<Fields>) => void;
+  settle: () => Promise<void>;
   onBack: () => void;
   onDone: () => void;
 }
 
-function FirstProject({ fields, onFields, onBack, onDone }: FirstProjectProps) {
+function FirstProject({ fields, onFields, settle, onBack, onDone }: FirstProjectProps) {
   const client = useClient();
   const notify = useNotice();
   const { answer: projects = [] } = useAnswer("projects.list", {});
   const { error, setError, run } = useTask();
   const finish = async () => {
+    await settle();
     await client.call("onboarding.done", {}).catch((failure: unknown) => {
       // Kept in memory until it can be stored: nobody is held here by a full disk.
       if (!(failure instanceof UnstoredError)) throw failure;
@@ -159,13 +206,14 @@ function FirstProject({ fields, onFields, onBack, onDone }: FirstProjectProps) {
     <>
       <Head
         title="Un premier projet"
+        fills="first-project"
         lead={
           projects.length > 0
             ? "Vous en avez déjà. En voulez-vous un autre\u00a0?"
             : "Un client, un cours, un chantier\u00a0: son temps se rassemble tout seul grâce aux mots-clés."
         }
       />
-      <Form class="form" id="first-project" onSubmit={create}>
+      <Form class="form" id="first-project" aria-labelledby="welcome-title" onSubmit={create}>
         <ProjectFields
           {...fields}
           onChange={(part) => {

@@ -1,11 +1,10 @@
 import type { Permissions } from "../../bridge/routes";
-import { useAnswer, useClient } from "../../client";
+import { useAnswer } from "../../client";
 import { typeset } from "../../model/time";
-import { Icon } from "../../ui/icons";
 import { Button } from "../../ui/parts";
-import { useTask } from "../../ui/task";
 import { useSend } from "../../ui/toast";
 import { Row } from "./fields";
+import { State } from "./state";
 
 const probeNames: Record<string, string> = {
   foreground: "Application et fenêtre",
@@ -13,6 +12,23 @@ const probeNames: Record<string, string> = {
   inhibition: "Vidéos et appels",
   session: "Verrouillage et veille",
 };
+
+// What it costs where nothing tells of it, and what helps.
+function missing(probe: string, { probes = {}, films }: Permissions): string | undefined {
+  if (probe === "inhibition" && films) return typeset(films);
+  if (probes[probe] !== "none") return undefined;
+  switch (probe) {
+    case "foreground":
+      return "Tout le temps est compté comme « Inconnu ». « Titre des fenêtres », ci-dessus, dit ce qui aide.";
+    case "idle":
+      return "Vos absences ne se voient pas : elles comptent comme activité. Mettez le suivi en pause en partant.";
+    case "inhibition":
+      return "Sans effet d’ordinaire : sous Wayland, c’est le compositeur qui retient l’inactivité pendant une vidéo. Sinon, allongez le seuil d’inactivité.";
+    case "session":
+      return "Un écran verrouillé compte comme présence jusqu’au seuil d’inactivité. Il faut à la session systemd-logind, elogind ou un écran de veille.";
+  }
+  return undefined;
+}
 
 /** What this desktop lets Orvanta see, and what can be done about the rest. */
 export function DesktopRows() {
@@ -24,7 +40,7 @@ export function DesktopRows() {
     <>
       <Row
         label="Titre des fenêtres"
-        help={answer.advice || "Sans lui, le temps est compté par application seulement."}
+        help={typeset(answer.advice ?? "") || "Sans lui, le temps est compté par application seulement."}
       >
         <State good={answer.accessibility} text={answer.accessibility ? "lisible" : "illisible"} />
         {(!answer.accessibility || answer.advice) && (
@@ -34,11 +50,7 @@ export function DesktopRows() {
         )}
       </Row>
       {Object.entries(answer.probes ?? {}).map(([probe, source]) => (
-        <Row
-          key={probe}
-          label={probeNames[probe] ?? probe}
-          help={probe === "inhibition" ? answer.films && typeset(answer.films) : undefined}
-        >
+        <Row key={probe} label={probeNames[probe] ?? probe} help={missing(probe, answer)}>
           <State
             good={source !== "none" && !(probe === "inhibition" && answer.films)}
             text={names?.[probe] ?? source}
@@ -46,61 +58,5 @@ export function DesktopRows() {
         </Row>
       ))}
     </>
-  );
-}
-
-/** The browsers that run, each with a way to try whether its active tab can be read. */
-export function BrowserRows() {
-  const send = useSend();
-  const { answer } = useAnswer("permissions.status", {}, 10);
-  if (!answer) return null;
-  return (
-    <>
-      {answer.browsers_running.length === 0 && (
-        <Row label="Navigateurs" help="Ouvrez votre navigateur : il apparaîtra ici, avec un essai.">
-          <span class="quiet">aucun n’est ouvert</span>
-        </Row>
-      )}
-      {answer.browsers_running.map((browser) => (
-        <Browser key={browser.bundle} {...browser} known={answer.browsers[browser.bundle]} />
-      ))}
-      <Row label="Extension des navigateurs" help="C’est elle qui dit à Orvanta l’adresse de l’onglet actif.">
-        <Button onClick={() => send("permissions.openAutomation", {})}>Ouvrir les réglages</Button>
-      </Row>
-    </>
-  );
-}
-
-interface BrowserProps {
-  bundle: string;
-  name: string;
-  known: Permissions["browsers"][string] | undefined;
-}
-
-function Browser({ bundle, name, known }: BrowserProps) {
-  const client = useClient();
-  const { busy, error, setError, run } = useTask();
-  const test = async () => {
-    const result = await client.call("permissions.testBrowser", { bundle });
-    if (!result.ok) setError(result.error || "L’onglet actif n’a pas pu être lu.");
-  };
-  return (
-    <Row label={name} error={error}>
-      {known === "ok" && <State good text="onglet lisible" />}
-      {known === "denied" && <State good={false} text="onglet illisible" />}
-      {known === undefined && <span class="quiet">pas encore essayé</span>}
-      <Button disabled={busy} aria-label={`Essayer ${name}`} onClick={() => run(test)}>
-        {busy ? "Essai…" : "Essayer"}
-      </Button>
-    </Row>
-  );
-}
-
-function State({ good, text }: { good: boolean; text: string }) {
-  return (
-    <span class={good ? "state good" : "state bad"}>
-      <Icon name={good ? "check" : "warning"} />
-      {text}
-    </span>
   );
 }
