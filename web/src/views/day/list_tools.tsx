@@ -3,6 +3,8 @@ import { categoryLabel } from "../../model/categories";
 import { type Filter, isFiltering } from "../../model/filter";
 import { clip, count, duration } from "../../model/time";
 import { Icon } from "../../ui/icons";
+import { useRoving } from "../../ui/roving";
+import { Said } from "../../ui/said";
 
 interface Props {
   filter: Filter;
@@ -23,12 +25,14 @@ export function ListTools({ filter, projects, blocks, onChange, onReset }: Props
     [filter.app, { app: null }],
     [filter.domain, { domain: null }],
   ];
+  const tools = useRoving<HTMLDivElement>("row");
   return (
-    <div class="list-tools">
+    <div class="list-tools" ref={tools}>
       <h2 title="Sans les passages plus brefs que le réglage « Bloc le plus court »">
         {count(active.length, "bloc")}{" "}
         <span class="quiet">{duration(active.reduce((sum, block) => sum + block.duration, 0))}</span>
       </h2>
+      <Said class="sr-only" text={isFiltering(filter) && count(active.length, "bloc")} />
       {narrowed.map(
         ([label, without]) =>
           label && (

@@ -49,7 +49,6 @@ export function RecordedDay({ report, day, now }: Props) {
         <Summary report={report} chosen={filter.cat} onChoose={(cat) => flip("cat", cat)} />
         <Timeline {...{ report, now, picked }} onOpen={() => requestAnimationFrame(bar.enter)} />
         <div class="day-columns">
-          <Breakdown totals={totals} filter={filter} onFlip={flip} />
           <section class="list-pane" aria-label="Blocs" ref={list}>
             <ListTools
               {...{ filter, projects, blocks: listed }}
@@ -70,6 +69,7 @@ export function RecordedDay({ report, day, now }: Props) {
               <Empty title="Rien que des passages très brefs." />
             )}
           </section>
+          <Breakdown totals={totals} filter={filter} onFlip={flip} />
         </div>
       </div>
       <PickedBar {...{ day, projects, picked, bar }} />

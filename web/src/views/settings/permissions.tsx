@@ -58,7 +58,7 @@ export function BrowserRows() {
     <>
       {answer.browsers_running.length === 0 && (
         <Row label="Navigateurs" help="Ouvrez votre navigateur : il apparaîtra ici, avec un essai.">
-          <span class="quiet">aucun n’est ouvert</span>
+          <p class="quiet">aucun n’est ouvert</p>
         </Row>
       )}
       {answer.browsers_running.map((browser) => (
@@ -88,7 +88,7 @@ function Browser({ bundle, name, known }: BrowserProps) {
     <Row label={name} error={error}>
       {known === "ok" && <State good text="onglet lisible" />}
       {known === "denied" && <State good={false} text="onglet illisible" />}
-      {known === undefined && <span class="quiet">pas encore essayé</span>}
+      {known === undefined && <p class="quiet">pas encore essayé</p>}
       <Button disabled={busy} aria-label={`Essayer ${name}`} onClick={() => run(test)}>
         {busy ? "Essai…" : "Essayer"}
       </Button>
@@ -98,9 +98,9 @@ function Browser({ bundle, name, known }: BrowserProps) {
 
 function State({ good, text }: { good: boolean; text: string }) {
   return (
-    <span class={good ? "state good" : "state bad"}>
+    <p class={good ? "state good" : "state bad"}>
       <Icon name={good ? "check" : "warning"} />
       {text}
-    </span>
+    </p>
   );
 }

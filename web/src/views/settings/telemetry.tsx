@@ -1,6 +1,7 @@
 import { useEffect, useState } from "preact/hooks";
 import type { Status } from "../../bridge/routes";
 import { Button } from "../../ui/parts";
+import { Said } from "../../ui/said";
 import { useSend } from "../../ui/toast";
 import { Row, Switch } from "./fields";
 
@@ -81,9 +82,7 @@ function UpdateRow({ version, update }: { version: string; update: Status["updat
       label="Mise à jour"
       help={`Version installée : ${version}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
     >
-      <span class="quiet" role="status">
-        {checked && !update && "Pas de version plus récente trouvée."}
-      </span>
+      <Said class="quiet" text={checked && !update && "Pas de version plus récente trouvée."} />
       {update ? (
         <Button kind="primary" onClick={() => send("openURL", { url: update.url })}>
           Voir Orvanta {update.version}
