@@ -137,7 +137,8 @@ int main(int argc, char** argv) {
     systemLog("Orvanta: pas d'écran pour le tableau de bord");
     return 1;
   }
-  g_set_prgname(kApplicationId);  // what desktops match with the desktop file
+  g_set_prgname(kApplicationId);      // what desktops match with the desktop file
+  g_set_application_name("Orvanta");  // what screen readers say
   const auto application =
       Gtk::Application::create(kApplicationId, Gio::Application::Flags::NON_UNIQUE);
   std::unique_ptr<Dashboard> dashboard;

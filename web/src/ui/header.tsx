@@ -61,7 +61,9 @@ function CurrentProject({ status }: { status: Status }) {
   const since = status.current_project_since === null ? "" : `Depuis ${clock(status.current_project_since)}`;
   return (
     <label class="select-label">
-      <span class="hide-narrow">Je travaille sur</span>
+      <span class="hide-narrow" aria-hidden="true">
+        Je travaille sur
+      </span>
       <ProjectSelect
         label="Je travaille sur"
         title={known ? since : "Les prochaines activités iront à ce projet."}

@@ -43,8 +43,9 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
       const all = controlsIn(group);
       const stop =
         all.find((one) => one === document.activeElement) ??
+        all.find((one) => one.matches("[aria-current]")) ??
         all.find((one) => one.getAttribute("tabindex") === "0") ??
-        all.find((one) => one.matches("[aria-current], [aria-pressed=true]")) ??
+        all.find((one) => one.matches("[aria-pressed=true]")) ??
         all[0];
       for (const one of all) one.tabIndex = one === stop ? 0 : -1;
       return all;
@@ -74,7 +75,7 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
     };
     settle();
     const observer = new MutationObserver(onChange);
-    observer.observe(group, { childList: true, subtree: true, attributeFilter: ["disabled", "hidden"] });
+    observer.observe(group, { childList: true, subtree: true, attributeFilter: ["disabled", "aria-current"] });
     group.addEventListener("focusin", onFocus);
     group.addEventListener("keydown", onKey);
     return () => {
