@@ -20,6 +20,7 @@
 #include "base/log.h"
 #include "dashboard/color_scheme.h"
 #include "dashboard/sandbox.h"
+#include "dashboard/screen_reader.h"
 #include "dashboard/window.h"
 
 namespace {
@@ -102,6 +103,7 @@ class Dashboard {
   LineChannel channel_;
   Window window_;
   ColorScheme colorScheme_;
+  ScreenReader screenReader_{[this] { window_.page().startAfresh(); }};
   sigc::connection ending_;
 };
 

@@ -8,8 +8,10 @@ import subprocess
 import sys
 import unittest
 
-from desktop import ORVANTA, wait_for
-from desktop_case import DesktopCase
+import dbus
+
+from desktop import ORVANTA, end, pass_time, wait_for
+from desktop_case import DesktopCase, children
 from webdriver import Page
 
 READER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "screen_reader.py")
@@ -65,19 +67,21 @@ class AccessibilityTest(DesktopCase):
         self.assertEqual(made.returncode, 0, made.stderr)
         for key, value in (("onboarded", "1"), ("paused", "1")):
             desktop.set_setting(key, value)
-        self.reader = subprocess.Popen([*desktop.prefix, sys.executable, READER], env=desktop.env,
-                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.status = dbus.Interface(bus.get_object("org.a11y.Bus", "/org/a11y/bus"),
+                                     dbus.PROPERTIES_IFACE)
+
+    def start_reader(self):
+        self.reader = subprocess.Popen(
+            [*self.desktop.prefix, sys.executable, READER], env=self.desktop.env,
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.addCleanup(self.reader.stdout.close)
         self.addCleanup(self.reader.wait, 10)
         self.addCleanup(self.reader.stdin.close)
         self.assertEqual(json.loads(self.reader.stdout.readline()), "ready")
-        self.page = Page(desktop)
-        self.desktop.focus(int(wait_for(self.window, 15, "the window is there")))
-        self.wait_for_focus(role="landmark")
 
-    def window(self):
-        found = self.desktop.windows_named("^Orvanta$")
-        return found and found[0]
+    def start_page(self):
+        self.page = Page(self.desktop)
+        self.desktop.focus(int(self.page.window()))
 
     def ask(self, question):
         self.reader.stdin.write(question + "\n")
@@ -111,6 +115,8 @@ class AccessibilityTest(DesktopCase):
         wait_for(whole, 15, lambda: f"{what} lacks {lacking}")
 
     def test_every_view_is_told_in_full(self):
+        self.start_reader()
+        self.start_page()
         page = self.page
         # Its name is what desktops match with the desktop file.
         self.assertEqual(self.ask("tree Orvanta")[0]["description"], "Orvanta")
@@ -146,6 +152,8 @@ class AccessibilityTest(DesktopCase):
         raise AssertionError("the blocks are not within 8 Tabs")
 
     def test_the_blocks_and_what_is_told_of_them(self):
+        self.start_reader()
+        self.start_page()
         self.to_list()
         self.page.press("Home")
         rows = self.page.script("return document.querySelector('[role=option]').ariaSetSize")
@@ -172,6 +180,27 @@ class AccessibilityTest(DesktopCase):
         self.page.wait_for_text("//dialog//h2", "Nouveau projet")
         self.page.press("Return")
         self.wait_to_hear("notification", "Donnez un nom au projet.")
+
+    def test_a_screen_reader_that_comes_later_hears_as_much(self):
+        """The engine's process tells only those that were there before it: it is started afresh, once
+        nothing is open in it."""
+        desktop = self.desktop
+        program = desktop.spawn(ORVANTA, "--show")
+        desktop.focus(int(wait_for(lambda: desktop.windows_named("^Orvanta$"), 20, "the window")[0]))
+        engine = wait_for(lambda: children(program.pid, "WebKitWebProcess"), 10, "an engine")
+        pass_time(3)  # it is up
+        desktop.input("key", "p", "n")
+        pass_time(2)
+        self.start_reader()
+        self.status.Set("org.a11y.Status", "ScreenReaderEnabled", True)
+        pass_time(4)
+        self.assertEqual(children(program.pid, "WebKitWebProcess"), engine, "a form is open")
+        desktop.input("key", "Escape")
+        wait_for(lambda: children(program.pid, "WebKitWebProcess") not in ([], engine), 10, "another")
+        pass_time(3)
+        desktop.input("key", "r")
+        self.wait_for_focus(role="landmark", name="Règles")
+        end(program)
 
     def wait_to_hear(self, role, part):
         heard = []
