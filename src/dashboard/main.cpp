@@ -21,6 +21,7 @@
 #include "dashboard/appearance.h"
 #include "dashboard/popups.h"
 #include "dashboard/sandbox.h"
+#include "dashboard/screen_reader.h"
 #include "dashboard/window.h"
 
 namespace {
@@ -108,6 +109,7 @@ class Dashboard {
   Window window_;
   Appearance appearance_{window_.page().widget()};
   Popups popups_;
+  ScreenReader screenReader_{[this] { window_.page().startAfresh(); }};
   sigc::connection ending_;
 };
 
@@ -143,7 +145,8 @@ int main(int argc, char** argv) {
     systemLog("Orvanta: pas d'écran pour le tableau de bord");
     return 1;
   }
-  g_set_prgname(kApplicationId);  // what desktops match with the desktop file
+  g_set_prgname(kApplicationId);      // what desktops match with the desktop file
+  g_set_application_name("Orvanta");  // what screen readers say
   const auto application =
       Gtk::Application::create(kApplicationId, Gio::Application::Flags::NON_UNIQUE);
   std::unique_ptr<Dashboard> dashboard;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "base/gobject_ref.h"
 #include "dashboard/page_files.h"
@@ -102,7 +103,8 @@ struct PageView::View {
   Ref<WebKitNetworkSession> session;
   Ref<WebKitUserContentManager> content;
   WebKitWebView* web = nullptr;
-  gint64 lastCrash = 0;  // microseconds of the monotonic clock
+  gint64 lastCrash = 0;   // microseconds of the monotonic clock
+  guint startAfresh = 0;  // a timer, until the page is at rest
 
   static void received(WebKitUserContentManager* /*content*/, JSCValue* message, gpointer data) {
     const Chars json(jsc_value_to_json(message, 0), g_free);
@@ -117,10 +119,30 @@ struct PageView::View {
     view->listener.loaded();
   }
 
-  static void crashed(WebKitWebView* web, WebKitWebProcessTerminationReason /*reason*/,
-                      gpointer data) {
+  static gboolean askWhetherAtRest(gpointer data) {
+    auto* const view = static_cast<View*>(data);
+    webkit_web_view_evaluate_javascript(view->web, "window.__atRest()", -1, nullptr, nullptr,
+                                        nullptr, toldWhetherAtRest, data);
+    return G_SOURCE_CONTINUE;
+  }
+  static void toldWhetherAtRest(GObject* web, GAsyncResult* result, gpointer data) {
+    const Ref<JSCValue> atRest(
+        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(web), result, nullptr));
+    // Without an answer the view may be gone, too.
+    if (!atRest || !jsc_value_to_boolean(atRest.get())) return;
+    auto* const view = static_cast<View*>(data);
+    if (view->startAfresh == 0) return;
+    g_source_remove(std::exchange(view->startAfresh, 0));
+    webkit_web_view_terminate_web_process(view->web);
+  }
+
+  static void crashed(WebKitWebView* web, WebKitWebProcessTerminationReason reason, gpointer data) {
     constexpr gint64 kTenSeconds = gint64{10} * G_USEC_PER_SEC;
     auto* const view = static_cast<View*>(data);
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) {
+      webkit_web_view_load_uri(web, kIndex);
+      return;
+    }
     const auto now = g_get_monotonic_time();
     if (view->lastCrash != 0 && now - view->lastCrash < kTenSeconds) {
       view->listener.failed();
@@ -185,6 +207,7 @@ PageView::PageView(Listener listener) : view_(std::make_unique<View>()) {
 }
 
 PageView::~PageView() {
+  if (view_->startAfresh != 0) g_source_remove(view_->startAfresh);
   g_signal_handlers_disconnect_by_data(view_->content.get(), view_.get());
 }
 
@@ -201,6 +224,11 @@ void PageView::begin(const std::string& json) {
 
 void PageView::reload() {
   webkit_web_view_reload(view_->web);
+}
+
+void PageView::startAfresh() {
+  if (view_->startAfresh != 0) return;
+  view_->startAfresh = g_timeout_add_seconds(1, View::askWhetherAtRest, view_.get());
 }
 
 void PageView::resolve(int64_t id, const std::string& json) {

@@ -33,6 +33,10 @@ class PageView {
 
   void reload();
 
+  /// Gives the page a new process, as soon as nothing is open or being typed in it: a process in
+  /// the sandbox does not tell a screen reader that is younger than itself what happens.
+  void startAfresh();
+
   /// Calls the page's window.__resolve(id, answer). `json` is the answer's JSON text; it reaches
   /// the page as data.
   void resolve(int64_t id, const std::string& json);

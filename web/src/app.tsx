@@ -1,12 +1,15 @@
-import { useEffect, useState } from "preact/hooks";
+import type { ComponentChildren, RefObject } from "preact";
+import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { Day, Status } from "./bridge/routes";
-import { useAnswer } from "./client";
+import { type Loaded, useAnswer } from "./client";
 import { loadPlace, savePlace, type Place } from "./model/place";
 import { addDays, dayOf } from "./model/time";
 import { Guard } from "./ui/guard";
 import { Header } from "./ui/header";
 import { Icon } from "./ui/icons";
-import { Button, Failure } from "./ui/parts";
+import { Button, Failure, titleId } from "./ui/parts";
+import { useRegions } from "./ui/regions";
+import { useRoving } from "./ui/roving";
 import { useShortcuts } from "./ui/shortcuts";
 import { StoreBanner, StoreNotice } from "./ui/store_banner";
 import { type Notice, NoticeProvider, Toast, useSend } from "./ui/toast";
@@ -48,9 +51,17 @@ function Page() {
   };
   const { id, dated = 0, component: View } = viewOf(place.view);
 
+  const welcoming = status.answer !== undefined && (!status.answer.onboarded || welcome);
+  const [main, arrive] = useArrival(id, welcoming);
+  const toView = (view: string) => {
+    arrive();
+    go({ view });
+  };
+  useRegions();
+
   const togglePause = () => send(status.answer?.paused ? "tracker.resume" : "tracker.pause", {});
   useShortcuts({
-    ...Object.fromEntries(views.map((view) => [view.key, () => go({ view: view.id })])),
+    ...Object.fromEntries(views.map((view) => [view.key, () => toView(view.id)])),
     "?": () => setHelp(true),
     a: () => go({ day: null }),
     ArrowLeft: () => dated > 0 && onDay(addDays(day, -dated)),
@@ -58,7 +69,7 @@ function Page() {
     "Shift+P": togglePause,
   });
 
-  if (status.answer && (!status.answer.onboarded || welcome)) {
+  if (status.answer && welcoming) {
     return (
       <Welcome
         status={status.answer}
@@ -69,6 +80,9 @@ function Page() {
   }
   return (
     <div class="shell">
+      <Button kind="skip" onClick={() => main.current?.focus()}>
+        Aller au contenu
+      </Button>
       <Sidebar
         view={id}
         version={status.answer?.version}
@@ -82,17 +96,45 @@ function Page() {
           {/* Asked for anew when a trouble begins or ends: a repair has something to tell. */}
           <StoreNotice key={status.answer?.store?.state ?? "ok"} />
         </div>
-        <main class="main" data-scroller tabIndex={-1} key={id}>
-          {status.error && <Failure text={status.error} retry={status.reload} />}
-          {status.answer && <Banners status={status.answer} />}
-          <Guard>
-            <View {...props} />
-          </Guard>
-        </main>
+        <Main key={id} main={main} status={status}>
+          <View {...props} />
+        </Main>
       </div>
       {help && <ShortcutHelp onClose={() => setHelp(false)} />}
     </div>
   );
+}
+
+interface MainProps {
+  main: RefObject<HTMLElement | null>;
+  status: Loaded<Status>;
+  children: ComponentChildren;
+}
+
+function Main({ main, status, children }: MainProps) {
+  return (
+    <main class="main" data-scroller data-region tabIndex={-1} ref={main} aria-labelledby={titleId}>
+      {status.error && <Failure text={status.error} retry={status.reload} />}
+      {status.answer && <Banners status={status.answer} />}
+      <Guard>{children}</Guard>
+    </main>
+  );
+}
+
+/**
+ * The view's place, and what is told before a key leads to it: the reading goes on at its start then, and also where
+ * what had the focus went with the view before.
+ */
+function useArrival(view: string, welcoming: boolean): [RefObject<HTMLElement | null>, () => void] {
+  const main = useRef<HTMLElement>(null);
+  const [arrivals, setArrivals] = useState(0);
+  const seen = useRef(0);
+  useLayoutEffect(() => {
+    if (arrivals > seen.current || document.activeElement === document.body)
+      main.current?.focus({ preventScroll: true });
+    seen.current = arrivals;
+  }, [view, welcoming, arrivals]);
+  return [main, () => setArrivals((count) => count + 1)];
 }
 
 interface SidebarProps {
@@ -103,8 +145,9 @@ interface SidebarProps {
 }
 
 function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
+  const nav = useRoving<HTMLElement>("column");
   return (
-    <nav class="side" aria-label="Vues">
+    <nav class="side" aria-label="Vues" data-region ref={nav}>
       <p class="brand">
         <svg viewBox="0 0 20 20" aria-hidden="true">
           <circle cx="10" cy="10" r="8" />
@@ -112,7 +155,7 @@ function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
         </svg>
         <span>Orvanta</span>
       </p>
-      <ul>
+      <ul role="list">
         {views.map(({ id, title, icon, key }) => (
           <li key={id}>
             <button

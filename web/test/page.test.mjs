@@ -176,6 +176,64 @@ test("the welcome and a dialogue have the keyboard to themselves; the start with
   await page.context().close();
 });
 
+// What has the focus, and the side on which something cuts its ring.
+const focused = (page) =>
+  page.evaluate(() => {
+    const one = document.activeElement;
+    const style = getComputedStyle(one);
+    const box = one.getBoundingClientRect();
+    const around = style.outlineStyle === "none" ? 0 : parseFloat(style.outlineWidth) + parseFloat(style.outlineOffset);
+    const cut = [];
+    for (let up = one.parentElement; up; up = up.parentElement) {
+      if (getComputedStyle(up).overflow === "visible") continue;
+      const clip = up.getBoundingClientRect();
+      if (box.left - around < clip.left) cut.push("left");
+      if (box.right + around > clip.right) cut.push("right");
+      if (box.height > clip.height) continue;
+      if (box.top - around < clip.top) cut.push("top");
+      if (box.bottom + around > clip.bottom) cut.push("bottom");
+    }
+    const by = document.getElementById(one.getAttribute("aria-labelledby")) ?? one.labels?.[0] ?? one;
+    const name = one.ariaLabel ?? by.textContent;
+    return { name, role: one.role ?? one.localName, row: one.closest("[role=row]")?.ariaRowIndex, cut };
+  });
+
+test("Tab goes from group to group, arrows within, F6 from region to region; no ring is cut", async () => {
+  const page = await open();
+  const press = async (key) => {
+    await page.keyboard.press(key);
+    return focused(page);
+  };
+  for (const key of await viewKeys(page)) {
+    await page.keyboard.press(key);
+    await page.waitForTimeout(300);
+    assert.equal((await focused(page)).role, "main");
+    // Once around, by way of the browser's own frame.
+    const found = [await press("Tab")];
+    for (let one = await press("Tab"); one.name !== found[0].name; one = await press("Tab")) {
+      if (one.role !== "body") found.push(one);
+      assert.ok(found.length < 50, `view ${key}: ${JSON.stringify(found)}`);
+    }
+    assert.deepEqual(found.filter(({ name, cut }) => !name || cut.length > 0), [], `view ${key}`);
+    assert.ok(found.some(({ name }) => name === "Aller au contenu"));
+    if (key === "j") assert.ok(found.findIndex(({ role }) => role === "listbox") < 8, JSON.stringify(found));
+  }
+  await page.locator("h1").click();
+  await page.keyboard.press("r");
+  await page.waitForSelector(".windowed .rule-row");
+  const names = [];
+  for (const key of ["F6", "ArrowDown", "Home", "F6", "F6", "Shift+F6", "Shift+F6"])
+    names.push((await press(key)).name.slice(0, 16));
+  assert.deepEqual(names, ["Règles", "Réglages", "Jour", "Je travaille sur", "Règles", "Je travaille sur", "Jour"]);
+  await page.locator(".windowed button").first().focus();
+  const rows = await page.locator("[role=table]").getAttribute("aria-rowcount");
+  assert.equal((await press("End")).row, rows);
+  assert.match((await press("ArrowRight")).name, /^Supprimer/);
+  assert.equal((await press("ArrowUp")).row, String(rows - 1));
+  assert.deepEqual((await press("Home")).row, "2");
+  await page.context().close();
+});
+
 test("a live refresh keeps selection, focus and scroll", async () => {
   const page = await open();
   await page.clock.install({ time: Date.now() });

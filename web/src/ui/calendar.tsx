@@ -3,6 +3,7 @@ import type { Day } from "../bridge/routes";
 import { addDays, addMonths, capitalize, firstOfMonth, longDay, mondayOf, monthName } from "../model/time";
 import { Icon, type IconName } from "./icons";
 import { Button, IconButton } from "./parts";
+import { Said } from "./said";
 
 interface CalendarProps {
   day: Day;
@@ -53,9 +54,7 @@ function Calendar({ day, today, onPick }: CalendarProps) {
           label="Mois précédent"
           onClick={() => move(addMonths(cursor, -1))}
         />
-        <span id={heading} aria-live="polite">
-          {capitalize(monthName(cursor))}
-        </span>
+        <Said id={heading} text={capitalize(monthName(cursor))} />
         <IconButton
           kind="ghost square"
           icon="right"

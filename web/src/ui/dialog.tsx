@@ -2,6 +2,7 @@ import type { ComponentChildren } from "preact";
 import { useEffect, useId, useRef } from "preact/hooks";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
+import { Said } from "./said";
 import { useTask } from "./task";
 
 interface DialogProps {
@@ -21,7 +22,8 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
     // Nothing to fill in: the reading starts at the title.
     if (!ref.current?.querySelector("[autofocus]")) ref.current?.querySelector("h2")?.focus();
     return () => {
-      if (before instanceof HTMLElement && before.isConnected) before.focus();
+      const back = before instanceof HTMLElement && before.isConnected ? before : document.querySelector("main");
+      back?.focus();
     };
   }, []);
   return (
@@ -114,10 +116,10 @@ export function Form({ onSubmit, ...rest }: FormProps) {
 
 export function FormError({ text }: { text: string }) {
   return (
-    <p class="form-error" role="alert">
-      {text && <Icon name="warning" />}
+    <Said class="form-error" role="alert" text={text}>
+      <Icon name="warning" />
       {text}
-    </p>
+    </Said>
   );
 }
 

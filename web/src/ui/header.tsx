@@ -33,7 +33,7 @@ function Now({ status }: { status: Status }) {
     );
   }
   return (
-    <p class="now" title={current.title ? clip(current.title, 500) : undefined}>
+    <p class="now">
       <span class="pulse on" aria-hidden="true" />
       <b>
         <Foreign text={current.app} length={60} />
@@ -45,7 +45,7 @@ function Now({ status }: { status: Status }) {
       )}
       <span class="now-time">{duration(current.duration)}</span>
       {current.title && (
-        <span class="quiet now-title">
+        <span class="quiet now-title" title={clip(current.title, 500)}>
           <Foreign text={current.title} />
         </span>
       )}
@@ -60,10 +60,13 @@ function CurrentProject({ status }: { status: Status }) {
   const known = active.some(({ id }) => id === status.current_project);
   const since = status.current_project_since === null ? "" : `Depuis ${clock(status.current_project_since)}`;
   return (
-    <label class="select-label" title={known ? since : "Les prochaines activités iront à ce projet."}>
-      <span class="hide-narrow">Je travaille sur</span>
+    <label class="select-label">
+      <span class="hide-narrow" aria-hidden="true">
+        Je travaille sur
+      </span>
       <ProjectSelect
         label="Je travaille sur"
+        title={known ? since : "Les prochaines activités iront à ce projet."}
         none="Attribution automatique"
         projects={active}
         value={known ? status.current_project : null}
@@ -76,7 +79,7 @@ function CurrentProject({ status }: { status: Status }) {
 /** What is tracked now, and the two things that can be said about it at any time. */
 export function Header({ status, onToggle }: { status: Status | undefined; onToggle: () => void }) {
   return (
-    <header class="top">
+    <header class="top" aria-label="Suivi" data-region>
       {status && (
         <>
           <Now status={status} />

@@ -5,10 +5,24 @@ import type { ByCategory, ProjectTime, Seconds } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
 import { clip, duration, share, typeset } from "../model/time";
 import { CategoryMark, Icon, type IconName, ProjectDot } from "./icons";
+import { useRoving } from "./roving";
+import { Said } from "./said";
 
 /** Text from the outside: titles, names, addresses. Kept apart from the direction of what surrounds it. */
 export function Foreign({ text, length = 300 }: { text: string; length?: number }) {
   return <bdi>{clip(text, length)}</bdi>;
+}
+
+/** Names the view, and so the region that it fills. */
+export const titleId = "view-title";
+
+/** Told when it changes, as when a key leads to another day. */
+export function ViewTitle({ text }: { text: string }) {
+  return (
+    <h1 id={titleId} aria-live="polite">
+      <span key={text}>{text}</span>
+    </h1>
+  );
 }
 
 interface ProjectNameProps {
@@ -74,7 +88,7 @@ export function Failure({ text, retry }: { text: string; retry: () => void }) {
   return (
     <div class="banner failed" role="alert">
       <Icon name="warning" />
-      <p>{typeset(text)}</p>
+      <p key={text}>{typeset(text)}</p>
       <Button kind="small" onClick={retry}>
         Réessayer
       </Button>
@@ -85,14 +99,12 @@ export function Failure({ text, retry }: { text: string; retry: () => void }) {
 /** Above a report: why it is not whole. */
 export function Incomplete({ text }: { text: string | undefined }) {
   return (
-    <div role="status">
-      {text && (
-        <div class="banner warn">
-          <Icon name="warning" />
-          <p>{typeset(text)}</p>
-        </div>
-      )}
-    </div>
+    <Said text={text}>
+      <div class="banner warn">
+        <Icon name="warning" />
+        <p>{typeset(text ?? "")}</p>
+      </div>
+    </Said>
   );
 }
 
@@ -127,8 +139,9 @@ interface LegendProps {
 
 export function CategoryLegend({ byCategory, chosen, onChoose }: LegendProps) {
   const total = activeTime(byCategory);
+  const list = useRoving<HTMLUListElement>("row");
   return (
-    <ul class="legend">
+    <ul role="list" class="legend" ref={list}>
       {categories.map((cat) => {
         const seconds = byCategory[cat] ?? 0;
         if (seconds === 0 && chosen !== cat) return null;
@@ -201,13 +214,14 @@ export function ShareList({
   onChoose,
 }: ShareListProps) {
   const [all, setAll] = useState(false);
+  const list = useRoving<HTMLElement>("column");
   const longest = rows[0]?.duration ?? 0;
   const visible = all ? rows.slice(0, 500) : rows.slice(0, shown);
   return (
-    <section class="shares" aria-label={title}>
+    <section class="shares" aria-label={title} ref={list}>
       <h2>{title}</h2>
       {rows.length === 0 && <p class="quiet">{empty}</p>}
-      <ul>
+      <ul role="list">
         {visible.map((row) => {
           const content = (
             <>
@@ -263,6 +277,7 @@ function ShareBar({ row, width }: { row: ShareRow; width: number }) {
 
 interface ProjectSelectProps {
   label?: string;
+  title?: string;
   /** What it says while none is chosen. */
   none: string;
   /** Of the archived ones only the chosen one is listed. */
@@ -271,11 +286,12 @@ interface ProjectSelectProps {
   onChange: (id: number | null) => void;
 }
 
-export function ProjectSelect({ label, none, projects, value, onChange }: ProjectSelectProps) {
+export function ProjectSelect({ label, title, none, projects, value, onChange }: ProjectSelectProps) {
   const listed = projects.filter(({ id, archived }) => Number(archived) !== 1 || id === value);
   return (
     <Select
       label={label}
+      title={title}
       value={value === null ? "" : String(value)}
       options={[["", none], ...listed.map(({ id, name }) => [String(id), clip(name, 60)] as const)]}
       onChange={(id) => onChange(id ? Number(id) : null)}
@@ -285,17 +301,19 @@ export function ProjectSelect({ label, none, projects, value, onChange }: Projec
 
 interface SelectProps {
   label?: string | undefined;
+  title?: string | undefined;
   value: string;
   /** What each is worth and what it says. */
   options: readonly (readonly [string, string])[];
   onChange: (value: string) => void;
 }
 
-export function Select({ label, value, options, onChange }: SelectProps) {
+export function Select({ label, title, value, options, onChange }: SelectProps) {
   return (
     <select
       class="select"
       aria-label={label}
+      title={title}
       value={value}
       onChange={(event) => onChange(event.currentTarget.value)}
     >
@@ -322,14 +340,14 @@ export function Segmented<T>({ legend, small, choices, value, onChange }: Segmen
     <fieldset class={small ? "segmented small" : "segmented"}>
       <legend class="sr-only">{legend}</legend>
       {choices.map((choice) => (
-        <label key={choice.value} title={choice.title}>
+        <label key={choice.value}>
           <input
             type="radio"
             name={legend}
             checked={value === choice.value}
             onChange={() => onChange(choice.value)}
           />
-          <span>{choice.label}</span>
+          <span title={choice.title}>{choice.label}</span>
         </label>
       ))}
     </fieldset>

@@ -1,6 +1,7 @@
 import type { Day } from "../bridge/routes";
 import { DayButton } from "./calendar";
-import { Button, IconButton } from "./parts";
+import { Button, IconButton, ViewTitle } from "./parts";
+import { useRoving } from "./roving";
 import { useShortcuts } from "./shortcuts";
 
 interface Props {
@@ -19,8 +20,9 @@ interface Props {
 /** The name of the day or week shown, and the ways to others. */
 export function PeriodBar({ title, previous, next, back, day, today, isCurrent, onStep, onDay }: Props) {
   useShortcuts({ c: () => document.getElementById("calendar")?.click() });
+  const bar = useRoving<HTMLDivElement>("row");
   return (
-    <div class="period">
+    <div class="period" ref={bar}>
       <div class="button-group">
         <IconButton
           kind="square"
@@ -38,7 +40,7 @@ export function PeriodBar({ title, previous, next, back, day, today, isCurrent, 
           onClick={() => onStep(1)}
         />
       </div>
-      <h1>{title}</h1>
+      <ViewTitle text={title} />
       <DayButton label="Choisir une date" icon="day" id="calendar" day={day} today={today} onPick={onDay} />
       <Button disabled={isCurrent} title={`${back} (A)`} onClick={() => onDay(today)}>
         {back}

@@ -7,12 +7,13 @@ import { load, save } from "../model/stored";
 import { capitalize, typeset } from "../model/time";
 import { Icon } from "./icons";
 import { IconButton } from "./parts";
+import { Said } from "./said";
 
 /** While something is wrong; read out once, as it stays in place when the view changes. */
 export function StoreBanner({ status }: { status: Status | undefined }) {
   const trouble = status?.store;
   return (
-    <div role="alert" class="store-trouble">
+    <Said role="alert" class="store-trouble" text={trouble?.message}>
       {status && trouble && (
         <div class="banner failed">
           <Icon name="warning" />
@@ -22,7 +23,7 @@ export function StoreBanner({ status }: { status: Status | undefined }) {
           </p>
         </div>
       )}
-    </div>
+    </Said>
   );
 }
 
@@ -34,8 +35,8 @@ export function StoreNotice() {
   const [seen, setSeen] = useState(() => load(key, "", (value) => typeof value === "string"));
   const notice = answer?.notice;
   return (
-    <div role="status" class="store-notice">
-      {notice && notice !== seen && (
+    <Said class="store-notice" text={notice !== seen && notice}>
+      {notice && (
         <div class="banner">
           <p>{typeset(notice)}</p>
           <IconButton
@@ -49,6 +50,6 @@ export function StoreNotice() {
           />
         </div>
       )}
-    </div>
+    </Said>
   );
 }

@@ -128,9 +128,12 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
     onClose();
   };
   const act = useAction(notice);
+  // Each text is an element of its own, which is told; the buttons beside it keep the focus.
+  const turn = useRef({ notice, number: 0 });
+  if (turn.current.notice !== notice) turn.current = { notice, number: turn.current.number + 1 };
 
   return (
-    <div class="toasts" role="status" ref={place}>
+    <div class="toasts" role="status" data-region ref={place}>
       {notice && (
         <div
           ref={box}
@@ -147,7 +150,7 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
           onFocusOut={() => requestAnimationFrame(look)}
         >
           {notice.failed && <Icon name="warning" />}
-          <div class="toast-text">
+          <div class="toast-text" key={turn.current.number}>
             <p>{notice.text}</p>
             {notice.details?.map((line) => (
               <p class="quiet">{line}</p>

@@ -98,11 +98,11 @@ function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "is
           ) : (
             <b>–</b>
           )}
-          <span class="quiet">
+          <p class="quiet">
             {previous.best_day
               ? `avant : ${duration(previous.best_day.active)}, ${dayInWeek(previous.best_day.date)}`
               : ""}
-          </span>
+          </p>
         </dd>
       </div>
     </dl>
@@ -122,11 +122,11 @@ function Tile({ name, now, before, note }: TileProps) {
       <dt>{name}</dt>
       <dd>
         <b>{duration(now)}</b>
-        <span class="delta">{durationChange(now - before)}</span>
-        <span class="quiet">
+        <p class="delta">{durationChange(now - before)}</p>
+        <p class="quiet">
           avant : {duration(before)}
           {note && ` · ${note}`}
-        </span>
+        </p>
       </dd>
     </div>
   );
@@ -135,7 +135,7 @@ function Tile({ name, now, before, note }: TileProps) {
 function WeekBar({ name, week, longest }: { name: string; week: WeekSummary; longest: number }) {
   return (
     <div class="versus-row">
-      <span>{name}</span>
+      <p>{name}</p>
       <div class="versus-bar">
         <div style={{ width: `${longest > 0 ? (week.active / longest) * 100 : 0}%` }}>
           <CategoryBar byCategory={week.by_category} />
@@ -154,7 +154,7 @@ function Changes({ title, recap, dimension }: { title: string; recap: RecapRepor
     <section class="changes" aria-label={title}>
       <h3>{title}</h3>
       {all.length === 0 && <p class="quiet">Pas de changement.</p>}
-      <ul>
+      <ul role="list">
         {all.slice(0, 8).map((item) => (
           <ChangeRow key={item.key} item={item} longest={longest} dimension={dimension} />
         ))}

@@ -24,6 +24,10 @@ const groups: Group[] = [
   {
     title: "Partout",
     keys: [
+      ["Tab", "D’un groupe au suivant"],
+      ["← ↑ → ↓", "D’un élément du groupe à l’autre"],
+      ["Début, Fin", "Premier, dernier du groupe"],
+      ["F6", "Partie suivante ; avec Maj, précédente"],
       ["/", "Rechercher"],
       ["N", "Nouveau projet, nouvelle règle"],
       ["Maj + P", "Mettre en pause, reprendre"],

@@ -3,6 +3,7 @@ import { activeTime, categories, categoryClass, categoryLabel } from "../model/c
 import { addDays, capitalize, clock, count, duration, plainDay, weekdayShort } from "../model/time";
 import { CategoryTable } from "../ui/category_table";
 import { Button, CategoryBar, CategoryLegend, Empty, projectRows, ShareList } from "../ui/parts";
+import { useRoving } from "../ui/roving";
 import type { ViewProps } from "./props";
 import { WeekPage } from "./week_page";
 
@@ -72,6 +73,7 @@ function gridStep(hours: number): number {
 
 /** Seven columns of stacked categories; each is a button that opens its day. */
 function Chart({ week, today, onOpenDay }: Omit<WeekProps, "active">) {
+  const list = useRoving<HTMLOListElement>("row");
   const longest = Math.max(...week.days.map((day) => activeTime(day.by_category)), 3600);
   const step = gridStep(longest / 3600);
   const top = Math.ceil(longest / 3600 / step) * step * 3600;
@@ -85,7 +87,7 @@ function Chart({ week, today, onOpenDay }: Omit<WeekProps, "active">) {
           </span>
         ))}
       </div>
-      <ol>
+      <ol role="list" ref={list}>
         {week.days.map((day) => {
           const parts = categories.filter((cat) => (day.by_category[cat] ?? 0) > 0);
           return (

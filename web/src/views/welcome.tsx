@@ -31,7 +31,7 @@ export function Welcome({ status, banner, onDone }: Props) {
       <div class="welcome-body">
         {banner}
         <div class="welcome-card">
-          <ol class="steps" aria-label="Étapes">
+          <ol role="list" class="steps" aria-label="Étapes">
             {steps.map((name, index) => (
               <li
                 key={name}
@@ -130,7 +130,7 @@ function Recorded({ db, launch }: { db: string; launch: Launch }) {
         title="Bienvenue dans Orvanta"
         lead="Où passe votre temps ? Orvanta le note pendant que vous travaillez."
       />
-      <ul class="facts-list">
+      <ul role="list" class="facts-list">
         <li>
           <b>Ce qui est noté.</b> L’application devant vous, le titre de sa fenêtre, l’onglet du navigateur,
           et les moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni contenu.

@@ -34,6 +34,7 @@ export function AssignBar(props: Props) {
     <form
       class={one || range ? "assign tall" : "assign"}
       aria-label="Assigner la sélection"
+      data-region
       onSubmit={(event) => {
         event.preventDefault();
         onAssign(target);
@@ -93,7 +94,7 @@ function What({ day, picked, one }: Props & { one: Block | undefined }) {
       ) : (
         <b>{one ? <Foreign text={plainDomain(one.domain ?? one.app)} length={40} /> : count(blocks.length, "bloc")}</b>
       )}
-      <span class="quiet">{time > 0 ? duration(time) : "aucune activité"}</span>
+      <p class="quiet">{time > 0 ? duration(time) : "aucune activité"}</p>
       {range && whole.length > 0 && (
         // Blocks teach rules, a range does not.
         <button type="button" class="link" onClick={() => pickBlocks(range.start, range.end, false)}>
@@ -102,9 +103,9 @@ function What({ day, picked, one }: Props & { one: Block | undefined }) {
         </button>
       )}
       {one?.title && (
-        <span class="assign-title">
+        <p class="assign-title">
           <Foreign text={one.title} />
-        </span>
+        </p>
       )}
     </div>
   );

@@ -2,6 +2,7 @@ import type { Body } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { count, duration } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
+import { Said } from "../../ui/said";
 import { useNotice } from "../../ui/toast";
 
 export interface Deletion {
@@ -35,14 +36,16 @@ export function DeleteDialog({ what, spans, onDeleted, onClose }: Props) {
         onDeleted();
       }}
     >
-      <p role="status">
-        {error ??
-          (!answer
-            ? "Calcul de ce qui serait supprimé…"
-            : answer.deleted === 0
-              ? "Il n’y a rien à supprimer ici."
-              : `${size(answer.deleted, answer.seconds)} : applications, titres, adresses et durées.`)}
-      </p>
+      <Said
+        text={
+          error ??
+            (!answer
+              ? "Calcul de ce qui serait supprimé…"
+              : answer.deleted === 0
+                ? "Il n’y a rien à supprimer ici."
+                : `${size(answer.deleted, answer.seconds)} : applications, titres, adresses et durées.`)
+        }
+      />
       <p>
         <b>C’est définitif.</b> Ce temps disparaît du fichier et de toutes les sauvegardes ; rien ne permet de
         l’annuler.

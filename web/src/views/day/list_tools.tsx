@@ -3,6 +3,8 @@ import { categoryLabel } from "../../model/categories";
 import { type Filter, isFiltering } from "../../model/filter";
 import { clip, count, duration, plainDomain } from "../../model/time";
 import { Icon } from "../../ui/icons";
+import { useRoving } from "../../ui/roving";
+import { Said } from "../../ui/said";
 
 /** Why there is more in a day than the list shows. */
 export const briefReason = "Plus brefs que le réglage « Bloc le plus court »";
@@ -32,12 +34,14 @@ export function ListTools({ filter, projects, blocks, whole, onChange, onReset }
     [filter.app, { app: null }],
     [filter.domain && plainDomain(filter.domain), { domain: null }],
   ];
+  const tools = useRoving<HTMLDivElement>("row");
   return (
-    <div class="list-tools">
+    <div class="list-tools" ref={tools}>
       <h2>
         {count(active.length, "bloc")}{" "}
         <span class="quiet">{duration(whole?.active ?? sumOf(active))}</span>
       </h2>
+      <Said class="sr-only" text={isFiltering(filter) && count(active.length, "bloc")} />
       {narrowed.map(
         ([label, without]) =>
           label && (

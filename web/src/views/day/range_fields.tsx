@@ -1,6 +1,7 @@
 import { useEffect, useState } from "preact/hooks";
 import type { Day } from "../../bridge/routes";
 import { clock, instant, readClock } from "../../model/time";
+import { Said } from "../../ui/said";
 import type { Range } from "./drawing";
 
 interface Props {
@@ -50,16 +51,12 @@ export function RangeFields({ day, range, onRange }: Props) {
     />
   );
   return (
-    <span class="range-fields">
-      <span>De</span>
+    <div class="range-fields">
+      <p>De</p>
       {field("start", "Début de la plage")}
-      <span>à</span>
+      <p>à</p>
       {field("end", "Fin de la plage")}
-      {wrong && (
-        <span class="field-error" role="alert">
-          {wrong}
-        </span>
-      )}
-    </span>
+      <Said class="field-error" role="alert" text={wrong} />
+    </div>
   );
 }

@@ -58,7 +58,6 @@ export function RecordedDay({ report, day, now }: Props) {
         <Summary report={report} chosen={filter.cat} onChoose={(cat) => flip("cat", cat)} />
         <Timeline {...{ report, now, picked }} onOpen={() => requestAnimationFrame(bar.enter)} />
         <div class="day-columns">
-          <Breakdown totals={totals} filter={filter} onFlip={flip} />
           <section class="list-pane" aria-label="Blocs" ref={pane}>
             <ListTools
               {...{ filter, projects, blocks: list.blocks }}
@@ -85,6 +84,7 @@ export function RecordedDay({ report, day, now }: Props) {
               </p>
             )}
           </section>
+          <Breakdown totals={totals} filter={filter} onFlip={flip} />
         </div>
       </div>
       <PickedBar {...{ day, projects, picked, bar }} />

@@ -1,4 +1,5 @@
 import { Button, IconButton } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
 import { useShortcuts } from "../../ui/shortcuts";
 import type { Scale } from "./use_scale";
 
@@ -16,8 +17,9 @@ export function Zoom({ scale, onZoom, onRange }: Props) {
   const farther = () => onZoom(1 / step);
   const fitted = () => scale.show(null);
   useShortcuts({ "+": closer, "=": closer, "-": farther, z: fitted });
+  const bar = useRoving<HTMLDivElement>("row");
   return (
-    <div class="zoom">
+    <div class="zoom" role="toolbar" aria-label="Étendue de la chronologie" ref={bar}>
       <IconButton icon="minus" label="Réduire" title="Réduire (−)" onClick={farther} />
       <IconButton icon="plus" label="Agrandir" title="Agrandir (+)" onClick={closer} />
       <Button kind="ghost small" disabled={!scale.chosen} title="Voir toute l’activité (Z)" onClick={fitted}>

@@ -5,6 +5,7 @@ import { categoryOptions, isAssignable } from "../../model/categories";
 import { isolated } from "../../model/time";
 import { Dialog, EditorFoot, Form } from "../../ui/dialog";
 import { Select } from "../../ui/parts";
+import { Said } from "../../ui/said";
 import { useUndoable } from "../../ui/toast";
 
 /** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
@@ -97,8 +98,8 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
         <small>
           Séparés par des virgules, trois lettres au moins. L’activité qui en contient un va à ce projet.
         </small>
-        {short.length > 0 && <small class="field-error">Trop court, sera ignoré : {short.join(", ")}</small>}
       </label>
+      <Said class="field-error" text={short.length > 0 && `Trop court, sera ignoré : ${short.join(", ")}`} />
     </>
   );
 }

@@ -2,6 +2,7 @@ import type { ProjectRow, RecapReport, Seconds } from "../../bridge/routes";
 import { clip, duration } from "../../model/time";
 import { CategoryName, type IconName, ProjectDot } from "../../ui/icons";
 import { Foreign, IconButton } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
 
 export type Actions = Record<"onEdit" | "onArchive" | "onDelete", (project: ProjectRow) => void>;
 
@@ -16,6 +17,7 @@ interface Props {
 export function ProjectList({ title, rows, recap, actions }: Props) {
   const time = (id: number, week: "current" | "previous") =>
     recap?.[week].by_project.find((project) => project.id === id)?.duration ?? 0;
+  const list = useRoving<HTMLUListElement>("grid");
   return (
     <section class="project-list">
       <h2>
@@ -28,7 +30,7 @@ export function ProjectList({ title, rows, recap, actions }: Props) {
         <span class="number">La précédente</span>
         <span />
       </div>
-      <ul>
+      <ul role="list" ref={list}>
         {rows.map((project) => (
           <li key={project.id} class="project-row">
             <Name {...project} />

@@ -4,7 +4,7 @@ import { useAnswer, useClient } from "../../client";
 import { isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
-import { Button, Empty, Failure } from "../../ui/parts";
+import { Button, Empty, Failure, ViewTitle } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { ProjectEditor } from "./project_editor";
@@ -26,7 +26,7 @@ export function ProjectsView() {
   return (
     <div class="view listing">
       <div class="view-head">
-        <h1>Projets</h1>
+        <ViewTitle text="Projets" />
         <span class="spacer" />
         <Button kind="primary" title="N" onClick={startNew}>
           <Icon name="plus" />

@@ -4,6 +4,7 @@ import { useAnswer, useClient } from "../../client";
 import { load, save } from "../../model/stored";
 import { clip, duration, isolated } from "../../model/time";
 import { Button, Foreign, ProjectName } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { fieldLabel } from "../rules/labels";
 
@@ -22,8 +23,6 @@ export function Suggestions() {
   const { answer } = useAnswer("suggestions", {});
   const [hidden, setHidden] = useState(ignored);
   const shown = (answer ?? []).filter((suggestion) => !hidden.includes(id(suggestion)));
-  if (shown.length === 0) return null;
-
   const accept = (suggestion: Suggestion) =>
     attempt(async () => {
       const { field, name: pattern, project_id, project } = suggestion;
@@ -47,36 +46,50 @@ export function Suggestions() {
     save(key, all);
     setHidden(all);
   };
+  if (shown.length === 0) return null;
   return (
     <section class="suggestions" aria-label="Suggestions">
       <h2>Suggestions</h2>
       <p class="quiet">Du temps des quatorze derniers jours, sans projet, qui ressemble à l’un des vôtres.</p>
-      <ul>
-        {shown.slice(0, 8).map((suggestion) => (
-          <li key={id(suggestion)}>
-            <b>
-              <Foreign text={suggestion.name} length={60} />
-            </b>
-            <span class="quiet">{duration(suggestion.duration)}</span>
-            <span aria-hidden="true">→</span>
-            <ProjectName project={{ name: suggestion.project, color: suggestion.color }} length={60} />
-            <Button
-              kind="small"
-              onClick={() => ignore(suggestion)}
-              aria-label={`Ignorer ${clip(suggestion.name, 60)}`}
-            >
-              Ignorer
-            </Button>
-            <Button
-              kind="soft small"
-              onClick={() => void accept(suggestion)}
-              aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
-            >
-              Accepter
-            </Button>
-          </li>
-        ))}
-      </ul>
+      <Offers suggestions={shown.slice(0, 8)} onIgnore={ignore} onAccept={(one) => void accept(one)} />
     </section>
+  );
+}
+
+interface OffersProps {
+  suggestions: readonly Suggestion[];
+  onIgnore: (suggestion: Suggestion) => void;
+  onAccept: (suggestion: Suggestion) => void;
+}
+
+function Offers({ suggestions, onIgnore, onAccept }: OffersProps) {
+  const list = useRoving<HTMLUListElement>("grid");
+  return (
+    <ul role="list" ref={list}>
+      {suggestions.map((suggestion) => (
+        <li key={id(suggestion)}>
+          <b>
+            <Foreign text={suggestion.name} length={60} />
+          </b>
+          <span class="quiet">{duration(suggestion.duration)}</span>
+          <span aria-hidden="true">→</span>
+          <ProjectName project={{ name: suggestion.project, color: suggestion.color }} length={60} />
+          <Button
+            kind="small"
+            onClick={() => onIgnore(suggestion)}
+            aria-label={`Ignorer ${clip(suggestion.name, 60)}`}
+          >
+            Ignorer
+          </Button>
+          <Button
+            kind="soft small"
+            onClick={() => onAccept(suggestion)}
+            aria-label={`Accepter ${clip(suggestion.name, 60)} pour ${clip(suggestion.project, 60)}`}
+          >
+            Accepter
+          </Button>
+        </li>
+      ))}
+    </ul>
   );
 }

@@ -5,6 +5,7 @@ import { useAnswer } from "../../client";
 import { count, duration } from "../../model/time";
 import { CategoryName, Icon } from "../../ui/icons";
 import { Foreign, Incomplete, ProjectName, Segmented } from "../../ui/parts";
+import { Said } from "../../ui/said";
 import { useSettled } from "../../ui/settled";
 import type { RuleDraft } from "./draft";
 
@@ -44,13 +45,28 @@ interface CaughtProps {
 
 function Caught({ rule, projects }: CaughtProps) {
   const { answer, error } = useAnswer("rules.preview", rule);
-  if (error) return <p class="field-error">{error}</p>;
-  if (!answer || !projects) return <p class="quiet">Lecture…</p>;
+  const told = answer && [answer.from, answer.spans, answer.seconds, answer.changed.seconds].join();
   return (
     <>
-      <Summary answer={answer} />
+      <Said role="alert" class="field-error" text={error} />
+      <Said text={!error && told}>{answer && <Summary answer={answer} />}</Said>
+      {!error && !(answer && projects) && <p class="quiet">Lecture…</p>}
+      {answer && projects && !error && <Details {...{ answer, projects }} field={rule.field} />}
+    </>
+  );
+}
+
+interface DetailsProps {
+  answer: Preview;
+  projects: readonly ProjectRow[];
+  field: RuleDraft["field"];
+}
+
+function Details({ answer, projects, field }: DetailsProps) {
+  return (
+    <>
       {answer.changes.length > 0 && (
-        <ul class="preview-changes" aria-label="Ce qui changerait">
+        <ul role="list" class="preview-changes" aria-label="Ce qui changerait">
           {answer.changes.map((change, index) => (
             <li key={index}>
               <Becomes change={change} projects={projects} />
@@ -60,7 +76,7 @@ function Caught({ rule, projects }: CaughtProps) {
         </ul>
       )}
       {answer.examples.map((example) => (
-        <Example key={example.text} {...{ example }} field={rule.field} />
+        <Example key={example.text} {...{ example }} field={field} />
       ))}
     </>
   );
@@ -72,7 +88,7 @@ function Summary({ answer }: { answer: Preview }) {
   const { words } = periods[answer.from === null ? 1 : 0]!;
   const { spans, seconds, changed, kept } = answer;
   return (
-    <div role="status">
+    <>
       {spans === 0 ? (
         <p>
           <b>Rien {words}.</b> La règle vaudra pour la suite.
@@ -94,7 +110,7 @@ function Summary({ answer }: { answer: Preview }) {
         </p>
       )}
       <Incomplete text={answer.incomplete} />
-    </div>
+    </>
   );
 }
 
@@ -159,7 +175,7 @@ function Example({ example, field }: ExampleProps) {
         <Icon name="right" />
         <Share {...example} />
       </summary>
-      <ul>
+      <ul role="list">
         {inside.map((share) => (
           <li key={share.text} class="quiet">
             <Share {...share} />

@@ -1,10 +1,12 @@
-import { useRef } from "preact/hooks";
+import type { RefObject } from "preact";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { ProjectRow, RuleRow } from "../../bridge/routes";
 import { type Source, sourceOf } from "../../model/rules";
 import { clip } from "../../model/time";
 import { CategoryName } from "../../ui/icons";
 import { smallWindow, useMedia } from "../../ui/media";
 import { Foreign, IconButton, ProjectName } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
 import { useWindowed } from "../../ui/windowed";
 import { fieldLabel } from "./labels";
 
@@ -29,9 +31,13 @@ interface Props extends Actions {
 }
 
 export function RuleTable({ rules, learned, project, ...actions }: Props) {
-  const body = useRef<HTMLDivElement>(null);
+  const body = useRoving<HTMLDivElement>("grid");
   const rowHeight = rowHeights[useMedia(smallWindow) ? 1 : 0];
   const { first, end } = useWindowed(body, rules.length, rowHeight);
+  const { held, ...handlers } = useHeldRow(body, rules.length);
+  const drawn = rules.map((_, index) => index).slice(first, end);
+  if (held < first) drawn.unshift(held);
+  if (held >= end) drawn.push(held);
   return (
     <div class="table" role="table" aria-label="Règles" aria-rowcount={rules.length + 1}>
       <div role="rowgroup">
@@ -46,26 +52,61 @@ export function RuleTable({ rules, learned, project, ...actions }: Props) {
           </span>
         </div>
       </div>
-      <div class="windowed" role="rowgroup" ref={body} style={{ height: `${rules.length * rowHeight}px` }}>
-        {rules.slice(first, end).map((rule, offset) => (
-          <div
-            key={rule.id}
-            class="rule-row"
-            role="row"
-            aria-rowindex={first + offset + 2}
-            style={{ transform: `translateY(${(first + offset) * rowHeight}px)` }}
-          >
-            <Cells
-              rule={rule}
-              origin={origins[sourceOf(rule, learned)]}
-              to={project(rule.project_id)}
-              {...actions}
-            />
-          </div>
-        ))}
+      <div
+        class="windowed"
+        role="rowgroup"
+        ref={body}
+        style={{ height: `${rules.length * rowHeight}px` }}
+        {...handlers}
+      >
+        {drawn.map((index) => {
+          const rule = rules[index]!;
+          return (
+            <div
+              key={rule.id}
+              class="rule-row"
+              role="row"
+              aria-rowindex={index + 2}
+              style={{ transform: `translateY(${index * rowHeight}px)` }}
+            >
+              <Cells
+                rule={rule}
+                origin={origins[sourceOf(rule, learned)]}
+                to={project(rule.project_id)}
+                {...actions}
+              />
+            </div>
+          );
+        })}
       </div>
     </div>
   );
+}
+
+/** The row that the keyboard is on, or was: it exists wherever the list has been scrolled to. */
+function useHeldRow(body: RefObject<HTMLDivElement | null>, count: number) {
+  const [row, setRow] = useState(0);
+  const going = useRef(false);
+  const held = Math.min(row, count - 1);
+  const button = () => body.current?.querySelector<HTMLElement>(`[aria-rowindex="${held + 2}"] button`);
+  useLayoutEffect(() => {
+    if (going.current) button()?.focus();
+    going.current = false;
+  });
+  return {
+    held,
+    onFocusIn: ({ target }: FocusEvent) => {
+      const index = (target as Element).closest("[aria-rowindex]")?.getAttribute("aria-rowindex");
+      setRow(Number(index) - 2);
+    },
+    // Of the whole list, of which only the rows in sight are there to be gone to.
+    onKeyDown: (event: KeyboardEvent) => {
+      if (event.key !== "Home" && event.key !== "End") return;
+      event.preventDefault();
+      going.current = true;
+      setRow(event.key === "Home" ? 0 : count - 1);
+    },
+  };
 }
 
 interface CellsProps extends Actions {

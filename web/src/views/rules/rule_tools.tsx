@@ -3,6 +3,8 @@ import { type RuleFilter, type Source, sourceOf } from "../../model/rules";
 import { count } from "../../model/time";
 import { Icon } from "../../ui/icons";
 import { Select } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
+import { Said } from "../../ui/said";
 import { fieldOptions } from "./labels";
 
 const sources: [Source, string][] = [
@@ -25,6 +27,7 @@ interface Props {
 export function RuleTools({ rules, learned, shown, filter, onFilter }: Props) {
   const counted = (source: Source) =>
     (rules ?? []).filter((rule) => sourceOf(rule, learned) === source).length;
+  const chips = useRoving<HTMLDivElement>("row");
   return (
     <div class="list-tools">
       <label class="search wide">
@@ -46,7 +49,7 @@ export function RuleTools({ rules, learned, shown, filter, onFilter }: Props) {
         options={[["", "Tous les champs"], ...fieldOptions]}
         onChange={(field) => onFilter({ ...filter, field: field || null })}
       />
-      <div class="chips" role="group" aria-label="Origine">
+      <div class="chips" role="group" aria-label="Origine" ref={chips}>
         {sources.map(([source, label]) => (
           <button
             type="button"
@@ -60,9 +63,7 @@ export function RuleTools({ rules, learned, shown, filter, onFilter }: Props) {
         ))}
       </div>
       <span class="spacer" />
-      <span class="quiet" role="status">
-        {rules && count(shown, "règle")}
-      </span>
+      <Said class="quiet" text={rules && count(shown, "règle")} />
     </div>
   );
 }

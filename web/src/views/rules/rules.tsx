@@ -6,7 +6,7 @@ import { filterRules, type RuleFilter } from "../../model/rules";
 import { count, isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
-import { Button, Empty, Failure } from "../../ui/parts";
+import { Button, Empty, Failure, ViewTitle } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
 import { blankRule, draftOf, type RuleDraft } from "./draft";
@@ -37,7 +37,7 @@ export function RulesView() {
   return (
     <div class="view listing">
       <div class="view-head">
-        <h1>Règles</h1>
+        <ViewTitle text="Règles" />
         <p class="quiet">Une règle vaut aussi pour le passé. La plus longue l’emporte.</p>
         <Button onClick={() => setRestoring(true)}>Rétablir les règles intégrées</Button>
         <Button kind="primary" title="N" onClick={() => setDraft(blankRule)}>

@@ -3,6 +3,8 @@ import { readDomain } from "../../model/settings";
 import { Form } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
 import { Button } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
+import { Said } from "../../ui/said";
 import { useTask } from "../../ui/task";
 import { Row } from "./fields";
 
@@ -49,26 +51,34 @@ export function DomainList({ domains, problem, onSave }: Props) {
         />
         <Button type="submit">Exclure</Button>
       </Form>
-      <span class="field-error" id={`${id}-error`} role="alert">
-        {error || problem}
-      </span>
+      <Said class="field-error" id={`${id}-error`} role="alert" text={error || problem} />
       {domains.length > 0 && (
-        <ul class="chips">
-          {domains.map((domain) => (
-            <li key={domain}>
-              <button
-                type="button"
-                class="chip on"
-                aria-label={`Ne plus exclure ${domain}`}
-                onClick={() => run(() => onSave(domains.filter((other) => other !== domain)))}
-              >
-                <bdi>{domain}</bdi>
-                <Icon name="close" />
-              </button>
-            </li>
-          ))}
-        </ul>
+        <Excluded
+          domains={domains}
+          onRemove={(domain) => run(() => onSave(domains.filter((other) => other !== domain)))}
+        />
       )}
     </Row>
+  );
+}
+
+function Excluded({ domains, onRemove }: { domains: readonly string[]; onRemove: (domain: string) => void }) {
+  const list = useRoving<HTMLUListElement>("row");
+  return (
+    <ul role="list" class="chips" ref={list}>
+      {domains.map((domain) => (
+        <li key={domain}>
+          <button
+            type="button"
+            class="chip on"
+            aria-label={`Ne plus exclure ${domain}`}
+            onClick={() => onRemove(domain)}
+          >
+            <bdi>{domain}</bdi>
+            <Icon name="close" />
+          </button>
+        </li>
+      ))}
+    </ul>
   );
 }

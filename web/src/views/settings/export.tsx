@@ -4,6 +4,7 @@ import { useClient } from "../../client";
 import { addDays, addMonths, dateOnly, firstOfMonth, mondayOf } from "../../model/time";
 import { DayButton } from "../../ui/calendar";
 import { Button } from "../../ui/parts";
+import { useRoving } from "../../ui/roving";
 import { useTask } from "../../ui/task";
 import { useNotice } from "../../ui/toast";
 import { Row } from "./fields";
@@ -15,6 +16,7 @@ export function Export({ today }: { today: Day }) {
   const [from, setFrom] = useState(firstOfMonth(today));
   const [to, setTo] = useState(today);
   const { busy, error, setError, run } = useTask();
+  const chips = useRoving<HTMLDivElement>("row");
   const lastMonth = addMonths(firstOfMonth(today), -1);
   const presets: [string, Day, Day][] = [
     ["Aujourd’hui", today, today],
@@ -37,7 +39,7 @@ export function Export({ today }: { today: Day }) {
       label="Exporter"
       help="Un fichier CSV, une ligne par activité, que tout tableur ouvre. Les deux jours sont compris."
     >
-      <div class="chips">
+      <div class="chips" ref={chips}>
         {presets.map(([name, first, last]) => (
           <button
             type="button"
@@ -56,7 +58,7 @@ export function Export({ today }: { today: Day }) {
       </div>
       <div class="with-unit">
         <DayButton label="Premier jour" text={dateOnly(from)} day={from} today={today} onPick={setFrom} />
-        <span>à</span>
+        <p>à</p>
         <DayButton label="Dernier jour" text={dateOnly(to)} day={to} today={today} onPick={setTo} />
         <Button kind="primary" disabled={busy} onClick={save}>
           {busy ? "Export en cours…" : "Exporter…"}

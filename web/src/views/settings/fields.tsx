@@ -4,6 +4,7 @@ import type { SettingRow, Settings } from "../../bridge/routes";
 import { useClient } from "../../client";
 import { numberError } from "../../model/settings";
 import { Icon } from "../../ui/icons";
+import { Said } from "../../ui/said";
 import { useTask } from "../../ui/task";
 
 interface SectionProps {
@@ -35,15 +36,13 @@ export function Row({ label, help, htmlFor, wide, error, children }: RowProps) {
   return (
     <div class={wide ? "settings-row wide" : "settings-row"}>
       <div class="settings-label">
-        {htmlFor ? <label for={htmlFor}>{label}</label> : <span>{label}</span>}
+        {htmlFor ? <label for={htmlFor}>{label}</label> : <p>{label}</p>}
         {help && <small id={htmlFor && `${htmlFor}-help`}>{help}</small>}
       </div>
       <div class="settings-control">
         {children}
         {error !== undefined && (
-          <span class="field-error" id={htmlFor && `${htmlFor}-error`} role="alert">
-            {error}
-          </span>
+          <Said class="field-error" id={htmlFor && `${htmlFor}-error`} role="alert" text={error} />
         )}
       </div>
     </div>
@@ -97,15 +96,11 @@ export function NumberField({ setting, label, help, unit, settings, rows, allow 
   };
   return (
     <Row label={label} help={help} htmlFor={id} error={error || hint}>
-      <span class="with-unit">
-        <span class="saved" role="status">
-          {saved && (
-            <>
-              <Icon name="check" />
-              <span class="sr-only">Enregistré</span>
-            </>
-          )}
-        </span>
+      <div class="with-unit">
+        <Said class="saved" text={saved && "Enregistré"}>
+          <Icon name="check" />
+          <span class="sr-only">Enregistré</span>
+        </Said>
         <input
           id={id}
           class="input number"
@@ -121,8 +116,8 @@ export function NumberField({ setting, label, help, unit, settings, rows, allow 
             if (event.key === "Escape") change(value);
           }}
         />
-        <span class="unit">{unit}</span>
-      </span>
+        <p class="unit">{unit}</p>
+      </div>
     </Row>
   );
 }

@@ -1,7 +1,7 @@
 import { useState } from "preact/hooks";
 import { useAnswer, useClient } from "../../client";
 import { Confirm } from "../../ui/dialog";
-import { Button, Failure } from "../../ui/parts";
+import { Button, Failure, ViewTitle } from "../../ui/parts";
 import type { ViewProps } from "../props";
 import { BrowserRows } from "./browsers";
 import { Export } from "./export";
@@ -18,7 +18,7 @@ export function SettingsView({ status, today, onWelcome }: ViewProps) {
   return (
     <div class="view settings">
       <div class="view-head">
-        <h1>Réglages</h1>
+        <ViewTitle text="Réglages" />
         <p class="quiet">Chaque changement vaut aussitôt.</p>
       </div>
       {error && <Failure text={error} retry={reload} />}

@@ -6,6 +6,7 @@ import { covered, fileSize, moment } from "../../model/store";
 import { capitalize, count, typeset } from "../../model/time";
 import { Icon } from "../../ui/icons";
 import { Button } from "../../ui/parts";
+import { Said } from "../../ui/said";
 import { useTask } from "../../ui/task";
 import { useNotice, useSend } from "../../ui/toast";
 import { Row } from "./fields";
@@ -84,7 +85,7 @@ function CheckRow() {
       <Button aria-label="Vérifier les données" disabled={busy} onClick={() => run(check)}>
         {busy ? "Vérification…" : "Vérifier"}
       </Button>
-      <div class="check-result" role="status">
+      <Said class="check-result" text={result?.message}>
         {result && (
           <>
             <p class={result.ok ? "state good" : "state bad"}>
@@ -92,7 +93,7 @@ function CheckRow() {
               {capitalize(typeset(result.message))}
             </p>
             {result.problems.length > 0 && (
-              <ul>
+              <ul role="list">
                 {result.problems.slice(0, shownProblems).map((problem, index) => (
                   <li key={index}>
                     <code>{problem}</code>
@@ -103,7 +104,7 @@ function CheckRow() {
             )}
           </>
         )}
-      </div>
+      </Said>
     </Row>
   );
 }

@@ -3,6 +3,7 @@ import { BridgeError } from "../../bridge/bridge";
 import type { Status } from "../../bridge/routes";
 import { type Client, useClient } from "../../client";
 import { Button } from "../../ui/parts";
+import { Said } from "../../ui/said";
 import { useTask } from "../../ui/task";
 import { useSend } from "../../ui/toast";
 import { Row, Switch } from "./fields";
@@ -95,9 +96,7 @@ function UpdateRow({ version, update }: { version: string; update: Status["updat
       label="Mise à jour"
       help={`Version installée : ${version}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
     >
-      <span class="quiet" role="status">
-        {checked && !newer && "Pas de version plus récente trouvée."}
-      </span>
+      <Said class="quiet" text={checked && !newer && "Pas de version plus récente trouvée."} />
       {newer ? (
         <Button kind="primary" onClick={() => send("openURL", { url: newer.url })}>
           Voir Orvanta {newer.version}
