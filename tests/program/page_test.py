@@ -168,6 +168,7 @@ class PageTest(PageCase):
         page.type("https://banque.example/compte")
         page.press("Return")
         self.wait_for_setting("excluded_domains", '["banque.example"]')
+        page.wait_for_text("//main", "banque.example")  # which moves what is below
 
         page.click(button("Aujourd’hui"))
         page.click(button("Exporter…"))

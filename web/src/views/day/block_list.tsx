@@ -269,7 +269,8 @@ function Row({ id, block, project, inSession, at, index, count, selected, active
             </span>
           )}
           {title && (
-            <span class="block-title">
+            // Room for about as much as it needs, so that a short one leaves the rest to the name.
+            <span class="block-title" style={{ minWidth: `min(40%, ${0.6 * title.length}em)` }}>
               <Foreign text={title} />
             </span>
           )}

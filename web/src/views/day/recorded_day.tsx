@@ -78,7 +78,7 @@ export function RecordedDay({ report, day, now }: Props) {
             ) : (
               <Empty title="Rien que des passages très brefs." />
             )}
-            {!isNarrowed && brief.count > 0 && (
+            {!isNarrowed && brief.seconds >= 1 && (
               <p class="list-rest" title={briefReason}>
                 … et {count(brief.count, "passage bref", "passages brefs")} ({duration(brief.seconds)})
               </p>
