@@ -61,7 +61,7 @@ export function PickedBar({ day, projects, picked, bar }: Props) {
             setDeleting(null);
             // What was asked from is gone with the selection.
             requestAnimationFrame(() => {
-              if (document.activeElement?.matches("body, main")) bar.focusList();
+              if (document.activeElement === document.body) bar.focusList();
             });
           }}
         />
