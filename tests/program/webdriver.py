@@ -128,7 +128,7 @@ class Page:
 
     def answer_panel(self, name, key, text=None):
         """Presses the key in the program's dialogue window of that name, where the text is typed before
-        into the field that has the focus."""
+        into the field that has the focus; returns the window."""
         panel = wait_for(lambda: self.desktop.windows_named(name), 15, name)
         pass_time(1)  # GTK takes no key before its first frame
         self.desktop.focus(int(panel[-1]))
@@ -136,3 +136,4 @@ class Page:
             self.press("ctrl+a")
             self.desktop.input("type", "--delay", "20", text)
         self.press(key)
+        return panel[-1]

@@ -134,7 +134,8 @@ class WindowTest(DesktopCase):
             self.assertEqual(sorted(map(os.fsdecode, os.listdir(documents))), files)
         # A name that the panel has not asked about is not written over.
         page.script("ask('export')")
-        page.answer_panel("Exporter", "Return", "toto")
+        first = page.answer_panel("Exporter", "Return", "toto")
+        wait_for(lambda: first not in self.desktop.windows_named("Exporter"), 10, "it has gone")
         page.answer_panel("Exporter", "Escape")
         page.script("setTimeout(() => ask('quit'), 300)")
         self.wait_for_no_window()
