@@ -108,8 +108,7 @@ class Catch {
   }
 
  private:
-  const std::string field_;  // empty where nothing is looked for
-  const std::string pattern_;
+  const std::string field_, pattern_;  // the field is empty where nothing is looked for
   const bool whole_;
   PatternSearch search_;
   int column_ = -1;
@@ -121,10 +120,8 @@ class Catch {
 struct RankedRules {
   using Found = PatternSearch::Found;
   using Rank = PatternSearch::Rank;
-
   std::vector<Rule> rules;
-  Found before;                     // where the saved rule's pattern is
-  Found after;                      // there, too
+  Found before, after;              // where the saved rule's pattern is
   std::optional<Rule> edited;       // that goes, being of another pattern
   Found withEdited;                 // where that one's is
   std::vector<bool> gone;           // by rank

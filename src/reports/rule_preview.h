@@ -34,7 +34,7 @@ struct RulePreview {
   SpanCount caught;
   SpanCount changed;  ///< those that get another category or project; of a rule that is edited,
                       ///< also what it catches now and would no longer
-  SpanCount kept;                 ///< of what is caught: those that do not, being decided by hand
+  SpanCount kept;     ///< of what is caught: those that do not, being decided by hand
   std::vector<Change> changes;    ///< by falling seconds, at most 8
   std::vector<Example> examples;  ///< the 5 largest
   bool whole = true;              ///< false when not all spans could be read

@@ -12,6 +12,7 @@ import {
   isDay,
   isolated,
   mondayOf,
+  plainDomain,
   readClock,
   share,
   weekName,
@@ -92,4 +93,16 @@ test("a cut text never ends in half a character", () => {
   assert.equal(clip("a😀b", 2), "a…");
   // What turns the direction of the text turns back before the sentence goes on.
   assert.equal(isolated("\u202eabc", 3), "\u2068\u202eab…\u2069");
+});
+
+test("a site is shown without the www that it is found under", () => {
+  const sites = ["www.exemple.fr", "WWW.exemple.fr", "exemple.fr", "www.fr", "wwww.exemple.fr", "Firefox"];
+  assert.deepEqual(sites.map(plainDomain), [
+    "exemple.fr",
+    "exemple.fr",
+    "exemple.fr",
+    "www.fr",
+    "wwww.exemple.fr",
+    "Firefox",
+  ]);
 });
