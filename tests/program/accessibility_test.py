@@ -81,7 +81,11 @@ class AccessibilityTest(DesktopCase):
 
     def start_page(self):
         self.page = Page(self.desktop)
-        self.desktop.focus(int(self.page.window()))
+        self.focus_window()
+
+    def focus_window(self):
+        windows = wait_for(lambda: self.desktop.windows_named("^Orvanta$"), 20, "the window is there")
+        self.desktop.focus(int(windows[0]))
 
     def ask(self, question):
         self.reader.stdin.write(question + "\n")
@@ -98,7 +102,7 @@ class AccessibilityTest(DesktopCase):
         def focused():
             focus = self.ask("focus")
             return focus and all(focus[key] == value for key, value in values.items()) and focus
-        return wait_for(focused, 10, lambda: f"{values}, but {self.ask('focus')}")
+        return wait_for(focused, 20, lambda: f"{values}, but {self.ask('focus')}")
 
     def check_whole(self, what):
         """Every text that is seen is told, and whatever can have the focus has a name."""
@@ -112,7 +116,7 @@ class AccessibilityTest(DesktopCase):
             lacking[:] = [place for mark, place in places.items() if mark not in told]
             lacking.extend(one for one in objects if one["focusable"] and not one["name"])
             return len(places) > 5 and not lacking
-        wait_for(whole, 15, lambda: f"{what} lacks {lacking}")
+        wait_for(whole, 30, lambda: f"{what} lacks {lacking}")
 
     def test_every_view_is_told_in_full(self):
         self.start_reader()
@@ -146,7 +150,7 @@ class AccessibilityTest(DesktopCase):
         for count in range(1, 9):
             before = self.ask("focus")
             self.page.press("Tab")
-            wait_for(lambda: self.ask("focus") != before, 5, "the focus moves")
+            wait_for(lambda: self.ask("focus") != before, 15, "the focus moves")
             if self.ask("focus")["role"] == "list box":
                 return count
         raise AssertionError("the blocks are not within 8 Tabs")
@@ -161,7 +165,7 @@ class AccessibilityTest(DesktopCase):
         def active():
             return [one["attributes"] for one in self.document()
                     if one["role"] == "list item" and one["focused"]]
-        row, = wait_for(active, 5, "the active row has the focus")
+        row, = wait_for(active, 20, "the active row has the focus")
         self.assertEqual((row["posinset"], row["setsize"]), ("1", rows))
         self.page.press("Return")
         self.wait_for_focus(role="radio button")
@@ -186,7 +190,7 @@ class AccessibilityTest(DesktopCase):
         nothing is open in it."""
         desktop = self.desktop
         program = desktop.spawn(ORVANTA, "--show")
-        desktop.focus(int(wait_for(lambda: desktop.windows_named("^Orvanta$"), 20, "the window")[0]))
+        self.focus_window()
         engine = wait_for(lambda: children(program.pid, "WebKitWebProcess"), 10, "an engine")
         pass_time(3)  # it is up
         desktop.input("key", "p", "n")
@@ -208,7 +212,7 @@ class AccessibilityTest(DesktopCase):
         def told():
             heard.extend(self.ask("events"))
             return [text for under, text in heard if under == role and part in text]
-        wait_for(told, 10, lambda: f"{part} under {role}, but {heard}")
+        wait_for(told, 20, lambda: f"{part} under {role}, but {heard}")
 
 
 if __name__ == "__main__":

@@ -12,7 +12,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402 pylint: disable=wrong-import-position
 
-focused = None
+last_focus = None
 added = []
 
 
@@ -23,11 +23,10 @@ def text_of(node):
 
 def describe(node, depth):
     states = node.get_state_set()
+    focused = states.contains(Atspi.StateType.FOCUSED)
     return {"depth": depth, "role": node.get_role_name(), "name": node.get_name() or "",
-            "description": node.get_description() or "", "text": text_of(node),
-            "focusable": states.contains(Atspi.StateType.FOCUSABLE),
-            "focused": states.contains(Atspi.StateType.FOCUSED),
-            "attributes": dict(node.get_attributes() or {})}
+            "text": text_of(node), "focusable": states.contains(Atspi.StateType.FOCUSABLE),
+            "focused": focused, "attributes": dict(node.get_attributes()) if focused else {}}
 
 
 def walk(node, depth=0):
@@ -51,7 +50,11 @@ def window_named(name):
 
 def tree(name):
     application, window = window_named(name)
-    return [describe(application, 0), *walk(window, 1)] if window else []
+    if not window:
+        return []
+    application.clear_cache()  # not every change of a name is told
+    return [{**describe(application, 0), "description": application.get_description()},
+            *walk(window, 1)]
 
 
 def path_of(node):
@@ -63,11 +66,11 @@ def path_of(node):
 
 
 def on_event(event):
-    global focused  # pylint: disable=global-statement
+    global last_focus  # pylint: disable=global-statement
     try:
         if event.type.startswith("object:state-changed:focused"):
             if event.detail1:
-                focused = {**describe(event.source, 0), "path": path_of(event.source)}
+                last_focus = {**describe(event.source, 0), "path": path_of(event.source)}
         else:
             added.append([event.source.get_role_name(), text_of(event.any_data)])
     except GLib.Error:
@@ -77,13 +80,13 @@ def on_event(event):
 def on_line(channel, _condition):
     line = channel.readline()
     if not line:
-        GLib.MainLoop.quit(loop)
+        loop.quit()
         return False
     command, _, rest = line.strip().partition(" ")
     if command == "tree":
         answer = tree(rest)
     elif command == "focus":
-        answer = focused
+        answer = last_focus
     else:
         answer, added[:] = added[:], []
     print(json.dumps(answer), flush=True)
