@@ -33,14 +33,23 @@ export async function violations(page) {
   return found.map(({ id, nodes }) => `${id}: ${nodes.map((node) => node.html.slice(0, 120)).join(" | ")}`);
 }
 
-/** The same, and breaking spaces where French sets others: in quotes, before tall punctuation. */
+/**
+ * The same, breaking spaces where French sets others (in quotes, before tall punctuation), and what WebKit hides
+ * from screen readers: that a list without markers is one, and what is told in a place that is not drawn.
+ */
 export async function complaints(page) {
   const breaks = await page.evaluate(() => {
     const copy = document.body.cloneNode(true);
     for (const foreign of copy.querySelectorAll("bdi, option")) foreign.remove();
     return copy.textContent.match(/.{0,20}(?: [:;!?»]|« ).{0,10}/g) ?? [];
   });
-  return [...(await violations(page)), ...breaks.map((text) => `a breaking space in ${text}`)];
+  const hidden = await page.evaluate(() => {
+    const lists = [...document.querySelectorAll(":is(ul, ol):not([role], [aria-hidden])")];
+    const places = [...document.querySelectorAll("[role=status], [role=alert]")];
+    const undrawn = places.filter((place) => getComputedStyle(place).display === "none");
+    return [...lists, ...undrawn].map((one) => `hidden: ${one.outerHTML.slice(0, 80)}`);
+  });
+  return [...(await violations(page)), ...hidden, ...breaks.map((text) => `a breaking space in ${text}`)];
 }
 
 /** A disk of its own for a store, that can be filled; undefined where mounting is not allowed. */

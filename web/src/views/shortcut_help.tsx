@@ -27,7 +27,7 @@ const groups: Group[] = [
       ["Tab", "D’un groupe au suivant"],
       ["← ↑ → ↓", "D’un élément du groupe à l’autre"],
       ["Début, Fin", "Premier, dernier du groupe"],
-      ["F6", "Partie suivante de la page"],
+      ["F6", "Partie suivante ; avec Maj, précédente"],
       ["/", "Rechercher"],
       ["N", "Nouveau projet, nouvelle règle"],
       ["Maj + P", "Mettre en pause, reprendre"],
