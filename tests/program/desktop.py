@@ -213,8 +213,10 @@ class Desktop(Recorded):
         return [int(word.strip(","), 16) for word in text.split() if word.startswith("0x")]
 
     def windows_named(self, name):
-        """Those in sight, as xdotool numbers them."""
-        return self.run("xdotool", "search", "--onlyvisible", "--name", name).stdout.decode().split()
+        """Those in sight, as xdotool numbers them; a tooltip, which has its program's name, is none."""
+        found = self.run("xdotool", "search", "--onlyvisible", "--name", name).stdout.decode().split()
+        managed = self.root_windows("_NET_CLIENT_LIST")
+        return [window for window in found if int(window) in managed]
 
     def title_of(self, window):
         return self.run("xdotool", "getwindowname", str(window)).stdout.decode().strip()
