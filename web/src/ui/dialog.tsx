@@ -22,8 +22,9 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
     // Nothing to fill in: the reading starts at the title.
     if (!ref.current?.querySelector("[autofocus]")) ref.current?.querySelector("h2")?.focus();
     return () => {
-      const back = before instanceof HTMLElement && before.isConnected ? before : document.querySelector("main");
-      back?.focus();
+      if (document.activeElement !== document.body) return; // somebody knew better
+      const known = before instanceof HTMLElement && before.isConnected;
+      (known ? before : document.querySelector("main"))?.focus();
     };
   }, []);
   return (
