@@ -145,6 +145,18 @@ class AccessibilityTest(DesktopCase):
         page.wait_for_text("//dialog//h2", "Raccourcis clavier")
         self.check_whole("shortcuts")
 
+    def test_the_first_opening_is_told_in_full(self):
+        self.desktop.set_setting("onboarded", "0")
+        self.start_reader()
+        self.start_page()
+        for step in range(3):
+            if step > 0:
+                self.page.click("//button[. = 'Continuer']")
+            focus = self.wait_for_focus(name=self.page.script(
+                "return document.querySelector('h1').textContent"))
+            self.assertIn("document web", focus["path"])
+            self.check_whole(f"step {step + 1}")
+
     def to_list(self):
         """Returns how many times Tab is pressed on the way."""
         for count in range(1, 9):
@@ -184,6 +196,13 @@ class AccessibilityTest(DesktopCase):
         self.page.wait_for_text("//dialog//h2", "Nouveau projet")
         self.page.press("Return")
         self.wait_to_hear("notification", "Donnez un nom au projet.")
+        self.page.press("Escape", "g")
+        self.wait_for_focus(name="Réglages")
+        self.page.press("Tab")
+        self.wait_for_focus(role="entry")
+        self.page.type("240")
+        self.page.press("Return")
+        self.wait_to_hear("status bar", "Enregistré")
 
     def test_a_screen_reader_that_comes_later_hears_as_much(self):
         """The engine's process tells only those that were there before it: it is started afresh, once

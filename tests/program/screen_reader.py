@@ -26,7 +26,7 @@ def describe(node, depth):
     focused = states.contains(Atspi.StateType.FOCUSED)
     return {"depth": depth, "role": node.get_role_name(), "name": node.get_name() or "",
             "text": text_of(node), "focusable": states.contains(Atspi.StateType.FOCUSABLE),
-            "focused": focused, "attributes": dict(node.get_attributes()) if focused else {}}
+            "focused": focused, "attributes": dict(node.get_attributes() or {}) if focused else {}}
 
 
 def walk(node, depth=0):
