@@ -17,10 +17,12 @@ using Text = json::string_view;
 // What the parser tells, put together to a value.
 class Builder {
  public:
+  // NOLINTBEGIN(readability-identifier-naming): the parser asks by these names
   static constexpr std::size_t max_object_size = json::object::max_size();
   static constexpr std::size_t max_array_size = json::array::max_size();
   static constexpr std::size_t max_key_size = json::string::max_size();
   static constexpr std::size_t max_string_size = json::string::max_size();
+  // NOLINTEND(readability-identifier-naming)
 
   Builder() { stack_.reset(); }
   json::value release() { return stack_.release(); }

@@ -17,9 +17,9 @@ namespace {
 constexpr auto kBefore =
     "SELECT count(*) FROM rules WHERE priority > 0 OR (priority = 0 AND length(pattern) >= ?)";
 
-// As SQLite counts it.
+// As SQLite counts it: up to a NUL.
 std::size_t lengthOf(const Rule& rule) {
-  return codePoints(rule.pattern.c_str());
+  return codePoints(std::string_view(rule.pattern).substr(0, rule.pattern.find('\0')));
 }
 
 std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {

@@ -34,7 +34,7 @@ constexpr std::string_view kMissing =
     "<meta name=\"color-scheme\" content=\"light dark\"><title>Orvanta</title>"
     "<h1>La page d’Orvanta est introuvable</h1>"
     "<p>Ses fichiers ne sont pas installés, ou une mise à jour les a déplacés. Quittez Orvanta et "
-    "relancez-le ; si cette page revient, réinstallez-le. Vos données sont intactes et "
+    "relancez-le&nbsp;; si cette page revient, réinstallez-le. Vos données sont intactes et "
     "l’enregistrement continue.";
 
 void serve(WebKitURISchemeRequest* request, gpointer /*data*/) {

@@ -18,8 +18,8 @@ struct Request {
   HttpClient::Done done;
   Ref<GCancellable> cancel;
   guint deadline = 0;
-  Ref<GInputStream> body = {};
-  std::unique_ptr<char[]> bytes = {};  // the beginning of the body
+  Ref<GInputStream> body;
+  std::string bytes;  // the beginning of the body
 };
 
 // The session's own time-out only watches for silence; this one is for the whole request.
@@ -42,9 +42,10 @@ void bodyRead(GObject* /*body*/, GAsyncResult* result, gpointer data) {
     finish(*request, {});
     return;
   }
+  request->bytes.resize(size <= kMostBytes ? size : 0);
   finish(*request, HttpClient::Answer{
                        .status = static_cast<int>(soup_message_get_status(request->message.get())),
-                       .body = size <= kMostBytes ? std::string(request->bytes.get(), size) : ""});
+                       .body = std::move(request->bytes)});
 }
 
 // No more of the body is taken, and unpacked, than may be kept: it could be any size.
@@ -56,10 +57,10 @@ void answered(GObject* /*session*/, GAsyncResult* result, gpointer data) {
     return;
   }
   constexpr gsize kOneTooMany = kMostBytes + 1;
-  request->bytes = std::make_unique_for_overwrite<char[]>(kOneTooMany);
+  request->bytes.resize(kOneTooMany);
   auto* const body = request->body.get();
   auto* const cancel = request->cancel.get();
-  auto* const bytes = request->bytes.get();
+  auto* const bytes = request->bytes.data();
   g_input_stream_read_all_async(body, bytes, kOneTooMany, G_PRIORITY_DEFAULT, cancel, bodyRead,
                                 request.release());
 }

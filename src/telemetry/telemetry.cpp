@@ -42,7 +42,7 @@ bool isSafe(const std::string& url) {
 std::string osVersion() {
   const std::unique_ptr<char, decltype(&g_free)> raw(g_get_os_info(G_OS_INFO_KEY_VERSION_ID),
                                                      g_free);
-  std::string version = raw ? raw.get() : "0";
+  const std::string version = raw ? raw.get() : "0";
   const auto first = version.find('.');
   if (first == std::string::npos) return version + ".0";
   return version.substr(0, version.find('.', first + 1));

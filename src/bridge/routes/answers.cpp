@@ -60,7 +60,7 @@ std::optional<std::string> projectName(Core& core, const std::optional<int64_t>&
 }
 
 std::string_view storedText(const std::string& text) {
-  return text.c_str();
+  return std::string_view(text).substr(0, text.find('\0'));
 }
 
 json::value textOrNull(std::string_view text) {
