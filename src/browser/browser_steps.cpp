@@ -1,8 +1,8 @@
 #include "browser/browser_steps.h"
 
 #include <fmt/format.h>
-#include <glibmm/keyfile.h>
 
+#include <fstream>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -30,14 +30,14 @@ bool insistsOnSignatures(const Browser& browser, int32_t pid) {
   if (browser.bundle != "org.mozilla.firefox") return false;
   const fs::path program = programOf(pid);
   if (program.empty()) return false;
-  const auto built = Glib::KeyFile::create();
-  try {
-    built->load_from_file((program.parent_path() / "application.ini").string());
-    const auto name = built->get_string("App", "RemotingName");
+  std::ifstream file(program.parent_path() / "application.ini");
+  for (std::string line; std::getline(file, line);) {
+    constexpr std::string_view kName = "RemotingName=";
+    if (!line.starts_with(kName)) continue;
+    const auto name = line.substr(kName.size());
     return name == "firefox" || name == "firefox-beta";
-  } catch (const Glib::Error&) {
-    return program.filename() == "firefox" || program.filename() == "firefox-bin";
   }
+  return program.filename() == "firefox" || program.filename() == "firefox-bin";
 }
 
 constexpr auto kSignatures = "xpinstall.signatures.required";
