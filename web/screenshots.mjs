@@ -85,22 +85,24 @@ await writeFile(
    <edit name="family" mode="prepend" binding="strong"><string>Inter</string></edit></match></fontconfig>`,
 );
 process.env.FONTCONFIG_FILE = join(folder, "fonts.conf");
+// The welcome shows where the store is.
+const home = join(tmpdir(), "camille");
 const stage = await openStage();
 for (const { open, scenes } of await listScenes(stage)) {
   for (const percent of wanted.text) {
     const scale = Number(percent) / 100;
-    const here = scenes.filter((scene) =>
+    const chosen = scenes.filter((scene) =>
       wanted.themes.some((theme) => wanted.sizes.some((size) => takes(scene, theme, size))),
     );
-    if (here.length === 0) continue;
-    const options = typeof open === "function" ? open() : open;
-    const page = await stage.open({ ...options, deviceScaleFactor: scale });
+    if (chosen.length === 0) continue;
+    await rm(home, { recursive: true, force: true });
+    const page = await stage.open({ ...open, home, deviceScaleFactor: scale });
     for (const theme of wanted.themes) {
       await page.emulateMedia({ contrast: null, forcedColors: null, ...themes[theme] });
       for (const size of wanted.sizes) {
         const [width, height] = size.split("x").map((side) => Math.round(Number(side) / scale));
         await page.setViewportSize({ width, height });
-        for (const scene of here) {
+        for (const scene of chosen) {
           if (!takes(scene, theme, size)) continue;
           const suffix = percent === "100" ? "" : `-${percent}`;
           await take(page, scene, join(out, `${scene.name}-${theme}-${size}${suffix}.png`)).catch((error) => {
@@ -114,4 +116,5 @@ for (const { open, scenes } of await listScenes(stage)) {
   }
 }
 await stage.close();
+await rm(home, { recursive: true, force: true });
 await rm(folder, { recursive: true });

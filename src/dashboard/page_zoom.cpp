@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::array kSteps{0.5, 0.67, 0.75, 0.8, 0.9, 1.0, 1.1, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0};
 
-WebKitWebView* webView(const Gtk::Widget& page) {
-  return WEBKIT_WEB_VIEW(const_cast<GtkWidget*>(page.gobj()));
+WebKitWebView* webView(Gtk::Widget& page) {
+  return WEBKIT_WEB_VIEW(page.gobj());
 }
 
 // Steps are further apart than this.

@@ -123,7 +123,7 @@ test("everything is there in a small window, in a large one and at 200 %", { tim
   for (const { open, scenes } of await listScenes(stage)) {
     const wanted = scenes.filter(({ name }) => !only || only.includes(name));
     if (wanted.length === 0) continue;
-    const page = await stage.open(typeof open === "function" ? open() : open);
+    const page = await stage.open(open);
     for (const scene of wanted) {
       await page.setViewportSize({ width: 860, height: 560 });
       await show(page, scene);

@@ -1,7 +1,4 @@
 // Everything that the page can show, so that pictures and tests of its layout miss none of it.
-import { mkdtempSync } from "node:fs";
-import { tmpdir } from "node:os";
-import { join } from "node:path";
 
 /** Under which a view's pictures are kept: its title in plain letters. */
 const slug = (title) =>
@@ -123,8 +120,6 @@ export async function listScenes(stage) {
   await first.context().close();
   const of = (id) => views.find((view) => view.id === id);
   const all = (suffix = "") => views.map((view) => ({ name: view.name + suffix, view }));
-  // Its folder is shown by the welcome, so it has the name of one.
-  const home = () => join(mkdtempSync(join(tmpdir(), "orvanta-home-")), "camille");
   return [
     {
       open: {},
@@ -135,7 +130,7 @@ export async function listScenes(stage) {
     { open: { make: ["--kind", "empty"] }, scenes: all("-vide") },
     { open: { blind: true }, scenes: [{ name: "jour-sans-titres", view: of("day") }] },
     {
-      open: () => ({ make: ["--kind", "new"], home: home() }),
+      open: { make: ["--kind", "new"] },
       scenes: ["accueil", "accueil-bureau", "accueil-projet"].map((name, count) => ({
         name,
         act: steps(count),
