@@ -16,7 +16,7 @@ LONG = "Sonde \u202e\u2067" + "👩‍👩‍👧" * 50 + "x" * 10_000
 SPANS = [(0, 20, "Navigateur", SITE, TITLE), (20, 45, "Atelier", None, "Plan"),
          (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, LONG)]
 
-BAR = "//form[@aria-label = 'Assigner la sélection']"
+BAR = "//form[@aria-label = 'Attribuer la sélection']"
 TOAST = "//*[@role = 'status'][.//button[@aria-label = 'Fermer le message']]"
 
 

@@ -50,8 +50,8 @@ class PageStoreTest(PageCase):
         page.click(BAR + "//label[. = 'Loisir']")
         page.press("Tab")
         page.type("Carnet")
-        page.click(button("Assigner"))
-        page.wait_for_text(TOAST, "Assigné : ")
+        page.click(button("Attribuer"))
+        page.wait_for_text(TOAST, "Attribué : ")
         after = self.tables()
         given = dict(self.stored("SELECT id, category || project_id FROM events"))
         self.assertEqual({given[span] for span in short}, {f"loisir{project}"})
@@ -66,7 +66,7 @@ class PageStoreTest(PageCase):
         page.press("slash", "Tab", "Down", "Down", "shift+Down", "ctrl+Down", "space")
         page.wait_for_text(BAR, "3 blocs1 h 10")
         page.press("eacute")  # 2, on this keyboard
-        page.wait_for_text(TOAST, "Assigné : 3 blocs (1 h 10).")
+        page.wait_for_text(TOAST, "Attribué : 3 blocs (1 h 10).")
         self.assertEqual([category for *_, category in self.stored_today("category")[:5]],
                          [None, "loisir", "loisir", "loisir", None])
         page.press("ctrl+z")
@@ -102,7 +102,7 @@ class PageStoreTest(PageCase):
         other.execute("ROLLBACK")
         page.wait_for_nothing(TROUBLE, 20)
         page.press("ampersand")
-        page.wait_for_text(TOAST, "Assigné : 1 bloc (20 min).")
+        page.wait_for_text(TOAST, "Attribué : 1 bloc (20 min).")
         self.assertEqual(self.stored("SELECT category FROM events WHERE domain=? ORDER BY start",
                                      SITE), [(None,), (None,), ("travail",), (None,)])
 

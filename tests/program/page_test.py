@@ -32,7 +32,7 @@ def changed(now, then):
 def named(date):
     """The day of the week and of the month."""
     day = datetime.date.fromisoformat(date)
-    return WEEKDAYS[day.weekday()], day.day
+    return WEEKDAYS[day.weekday()], "1er" if day.day == 1 else day.day
 
 
 class PageTest(PageCase):
@@ -112,7 +112,7 @@ class PageTest(PageCase):
         page.press("Tab")
         page.type("Carnet")
         page.press("Tab", "space")
-        page.wait_for_text(TOAST, "Assigné : 2 blocs (35 min).")
+        page.wait_for_text(TOAST, "Attribué : 2 blocs (35 min).")
         self.assertNotIn("Règle apprise", page.text(TOAST))
         given, free = ("travail", project), (None, None)
         self.assertEqual(self.assigned(), [given, given, free, free])
@@ -124,7 +124,7 @@ class PageTest(PageCase):
         page.click(row("09:00"))
         page.press("Return", "Tab")
         page.type("Carnet")
-        page.click(button("Assigner"))
+        page.click(button("Attribuer"))
         page.wait_for_text(TOAST, f"Règle apprise : {SITE} → Travail, {PROJECT}")
         self.assertEqual(self.assigned(), [given, given, given, free])
         learnt = ("SELECT field, pattern, category, project_id, priority FROM rules"
@@ -155,14 +155,14 @@ class PageTest(PageCase):
         page.press("g")
         page.wait_for_text("//h1", "Réglages")
         page.wait_for_text("//main", "un film comptera comme absence")  # a bare window manager
-        for text, error in (("10", "30 au moins."), ("240", "")):
+        for text, error in (("0,1", "0,5 au moins."), ("4", "")):
             page.click(field("Seuil d’inactivité"))
             page.press("ctrl+a")
             page.type(text)
             page.press("Return")
             what = field("Seuil d’inactivité") + "/ancestor::div[2]//*[@role = 'alert']"
             wait_for(lambda: page.text(what) == error, 10, f"{text}: {error}")
-            expected = "180" if error else text
+            expected = "180" if error else "240"
             self.wait_for_setting("idle_threshold", expected)
         page.click(field("Sites exclus"))
         page.type("https://banque.example/compte")
@@ -194,7 +194,7 @@ class PageTest(PageCase):
     def check_week(self, week):
         """The page shows the program's report."""
         page = self.page
-        page.wait_for_text("//h1", f"Semaine du {named(week['monday'])[1]}")
+        page.wait_for_text("//h1", f"Semaine du {named(week['monday'])[1]} ")
         page.wait_for_text("//section[@aria-label = 'Résumé de la semaine']",
                            spelt(sum(day["active"] for day in week["days"])))
         for day in week["days"]:

@@ -161,7 +161,7 @@ test("a message answered by mouse holds none of the later ones, nor covers the r
   }
   await page.clock.install({ time: Date.now() });
   await page.keyboard.press("3");
-  await page.locator(".toast", { hasText: "Assigné" }).waitFor();
+  await page.locator(".toast", { hasText: "Attribué" }).waitFor();
   await page.clock.runFor(500);
   const [row, toast] = [".block.active", ".toast"].map((one) => page.locator(one).boundingBox());
   const { y, height } = await row;

@@ -5,7 +5,7 @@ import { everything, filterBlocks } from "../src/model/filter";
 import { changes } from "../src/model/recap";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
 import { covered, fileSize, moment, since } from "../src/model/store";
-import { numberError, readDomain, readList } from "../src/model/settings";
+import { numberError, readDomain, readList, scaled, unscaled } from "../src/model/settings";
 import { activity, bars, clamp, fit, hours, segmentAt, ticks, zoom } from "../src/model/timeline";
 
 let lastId = 0;
@@ -155,6 +155,9 @@ test("a setting is refused with a reason", () => {
   const wrong = ["", "1,5", "-5", "abc", "1e3", "99999999", "29"];
   for (const text of wrong) assert.notEqual(numberError(limits, text), "", text);
   assert.equal(numberError(limits, " 180 "), "");
+  assert.equal(numberError(limits, "0,4", 60), "0,5 au moins.");
+  assert.equal(numberError(limits, "1,5", 60), "");
+  assert.deepEqual([unscaled("1,5", 60), unscaled("2.25", 60), scaled("90", 60), scaled("abc", 60)], [90, 135, "1,5", "abc"]);
   const domains: [string, string | null][] = [
     ["Exemple.FR", "exemple.fr"],
     ["https://www.exemple.fr/a?b#c", "exemple.fr"],

@@ -274,7 +274,7 @@ test("a reopened page shows the same place, and a day later that day", async () 
 
 test("a range is typed, and one without activity cannot be assigned", async () => {
   const page = await open();
-  const assign = page.getByRole("button", { name: "Assigner", exact: true });
+  const assign = page.getByRole("button", { name: "Attribuer", exact: true });
   const range = async (from, to) => {
     await page.getByLabel("Fin de la plage").fill(to);
     await page.getByLabel("Début de la plage").fill(from);
@@ -288,12 +288,12 @@ test("a range is typed, and one without activity cannot be assigned", async () =
   await range("9h35", "10:10");
   await assign.click();
   await page.waitForSelector(".toast");
-  assert.match(plain(await page.locator(".toast").innerText()), /Assigné : 09:35 – 10:10 \(35 min\)/);
+  assert.match(plain(await page.locator(".toast").innerText()), /Attribué : 09:35 – 10:10 \(35 min\)/);
   await page.getByRole("listbox").press("End");
   for (const edge of [/^09:35/, / – 10:10/])
     await page
       .locator(".block", { hasText: edge })
-      .filter({ hasText: /Loisir.*Assigné à la main/s })
+      .filter({ hasText: /Loisir.*Attribué à la main/s })
       .waitFor();
   await page.context().close();
 });
@@ -332,7 +332,7 @@ test("the keyboard reaches the timeline's stretches and ranges, and comes back",
   await page.keyboard.press("Enter");
   await page.waitForFunction(() => document.activeElement?.ariaLabel === "Début de la plage");
   assert.equal(await page.getByLabel("Début de la plage").inputValue(), range);
-  assert.equal(await page.getByRole("button", { name: "Assigner", exact: true }).isDisabled(), true);
+  assert.equal(await page.getByRole("button", { name: "Attribuer", exact: true }).isDisabled(), true);
   await page.locator(".assign").getByText("Autre").click();
   await page.keyboard.press("Enter");
   await page.waitForSelector(".toast");
@@ -364,7 +364,7 @@ test("a rule shows what it would catch, change and leave, and then catches it", 
   await saying("Rien depuis le début. La règle vaudra pour la suite.");
   await dialog.getByLabel("Quand").selectOption("app");
   await dialog.locator("input").first().fill("inkscape");
-  await saying("Assigné à la main, resterait tel quel");
+  await saying("Attribué à la main, resterait tel quel");
   await dialog.getByLabel("Quand").selectOption("url");
   await dialog.locator("input").first().fill("lemonde.fr/0/");
   await preview.locator("summary", { hasText: "https://lemonde.fr/0/1" }).waitFor();
@@ -401,8 +401,8 @@ test("a block says why it counts as it does, and leads to what decided", async (
   await page.waitForSelector(".toast");
   await page.locator(".block", { hasText: "extranet-mairie.fr" }).first().click();
   await saying("Aucune règle ne le classe");
-  await page.locator(".block", { hasText: "Assigné à la main" }).click();
-  await saying("Assigné à la main");
+  await page.locator(".block", { hasText: "Attribué à la main" }).click();
+  await saying("Attribué à la main");
   await page.program.ask("projects.delete", { id: 4 }); // its keyword decides before the application
   const drawing = page.locator(".block", { hasText: "affiche-mémoire.svg" }).first();
   for (let day = 0; day < 7 && !(await drawing.isVisible()); ++day) {
@@ -450,9 +450,9 @@ test("a setting that the program reads otherwise is said beside its field", asyn
   const ask = page.program.ask.bind(page.program);
   const otherwise = { ok: true, read_as: { idle_threshold: 120 } };
   page.program.ask = (path, body) => (path === "settings.set" ? otherwise : ask(path, body));
-  await page.getByLabel("Seuil d’inactivité").fill("60");
+  await page.getByLabel("Seuil d’inactivité").fill("1,5");
   await page.keyboard.press("Enter");
-  await page.getByText("Sera lu comme 120 secondes.").waitFor();
+  await page.getByText("Sera lu comme 2 minutes.").waitFor();
   await page.context().close();
 });
 

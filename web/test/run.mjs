@@ -35,7 +35,7 @@ async function units() {
 }
 
 const suites = {
-  types: () => run("node_modules/typescript/bin/tsc", "--noEmit") && run("lint.mjs"),
+  types: () => run("node_modules/typescript/bin/tsc", "--noEmit") && run("lint.mjs") && run("texts.mjs", "--check"),
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
   day: () => run("--test", join(here, "day.test.mjs")),

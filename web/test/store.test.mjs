@@ -61,10 +61,10 @@ test("on a full disk one alert stays over every view, no success is told, and fo
 
   await view(page, "g", "Réglages");
   const idle = page.getByLabel("Seuil d’inactivité");
-  await idle.fill("300");
+  await idle.fill("5");
   await idle.press("Enter");
   await page.locator(".field-error", { hasText: "Le disque est plein" }).waitFor();
-  assert.equal(await idle.inputValue(), "300");
+  assert.equal(await idle.inputValue(), "5");
 
   await page.locator("h1").click();
   await view(page, "r", "Règles");
@@ -124,8 +124,8 @@ test("the program undoes and redoes: by mouse, by keys, for blocks and ranges", 
 
   await button(page, "Plage…").click();
   await page.locator(".assign").getByText("Autre").click();
-  await button(page, "Assigner").click();
-  await toast(page, "Assigné");
+  await button(page, "Attribuer").click();
+  await toast(page, "Attribué");
   writes(page);
   await page.keyboard.press("Control+z");
   await toast(page, "Annulé\u00a0:");

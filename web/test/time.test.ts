@@ -63,9 +63,10 @@ test("days go on across months, years and changes of the clock", () => {
 });
 
 test("weeks are named without saying a month twice", () => {
-  assert.equal(plain(weekName("2026-11-16")), "16 – 22 novembre 2026");
-  assert.equal(plain(weekName("2026-09-28")), "28 septembre – 4 octobre 2026");
-  assert.equal(plain(weekName("2026-12-28")), "28 décembre 2026 – 3 janvier 2027");
+  assert.equal(plain(weekName("2026-11-16")), "du 16 au 22 novembre 2026");
+  assert.equal(plain(weekName("2026-09-28")), "du 28 septembre au 4 octobre 2026");
+  assert.equal(plain(weekName("2026-06-01")), "du 1er au 7 juin 2026");
+  assert.equal(plain(weekName("2026-12-28")), "du 28 décembre 2026 au 3 janvier 2027");
 });
 
 test("a time of day is read as people write it", () => {

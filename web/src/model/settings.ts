@@ -2,12 +2,25 @@ import type { SettingRow } from "../bridge/routes";
 
 type Limits = Pick<SettingRow, "smallest" | "largest">;
 
+const plainNumber = new Intl.NumberFormat("fr-FR", { maximumFractionDigits: 2, useGrouping: false });
+
+/** A stored value in units of `scale`, as a field shows it: "90" in minutes is "1,5". */
+export function scaled(value: string, scale: number): string {
+  return scale === 1 || !/^\d+$/.test(value) ? value : plainNumber.format(Number(value) / scale);
+}
+
+/** What is stored of the text of such a field; not a number when it is none. */
+export function unscaled(text: string, scale: number): number {
+  const form = scale === 1 ? /^\d{1,6}$/ : /^\d{1,6}([.,]\d{1,2})?$/;
+  return form.test(text.trim()) ? Math.round(Number(text.trim().replace(",", ".")) * scale) : NaN;
+}
+
 /** What is wrong with the text as a value of the setting, in French; empty when nothing is. */
-export function numberError({ smallest, largest }: Limits, text: string): string {
-  if (!/^\d{1,6}$/.test(text.trim())) return "Un nombre entier est attendu.";
-  const value = Number(text);
-  if (smallest !== null && value < smallest) return `${smallest} au moins.`;
-  if (largest !== null && value > largest) return `${largest} au plus.`;
+export function numberError({ smallest, largest }: Limits, text: string, scale = 1): string {
+  const value = unscaled(text, scale);
+  if (Number.isNaN(value)) return scale === 1 ? "Un nombre entier est attendu." : "Un nombre est attendu.";
+  if (smallest !== null && value < smallest) return `${scaled(String(smallest), scale)} au moins.`;
+  if (largest !== null && value > largest) return `${scaled(String(largest), scale)} au plus.`;
   return "";
 }
 

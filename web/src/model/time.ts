@@ -104,7 +104,9 @@ export function clock(time: UnixTime): string {
 function formatter(options: Intl.DateTimeFormatOptions): (day: Day) => string {
   let format: Intl.DateTimeFormat | undefined;
   return (day) =>
-    (format ??= new Intl.DateTimeFormat("fr-FR", { ...options, timeZone: "UTC" })).format(utc(day));
+    (format ??= new Intl.DateTimeFormat("fr-FR", { ...options, timeZone: "UTC" }))
+      .format(utc(day))
+      .replace(/(?<!\d)1(?= \p{L})/u, "1er");
 }
 
 /** "jeudi 19 novembre 2026" */
@@ -121,13 +123,13 @@ export const monthName = formatter({ month: "long", year: "numeric" });
 export const weekdayShort = formatter({ weekday: "short" });
 const dayAndMonth = formatter({ day: "numeric", month: "long" });
 
-/** "16 – 22 novembre 2026", "28 septembre – 4 octobre 2026" */
+/** "du 16 au 22 novembre 2026", "du 28 septembre au 4 octobre 2026" */
 export function weekName(monday: Day): string {
   const sunday = addDays(monday, 6);
   let start = dateOnly(monday);
-  if (monday.slice(0, 7) === sunday.slice(0, 7)) start = String(Number(monday.slice(8)));
+  if (monday.slice(0, 7) === sunday.slice(0, 7)) start = dayAndMonth(monday).split(" ")[0]!;
   else if (monday.slice(0, 4) === sunday.slice(0, 4)) start = dayAndMonth(monday);
-  return `${start} – ${dateOnly(sunday)}`;
+  return `du ${start} au ${dateOnly(sunday)}`;
 }
 
 /** A sentence of the program's, which it writes as people type, as French is set. */

@@ -44,11 +44,11 @@ const groups: Group[] = [
       ["Maj + ↑ ↓", "Étendre la sélection"],
       ["Espace", "Ajouter ou retirer le bloc"],
       ["Ctrl + A", "Tout sélectionner"],
-      ["1 2 3", "Assigner à Travail, Loisir, Autre"],
+      ["1 2 3", "Attribuer à Travail, Loisir, Autre"],
       ["0", "Rendre automatique"],
       ["Entrée", "Choisir catégorie et projet"],
       ["Suppr", "Supprimer pour de bon"],
-      ["Échap", "Ne rien sélectionner"],
+      ["Échap", "Tout désélectionner"],
     ],
   },
   {

@@ -23,7 +23,7 @@ export function WeekPage<R extends "week" | "recap">({ route, name, day, today, 
   return (
     <div class="view">
       <PeriodBar
-        title={`${name} du ${weekName(monday)}`}
+        title={`${name} ${weekName(monday)}`}
         previous="Semaine précédente"
         next="Semaine suivante"
         back="Cette semaine"

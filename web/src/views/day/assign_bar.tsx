@@ -33,7 +33,7 @@ export function AssignBar(props: Props) {
   return (
     <form
       class={one || range ? "assign tall" : "assign"}
-      aria-label="Assigner la sélection"
+      aria-label="Attribuer la sélection"
       data-region
       onSubmit={(event) => {
         event.preventDefault();
@@ -51,7 +51,7 @@ export function AssignBar(props: Props) {
         <IconButton
           kind="ghost square"
           icon="close"
-          label="Ne rien sélectionner"
+          label="Tout désélectionner"
           title="Échap"
           onClick={onClose}
         />
@@ -60,7 +60,7 @@ export function AssignBar(props: Props) {
       <div class="assign-how">
         <TargetFields target={target} projects={projects} onChange={setTarget} />
         <Button type="submit" kind="primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
-          {toAutomatic && !isAutomatic ? "Rendre automatique" : "Assigner"}
+          {toAutomatic && !isAutomatic ? "Rendre automatique" : "Attribuer"}
         </Button>
         {one && <Button onClick={() => onNewRule(one)}>Créer une règle…</Button>}
       </div>

@@ -278,9 +278,9 @@ function Row({ id, block, project, inSession, at, index, count, selected, active
       )}
       {project && <ProjectName project={project} kind="project chip still" />}
       {block.manual && (
-        <span class="block-manual" title="Assigné à la main">
+        <span class="block-manual" title="Attribué à la main">
           <Icon name="person" />
-          <span class="sr-only">Assigné à la main</span>
+          <span class="sr-only">Attribué à la main</span>
         </span>
       )}
     </div>

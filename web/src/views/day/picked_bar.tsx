@@ -89,7 +89,7 @@ function useAssign({ range, blocks, time }: Picked, what: string, ids: number[],
       await undoable(
         () => (range ? assignRange(client, range, target) : assignIds(client, ids, target)),
         ({ changes }) => ({
-          text: `${automatic ? "De nouveau automatique" : "Assigné"} : ${what} (${duration(time)}).`,
+          text: `${automatic ? "De nouveau automatique" : "Attribué"} : ${what} (${duration(time)}).`,
           details: changes.flatMap(({ learned }) => learned.map(learnedText)),
         }),
       );

@@ -76,7 +76,7 @@ export function RecordedDay({ report, day, now }: Props) {
                 <Button onClick={showAll}>Retirer le filtre</Button>
               </Empty>
             ) : (
-              <Empty title="Rien que des passages très brefs." />
+              <Empty title="Seulement des passages très brefs." />
             )}
             {!isNarrowed && brief.seconds >= 1 && (
               <p class="list-rest" title={briefReason}>

@@ -35,7 +35,7 @@ function Decision({ why, onEditRule, onEditProject }: Actions & { why: Explanati
   const byProject = why.category_by === "project";
   return (
     <>
-      {manual && <span>Assigné à la main</span>}
+      {manual && <span>Attribué à la main</span>}
       {free && <span>Aucune règle ne le classe</span>}
       {categoryRule && <ByRule rule={categoryRule} onEdit={onEditRule} />}
       {projectRule && <ByRule rule={projectRule} onEdit={onEditRule} />}

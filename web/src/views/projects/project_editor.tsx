@@ -85,7 +85,7 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
           options={categoryOptions}
           onChange={(value) => onChange({ category: value })}
         />
-        <small>Ce que compte son temps quand aucune règle n’en décide.</small>
+        <small>Catégorie de son temps quand aucune règle n’en décide autrement.</small>
       </label>
       <label class="field">
         <span>Mots-clés</span>

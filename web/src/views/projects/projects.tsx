@@ -91,7 +91,7 @@ function DeleteProject({ project: { id, name }, onClose }: { project: ProjectRow
       }
     >
       <p>
-        Le temps enregistré reste, mais ses assignations à ce projet sont effacées et ses règles ne mènent
+        Le temps enregistré reste, mais ce qui était attribué à ce projet ne l’est plus et ses règles ne mènent
         plus à aucun projet. Le message qui suit permet de l’annuler.
       </p>
       <p>Pour le retirer des listes sans rien perdre, archivez-le.</p>

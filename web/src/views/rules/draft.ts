@@ -40,7 +40,7 @@ export function useSaveRule(): (draft: RuleDraft) => Promise<void> {
   const undoable = useUndoable();
   return async ({ field, category, projectId, replaces, ...draft }) => {
     const pattern = draft.pattern.trim();
-    if (pattern === "") throw new Error("Écrivez le texte à chercher.");
+    if (pattern === "") throw new Error("Indiquez le texte à chercher.");
     if (category === null && projectId === null) throw new Error("Choisissez une catégorie ou un projet.");
     await undoable(
       async () => {
@@ -49,7 +49,7 @@ export function useSaveRule(): (draft: RuleDraft) => Promise<void> {
         if (replaces !== undefined && replaces !== id) await client.call("rules.delete", { id: replaces });
         learnedRules.remove(replaces === undefined ? [id] : [id, replaces]);
       },
-      () => ({ text: `Règle enregistrée : ${isolated(pattern, 60)}.` }),
+      () => ({ text: `Règle enregistrée : ${isolated(pattern, 60)}.` }),
     );
   };
 }

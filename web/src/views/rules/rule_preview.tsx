@@ -50,7 +50,7 @@ function Caught({ rule, projects }: CaughtProps) {
     <>
       <Said role="alert" class="field-error" text={error} />
       <Said text={!error && told}>{answer && <Summary answer={answer} />}</Said>
-      {!error && !(answer && projects) && <p class="quiet">Lecture…</p>}
+      {!error && !(answer && projects) && <p class="quiet">Calcul…</p>}
       {answer && projects && !error && <Details {...{ answer, projects }} field={rule.field} />}
     </>
   );
@@ -91,7 +91,7 @@ function Summary({ answer }: { answer: Preview }) {
     <>
       {spans === 0 ? (
         <p>
-          <b>Rien {words}.</b> La règle vaudra pour la suite.
+          <b>Rien {words}.</b> La règle s’appliquera à la suite.
         </p>
       ) : (
         <p>
@@ -106,7 +106,7 @@ function Summary({ answer }: { answer: Preview }) {
           {changed.spans > 0
             ? `Ce qui changerait\u00a0: ${duration(changed.seconds)}.`
             : "Rien ne changerait."}
-          {kept.spans > 0 && ` Assigné à la main, resterait tel quel\u00a0: ${duration(kept.seconds)}.`}
+          {kept.spans > 0 && ` Attribué à la main, resterait tel quel\u00a0: ${duration(kept.seconds)}.`}
         </p>
       )}
       <Incomplete text={answer.incomplete} />

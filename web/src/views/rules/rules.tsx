@@ -38,7 +38,7 @@ export function RulesView() {
     <div class="view listing">
       <div class="view-head">
         <ViewTitle text="Règles" />
-        <p class="quiet">Une règle vaut aussi pour le passé. La plus longue l’emporte.</p>
+        <p class="quiet">Une règle s’applique aussi au passé ; la plus longue l’emporte.</p>
         <Button onClick={() => setRestoring(true)}>Rétablir les règles intégrées</Button>
         <Button kind="primary" title="N" onClick={() => setDraft(blankRule)}>
           <Icon name="plus" />
@@ -82,7 +82,7 @@ function useRemove() {
           await client.call("rules.delete", { id: rule.id });
           learnedRules.remove([rule.id]);
         },
-        () => ({ text: `Règle supprimée : ${isolated(rule.pattern, 60)}.` }),
+        () => ({ text: `Règle supprimée : ${isolated(rule.pattern, 60)}.` }),
       ),
     );
 }
@@ -95,11 +95,11 @@ function RestoreDefaults({ onClose }: { onClose: () => void }) {
       () => client.call("rules.defaults", {}),
       ({ answer: { added } }) => ({
         text:
-          added === 0 ? "Elles étaient toutes là." : `${count(added, "règle rétablie", "règles rétablies")}.`,
+          added === 0 ? "Elles étaient déjà toutes là." : `${count(added, "règle rétablie", "règles rétablies")}.`,
       }),
     );
   return (
-    <Confirm title="Rétablir les règles intégrées ?" action="Rétablir" onClose={onClose} onConfirm={restore}>
+    <Confirm title="Rétablir les règles intégrées ?" action="Rétablir" onClose={onClose} onConfirm={restore}>
       <p>
         Celles que vous avez supprimées reviennent. Les vôtres et les règles apprises gardent la priorité.
       </p>

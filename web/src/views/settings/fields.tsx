@@ -2,7 +2,7 @@ import type { ComponentChildren } from "preact";
 import { useEffect, useId, useState } from "preact/hooks";
 import type { SettingRow, Settings } from "../../bridge/routes";
 import { useClient } from "../../client";
-import { numberError } from "../../model/settings";
+import { numberError, scaled, unscaled } from "../../model/settings";
 import { Icon } from "../../ui/icons";
 import { Said } from "../../ui/said";
 import { useTask } from "../../ui/task";
@@ -60,15 +60,17 @@ interface NumberFieldProps extends SettingsProps {
   label: string;
   help: ComponentChildren;
   unit: string;
+  /** How many of what is stored the unit is. */
+  scale?: number;
   /** Asked before it is stored; false when the user thought better of it. */
   allow?: (value: number) => Promise<boolean>;
 }
 
 /** Takes effect when the field is left or on Enter; Escape gives the old value back. */
-export function NumberField({ setting, label, help, unit, settings, rows, allow }: NumberFieldProps) {
+export function NumberField({ setting, label, help, unit, scale = 1, settings, rows, allow }: NumberFieldProps) {
   const client = useClient();
   const id = useId();
-  const value = settings[setting];
+  const value = scaled(settings[setting], scale);
   const row = rows.find(({ key }) => key === setting);
   const [text, setText] = useState(value);
   const [saved, setSaved] = useState(false);
@@ -85,13 +87,14 @@ export function NumberField({ setting, label, help, unit, settings, rows, allow 
   const commit = () => {
     // A question asked on Enter takes the focus away, which is no second answer.
     if (busy || text.trim() === value) return;
-    const wrong = row ? numberError(row, text) : "";
+    const wrong = row ? numberError(row, text, scale) : "";
     if (wrong) return setError(wrong);
     run(async () => {
-      if (allow && !(await allow(Number(text)))) return setText(value);
-      const { read_as = {} } = await client.call("settings.set", { [setting]: Number(text) });
+      const number = unscaled(text, scale);
+      if (allow && !(await allow(number))) return setText(value);
+      const { read_as = {} } = await client.call("settings.set", { [setting]: number });
       setSaved(true);
-      if (setting in read_as) setHint(`Sera lu comme ${read_as[setting]} ${unit}.`);
+      if (setting in read_as) setHint(`Sera lu comme ${scaled(String(read_as[setting]), scale)} ${unit}.`);
     });
   };
   return (
@@ -104,8 +107,8 @@ export function NumberField({ setting, label, help, unit, settings, rows, allow 
         <input
           id={id}
           class="input number"
-          inputMode="numeric"
-          placeholder={row?.default}
+          inputMode={scale === 1 ? "numeric" : "decimal"}
+          placeholder={row && scaled(row.default, scale)}
           value={text}
           aria-invalid={error !== ""}
           aria-describedby={`${id}-help ${id}-error`}

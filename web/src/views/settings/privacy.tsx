@@ -40,7 +40,7 @@ export function PrivacyRows(props: SettingsProps) {
         problem={
           readList(settings.excluded_domains)
             ? ""
-            : "La liste enregistrée n’est pas une liste de noms de sites : aucun site n’est exclu."
+            : "La liste enregistrée n’est pas une liste de noms de sites : aucun site n’est exclu."
         }
         onSave={async (domains) => void (await client.call("settings.set", { excluded_domains: domains }))}
       />
@@ -68,8 +68,7 @@ function RetentionField(props: SettingsProps) {
         label="Garder titres et adresses"
         help={
           <>
-            <b>Au-delà, ils sont effacés pour de bon.</b> Les durées, les applications et les sites restent. 0
-            garde tout.
+            <b>Au-delà, ils sont effacés pour de bon.</b> Les durées, les applications et les sites restent. 0 : tout est gardé.
           </>
         }
         unit="jours"

@@ -19,7 +19,7 @@ export function SettingsView({ status, today, onWelcome }: ViewProps) {
     <div class="view settings">
       <div class="view-head">
         <ViewTitle text="Réglages" />
-        <p class="quiet">Chaque changement vaut aussitôt.</p>
+        <p class="quiet">Les changements prennent effet aussitôt.</p>
       </div>
       {error && <Failure text={error} retry={reload} />}
       {settings && rows && (

@@ -56,7 +56,7 @@ function BackupRow({ store, now }: { store: StoreStatus; now: number }) {
     <Row
       label="Sauvegardes"
       error={error}
-      help={`Dernière : ${last}. Orvanta en fait seul, les vérifie et garde les plus récentes.`}
+      help={`Dernière : ${last}. Orvanta en fait de lui-même, les vérifie et garde les plus récentes.`}
     >
       <Button disabled={busy} onClick={() => run(backUp)}>
         {busy ? "Sauvegarde en cours…" : "Sauvegarder maintenant"}

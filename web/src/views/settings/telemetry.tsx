@@ -19,10 +19,11 @@ export function TelemetryRows({ status }: { status: Status | undefined }) {
         help={
           status?.telemetry ? (
             <>
-              Identifiant de cette installation : <code>{status.install_id || "–"}</code>. Éteindre l’oublie.
+              Identifiant de cette installation : <code>{status.install_id || "–"}</code>. La désactivation efface cet
+              identifiant.
             </>
           ) : (
-            "Éteint, rien ne quitte cet ordinateur."
+            "Désactivé : rien ne quitte cet ordinateur."
           )
         }
         on={status?.telemetry ?? false}
@@ -45,15 +46,17 @@ function SentRow({ version }: { version: string }) {
           <dt>version</dt>
           <dd>la version d’Orvanta, {version}</dd>
           <dt>macos</dt>
-          <dd>la version du système, par exemple 12.5</dd>
+          <dd>la version du système, par exemple 12.5 ; ce nom est celui que le service connaît</dd>
           <dt>arch</dt>
           <dd>le type de processeur</dd>
           <dt>event</dt>
-          <dd>first_launch une fois, heartbeat une fois par jour, error</dd>
+          <dd>
+            ce qui est arrivé : « first_launch », le premier lancement ; « heartbeat », un signe de vie par
+            jour ; « error », une erreur de la base
+          </dd>
           <dt>error</dt>
           <dd>
-            avec error seulement : les 500 premiers caractères de l’erreur de la base, une fois par jour au
-            plus
+            avec « error » seulement : les 500 premiers caractères de cette erreur, une fois par jour au plus
           </dd>
         </dl>
         <p>Jamais d’application, de titre, de site, de durée ni de projet.</p>
@@ -94,7 +97,7 @@ function UpdateRow({ version, update }: { version: string; update: Status["updat
     <Row
       error={error}
       label="Mise à jour"
-      help={`Version installée : ${version}. Vérifier lit la liste des versions, sans rien envoyer de vous.`}
+      help={`Version installée : ${version}. La vérification lit la liste des versions et n’envoie rien sur vous.`}
     >
       <Said class="quiet" text={checked && !newer && "Pas de version plus récente trouvée."} />
       {newer ? (

@@ -9,21 +9,22 @@ export function TrackingRows(props: SettingsProps) {
       <NumberField
         setting="idle_threshold"
         label="Seuil d’inactivité"
-        help="Sans clavier ni souris pendant ce temps, vous êtes absent depuis le dernier geste. Une vidéo ou un appel compte comme présence là où le bureau le dit."
-        unit="secondes"
+        help="Sans clavier ni souris pendant ce délai, vous êtes compté absent depuis votre dernier geste. Une vidéo ou un appel compte comme présence là où le bureau le dit."
+        unit="minutes"
+        scale={60}
         {...props}
       />
       <NumberField
         setting="min_span_seconds"
         label="Activité la plus courte"
-        help="Un passage plus bref reste compté dans l’activité d’avant."
+        help="Un passage plus bref reste compté dans l’activité précédente."
         unit="secondes"
         {...props}
       />
       <NumberField
         setting="min_block_seconds"
         label="Bloc le plus court"
-        help="La liste du jour tait les blocs plus brefs ; ils comptent dans les totaux."
+        help="La liste du jour n’affiche pas les blocs plus brefs ; ils comptent dans les totaux."
         unit="secondes"
         {...props}
       />
