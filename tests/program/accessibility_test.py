@@ -1,4 +1,4 @@
-"""What a screen reader finds in the dashboard: every text, every name, what is told, where the focus is."""
+"""What a screen reader finds in the dashboard: every text and name, what is told, where the focus is."""
 
 import ctypes
 import datetime
@@ -128,10 +128,9 @@ class AccessibilityTest(DesktopCase):
                 return [...document.querySelectorAll("[data-view]")]
                     .map(one => [one.ariaKeyShortcuts.toLowerCase(), one.dataset.view])"""):
             page.press(key)
-            wait_for(lambda: page.script("return document.querySelector('[aria-current]').dataset.view")
-                     == name, 10, name)
-            heading = wait_for(lambda: page.script("return document.querySelector('h1').textContent"), 10,
-                               "a heading")
+            shown = "return document.querySelector('[aria-current]').dataset.view"
+            wait_for(lambda: page.script(shown) == name, 10, name)
+            heading = page.script("return document.querySelector('h1').textContent")
             focus = self.wait_for_focus(role="landmark", name=heading)
             self.assertIn("document web", focus["path"])
             self.check_whole(name)
@@ -193,7 +192,7 @@ class AccessibilityTest(DesktopCase):
         self.page.type("zz")
         self.wait_to_hear("status bar", "0\u00a0bloc")
         self.page.press("Escape", "Tab", "p", "n")
-        self.page.wait_for_text("//dialog//h2", "Nouveau projet")
+        self.wait_for_focus(role="entry", name="Nom")
         self.page.press("Return")
         self.wait_to_hear("notification", "Donnez un nom au projet.")
         self.page.press("Escape", "g")

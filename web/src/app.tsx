@@ -122,8 +122,8 @@ function Main({ main, status, children }: MainProps) {
 }
 
 /**
- * The view's place, and what is told before a key leads to it: the reading goes on at its start then, and also where
- * what had the focus went with the view before.
+ * The view's place, and what is told before a key leads to it: the reading goes on at its start then, and
+ * also where what had the focus went with the view before.
  */
 function useArrival(view: string, welcoming: boolean): [RefObject<HTMLElement | null>, () => void] {
   const main = useRef<HTMLElement>(null);

@@ -34,8 +34,8 @@ export async function violations(page) {
 }
 
 /**
- * The same, breaking spaces where French sets others (in quotes, before tall punctuation), and what WebKit hides
- * from screen readers: that a list without markers is one, and what is told in a place that is not drawn.
+ * The same, breaking spaces where French sets others (in quotes, before tall punctuation), and what WebKit
+ * hides from screen readers: that a list without markers is one, and what is told in a place not drawn.
  */
 export async function complaints(page) {
   const breaks = await page.evaluate(() => {

@@ -63,8 +63,8 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
       next?.focus({ preventScroll: true });
     };
     const onKey = (event: KeyboardEvent) => {
-      const { target, key } = event;
-      if (event.defaultPrevented || event.ctrlKey || event.metaKey || event.altKey || event.shiftKey) return;
+      const { target, key, ctrlKey, metaKey, altKey, shiftKey } = event;
+      if (event.defaultPrevented || ctrlKey || metaKey || altKey || shiftKey) return;
       // Where the mouse put the focus, arrows mean what they mean on the page.
       if (!(target instanceof HTMLElement) || !target.matches(":focus-visible")) return;
       const all = controlsIn(group);

@@ -12,8 +12,8 @@ interface Props {
 }
 
 /**
- * What a screen reader tells by itself. It hears of an element that is added in a place that it knows, and of no
- * text that changes: so the place is always there, drawn, and every message is an element of its own.
+ * What a screen reader tells by itself. It hears of an element that is added in a place that it knows, and
+ * of no text that changes: so the place is always there, drawn, and every message an element of its own.
  */
 export function Said({ text, children, role = "status", ...rest }: Props) {
   return (
