@@ -40,7 +40,7 @@ export function PrivacyRows(props: SettingsProps) {
         problem={
           readList(settings.excluded_domains)
             ? ""
-            : "La liste enregistrée n’est pas une liste de noms de sites : aucun site n’est exclu."
+            : "La liste enregistrée n’est pas une liste de noms de sites : aucun site n’est exclu."
         }
         onSave={async (domains) => void (await client.call("settings.set", { excluded_domains: domains }))}
       />
