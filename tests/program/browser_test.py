@@ -56,7 +56,7 @@ class BrowserTest(DesktopCase):
         asked = time.time()
         status, answer = self.desktop.call("permissions.testBrowser",
                                            '{"bundle": "com.vivaldi.Vivaldi"}')
-        self.assertEqual((status, answer["ok"]), (0, False))
+        self.assertEqual((status, answer["ok"]), (1, False))
         self.assertIn("Ouvrez Vivaldi, puis recommencez.", answer["error"])
         self.assertLess(time.time() - asked, 5, "nothing is waited for")
 

@@ -363,7 +363,7 @@ test("a rule shows what it would catch, change and leave, and then catches it", 
   await saying("depuis le début");
 
   await dialog.locator("input").first().fill("rien de tel");
-  await saying("Rien depuis le début. La règle vaudra pour la suite.");
+  await saying("Rien depuis le début. La règle s’appliquera à la suite.");
   await dialog.getByLabel("Quand").selectOption("app");
   await dialog.locator("input").first().fill("inkscape");
   await saying("Attribué à la main, resterait tel quel");

@@ -123,7 +123,7 @@ test("the program undoes and redoes: by mouse, by keys, for blocks and ranges", 
   ]);
 
   await button(page, "Plage…").click();
-  await page.locator(".assign").getByText("Autre").click();
+  await page.locator(".assign").getByText("Autre", { exact: true }).click();
   await button(page, "Attribuer").click();
   await toast(page, "Attribué");
   writes(page);
@@ -203,7 +203,7 @@ test("deleting says how much is gone for good, and offers no way back", async ()
   await page.getByText("3\u00a0activités").waitFor();
   assert.match(
     plain(await page.locator("dialog").innerText()),
-    /\(33 min\)[\s\S]*C’est définitif[\s\S]*sauvegardes/,
+    /\(26 min\)[\s\S]*C’est définitif[\s\S]*sauvegardes/,
   );
   assert.deepEqual(await complaints(page), []);
   assert.equal(await page.evaluate(() => document.activeElement.textContent), "Annuler");
@@ -214,7 +214,7 @@ test("deleting says how much is gone for good, and offers no way back", async ()
   await button(page, "Supprimer…").click();
   await page.locator("dialog").getByRole("button", { name: "Supprimer pour de bon" }).click();
   await toast(page, "Supprimé");
-  assert.match(await shown(page.locator(".toast")), /Supprimé : 3 activités \(33 min\)\./);
+  assert.match(await shown(page.locator(".toast")), /Supprimé : 3 activités \(26 min\)\./);
   assert.equal(await button(page, "Annuler").count(), 0);
   await page.waitForFunction((old) => document.querySelector(".list-tools h2").innerText !== old, count);
   assert.equal(await page.locator(".assign").count(), 0);

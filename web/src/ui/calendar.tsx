@@ -98,7 +98,8 @@ function DayCell({ date, day, today, cursor, onPick }: CalendarProps & { date: D
         class={`day${chosen}${now}${outside}`}
         tabIndex={date === cursor ? 0 : -1}
         disabled={date > today}
-        aria-label={longDay(date)}
+        // As it is seen, "1" for the first.
+        aria-label={longDay(date).replace("1er", "1")}
         aria-current={date === today ? "date" : undefined}
         onClick={() => onPick(date)}
       >
