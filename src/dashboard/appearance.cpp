@@ -104,7 +104,7 @@ void Appearance::readAtOnce(const char* key) {
   try {
     const auto bus = Gio::DBus::Connection::get_sync(Gio::DBus::BusType::SESSION);
     auto answer = bus->call_sync(kPath, kInterface, "Read", question(key), kPortal, kMoment,
-                                       Gio::DBus::CallFlags::NO_AUTO_START);
+                                 Gio::DBus::CallFlags::NO_AUTO_START);
     apply(key, answer.get_child(0));
   } catch (const Glib::Error&) {
   }

@@ -63,7 +63,8 @@ Skeleton::Skeleton(Gtk::Window& window)
     const auto text = css(isDark(*settings_.get()) ? kDark : kLight);
     gtk_css_provider_load_from_data(css_->gobj(), text.c_str(), -1);
   };
-  changed_ = settings_->property_gtk_application_prefer_dark_theme().signal_changed().connect(paint);
+  changed_ =
+      settings_->property_gtk_application_prefer_dark_theme().signal_changed().connect(paint);
   paint();
   window_.add_css_class("skeleton");
 }
