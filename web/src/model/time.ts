@@ -106,7 +106,7 @@ function formatter(options: Intl.DateTimeFormatOptions): (day: Day) => string {
   return (day) =>
     (format ??= new Intl.DateTimeFormat("fr-FR", { ...options, timeZone: "UTC" }))
       .format(utc(day))
-      .replace(/(?<!\d)1(?= \p{L})/u, "1er");
+      .replace(/(?<!\d)1(?= \p{L}|$)/u, "1er");
 }
 
 /** "jeudi 19 novembre 2026" */
