@@ -35,7 +35,7 @@ constexpr auto kUnknownDesktop =
 
 constexpr auto kFilmsAreMissed =
     "Rien dans cette session ne dit qu'une vidéo est affichée : un film comptera comme absence, à "
-    "moins d'allonger le délai d'inactivité.";
+    "moins d'allonger le seuil d'inactivité.";
 
 struct Sources {
   std::vector<std::unique_ptr<ForegroundProbe>> foreground;

@@ -219,7 +219,7 @@ class PageTest(PageCase):
             page.wait_for_text(f"//dl/div[dt = '{tile}']/dd", f"{spelt(now[key])}"
                                f"{changed(now[key], then[key])}avant : {spelt(then[key])}")
         name, number = named(now["best_day"]["date"])
-        page.wait_for_text("//dl/div[dt = 'Meilleur jour']/dd",
+        page.wait_for_text("//dl/div[dt = 'Jour le plus actif']/dd",
                            f"{spelt(now['best_day']['active'])}{name} {number}")
         both = [(title, now["by_category"].get(key, 0), then["by_category"].get(key, 0))
                 for key, title in CATEGORIES.items()]

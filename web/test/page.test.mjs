@@ -377,7 +377,7 @@ test("a rule shows what it would catch, change and leave, and then catches it", 
   await page.waitForFunction(() => document.querySelectorAll(".windowed .rule-row").length === 2);
   assert.match(
     await page.locator(".windowed .rule-row").first().innerText(),
-    /lemonde[\s\S]*Autre[\s\S]*À moi/,
+    /lemonde[\s\S]*Autre[\s\S]*Personnelle/,
   );
   await page.context().close();
 });

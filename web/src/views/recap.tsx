@@ -1,7 +1,7 @@
 import { useMemo } from "preact/hooks";
 import type { Day, RecapReport, Seconds, WeekSummary } from "../bridge/routes";
 import { changes, type Compared, type Dimension } from "../model/recap";
-import { capitalize, dayInWeek, duration, durationChange } from "../model/time";
+import { capitalize, count, dayInWeek, duration, durationChange } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
 import { Button, CategoryBar, CategoryLegend, Empty, Foreign } from "../ui/parts";
 import type { ViewProps } from "./props";
@@ -77,7 +77,7 @@ function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "is
         name="Moyenne par jour actif"
         now={current.avg_per_day}
         before={previous.avg_per_day}
-        note={`${current.days_active} j, contre ${previous.days_active} j`}
+        note={`${count(current.days_active, "jour")}, contre ${previous.days_active}`}
       />
       <Tile
         name="Plus longue session"
@@ -86,7 +86,7 @@ function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "is
         note="sans inactivité"
       />
       <div class="tile">
-        <dt>Meilleur jour</dt>
+        <dt>Jour le plus actif</dt>
         <dd>
           {best ? (
             <>

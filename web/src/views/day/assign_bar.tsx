@@ -94,7 +94,7 @@ function What({ day, picked, one }: Props & { one: Block | undefined }) {
       ) : (
         <b>{one ? <Foreign text={plainDomain(one.domain ?? one.app)} length={40} /> : count(blocks.length, "bloc")}</b>
       )}
-      <p class="quiet">{time > 0 ? duration(time) : "aucune activité"}</p>
+      <p class="quiet">{time > 0 ? `${duration(time)}${range ? " d’activité" : ""}` : "aucune activité"}</p>
       {range && whole.length > 0 && (
         // Blocks teach rules, a range does not.
         <button type="button" class="link" onClick={() => pickBlocks(range.start, range.end, false)}>

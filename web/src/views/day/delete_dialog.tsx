@@ -43,7 +43,7 @@ export function DeleteDialog({ what, spans, onDeleted, onClose }: Props) {
               ? "Calcul de ce qui serait supprimé…"
               : answer.deleted === 0
                 ? "Il n’y a rien à supprimer ici."
-                : `${size(answer.deleted, answer.seconds)} : applications, titres, adresses et durées.`)
+                : `${size(answer.deleted, answer.seconds)} : application, titre, adresse et durée.`)
         }
       />
       <p>

@@ -96,7 +96,8 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
           onInput={(event) => onChange({ keywords: event.currentTarget.value })}
         />
         <small>
-          Séparés par des virgules, trois lettres au moins. L’activité qui en contient un va à ce projet.
+          Séparés par des virgules, de trois lettres au moins. Une activité qui en contient un est attribuée
+          au projet.
         </small>
       </label>
       <Said class="field-error" text={short.length > 0 && `Trop court, sera ignoré : ${short.join(", ")}`} />

@@ -50,7 +50,9 @@ export function Suggestions() {
   return (
     <section class="suggestions" aria-label="Suggestions">
       <h2>Suggestions</h2>
-      <p class="quiet">Du temps des quatorze derniers jours, sans projet, qui ressemble à l’un des vôtres.</p>
+      <p class="quiet">
+        Du temps sans projet, ces quatorze derniers jours, qui semble relever de l’un des vôtres.
+      </p>
       <Offers suggestions={shown.slice(0, 8)} onIgnore={ignore} onAccept={(one) => void accept(one)} />
     </section>
   );

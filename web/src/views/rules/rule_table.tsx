@@ -13,7 +13,7 @@ import { fieldLabel } from "./labels";
 // Pixels; the second where a rule takes two lines.
 const rowHeights = [40, 64] as const;
 const origins: Record<Source, string> = {
-  mine: "À moi",
+  mine: "Personnelle",
   learned: "Apprise",
   builtin: "Intégrée",
   application: "D’après l’application",

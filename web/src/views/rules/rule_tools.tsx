@@ -8,7 +8,7 @@ import { Said } from "../../ui/said";
 import { fieldOptions } from "./labels";
 
 const sources: [Source, string][] = [
-  ["mine", "Les miennes"],
+  ["mine", "Personnelles"],
   ["learned", "Apprises"],
   ["builtin", "Intégrées"],
   ["application", "D’après l’application"],

@@ -38,7 +38,7 @@ export function RulesView() {
     <div class="view listing">
       <div class="view-head">
         <ViewTitle text="Règles" />
-        <p class="quiet">Une règle s’applique aussi au passé ; la plus longue l’emporte.</p>
+        <p class="quiet">Une règle vaut aussi pour le passé ; le texte le plus long l’emporte.</p>
         <Button onClick={() => setRestoring(true)}>Rétablir les règles intégrées</Button>
         <Button kind="primary" title="N" onClick={() => setDraft(blankRule)}>
           <Icon name="plus" />

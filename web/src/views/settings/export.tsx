@@ -58,7 +58,7 @@ export function Export({ today }: { today: Day }) {
       </div>
       <div class="with-unit">
         <DayButton label="Premier jour" text={dateOnly(from)} day={from} today={today} onPick={setFrom} />
-        <p>à</p>
+        <p>–</p>
         <DayButton label="Dernier jour" text={dateOnly(to)} day={to} today={today} onPick={setTo} />
         <Button kind="primary" disabled={busy} onClick={save}>
           {busy ? "Export en cours…" : "Exporter…"}

@@ -25,7 +25,7 @@ function missing(probe: string, { probes = {}, films }: Permissions): string | u
     case "inhibition":
       return "Sans effet d’ordinaire : sous Wayland, c’est le compositeur qui retient l’inactivité pendant une vidéo. Sinon, allongez le seuil d’inactivité.";
     case "session":
-      return "Un écran verrouillé compte comme présence jusqu’au seuil d’inactivité. Il faut à la session systemd-logind, elogind ou un écran de veille.";
+      return "Un écran verrouillé compte comme une présence jusqu’au seuil d’inactivité : la session n’a ni systemd-logind, ni elogind, ni écran de veille pour le signaler.";
   }
   return undefined;
 }

@@ -69,7 +69,7 @@ function QuitRow() {
           onClose={() => setQuitting(false)}
           onConfirm={async () => void (await client.call("quit", {}))}
         >
-          <p>Plus rien n’est enregistré jusqu’au prochain démarrage.</p>
+          <p>Plus rien ne sera enregistré jusqu’au prochain démarrage.</p>
         </Confirm>
       )}
     </Row>

@@ -97,7 +97,7 @@ function UpdateRow({ version, update }: { version: string; update: Status["updat
     <Row
       error={error}
       label="Mise à jour"
-      help={`Version installée : ${version}. La vérification lit la liste des versions et n’envoie rien sur vous.`}
+      help={`Version installée : ${version}. La vérification lit la liste des versions et n’envoie rien qui vous concerne.`}
     >
       <Said class="quiet" text={checked && !newer && "Pas de version plus récente trouvée."} />
       {newer ? (

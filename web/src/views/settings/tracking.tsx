@@ -9,7 +9,7 @@ export function TrackingRows(props: SettingsProps) {
       <NumberField
         setting="idle_threshold"
         label="Seuil d’inactivité"
-        help="Sans clavier ni souris pendant ce délai, vous êtes compté absent depuis votre dernier geste. Une vidéo ou un appel compte comme présence là où le bureau le dit."
+        help="Sans clavier ni souris pendant ce délai, l’absence est comptée depuis le dernier geste. Une vidéo ou un appel compte comme une présence, si le bureau le signale."
         unit="minutes"
         scale={60}
         {...props}
