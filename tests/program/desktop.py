@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -213,10 +214,10 @@ class Desktop(Recorded):
         return [int(word.strip(","), 16) for word in text.split() if word.startswith("0x")]
 
     def windows_named(self, name):
-        """Those in sight, as xdotool numbers them; a tooltip, which has its program's name, is none."""
-        found = self.run("xdotool", "search", "--onlyvisible", "--name", name).stdout.decode().split()
-        managed = self.root_windows("_NET_CLIENT_LIST")
-        return [window for window in found if int(window) in managed]
+        """Those in sight, as xdotool numbers them. A tooltip, which has its program's name, is none;
+        one that goes while xdotool searches makes it find nothing at all."""
+        return [str(window) for window in self.root_windows("_NET_CLIENT_LIST")
+                if re.search(name, self.title_of(window))]
 
     def title_of(self, window):
         return self.run("xdotool", "getwindowname", str(window)).stdout.decode().strip()
