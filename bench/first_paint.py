@@ -23,7 +23,7 @@ WIDTH = 1024
 ALIKE = 0.985  # a clock that goes on, a caret that blinks
 TRIVIAL = {"index.html": '<!doctype html><title>Orvanta</title><link rel="stylesheet" href="app.css">',
            "app.css": "html { background: #357 }"}
-SETTLED = 1.5  # seconds without a change
+SETTLED = 1.0  # seconds without a change
 
 
 class Image(ctypes.Structure):
