@@ -195,6 +195,8 @@ class AccessibilityTest(DesktopCase):
         self.wait_to_hear("status bar", "0\u00a0bloc")
         self.page.press("Escape", "Tab", "p", "n")
         self.wait_for_focus(role="entry", name="Nom")
+        wait_for(lambda: any(one["role"] == "notification" for one in self.document()), 10,
+                 "the form has a place for what is wrong")
         self.page.press("Return")
         self.wait_to_hear("notification", "Donnez un nom au projet.")
         self.page.press("Escape", "g")
