@@ -1,0 +1,90 @@
+// What the settings say and do, in a real browser over the store of a made-up month.
+import assert from "node:assert/strict";
+import { after, before, test } from "node:test";
+import { openStage } from "./browser.mjs";
+
+let stage;
+before(async () => (stage = await openStage()));
+after(() => stage?.close());
+
+const open = (options) => stage.open(options);
+
+test("a setting that the program reads otherwise is said beside its field", async () => {
+  const page = await open();
+  await page.keyboard.press("g");
+  // The page offers nothing of the kind; a program of other limits may.
+  const ask = page.program.ask.bind(page.program);
+  const otherwise = { ok: true, read_as: { idle_threshold: 120 } };
+  page.program.ask = (path, body) => (path === "settings.set" ? otherwise : ask(path, body));
+  await page.getByLabel("Seuil d’inactivité").fill("1,5");
+  await page.keyboard.press("Enter");
+  await page.getByText("Sera lu comme 2 minutes.").waitFor();
+  await page.context().close();
+});
+
+test("the program may take all the time that the save panel is open for", async () => {
+  const page = await open();
+  const ask = page.program.ask.bind(page.program);
+  let choose;
+  page.program.ask = (path, body) =>
+    path === "export" ? new Promise((done) => (choose = () => done({ ok: true }))) : ask(path, body);
+  await page.keyboard.press("g");
+  await page.clock.install();
+  await page.getByRole("button", { name: "Exporter…" }).click();
+  await page.getByText("Export en cours…").waitFor();
+  await page.clock.runFor(60_000);
+  assert.equal(await page.getByText("ne répond pas").count(), 0);
+  choose();
+  await page.getByText("Exporté :").waitFor();
+  await page.context().close();
+});
+
+test("a list of sites that says nothing usable is said to exclude none", async () => {
+  const page = await open();
+  const ask = page.program.ask.bind(page.program);
+  page.program.ask = async (path, body) =>
+    path === "settings.get" ? { ...(await ask(path, body)), excluded_domains: '["a.fr", 1]' } : ask(path, body);
+  await page.keyboard.press("g");
+  await page.getByText("aucun site n’est exclu").waitFor();
+  assert.equal(await page.getByText("a.fr", { exact: true }).count(), 0);
+  await page.context().close();
+});
+
+test("the look for a newer version tells what it found, and when it found nothing out", async () => {
+  const page = await open();
+  const ask = page.program.ask.bind(page.program);
+  const told = [{ update_check: "going" }, { update_check: "failed" }];
+  page.program.ask = async (path, body) => {
+    if (path === "update.check") return { ok: true };
+    const answer = await ask(path, body);
+    return path === "status" ? { ...answer, ...(told.length > 1 ? told.shift() : told[0]) } : answer;
+  };
+  await page.keyboard.press("g");
+  const look = page.getByRole("button", { name: "Vérifier maintenant" });
+  await look.click();
+  await page.getByText("La liste des versions n’a pas pu être lue").waitFor();
+  told[0] = { update_check: "done" };
+  await look.click();
+  await page.getByText("Pas de version plus récente trouvée.").waitFor();
+  assert.equal(await page.getByText("n’a pas pu être lue").count(), 0);
+  told[0] = { update_check: "done", update: { version: "9.1", url: "https://exemple.fr" } };
+  await look.click();
+  await page.getByRole("button", { name: "Voir Orvanta 9.1" }).waitFor();
+  await page.context().close();
+});
+
+test("nothing is erased without a yes", async () => {
+  const page = await open();
+  await page.keyboard.press("g");
+  const retention = page.getByLabel("Garder titres et adresses");
+  await retention.fill("30");
+  await retention.press("Enter");
+  await page.locator("dialog").getByRole("button", { name: "Annuler" }).click();
+  assert.equal(await retention.inputValue(), "0");
+  assert.equal((await page.program.ask("settings.get")).retention_days, "0");
+  await page.context().close();
+});
+
+test("nothing was complained about in the console, the policy's refusals included", () => {
+  assert.deepEqual(stage.errors, []);
+});
