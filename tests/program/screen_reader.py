@@ -1,7 +1,7 @@
 """What a screen reader finds of one application: a process of its own, as libatspi ends the one
 that it is in where it does not like what it meets. Answers in a line what it is asked in one:
 "tree NAME"  the application of the window of that name, and all objects of this, parents first
-"focus"      the object that got the focus last
+"focus"      the object that got the focus last, or that had it before there was anybody to tell
 "events"     what was added since the last time: the role of what it was added to, and its text"""
 
 import json
@@ -65,12 +65,38 @@ def path_of(node):
     return path
 
 
+def describe_focus(node):
+    return {**describe(node, 0), "path": path_of(node)}
+
+
+def focused_in(node):
+    for index in range(node.get_child_count()):
+        child = node.get_child_at_index(index)
+        found = child and focused_in(child)
+        if found:
+            return found
+    return node if node.get_state_set().contains(Atspi.StateType.FOCUSED) else None
+
+
+def first_focus():
+    """What a window's engine gave the focus while it was still joining the tree, it tells nobody."""
+    try:
+        application, window = window_named("Orvanta")
+        if not window:
+            return None
+        application.clear_cache()
+        node = focused_in(window)
+        return node and describe_focus(node)
+    except GLib.Error:
+        return None  # it is gone again
+
+
 def on_event(event):
     global last_focus  # pylint: disable=global-statement
     try:
         if event.type.startswith("object:state-changed:focused"):
             if event.detail1:
-                last_focus = {**describe(event.source, 0), "path": path_of(event.source)}
+                last_focus = describe_focus(event.source)
         else:
             added.append([event.source.get_role_name(), text_of(event.any_data)])
     except GLib.Error:
@@ -86,7 +112,7 @@ def on_line(channel, _condition):
     if command == "tree":
         answer = tree(rest)
     elif command == "focus":
-        answer = last_focus
+        answer = last_focus or first_focus()
     else:
         answer, added[:] = added[:], []
     print(json.dumps(answer), flush=True)
