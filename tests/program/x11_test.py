@@ -2,6 +2,7 @@
 
 import configparser
 import os
+import signal
 import socket
 import time
 
@@ -117,6 +118,9 @@ class X11Test(DesktopCase):
         started = time.time()
         orvanta = desktop.start_orvanta()
         self.check_span(1, 0, started, **shown("debian-xterm", XTERM_TITLE))
+        desktop.x_server.send_signal(signal.SIGSTOP)
+        self.check_rest(orvanta, 3, 0.2)
+        self.assertGreater(desktop.spans()[-1]["end"], time.time() - SWITCH, "time goes on")
         kill(desktop.x_server)
         lost = time.time()
 
