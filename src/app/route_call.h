@@ -13,7 +13,7 @@ namespace orvanta {
 struct CallResult {
   std::string output;
   int status = 0;
-  std::string complaint = {};  ///< French, for standard error; "" when there is none
+  std::string complaint;  ///< French, for standard error; "" when there is none
 };
 
 /// Answers the call; `words` are the route and, where given, its arguments as a JSON object.

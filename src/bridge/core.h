@@ -45,13 +45,13 @@ struct Core {
     Database& db;
     Desktop& desktop;
     Shell& shell;
-    Browsers browsers = {};
+    Browsers browsers;
     LoginItem loginItem = LoginItem::ofUser();
     AppFacts facts = appFacts(ORVANTA_VERSION);
     std::string service = serviceUrl();
     Clock clock = wallClock;
     UptimeClock uptime = machineUptime;
-    Calendar calendar = {};
+    Calendar calendar;
     Log log = systemLog;
   };
 

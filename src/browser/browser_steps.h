@@ -12,11 +12,11 @@ namespace orvanta {
 
 /// One thing to do in the browser.
 struct SetupStep {
-  std::string text;         ///< what, in French
-  std::string copy = {};    ///< the address, setting or file that it takes; "" for none
-  std::string button = {};  ///< what a button says that opens `page`; "" where there is none
-  std::string page = {};    ///< what openingCommand() is told
-  bool done = false;        ///< as far as that can be seen from outside
+  std::string text;    ///< what, in French
+  std::string copy;    ///< the address, setting or file that it takes; "" for none
+  std::string button;  ///< what a button says that opens `page`; "" where there is none
+  std::string page;    ///< what openingCommand() is told
+  bool done = false;   ///< as far as that can be seen from outside
 };
 
 /// What is to be done, in order, until the extension connects by itself. `pid` is the main process

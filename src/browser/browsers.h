@@ -24,15 +24,15 @@ struct Browser {
   /// Desktop-file ids, window classes and program files, of distributions, vendors, Flatpak and
   /// snap; with slashes, a folder of its program, whose name another has, too. One that does not
   /// exist on Linux has none.
-  Names aliases = {};
-  Names titles = {};  ///< as it writes itself at the end of a window title
+  Names aliases;
+  Names titles;  ///< as it writes itself at the end of a window title
   /// Where it keeps its profiles: with a point below the home folder, else below the configuration
   /// folder; the usual one first. One that does not take our extension has none.
-  Names profiles = {};
-  Names manifests = {};  ///< where it looks for manifests, where that is not beside its profiles
-  Names traces = {};     ///< what else in the configuration folder tells that it is installed
+  Names profiles;
+  Names manifests;  ///< where it looks for manifests, where that is not beside its profiles
+  Names traces;     ///< what else in the configuration folder tells that it is installed
   /// Where it looks for everybody's manifests: "etc/…", or "lib/…" below the prefix.
-  std::string_view everybody = {};
+  std::string_view everybody;
 
   bool takesExtension() const { return profiles.size() > 0; }
 };

@@ -21,8 +21,8 @@ struct BrowserState {
   const Browser* browser = nullptr;
   int32_t pid = 0;         ///< a connected one's, else the last one's; 0 when none runs
   bool connected = false;  ///< its extension is there
-  std::string obstacle = {};
-  std::vector<SetupStep> steps = {};
+  std::string obstacle;
+  std::vector<SetupStep> steps;
 };
 
 /// For the requests of the dashboard and for the command line. The operations may be called from

@@ -25,14 +25,14 @@ inline const Source kNoSource{"none", "non disponible ici"};
 
 /// The application in front.
 struct FrontmostApp {
-  std::string name;                   ///< for display, in the user's language; never empty
-  std::optional<std::string> bundle;  ///< desktop-file id without ".desktop"
-  int32_t pid = 0;                    ///< 0 when the desktop does not tell
-  std::vector<std::string> names;     ///< application ids and classes that the window goes by
-  std::vector<std::string> categories = {};  ///< of its desktop file: "Network", "WebBrowser"
+  std::string name;                     ///< for display, in the user's language; never empty
+  std::optional<std::string> bundle;    ///< desktop-file id without ".desktop"
+  int32_t pid = 0;                      ///< 0 when the desktop does not tell
+  std::vector<std::string> names;       ///< application ids and classes that the window goes by
+  std::vector<std::string> categories;  ///< of its desktop file: "Network", "WebBrowser"
   /// Of the window, at the same moment: asked for later, it could be of the next one. Absent when
   /// empty or not readable.
-  std::optional<std::string> title = {};
+  std::optional<std::string> title;
 
   friend bool operator==(const FrontmostApp&, const FrontmostApp&) = default;
 };

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <regex>
@@ -74,8 +75,8 @@ void setModifiedAt(const fs::path& file, double instant) {
   const double whole = std::floor(instant);
   const timespec modified{.tv_sec = static_cast<time_t>(whole),
                           .tv_nsec = static_cast<long>((instant - whole) * kNano)};
-  const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, modified};
-  utimensat(AT_FDCWD, file.c_str(), times, AT_SYMLINK_NOFOLLOW);
+  const std::array times{timespec{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, modified};
+  utimensat(AT_FDCWD, file.c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
 }
 
 }  // namespace orvanta
