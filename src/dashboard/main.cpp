@@ -142,7 +142,7 @@ int main(int argc, char** argv) {
   // driver takes in memory.
   setenv("GSK_RENDERER", "cairo", 0);
   if (gtk_init_check() == 0) {
-    systemLog("Orvanta: pas d'écran pour le tableau de bord");
+    systemLog("Orvanta: pas d’écran pour le tableau de bord");
     return 1;
   }
   g_set_prgname(kApplicationId);      // what desktops match with the desktop file
