@@ -113,6 +113,38 @@ function faults() {
   return found;
 }
 
+/** Run in the page: what covers what it belongs to, and edges that are none. */
+function misplaced() {
+  const found = [];
+  const boxOf = (selector) => document.querySelector(selector)?.getBoundingClientRect();
+  const touch = (a, b) => a.left < b.right && a.right > b.left && a.top < b.bottom && a.bottom > b.top;
+
+  const popover = boxOf(".popover");
+  const opener = boxOf(".popover-root:has(.popover) > button");
+  if (popover && touch(popover, opener) && innerWidth > 560 && innerHeight > 400)
+    found.push("what was opened lies on its button");
+
+  const label = boxOf(".range-label");
+  for (const hour of label ? document.querySelectorAll(".ticks text") : [])
+    if (touch(hour.getBoundingClientRect(), label)) found.push(`a range’s label lies on ${hour.textContent}`);
+
+  const top = boxOf(".top");
+  if (top && top.height > 0.25 * innerHeight && top.height > 60)
+    found.push(`the upper bar takes ${top.height.toFixed()} of ${innerHeight}`);
+
+  // The view's width has a limit of its own.
+  const view = boxOf(".view");
+  const last = boxOf(".top > :last-child");
+  if (view && last && innerWidth < 1700 && Math.abs(view.right - last.right) > 1)
+    found.push(`two right edges: ${last.right.toFixed()} above ${view.right.toFixed()}`);
+
+  if (innerWidth > 700)
+    for (const name of document.querySelectorAll(".rule-row .project bdi, .project-row .project-name bdi"))
+      if (name.scrollWidth > name.clientWidth && name.textContent.length < 25)
+        found.push(`a short name is cut: ${name.textContent}`);
+  return found;
+}
+
 let stage;
 before(async () => (stage = await openStage()));
 after(() => stage?.close());
@@ -130,7 +162,8 @@ test("everything is there in a small window, in a large one and at 200 %", { tim
       for (const size of sizes) {
         await page.setViewportSize(size);
         await page.waitForTimeout(40);
-        for (const fault of new Set(await page.evaluate(faults)))
+        const all = [...(await page.evaluate(faults)), ...(await page.evaluate(misplaced))];
+        for (const fault of new Set(all))
           found.push(`${scene.name} ${size.width}×${size.height} ${fault}`);
       }
       await scene.after?.(page);
