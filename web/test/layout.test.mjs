@@ -38,12 +38,20 @@ function faults() {
     if (!element.checkVisibility({ checkVisibilityCSS: true })) return true;
     return element.parentElement !== null && hidden(element.parentElement);
   });
-  // How far to the left and right something may be seen: up to what cuts it off for good.
+  // How far to the left and right, up and down something may be seen: up to what cuts it off for good.
   const limits = once((element) => {
-    const [left, right] = element.parentElement ? limits(element.parentElement) : [-Infinity, Infinity];
-    if (!/hidden|clip/.test(getComputedStyle(element).overflowX)) return [left, right];
+    const [left, right, top, bottom] = element.parentElement
+      ? limits(element.parentElement)
+      : [-Infinity, Infinity, -Infinity, Infinity];
+    const { overflowX, overflowY } = getComputedStyle(element);
+    const [across, down] = [overflowX, overflowY].map((overflow) => /hidden|clip/.test(overflow));
     const box = element.getBoundingClientRect();
-    return [Math.max(left, box.left), Math.min(right, box.right)];
+    return [
+      across ? Math.max(left, box.left) : left,
+      across ? Math.min(right, box.right) : right,
+      down ? Math.max(top, box.top) : top,
+      down ? Math.min(bottom, box.bottom) : bottom,
+    ];
   });
 
   for (const part of document.querySelectorAll("html, body, .body, .main, .welcome, dialog[open], .popover"))
@@ -78,14 +86,14 @@ function faults() {
     if (text === "" || element.closest("option, script, svg, noscript") || hidden(element)) continue;
     const range = document.createRange();
     range.selectNodeContents(node);
-    const [left, right] = limits(element);
+    const [left, right, above, below] = limits(element);
     let [whole, seen] = [0, 0];
     for (const box of range.getClientRects()) {
       const cut = { left: Math.max(box.left, left, 0), right: Math.min(box.right, right, innerWidth) };
       whole += box.width;
       seen += Math.max(0, cut.right - cut.left);
-      const { top, bottom } = box;
-      texts.push({ element, layer: layer(element), box: { ...cut, top: top + 2, bottom: bottom - 2 } });
+      const [top, bottom] = [Math.max(box.top + 2, above), Math.min(box.bottom - 2, below)];
+      if (top < bottom) texts.push({ element, layer: layer(element), box: { ...cut, top, bottom } });
     }
     if (whole === 0) continue;
     const letters = [...text].length;
