@@ -23,6 +23,11 @@ function isText(text) {
   return french.test(text) || /^[A-ZÉÀ][a-zéèê]+$/.test(text);
 }
 
+// A program's strings are names more often than texts; what joins two texts is one.
+function isSentence(text) {
+  return (isText(text) && text.includes(" ")) || /^(?:\{\})? [:;»]|« ?$/.test(text);
+}
+
 /** Of the page: what stands between tags, and every string that is no name of something. */
 function* ofPage() {
   const api = new API({ cwd: here });
@@ -65,10 +70,26 @@ function* ofPrograms() {
         last.end = found.index + found[0].length;
         continue;
       }
-      if (last && isText(last.text) && last.text.includes(" ")) yield last;
+      if (last && isSentence(last.text)) yield last;
       last = { file: join(root, "src", file), line: lineOf(code, found.index), text, end: found.index + found[0].length };
     }
-    if (last && isText(last.text) && last.text.includes(" ")) yield last;
+    if (last && isSentence(last.text)) yield last;
+  }
+}
+
+/** Of what is installed beside the programs: its lines. */
+function* ofPackages() {
+  for (const folder of ["packaging", "extension"]) {
+    for (const name of readdirSync(join(root, folder), { recursive: true })) {
+      if (!/\.in$|_orvanta$/.test(name)) continue;
+      const file = join(root, folder, name);
+      const lines = readFileSync(file, "utf8").split("\n");
+      for (const [at, text] of lines.entries()) {
+        // Tags, keys and quotes are the format's, and so is what zsh has between colons.
+        const read = text.replace(/<[^>]*>|^\s*"\w+": |^#.*|'\[|\]'?:.*/g, " ").trim();
+        if (isText(read)) yield { file, line: at + 1, text: read };
+      }
+    }
   }
 }
 
@@ -77,22 +98,33 @@ function lineOf(text, at) {
 }
 
 const rules = [
-  ["an apostrophe that is none", /\p{L}'\p{L}/u],
+  ["an apostrophe that is none", /\p{L}'(?:\p{L}|\{|$)/u],
   ["a space that may break before a tall mark", / [:;!?»]|« /],
   ["three dots for an ellipsis", /\.\.\./],
   ["“assigner”, which is “attribuer” here", /\bassign(?:e|é|at)/i],
 ];
+// Given byte for byte: what other programs look for in the menu, in answers and in the log, and two names of
+// applications.
+const given = new RegExp(
+  [
+    "Aujourd'hui : ",
+    "   Projet principal : ",
+    "Je travaille sur : ",
+    "Mise à jour disponible : ",
+    "route inconnue : ",
+    "^Orvanta: impossible d'ouvrir la base ",
+    "^Orvanta AppleScript \\{\\} : ",
+    "^Moniteur d'activité$",
+    "^Capture d'écran$",
+  ].join("|"),
+);
 
 const complaints = [];
-for (const [texts, own] of [
-  [ofPage(), rules],
-  [ofPrograms(), rules.slice(2)],
-]) {
-  for (const { file, line, text } of texts) {
-    const where = `${relative(root, file)}:${line}`;
-    if (!process.argv.includes("--check")) console.log(`${where}: ${text}`);
-    for (const [what, wrong] of own) if (wrong.test(text)) complaints.push(`${where}: ${what}: ${text}`);
-  }
+for (const { file, line, text } of [...ofPage(), ...ofPrograms(), ...ofPackages()]) {
+  const where = `${relative(root, file)}:${line}`;
+  if (!process.argv.includes("--check")) console.log(`${where}: ${text}`);
+  const own = text.replace(given, "");
+  for (const [what, wrong] of rules) if (wrong.test(own)) complaints.push(`${where}: ${what}: ${text}`);
 }
 if (process.argv.includes("--check")) {
   for (const complaint of complaints) console.error(complaint);

@@ -168,9 +168,9 @@ void AppDelegate::missTray() {
     if (!core_.db.setting(kToldNoTray).empty()) return;
     core_.db.setSetting(kToldNoTray, "1").forget();
     core_.db.log()(
-        "Orvanta: pas de zone d'icônes sur ce bureau, « orvanta » ouvre le tableau de bord");
+        "Orvanta: pas de zone d’icônes sur ce bureau, « orvanta » ouvre le tableau de bord");
     core_.shell.tell(
-        "Ce bureau n'a pas de zone d'icônes. Pour ouvrir Orvanta, lancez-le une deuxième fois "
+        "Ce bureau n’a pas de zone d’icônes. Pour ouvrir Orvanta, lancez-le une deuxième fois "
         "depuis "
         "le menu des applications.");
   });

@@ -55,7 +55,7 @@ int Application::on_handle_local_options(const Glib::RefPtr<Glib::VariantDict>& 
   if (!options.has("call")) return kGoOn;
   if (!runningElsewhere()) return answerHere(options);
   if (options.words() == std::vector<std::string>{kManyCalls}) {
-    std::fputs("Orvanta : le programme est en marche, posez-lui les questions une à une\n", stderr);
+    std::fputs("Orvanta : le programme est en marche, posez-lui les questions une à une\n", stderr);
     return 1;
   }
   call_ = options;

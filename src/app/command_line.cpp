@@ -13,7 +13,7 @@ void open(const std::string& uri) {
   try {
     Gio::AppInfo::launch_default_for_uri(uri);
   } catch (const Glib::Error& error) {
-    systemLog(std::string("Orvanta: ouverture impossible : ") + error.what());
+    systemLog(std::string("Orvanta: ouverture impossible : ") + error.what());
   }
 }
 

@@ -28,7 +28,7 @@ int exportCsv(const std::vector<std::string>& words) {
 
 int switchAccessibilityOn() {
   if (dbus::switchAccessibilityOn(connectBus(Gio::DBus::BusType::SESSION))) return 0;
-  std::fputs("Orvanta : ce bureau n'a pas de service d'accessibilité\n", stderr);
+  std::fputs("Orvanta : ce bureau n’a pas de service d’accessibilité\n", stderr);
   return 1;
 }
 
@@ -45,7 +45,7 @@ int connectBrowsers() {
 }
 
 int unexpected(const std::string& word) {
-  std::fprintf(stderr, "Orvanta : « %s » n'est pas attendu ici, voir orvanta --help\n",
+  std::fprintf(stderr, "Orvanta : « %s » n’est pas attendu ici, voir orvanta --help\n",
                word.c_str());
   return 2;
 }
@@ -76,7 +76,7 @@ int answerHere(const Options& options) {
   finishSwapOfStore();
   const auto result = callLocally(options.words());
   std::fputs(result.output.c_str(), stdout);
-  if (!result.complaint.empty()) std::fprintf(stderr, "Orvanta : %s\n", result.complaint.c_str());
+  if (!result.complaint.empty()) std::fprintf(stderr, "Orvanta : %s\n", result.complaint.c_str());
   return result.status;
 }
 

@@ -25,13 +25,13 @@ CsvWritten print(const Analytics& analytics, const Date& from, const Date& to) {
 
 int exportCsvFile(const Analytics& analytics, const std::vector<std::string>& words) {
   if (words.size() < 2 || words.size() > 3) {
-    fmt::print(stderr, "usage : orvanta --export DU AU [FICHIER]\n");
+    fmt::print(stderr, "usage : orvanta --export DU AU [FICHIER]\n");
     return 2;
   }
   const auto from = Date::parse(words[0]);
   const auto to = Date::parse(words[1]);
   if (!from || !to) {
-    fmt::print(stderr, "Orvanta : « {} » n'est pas une date de la forme AAAA-MM-JJ\n",
+    fmt::print(stderr, "Orvanta : « {} » n’est pas une date de la forme AAAA-MM-JJ\n",
                words[from ? 1 : 0]);
     return 2;
   }
@@ -39,7 +39,7 @@ int exportCsvFile(const Analytics& analytics, const std::vector<std::string>& wo
   const auto written =
       toFile ? writeCsv(analytics, *from, *to, words[2]) : print(analytics, *from, *to);
   if (written) return 0;
-  fmt::print(stderr, "Orvanta : impossible d'écrire {} : {}\n",
+  fmt::print(stderr, "Orvanta : impossible d’écrire {} : {}\n",
              toFile ? words[2] : "la sortie standard", written.problem);
   return 1;
 }

@@ -16,7 +16,7 @@ double finite(double seconds) {
 }
 
 std::string statusLine(const MenuFacts& facts) {
-  if (facts.trouble) return "⚠ Rien n'est enregistré : " + std::string(shortNameOf(*facts.trouble));
+  if (facts.trouble) return "⚠ Rien n’est enregistré : " + std::string(shortNameOf(*facts.trouble));
   if (facts.paused) return "○ Suivi en pause";
   if (!facts.current) return "● Suivi actif";
   const auto& [sample, elapsed] = *facts.current;

@@ -17,13 +17,13 @@ constexpr std::array kOptions{
     Option{"pause", "met le suivi en pause"},
     Option{"resume", "reprend le suivi"},
     Option{"call",
-           "ROUTE [JSON] : affiche la réponse d'une route ; - : répond à chaque ligne de l'entrée"},
-    Option{"export", "DU AU [FICHIER] : écrit les activités de ces jours (AAAA-MM-JJ) en CSV"},
+           "ROUTE [JSON] : affiche la réponse d’une route ; - : répond à chaque ligne de l’entrée"},
+    Option{"export", "DU AU [FICHIER] : écrit les activités de ces jours (AAAA-MM-JJ) en CSV"},
     Option{"check", "dit si la base et ses sauvegardes sont intactes"},
-    Option{"backup", "FICHIER : copie la base, vérifiée, dans un nouveau fichier"},
-    Option{"restore", "FICHIER : remet cette copie à la place de la base, qui est gardée"},
-    Option{"connect-browsers", "prépare les navigateurs, dit comment ajouter l'extension"},
-    Option{"accessibility", "active l'accessibilité du bureau, pour lire l'onglet sans extension"},
+    Option{"backup", "FICHIER : copie la base, vérifiée, dans un nouveau fichier"},
+    Option{"restore", "FICHIER : remet cette copie à la place de la base, qui est gardée"},
+    Option{"connect-browsers", "prépare les navigateurs, dit comment ajouter l’extension"},
+    Option{"accessibility", "active l’accessibilité du bureau, pour lire l’onglet sans extension"},
     Option{"version", "affiche la version"},
 };
 
@@ -37,7 +37,7 @@ void Options::addTo(Gio::Application& application) {
   application.add_main_option_entry(Type::FILENAME_VECTOR, G_OPTION_REMAINING);
   application.set_option_context_parameter_string("[MOT…]");
   application.set_option_context_summary(
-      "Enregistre votre activité jusqu'à l'arrêt ; déjà en marche, ouvre le tableau de bord.");
+      "Enregistre votre activité jusqu’à l’arrêt ; déjà en marche, ouvre le tableau de bord.");
 }
 
 Options::Options(GVariantDict* parsed) {

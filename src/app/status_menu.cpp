@@ -11,11 +11,11 @@ constexpr auto kMenuPath = "/MenuBar";
 
 tray::Appearance appearance(const MenuFacts& facts, std::string label, std::string today) {
   if (facts.trouble) {
-    return {"fr.quellvane.orvanta-alert-symbolic", "Orvanta : rien n'est enregistré",
+    return {"fr.quellvane.orvanta-alert-symbolic", "Orvanta : rien n’est enregistré",
             std::move(label), std::string(shortNameOf(*facts.trouble))};
   }
   if (facts.paused) {
-    return {"fr.quellvane.orvanta-paused-symbolic", "Orvanta : suivi en pause", std::move(label),
+    return {"fr.quellvane.orvanta-paused-symbolic", "Orvanta : suivi en pause", std::move(label),
             "Suivi en pause"};
   }
   return {"fr.quellvane.orvanta-symbolic", "Orvanta", std::move(label), std::move(today)};

@@ -19,12 +19,12 @@ namespace {
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongWords = 2 };
 
 int failed(const std::string& message) {
-  fmt::print(stderr, "Orvanta : {}\n", message);
+  fmt::print(stderr, "Orvanta : {}\n", message);
   return kFailed;
 }
 
 int wrongWords(const char* usage) {
-  fmt::print(stderr, "usage : orvanta {}\n", usage);
+  fmt::print(stderr, "usage : orvanta {}\n", usage);
   return kWrongWords;
 }
 
@@ -45,7 +45,7 @@ std::string inWords(const StoreFacts& facts) {
 
 bool printCheck(const std::string& name, const fs::path& file) {
   const auto check = checkStore(file, {.full = true});
-  fmt::print("{} : {}\n", name, check.whole ? "intacte" : "ABÎMÉE");
+  fmt::print("{} : {}\n", name, check.whole ? "intacte" : "ABÎMÉE");
   for (const auto& problem : check.problems) fmt::print("  - {}\n", problem);
   if (check.facts.spans > 0 || check.whole) fmt::print("  {}\n", inWords(check.facts));
   std::fflush(stdout);
@@ -57,7 +57,7 @@ bool printCheck(const std::string& name, const fs::path& file) {
 int checkCommand(const DataLocation& where) {
   std::error_code error;
   if (!fs::exists(where.file(), error)) {
-    return failed(fmt::format("il n'y a pas de base de données : {}", where.file().string()));
+    return failed(fmt::format("il n’y a pas de base de données : {}", where.file().string()));
   }
   bool whole = printCheck("Base " + where.file().string(), where.file());
   for (const auto& backup : Backups(Backups::folderOf(where)).list()) {
@@ -70,7 +70,7 @@ int checkCommand(const DataLocation& where) {
 int backupCommand(const std::vector<std::string>& words, const DataLocation& where) {
   if (words.size() != 1 || words.front().empty()) return wrongWords("--backup FICHIER");
   std::error_code error;
-  if (!fs::exists(where.file(), error)) return failed("il n'y a encore rien à sauvegarder");
+  if (!fs::exists(where.file(), error)) return failed("il n’y a encore rien à sauvegarder");
   fs::path target = words.front();
   if (fs::is_directory(target, error)) target /= backupName(wallClock(), 1, Calendar());
   // What is there may be the only copy of something.
@@ -78,8 +78,8 @@ int backupCommand(const std::vector<std::string>& words, const DataLocation& whe
     return failed(fmt::format("{} existe déjà", target.string()));
   }
   const auto copy = backUpTo(where.file(), target);
-  if (!copy.made) return failed("sauvegarde impossible : " + copy.error);
-  fmt::print("Sauvegardé dans {} : {}\n", target.string(), inWords(readStoreFacts(target)));
+  if (!copy.made) return failed("sauvegarde impossible : " + copy.error);
+  fmt::print("Sauvegardé dans {} : {}\n", target.string(), inWords(readStoreFacts(target)));
   return kDone;
 }
 
@@ -87,15 +87,15 @@ int restoreCommand(const std::vector<std::string>& words, const DataLocation& wh
   if (words.size() != 1 || words.front().empty()) return wrongWords("--restore FICHIER");
   std::error_code error;
   if (!fs::is_regular_file(words.front(), error)) {
-    return failed(fmt::format("{} n'existe pas", words.front()));
+    return failed(fmt::format("{} n’existe pas", words.front()));
   }
   prepare(where, systemLog);
   const auto lock = DataLock::take(where);
-  if (!lock) return failed("le programme est en marche ; quittez-le avant de restaurer");
+  if (!lock) return failed("le programme est en marche ; quittez-le avant de restaurer");
   const auto result = restoreStore(where, words.front(), {.now = wallClock()});
-  if (!result.done) return failed("restauration impossible : " + result.error);
-  fmt::print("Restauré : {}\n", inWords(readStoreFacts(where.file())));
-  if (result.kept) fmt::print("L'ancien fichier est gardé : {}\n", result.kept->string());
+  if (!result.done) return failed("restauration impossible : " + result.error);
+  fmt::print("Restauré : {}\n", inWords(readStoreFacts(where.file())));
+  if (result.kept) fmt::print("L’ancien fichier est gardé : {}\n", result.kept->string());
   return kDone;
 }
 

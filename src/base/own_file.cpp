@@ -13,7 +13,7 @@ std::optional<std::string> writeOwnFile(const std::filesystem::path& file,
   constexpr int kFile = 0600;
   const auto folder = file.parent_path();
   if (g_mkdir_with_parents(folder.c_str(), kFolder) != 0) {
-    return folder.string() + " : " + g_strerror(errno);
+    return folder.string() + " : " + g_strerror(errno);
   }
   GError* raw = nullptr;
   if (g_file_set_contents_full(file.c_str(), text.data(), static_cast<gssize>(text.size()),

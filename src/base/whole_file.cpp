@@ -22,8 +22,8 @@ constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 constexpr int kMostLinks = 40;
 constexpr int kAttempts = 20;  // at a name that nobody has
 constexpr auto kForeignLink =
-    "c'est un lien symbolique que quelqu'un d'autre a pu mettre là, il n'est pas suivi";
-constexpr auto kForeignPipe = "quelqu'un d'autre lirait ce qui y est écrit";
+    "c’est un lien symbolique que quelqu’un d’autre a pu mettre là, il n’est pas suivi";
+constexpr auto kForeignPipe = "quelqu’un d’autre lirait ce qui y est écrit";
 
 // What root does needs no trick.
 bool trusted(uid_t owner) {
@@ -60,14 +60,14 @@ std::string reasonOf(int error) {
   switch (error) {
     case EACCES:
     case EPERM:
-      return "vous n'en avez pas le droit";
+      return "vous n’en avez pas le droit";
     case EDQUOT:
     case ENOSPC:
-      return "il n'y a plus de place";
+      return "il n’y a plus de place";
     case EISDIR:
-      return "c'est un dossier";
+      return "c’est un dossier";
     case ENOENT:
-      return "le dossier n'existe pas";
+      return "le dossier n’existe pas";
     case EROFS:
       return "le disque est en lecture seule";
     default:

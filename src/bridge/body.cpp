@@ -45,7 +45,7 @@ std::optional<int64_t> Body::i(std::string_view key) const {
   if (value->is_uint64() || value->is_double()) {
     // Unsigned is what no longer fits.
     const auto number = value->is_double() ? truncated(value->get_double()) : std::nullopt;
-    if (!number) throw AppError("nombre hors limites : " + std::string(key));
+    if (!number) throw AppError("nombre hors limites : " + std::string(key));
     return number;
   }
   if (value->is_string()) {

@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kLongest = 60;
 
 std::string quoted(std::string_view text) {
-  return "« " + oneLine(text, kLongest) + " »";
+  return "« " + oneLine(text, kLongest) + " »";
 }
 
 // Of ours that can be chosen; any other names itself.
@@ -53,7 +53,7 @@ std::string_view nameOf(Category category) {
 
 std::string assigned(const std::optional<std::string>& category,
                      const std::optional<std::string>& project, int64_t spans) {
-  return fmt::format("{} : {} activité{}", target(category, project), spans, spans > 1 ? "s" : "");
+  return fmt::format("{} : {} activité{}", target(category, project), spans, spans > 1 ? "s" : "");
 }
 
 std::string assigned(const std::optional<std::string>& category,
@@ -61,28 +61,28 @@ std::string assigned(const std::optional<std::string>& category,
                      const Calendar& calendar) {
   const auto from = wall(range.start, calendar);
   const auto to = wall(range.end, calendar);
-  return fmt::format("{} : {}, {} – {}", target(category, project), from.day, from.time,
+  return fmt::format("{} : {}, {} – {}", target(category, project), from.day, from.time,
                      from.day == to.day ? to.time : to.day + ", " + to.time);
 }
 
 std::string projectSaved(std::string_view name) {
-  return "Projet enregistré : " + quoted(name);
+  return "Projet enregistré : " + quoted(name);
 }
 
 std::string projectDeleted(std::string_view name) {
-  return "Projet supprimé : " + quoted(name);
+  return "Projet supprimé : " + quoted(name);
 }
 
 std::string ruleSaved(std::string_view pattern) {
-  return "Règle enregistrée : " + quoted(pattern);
+  return "Règle enregistrée : " + quoted(pattern);
 }
 
 std::string ruleDeleted(std::string_view pattern) {
-  return "Règle supprimée : " + quoted(pattern);
+  return "Règle supprimée : " + quoted(pattern);
 }
 
 std::string defaultsRestored(int rules) {
-  return fmt::format("Règles intégrées rétablies : {}", rules);
+  return fmt::format("Règles intégrées rétablies : {}", rules);
 }
 
 }  // namespace orvanta::labels

@@ -92,7 +92,7 @@ void DashboardWindow::reload() {
 void DashboardWindow::start() {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-    log_(fmt::format("Orvanta: tableau de bord : {}", std::strerror(errno)));
+    log_(fmt::format("Orvanta: tableau de bord : {}", std::strerror(errno)));
     return;
   }
   // Takes the number 3 in the child.
@@ -108,7 +108,7 @@ void DashboardWindow::start() {
       ends[0], LineChannel::Listener{.received = [this](const auto& line) { received(line); },
                                      .closed = [this] { lost(); }});
   if (!process->child) {
-    log_(fmt::format("Orvanta: tableau de bord : {}", error->message));
+    log_(fmt::format("Orvanta: tableau de bord : {}", error->message));
     return;
   }
   ++generation_;
@@ -130,7 +130,7 @@ void DashboardWindow::lost() {
 }
 
 void DashboardWindow::tellFailure() {
-  core_.shell.tell("Le tableau de bord n'a pas pu s'ouvrir ; le journal du système dit pourquoi.");
+  core_.shell.tell("Le tableau de bord n’a pas pu s’ouvrir ; le journal du système dit pourquoi.");
 }
 
 void DashboardWindow::post(const std::string& route, SerialQueue::Task task) {

@@ -90,7 +90,7 @@ std::string BrowserSetup::write(const Browser& browser, const fs::path& folder) 
   const auto source = data_ / "native-messaging" / (firefox ? "firefox.json" : "chromium.json");
   boost::system::error_code broken;
   auto manifest = json::parse(contents(source), broken);
-  if (broken || !manifest.is_object()) return source.string() + " : fichier manquant ou abîmé";
+  if (broken || !manifest.is_object()) return source.string() + " : fichier manquant ou abîmé";
   manifest.get_object()["path"] = helper_.string();
   const auto text = json::serialize(manifest) + "\n";
   const auto file = folder / kTabManifest;
@@ -141,14 +141,14 @@ std::string BrowserSetup::connectAll() const {
     }
     text += connectAndTell(browser, runs ? open->pid : 0);
   }
-  return text.empty() ? "Aucun navigateur connu n'a été trouvé.\n" : text;
+  return text.empty() ? "Aucun navigateur connu n’a été trouvé.\n" : text;
 }
 
 std::string BrowserSetup::connectAndTell(const Browser& browser, int32_t pid) const {
   auto problem = setupObstacle(browser, pid);
   if (problem.empty()) problem = connect(browser);
-  if (!problem.empty()) return fmt::format("{} : {}\n", browser.name, problem);
-  auto text = fmt::format("{} est prêt. Pour lui ajouter l'extension :\n", browser.name);
+  if (!problem.empty()) return fmt::format("{} : {}\n", browser.name, problem);
+  auto text = fmt::format("{} est prêt. Pour lui ajouter l’extension :\n", browser.name);
   int number = 0;
   for (const auto& step : setupSteps(browser, pid, data_)) {
     text += fmt::format("  {}. {}\n", ++number, step.text);

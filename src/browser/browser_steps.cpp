@@ -47,31 +47,31 @@ std::vector<SetupStep> firefoxSteps(const Browser& browser, int32_t pid, const f
   if (insistsOnSignatures(browser, pid)) {
     return {
         {.text = fmt::format(
-             "Dans about:debugging, choisissez « Charger un module complémentaire temporaire », "
-             "puis ce fichier. Cette édition de {} n'accepte une extension sans signature que "
-             "jusqu'à sa fermeture ; l'édition ESR la garde.",
+             "Dans about:debugging, choisissez « Charger un module complémentaire temporaire », "
+             "puis ce fichier. Cette édition de {} n’accepte une extension sans signature que "
+             "jusqu’à sa fermeture ; l’édition ESR la garde.",
              browser.name),
          .copy = file,
          .button = "Ouvrir la page des extensions",
          .page = "about:debugging#/runtime/this-firefox"}};
   }
-  return {{.text = "Dans about:config, cherchez ce réglage et mettez-le à « false ».",
+  return {{.text = "Dans about:config, cherchez ce réglage et mettez-le à « false ».",
            .copy = kSignatures,
            .button = "Ouvrir about:config",
            .page = "about:config",
            .done = profileSays(pid, fmt::format("user_pref(\"{}\", false);", kSignatures))},
-          {.text = "Ouvrez l'extension, puis choisissez « Ajouter ».",
+          {.text = "Ouvrez l’extension, puis choisissez « Ajouter ».",
            .copy = file,
-           .button = "Ouvrir l'extension",
+           .button = "Ouvrir l’extension",
            .page = file}};
 }
 
 // Chromium opens such an address for nobody but its user.
 std::vector<SetupStep> chromiumSteps(const fs::path& data) {
-  return {{.text = "Allez à cette adresse : collez-la dans la barre d'adresse.",
+  return {{.text = "Allez à cette adresse : collez-la dans la barre d’adresse.",
            .copy = "chrome://extensions"},
-          {.text = "Activez le « Mode développeur », en haut à droite."},
-          {.text = "Choisissez « Charger l'extension non empaquetée », puis ce dossier : "
+          {.text = "Activez le « Mode développeur », en haut à droite."},
+          {.text = "Choisissez « Charger l’extension non empaquetée », puis ce dossier : "
                    "Ctrl + L permet de le coller.",
            .copy = (data / "extension").string()}};
 }
@@ -89,21 +89,21 @@ std::vector<SetupStep> setupSteps(const Browser& browser, int32_t pid, const fs:
 }
 
 std::string setupObstacle(const Browser& browser, int32_t pid) {
-  if (browser.aliases.size() == 0) return fmt::format("{} n'existe pas sous Linux.", browser.name);
+  if (browser.aliases.size() == 0) return fmt::format("{} n’existe pas sous Linux.", browser.name);
   if (browser.kind == BrowserKind::kUntold) {
     return fmt::format(
-        "Rien ne distingue les fenêtres privées de {} des autres : seul son temps est compté.",
+        "Rien ne distingue les fenêtres privées de {} des autres : seul son temps est compté.",
         browser.name);
   }
   if (!browser.takesExtension()) {
     return fmt::format(
-        "{0} n'accepte pas l'extension Orvanta. Son onglet se lit quand l'accessibilité du bureau "
-        "est activée : activez-la (orvanta --accessibility), puis redémarrez {0}.",
+        "{0} n’accepte pas l’extension Orvanta. Son onglet se lit quand l’accessibilité du bureau "
+        "est activée : activez-la (orvanta --accessibility), puis redémarrez {0}.",
         browser.name);
   }
   if (const auto sandbox = sandboxOf(pid)) {
     return fmt::format(
-        "Ce {} est installé par {} : son bac à sable empêche l'extension de joindre Orvanta, seul "
+        "Ce {} est installé par {} : son bac à sable empêche l’extension de joindre Orvanta, seul "
         "son temps est compté. Installez-le par votre distribution ou par son éditeur.",
         browser.name, *sandbox);
   }

@@ -30,7 +30,7 @@ std::string BrowserConnection::connect(const std::string& bundle) const {
   const auto* browser = findBrowser(bundle);
   if (!browser) return "navigateur inconnu";
   const auto problem = setup_.connect(*browser);
-  return problem.empty() ? "" : "Impossible de préparer le navigateur : " + problem;
+  return problem.empty() ? "" : "Impossible de préparer le navigateur : " + problem;
 }
 
 std::string BrowserConnection::openPage(const std::string& bundle, std::size_t step) const {
@@ -39,13 +39,13 @@ std::string BrowserConnection::openPage(const std::string& bundle, std::size_t s
   if (!browser) return "navigateur inconnu";
   const auto pid = processOf(*browser);
   const auto steps = setupSteps(*browser, pid, setup_.data());
-  if (step >= steps.size() || steps[step].page.empty()) return "cette étape n'ouvre pas de page";
+  if (step >= steps.size() || steps[step].page.empty()) return "cette étape n’ouvre pas de page";
   const auto command = openingCommand(pid, steps[step].page);
   const std::string name(browser->name);
-  if (command.empty()) return "Ouvrez d'abord " + name + ".";
+  if (command.empty()) return "Ouvrez d’abord " + name + ".";
   const auto child = runChild_({command, {}}, kPatience);
   if (child.launchError.empty() && !child.timedOut && child.status == 0) return {};
-  return name + " n'a pas ouvert la page.";
+  return name + " n’a pas ouvert la page.";
 }
 
 ScriptResult BrowserConnection::test(const std::string& bundle) {
@@ -66,7 +66,7 @@ std::string BrowserConnection::advice(const Browser& browser) const {
   const auto obstacle = setupObstacle(browser, pid);
   if (!obstacle.empty()) return obstacle;
   const std::string name(browser.name);
-  return pid > 0 ? "Ajoutez l'extension Orvanta à " + name + "."
+  return pid > 0 ? "Ajoutez l’extension Orvanta à " + name + "."
                  : "Ouvrez " + name + ", puis recommencez.";
 }
 

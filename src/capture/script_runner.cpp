@@ -1,5 +1,7 @@
 #include "capture/script_runner.h"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 #include "base/text.h"
@@ -34,7 +36,7 @@ ScriptResult ScriptRunner::run(ChildCommand command, const std::string& key, dou
   }
   if (child.status != 0) {
     disable(key, cooldown);
-    log_("Orvanta AppleScript " + key + " : " + error);
+    log_(fmt::format("Orvanta AppleScript {} : {}", key, error));
     return {{}, error};
   }
   return {trimmed(child.output), error};

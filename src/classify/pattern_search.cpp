@@ -1,6 +1,7 @@
 #include "classify/pattern_search.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "base/text.h"
 
@@ -13,6 +14,10 @@ void PatternSearch::Found::merge(const Found& other) {
 
 void PatternSearch::add(std::string_view pattern, const Found& found) {
   if (pattern.empty()) return;
+  if (pattern.size() > kDeepest) {
+    long_.push_back({std::string(pattern), found});
+    return;
+  }
   patterns_.push_back({std::string(pattern), found});
   for (const char c : pattern) {
     auto& known = classOf_[static_cast<uint8_t>(c)];
@@ -38,6 +43,7 @@ PatternSearch::State PatternSearch::makeChild(State state, uint8_t edge) {
 }
 
 void PatternSearch::build() {
+  std::ranges::sort(long_, {}, [](const auto& pattern) { return pattern.text.size(); });
   // Capitals of ASCII take the class of their small letter, so that plain text needs no
   // lower-casing.
   for (std::size_t c = 'A'; c <= 'Z'; ++c) classOf_[c] = classOf_[c | 0x20];
@@ -66,8 +72,24 @@ void PatternSearch::fillTable() {
 }
 
 PatternSearch::Found PatternSearch::search(std::string_view text) const {
-  if (nodes_.size() <= 1) return {};  // no pattern at all
-  return lowersLikeAscii(text) ? searchBytes(text) : searchBytes(lowerCase(text));
+  Found found;
+  if (nodes_.size() > 1) {
+    found = lowersLikeAscii(text) ? searchBytes(text) : searchBytes(lowerCase(text));
+  }
+  // A small letter takes at most twice the bytes of its capital.
+  if (!long_.empty() && long_.front().text.size() <= 2 * text.size()) searchLong(text, found);
+  return found;
+}
+
+// One by one: there are hardly any, and memmem's time does not grow with text times pattern.
+void PatternSearch::searchLong(std::string_view text, Found& found) const {
+  const auto lowered = lowerCase(text);
+  for (const auto& [pattern, finds] : long_) {
+    if (pattern.size() > lowered.size()) return;
+    if (memmem(lowered.data(), lowered.size(), pattern.data(), pattern.size()) != nullptr) {
+      found.merge(finds);
+    }
+  }
 }
 
 // What `lowered` begins with.

@@ -16,7 +16,8 @@ namespace orvanta {
 /// bytes; where there may be, the tree of the patterns is followed. The longer the shortest pattern
 /// is, the more places are passed over, as in Wu and Manber's search. No place waits for what was
 /// found at the one before, so the processor looks at several at once; an automaton that never goes
-/// back (Aho-Corasick) takes several times as long.
+/// back (Aho-Corasick) takes several times as long. Where a text is all beginnings of a pattern
+/// ("xxxx…"), each place is followed as far as the tree is deep: a long pattern is not in it.
 class PatternSearch {
  public:
   using Rank = uint32_t;
@@ -51,6 +52,7 @@ class PatternSearch {
 
   static constexpr uint32_t kPlaces = 4096;
   static constexpr std::size_t kLookedAt = 3;
+  static constexpr std::size_t kDeepest = 256;  // bytes
 
   // Where the table tells of the three bytes from `at` on.
   uint32_t placeOf(const char* at) const {
@@ -64,12 +66,14 @@ class PatternSearch {
   void fillTable();
   void follow(std::string_view lowered, Found& found) const;
   Found searchBytes(std::string_view lowered) const;
+  void searchLong(std::string_view text, Found& found) const;
 
   struct Pattern {
     std::string text;
     Found found;
   };
   std::vector<Pattern> patterns_;       // until built
+  std::vector<Pattern> long_;           // not in the tree; the shortest first
   std::array<uint8_t, 256> classOf_{};  // 0 for every byte that no pattern has
   uint32_t classes_ = 1;
   std::vector<Node> nodes_;     // by state

@@ -20,6 +20,7 @@
 #include "base/log.h"
 #include "dashboard/appearance.h"
 #include "dashboard/popups.h"
+#include "dashboard/program_name.h"
 #include "dashboard/sandbox.h"
 #include "dashboard/screen_reader.h"
 #include "dashboard/window.h"
@@ -142,11 +143,10 @@ int main(int argc, char** argv) {
   // driver takes in memory.
   setenv("GSK_RENDERER", "cairo", 0);
   if (gtk_init_check() == 0) {
-    systemLog("Orvanta: pas d'écran pour le tableau de bord");
+    systemLog("Orvanta: pas d’écran pour le tableau de bord");
     return 1;
   }
-  g_set_prgname(kApplicationId);      // what desktops match with the desktop file
-  g_set_application_name("Orvanta");  // what screen readers say
+  nameProgram();
   const auto application =
       Gtk::Application::create(kApplicationId, Gio::Application::Flags::NON_UNIQUE);
   std::unique_ptr<Dashboard> dashboard;

@@ -22,7 +22,7 @@ bool userNamespacesAllowed() {
 
 void prepareSandbox() {
   if (userNamespacesAllowed()) return;
-  systemLog("Orvanta: cette machine interdit le bac à sable du moteur web, la page s'en passe");
+  systemLog("Orvanta: cette machine interdit le bac à sable du moteur web, la page s’en passe");
   setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", 1);
 }
 

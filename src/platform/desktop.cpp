@@ -29,13 +29,13 @@ std::string_view environment(const char* name) {
 }
 
 constexpr auto kUnknownDesktop =
-    "Ce bureau ne dit à aucun programme quelle fenêtre est active : tout le temps y est compté "
-    "comme « Inconnu ». Ouvrez plutôt votre session sous X11, GNOME, KDE Plasma, sway ou un "
+    "Ce bureau ne dit à aucun programme quelle fenêtre est active : tout le temps y est compté "
+    "comme « Inconnu ». Ouvrez plutôt votre session sous X11, GNOME, KDE Plasma, sway ou un "
     "compositeur apparenté.";
 
 constexpr auto kFilmsAreMissed =
-    "Rien dans cette session ne dit qu'une vidéo est affichée : un film comptera comme absence, à "
-    "moins d'allonger le seuil d'inactivité.";
+    "Rien dans cette session ne dit qu’une vidéo est affichée : un film comptera comme absence, à "
+    "moins d’allonger le seuil d’inactivité.";
 
 struct Sources {
   std::vector<std::unique_ptr<ForegroundProbe>> foreground;
@@ -110,7 +110,7 @@ Desktop observeDesktop(const dbus::Bus& system, const dbus::Bus& session, const 
   } else if (isWaylandSession()) {
     addWayland(sources, session, log);
   } else {
-    log("Orvanta: aucun bureau trouvé, le temps sera « Inconnu »");
+    log("Orvanta: aucun bureau trouvé, le temps sera « Inconnu »");
   }
   sources.idle.push_back(std::make_unique<dbus::LogindIdle>(system));
 

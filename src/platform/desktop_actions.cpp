@@ -20,7 +20,7 @@ void launch(const std::string& uri, const Log& log) {
     try {
       Gio::AppInfo::launch_default_for_uri_finish(result);
     } catch (const Glib::Error& error) {
-      log(std::string("Orvanta: ouverture impossible : ") + error.what());
+      log(std::string("Orvanta: ouverture impossible : ") + error.what());
     }
   });
 }

@@ -60,7 +60,7 @@ std::optional<std::string> LoginItem::set(bool on) const {
   const auto file = Glib::KeyFile::create();
   file->set_string(kGroup, "Type", "Application");
   file->set_string(kGroup, "Name", "Orvanta");
-  file->set_string(kGroup, "Comment", "Suivi d'activité personnel");
+  file->set_string(kGroup, "Comment", "Suivi d’activité personnel");
   file->set_string(kGroup, "Exec", quoted(program_.string()));
   file->set_string(kGroup, "Icon", kApplicationId);
   file->set_boolean(kGroup, "X-GNOME-Autostart-enabled", true);

@@ -19,7 +19,7 @@ namespace orvanta {
 
 /// What is said of a report that could not read all of its spans.
 inline constexpr auto kIncomplete =
-    "Une partie du fichier des données est illisible : ce rapport n'est pas complet.";
+    "Une partie du fichier des données est illisible : ce rapport n’est pas complet.";
 
 /// Whether a span has a part in `range`; touching it is not enough.
 inline bool overlaps(const Ev& ev, const TimeRange& range) {

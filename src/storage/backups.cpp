@@ -144,7 +144,7 @@ CopyResult Backups::make(const fs::path& store, double now, const std::stop_toke
   } else {
     result.error = fmt::format("le dossier {} ne peut pas être créé", folder_.string());
   }
-  if (!result.error.empty()) surroundings_.log("Orvanta: sauvegarde impossible : " + result.error);
+  if (!result.error.empty()) surroundings_.log("Orvanta: sauvegarde impossible : " + result.error);
   return result;
 }
 
@@ -169,7 +169,7 @@ void Backups::prune(double now) {
 
 bool Backups::remove(const Backup& backup, const char* why) const {
   const bool gone = removeDatabase(backup.file);
-  surroundings_.log(fmt::format("Orvanta: sauvegarde {} {} : {}", backup.file.filename().string(),
+  surroundings_.log(fmt::format("Orvanta: sauvegarde {} {} : {}", backup.file.filename().string(),
                                 gone ? "retirée" : "impossible à retirer", why));
   return gone;
 }
@@ -181,7 +181,7 @@ ErasedBackups Backups::apply(const Erasure& erasure) {
   for (const auto& backup : list()) {
     if (eraseFromCopy(backup.file, erasure)) {
       ++result.rewritten;
-    } else if (remove(backup, "ce qui a été effacé n'a pas pu y être effacé")) {
+    } else if (remove(backup, "ce qui a été effacé n’a pas pu y être effacé")) {
       ++result.removed;
     } else {
       result.left.push_back(backup.file);

@@ -67,7 +67,7 @@ void Database::open() {
   sqlite3_exec(connection_.get(), kOurs, nullptr, nullptr, nullptr);
   if (connection_.readOnly()) {
     if (health_.failed(StoreTrouble::ReadOnly)) {
-      log_("Orvanta: la base est en lecture seule : " + where_.file().string());
+      log_("Orvanta: la base est en lecture seule : " + where_.file().string());
     }
   } else {
     bringUpToDate().forget();
@@ -253,7 +253,7 @@ std::string Database::whyNot(const Written& written) {
   const std::lock_guard lock(mutex_);
   const auto found = trouble(written.code());
   return found ? std::string(sentenceOf(*found))
-               : "Ce changement n'a pas pu être enregistré ; le journal du système dit pourquoi.";
+               : "Ce changement n’a pas pu être enregistré ; le journal du système dit pourquoi.";
 }
 
 bool Database::truncateLog() {

@@ -69,7 +69,7 @@ std::string Database::replaceFile() {
   open();
   ++generation_;
   if (!gone) {
-    return "Le fichier des données a été remplacé par un autre : Orvanta continue dans celui-ci.";
+    return "Le fichier des données a été remplacé par un autre : Orvanta continue dans celui-ci.";
   }
   // What the user has chosen holds on; what tells which rules are in the file does not.
   settings.erase("rules_seeded");
@@ -78,7 +78,7 @@ std::string Database::replaceFile() {
     const std::lock_guard lock(settingsMutex_);
     waiting_.merge(settings);
   }
-  return "Le fichier des données a été déplacé ou supprimé : Orvanta en a commencé un nouveau.";
+  return "Le fichier des données a été déplacé ou supprimé : Orvanta en a commencé un nouveau.";
 }
 
 bool Database::exchange(Meanwhile meanwhile, const std::function<bool()>& work) {

@@ -19,7 +19,7 @@ bool isDamaged(const fs::path& file) {
 bool removeWithLog(const fs::path& file, const Log& log) {
   const bool gone = removeDatabase(file);
   log("Orvanta: " + file.filename().string() +
-      (gone ? " retiré : il contenait ce qui a été effacé" : " ne peut pas être retiré"));
+      (gone ? " retiré : il contenait ce qui a été effacé" : " ne peut pas être retiré"));
   return gone;
 }
 

@@ -36,7 +36,7 @@ RepairResult repairStore(const fs::path& store, const SalvageOptions& options, d
   result.done = swapped.done;
   result.kept = swapped.kept;
   if (!result.done) {
-    result.report.sentence = "La récupération a échoué : le dossier ne peut pas être modifié.";
+    result.report.sentence = "La récupération a échoué : le dossier ne peut pas être modifié.";
     removeLeftovers(fresh);
   }
   return result;

@@ -54,12 +54,12 @@ RestoreResult restoreStore(const DataLocation& where, const fs::path& backup,
   const auto failed = [](std::string error) { return RestoreResult{.error = std::move(error)}; };
   const auto store = realStore(where);
   std::error_code error;
-  if (!fs::is_regular_file(backup, error)) return failed("ce fichier n'existe pas");
-  if (fs::equivalent(store, backup, error)) return failed("c'est la base elle-même");
+  if (!fs::is_regular_file(backup, error)) return failed("ce fichier n’existe pas");
+  if (fs::equivalent(store, backup, error)) return failed("c’est la base elle-même");
   const auto check = checkStore(backup, {.stop = options.stop});
   if (!check.whole) {
     return failed(check.finished
-                      ? "cette sauvegarde n'est pas utilisable : " + check.problems.front()
+                      ? "cette sauvegarde n’est pas utilisable : " + check.problems.front()
                       : "interrompu");
   }
   const fs::path ready = store.string() + ".restauration";

@@ -248,7 +248,7 @@ SalvageReport Salvage::run() {
     const bool asked = options_.stop.stop_requested();
     target_.discard();
     report_.sentence = asked ? "La récupération a été interrompue."
-                             : "La récupération a échoué : le disque est plein.";
+                             : "La récupération a échoué : le disque est plein.";
     return report_;
   }
   for (auto& table : report_.tables) {
@@ -256,7 +256,7 @@ SalvageReport Salvage::run() {
   }
   report_.made = target_.finish();
   report_.sentence = report_.made ? salvageSentence(report_, options_.calendar, backupTime())
-                                  : "La récupération a échoué : le disque est plein.";
+                                  : "La récupération a échoué : le disque est plein.";
   return report_;
 }
 
@@ -276,17 +276,17 @@ bool SalvageReport::whole() const {
 SalvageReport salvage(const fs::path& damaged, const fs::path& fresh,
                       const SalvageOptions& options) {
   const auto scratch = ScratchFolder::make(fresh.string() + ".copie-");
-  if (!scratch) return failed("La récupération a échoué : le dossier n'est pas accessible.");
+  if (!scratch) return failed("La récupération a échoué : le dossier n’est pas accessible.");
   const auto copy = scratch->path() / "copie.db";
   std::error_code ignored;
   if (!copyWhatIsReadable(damaged, copy) ||
       (fs::exists(walOf(damaged), ignored) && !copyWhatIsReadable(walOf(damaged), walOf(copy)))) {
     return failed(
-        "La récupération a échoué : le fichier n'est pas lisible ou le disque est plein.");
+        "La récupération a échoué : le fichier n’est pas lisible ou le disque est plein.");
   }
   SalvageTarget target(fresh, options.prepareSchema);
   if (!target)
-    return failed("La récupération a échoué : le nouveau fichier ne peut pas être créé.");
+    return failed("La récupération a échoué : le nouveau fichier ne peut pas être créé.");
   return Salvage(copy, target, options).run();
 }
 

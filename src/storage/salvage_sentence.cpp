@@ -48,7 +48,7 @@ std::string spansInWords(const SalvageReport& report, const SalvageReport::Table
     return fmt::format("Toutes les activités ont pu être lues ({})", spans.read);
   }
   auto text = spans.read == 0
-                  ? std::string("Aucune activité n'a pu être relue dans le fichier abîmé")
+                  ? std::string("Aucune activité n’a pu être relue dans le fichier abîmé")
                   : fmt::format("{} {} pu être {} dans le fichier abîmé", activities(spans.read),
                                 spans.read < 2 ? "a" : "ont", spans.read < 2 ? "relue" : "relues");
   if (spans.fromBackup > 0) {
@@ -56,7 +56,7 @@ std::string spansInWords(const SalvageReport& report, const SalvageReport::Table
                         spans.fromBackup < 2 ? "reprise" : "reprises");
     if (backupTime) text += " du " + dateInWords(*backupTime, calendar);
   }
-  return text + " ; " + lostInWords(report, calendar);
+  return text + " ; " + lostInWords(report, calendar);
 }
 
 std::string otherLosses(const SalvageReport& report) {
@@ -82,7 +82,7 @@ std::string salvageSentence(const SalvageReport& report, const Calendar& calenda
                             std::optional<double> backupTime) {
   const auto* spans = find(report, "events");
   if (report.whole() || !spans) {
-    return fmt::format("Tout ce que contient le fichier a pu être lu : {}, {} et {}.",
+    return fmt::format("Tout ce que contient le fichier a pu être lu : {}, {} et {}.",
                        activities(readFrom(report, "events")),
                        counted(readFrom(report, "projects"), "projet", "projets"),
                        counted(readFrom(report, "rules"), "règle", "règles"));

@@ -28,7 +28,7 @@ std::string inWords(std::string_view problem) {
 std::string whyUnreadable(int code, const std::string& message) {
   switch (code & 0xff) {
     case SQLITE_NOTADB:
-      return "ce n'est pas une base de données";
+      return "ce n’est pas une base de données";
     case SQLITE_CORRUPT:
       return "le fichier est abîmé";
     case SQLITE_BUSY:
@@ -68,7 +68,7 @@ bool lookForTables(const FileConnection& connection, std::vector<std::string>& p
       problems.push_back(whyUnreadable(code, connection.message()));
       return true;
     }
-    if (!found) problems.push_back(fmt::format("la table « {} » manque", table));
+    if (!found) problems.push_back(fmt::format("la table « {} » manque", table));
   }
   return true;
 }
@@ -104,12 +104,12 @@ StoreCheck checkStore(const fs::path& file, const CheckOptions& options) {
   check.finished = true;
   std::error_code error;
   if (!fs::exists(file, error)) {
-    check.problems.emplace_back(error ? "le fichier n'est pas accessible"
-                                      : "le fichier n'existe pas");
+    check.problems.emplace_back(error ? "le fichier n’est pas accessible"
+                                      : "le fichier n’existe pas");
     return check;
   }
   if (!fs::is_regular_file(file, error)) {
-    check.problems.emplace_back("ce n'est pas un fichier");
+    check.problems.emplace_back("ce n’est pas un fichier");
     return check;
   }
   check.facts.bytes = bytesOfStore(file);

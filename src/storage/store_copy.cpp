@@ -63,7 +63,7 @@ class Copy {
     const auto free = options_.freeSpace(target_.parent_path());
     if (!free || *free >= needed) return true;
     return failed(
-        fmt::format("il n'y a pas assez de place sur le disque ({} libres, {} nécessaires)",
+        fmt::format("il n’y a pas assez de place sur le disque ({} libres, {} nécessaires)",
                     sizeInWords(*free), sizeInWords(needed)));
   }
 
@@ -143,9 +143,9 @@ bool Copy::check() {
     result_.stopped = true;
     return false;
   }
-  if (!check.whole) return failed("la base est abîmée : " + check.problems.front());
+  if (!check.whole) return failed("la base est abîmée : " + check.problems.front());
   if (rowCounts(FileConnection::reading(target_)) != counts_) {
-    return failed("la copie n'est pas complète");
+    return failed("la copie n’est pas complète");
   }
   return true;
 }

@@ -26,16 +26,16 @@ std::string_view nameOf(StoreTrouble trouble) {
 std::string_view sentenceOf(StoreTrouble trouble) {
   switch (trouble) {
     case StoreTrouble::ReadOnly:
-      return "Le fichier des données est en lecture seule : rien de nouveau n'est enregistré.";
+      return "Le fichier des données est en lecture seule : rien de nouveau n’est enregistré.";
     case StoreTrouble::Full:
-      return "Le disque est plein : rien de nouveau n'est enregistré.";
+      return "Le disque est plein : rien de nouveau n’est enregistré.";
     case StoreTrouble::Locked:
-      return "Un autre programme retient le fichier des données : rien de nouveau n'est "
+      return "Un autre programme retient le fichier des données : rien de nouveau n’est "
              "enregistré.";
     case StoreTrouble::Damaged:
-      return "Le fichier des données est abîmé : rien de nouveau n'est enregistré.";
+      return "Le fichier des données est abîmé : rien de nouveau n’est enregistré.";
     case StoreTrouble::Absent:
-      return "Le fichier des données ne peut pas être ouvert : rien de nouveau n'est enregistré.";
+      return "Le fichier des données ne peut pas être ouvert : rien de nouveau n’est enregistré.";
   }
   return "";
 }

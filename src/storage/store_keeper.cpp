@@ -140,7 +140,7 @@ void StoreKeeper::backUpIfDue() {
   if (copy.made) {
     backups_.prune(clock_());
   } else if (!copy.stopped) {
-    db_.log()("Orvanta: sauvegarde impossible : " + copy.error);
+    db_.log()("Orvanta: sauvegarde impossible : " + copy.error);
   }
 }
 
@@ -182,7 +182,7 @@ RestoreResult StoreKeeper::restore(const std::filesystem::path& file) {
     if (result.done) {
       repairing_ = false;
       listener_.renewed();
-      noted(result.kept ? "Une sauvegarde a été restaurée. L'ancien fichier est gardé : " +
+      noted(result.kept ? "Une sauvegarde a été restaurée. L’ancien fichier est gardé : " +
                               result.kept->filename().string() + "."
                         : "Une sauvegarde a été restaurée.");
     } else if (result.error.empty()) {

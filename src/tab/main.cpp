@@ -14,9 +14,9 @@ namespace {
 using namespace orvanta;
 
 constexpr auto kUsage =
-    "Usage : orvanta-tab --tab NAVIGATEUR [PROCESSUS]   affiche l'adresse et le titre de l'onglet\n"
+    "Usage : orvanta-tab --tab NAVIGATEUR [PROCESSUS]   affiche l’adresse et le titre de l’onglet\n"
     "        orvanta-tab --test NAVIGATEUR [SECONDES]   attend que le navigateur soit connecté\n"
-    "Les navigateurs démarrent eux-mêmes ce programme pour l'extension.\n";
+    "Les navigateurs démarrent eux-mêmes ce programme pour l’extension.\n";
 
 // Chromium names the extension's origin, Firefox the manifest and the extension.
 bool startedByBrowser(const std::vector<std::string_view>& words) {

@@ -65,17 +65,17 @@ Attempt askAccessibility(const Browser& browser, std::vector<int32_t> pids) {
       readAccessibleTab(browser, pids, title ? std::optional<std::string>(title) : std::nullopt);
   if (answer.kind == Kind::kState) return {std::move(answer.tab), {}};
   if (answer.kind == Kind::kMute) {
-    return {.problem = "l'accessibilité ne répond pas", .slow = true};
+    return {.problem = "l’accessibilité ne répond pas", .slow = true};
   }
   if (answer.kind == Kind::kOff) {
-    return {{}, "l'extension n'est pas connectée, et l'accessibilité est désactivée"};
+    return {{}, "l’extension n’est pas connectée, et l’accessibilité est désactivée"};
   }
   constexpr double kStarting = 10;  // seconds until a browser takes part in everything
   const bool starting = std::any_of(pids.begin(), pids.end(), [](int32_t pid) {
     const auto age = ageOf(pid);
     return age && *age < kStarting;
   });
-  return {.problem = "l'extension n'est pas connectée, et le navigateur ignore l'accessibilité",
+  return {.problem = "l’extension n’est pas connectée, et le navigateur ignore l’accessibilité",
           .mayComeSoon = starting};
 }
 
@@ -89,14 +89,14 @@ Attempt attempt(const Browser& browser, std::optional<int> pid) {
       if (running.browser == &browser) pids.push_back(running.pid);
     }
   }
-  if (pids.empty()) return {.problem = "le navigateur n'est pas ouvert", .isOpen = false};
+  if (pids.empty()) return {.problem = "le navigateur n’est pas ouvert", .isOpen = false};
   auto hosts = tabHosts(tabSocketFolder());
   std::erase_if(hosts, [&](const TabHost& host) {
     return std::find(pids.begin(), pids.end(), host.browser) == pids.end();
   });
   auto answer = askHosts(hosts, kSocketPatience);
   if (answer.kind == Kind::kState) return {std::move(answer.tab), {}};
-  if (answer.kind == Kind::kMute) return {{}, "l'extension ne répond pas"};
+  if (answer.kind == Kind::kMute) return {{}, "l’extension ne répond pas"};
   return askAccessibility(browser, std::move(pids));
 }
 
@@ -113,7 +113,7 @@ int report(const Attempt& result) {
 const Browser* browserToAsk(std::string_view bundle) {
   const auto* browser = findBrowser(bundle);
   if (browser && browser->kind != BrowserKind::kUntold) return browser;
-  std::fputs(browser ? "rien n'y distingue les fenêtres privées\n" : "navigateur inconnu\n",
+  std::fputs(browser ? "rien n’y distingue les fenêtres privées\n" : "navigateur inconnu\n",
              stderr);
   return nullptr;
 }

@@ -45,14 +45,14 @@ TEST_F(StoreCommands, CheckNamesWhatIsWholeAndWhatIsNot) {
   fs::copy(where_.file(), copy);
   const auto whole = check();
   EXPECT_EQ(whole.status, 0);
-  EXPECT_TRUE(holds(whole.output, "orvanta.db : intacte\n"));
+  EXPECT_TRUE(holds(whole.output, "orvanta.db : intacte\n"));
   EXPECT_TRUE(
       holds(whole.output, "100 activités du 1970-01-12 au 1970-01-12, 2 projets, 2 règles"));
   fs::resize_file(copy, 3000);
   const auto damaged = check();
   EXPECT_EQ(damaged.status, 1);
-  EXPECT_TRUE(holds(damaged.output, "orvanta.db : intacte\n"));
-  EXPECT_TRUE(holds(damaged.output, "orvanta-2026-11-22-0930.db : ABÎMÉE\n  - "));
+  EXPECT_TRUE(holds(damaged.output, "orvanta.db : intacte\n"));
+  EXPECT_TRUE(holds(damaged.output, "orvanta-2026-11-22-0930.db : ABÎMÉE\n  - "));
 }
 
 TEST_F(StoreCommands, BackupNeverReplacesAFile) {

@@ -73,7 +73,7 @@ TEST_F(RouterTest, ReportsAndCommandLineCallsAreAskedByName) {
   EXPECT_EQ(call({"recap"}).second.at("monday"), "2023-11-13");
   EXPECT_EQ(call({"suggestions"}), std::pair(0, json::value(json::array())));
   EXPECT_EQ(call({"Day"}), std::pair(1, error("route inconnue : Day")));
-  const auto broken = error("arguments illisibles : ce n'est pas du JSON");
+  const auto broken = error("arguments illisibles : ce n’est pas du JSON");
   for (const auto* text : {"", "{", "{\"date\": \"\xff\"}", "{} {}"}) {
     EXPECT_EQ(call({"day", text}), std::pair(1, broken)) << text;
   }
@@ -85,7 +85,7 @@ TEST_F(RouterTest, ProjectsAreSavedListedAndDeletedEverywhere) {
   EXPECT_EQ(call("projects.save", R"({"name": "  "})"), error("nom manquant"));
   EXPECT_EQ(call("projects.save", R"({"name": "\u0000x"})"), error("nom manquant"));
   EXPECT_EQ(call("projects.save", R"({"name": "Thèse\u0000"})"),
-            error("nom invalide : il contient un caractère nul"));
+            error("nom invalide : il contient un caractère nul"));
   EXPECT_EQ(call("projects.save", R"({"name": " Thèse\t", "keywords": "  "})").at("id"), 1);
   EXPECT_EQ(call("projects.save", R"({"name": "Thèse"})"), error("un projet porte déjà ce nom"));
   EXPECT_EQ(call("projects.save", R"({"name": "Âge", "archived": 1})").at("id"), 2);
@@ -99,7 +99,7 @@ TEST_F(RouterTest, ProjectsAreSavedListedAndDeletedEverywhere) {
                              "archived": 1, "created": 1.7E9, "external_id": null, "client": null,
                              "keywords": null}])"));
   EXPECT_EQ(call("projects.delete"), error("id manquant"));
-  EXPECT_EQ(call("projects.delete", R"({"id": 1e300})"), error("nombre hors limites : id"));
+  EXPECT_EQ(call("projects.delete", R"({"id": 1e300})"), error("nombre hors limites : id"));
   call("rules.save", R"({"field": "app", "pattern": "A", "project_id": 1})");
   span(0, 1, "A", {}, 1);
   span(1, 2, "A", "travail", 2);
@@ -305,7 +305,7 @@ TEST_F(RouterTest, ExportWritesWhereTheUserWants) {
   const auto failed = call("export");
   EXPECT_EQ(failed.at("ok"), true) << "the user did choose";
   EXPECT_EQ(failed.at("written"), false);
-  EXPECT_TRUE(holds(failed.at("message").as_string(), "n'a pas pu être écrit"));
+  EXPECT_TRUE(holds(failed.at("message").as_string(), "n’a pas pu être écrit"));
   shell.saveTo = "";  // a place that has no path here
   EXPECT_TRUE(holds(call("export").at("message").as_string(), "pas un dossier de cet ordinateur"));
 }

@@ -74,17 +74,17 @@ TEST_F(StoreRoutesTest, ChangesAreListedTakenBackAndMadeAgain) {
   const auto list = call("changes.list", R"({"limit": 2})").as_array();
   ASSERT_EQ(list.size(), 2U);
   EXPECT_EQ(list[0].at("kind"), "assignRange");
-  EXPECT_EQ(list[0].at("label"), "Loisir : 01/01/1970, 01:01 – 01:03");
+  EXPECT_EQ(list[0].at("label"), "Loisir : 01/01/1970, 01:01 – 01:03");
   EXPECT_EQ(list[0].at("spans"), 1);
   EXPECT_EQ(list[0].at("seconds"), 100.0);
-  EXPECT_EQ(list[1].at("label"), "Travail · Thèse : 2 activités");
+  EXPECT_EQ(list[1].at("label"), "Travail · Thèse : 2 activités");
   EXPECT_EQ(list[1].at("learned").at(0).at("pattern"), "d.fr");
   EXPECT_EQ(spans(), "0-100 t\n100-200 t\n200-600 t\n86400-87000 t\n");
 
   // The assignment lies under the range.
   EXPECT_EQ(
       undo(list[1].at("id")),
-      R"({"error":"ce changement ne peut pas être annulé : ce qu'il a touché a changé depuis"})");
+      R"({"error":"ce changement ne peut pas être annulé : ce qu’il a touché a changé depuis"})");
   EXPECT_EQ(undo(list[0].at("id")), R"({"ok":true})");
   EXPECT_EQ(undo(list[0].at("id")), R"({"error":"ce changement ne peut plus être annulé"})");
   EXPECT_EQ(undo(list[1].at("id")), R"({"ok":true})");
@@ -97,7 +97,7 @@ TEST_F(StoreRoutesTest, ChangesAreListedTakenBackAndMadeAgain) {
   // A project that comes back is the same one, whatever was made in between.
   call("projects.delete", R"({"id": 1})");
   const auto gone = call("changes.list", R"({"limit": 1})").at(0);
-  EXPECT_EQ(gone.at("label"), "Projet supprimé : « Thèse »");
+  EXPECT_EQ(gone.at("label"), "Projet supprimé : « Thèse »");
   EXPECT_EQ(gone.at("spans"), 2);
   EXPECT_EQ(call("projects.save", R"({"name": "Autre"})").at("id"), 2);
   EXPECT_EQ(undo(gone.at("id")), R"({"ok":true})");
@@ -124,7 +124,7 @@ TEST_F(StoreRoutesTest, BackupsAreMadeListedAndRestored) {
   EXPECT_EQ(preview.at("lost_spans"), 1);
   EXPECT_EQ(preview.at("lost_seconds"), 600.0);
   EXPECT_EQ(call("store.restore", R"({"file": "/etc/passwd"})").at("error"),
-            "Cette sauvegarde n'existe plus.");
+            "Cette sauvegarde n’existe plus.");
   const auto restored = ask("store.restore", file);
   EXPECT_EQ(spans(), "1000-1600 avant\n");
   EXPECT_TRUE(fs::exists(restored.at("kept").as_string().c_str()));

@@ -107,7 +107,7 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
       if (answer.as_object().contains("ok")) continue;
       ++conflicts;
       EXPECT_EQ(answer.at("error"),
-                "ce changement ne peut pas être annulé : ce qu'il a touché a changé depuis");
+                "ce changement ne peut pas être annulé : ce qu’il a touché a changé depuis");
       ASSERT_EQ(difference(before, rows()), "");
     }
   }

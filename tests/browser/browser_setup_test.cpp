@@ -86,7 +86,7 @@ TEST(BrowserSteps, LeadToTheExtensionOrSayWhatIsInTheWay) {
   EXPECT_EQ(pagesOf(chromium), (std::vector<std::string>(4)));
   EXPECT_EQ(setupObstacle(*findBrowser("chromium"), 0), "");
 
-  EXPECT_EQ(setupObstacle(*findBrowser("com.apple.Safari"), 0), "Safari n'existe pas sous Linux.");
+  EXPECT_EQ(setupObstacle(*findBrowser("com.apple.Safari"), 0), "Safari n’existe pas sous Linux.");
   EXPECT_TRUE(holds(setupObstacle(*findBrowser("epiphany"), 0), "accessibilité"));
   EXPECT_TRUE(holds(setupObstacle(*findBrowser("floorp"), 0), "seul son temps est compté"));
   EXPECT_TRUE(setupSteps(*findBrowser("floorp"), 0, "/d").empty());

@@ -136,11 +136,11 @@ TEST_F(BrowserTabsTest, AWindowTitleServesOnlyWhenItIsSurelyNoPrivateOne) {
 }
 
 TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {
-  helper("echo \"l'extension n'est pas connectée\" >&2; exit 3");
+  helper("echo \"l’extension n’est pas connectée\" >&2; exit 3");
   BrowserConnection connection(tabs, {{folder.path(), folder.path()}, program, kDataFolder});
   EXPECT_EQ(connection.test("com.apple.TextEdit").error, "navigateur inconnu");
   EXPECT_EQ(connection.test("com.vivaldi.Vivaldi").error,
-            "Pas de réponse (l'extension n'est pas connectée). Ouvrez Vivaldi, puis recommencez.");
+            "Pas de réponse (l’extension n’est pas connectée). Ouvrez Vivaldi, puis recommencez.");
   EXPECT_EQ(callsSoFar(), "--test com.vivaldi.Vivaldi\n");
   EXPECT_TRUE(fs::exists(folder.path() / "vivaldi/NativeMessagingHosts"));
   // An extension that could find us before would be there: nothing is waited for any more.

@@ -1,5 +1,7 @@
 #include "classify/classifier.h"
 
+#include <ctime>
+
 #include "base/text.h"
 #include "classify/current_rules.h"
 #include "classify/defaults.h"
@@ -38,18 +40,21 @@ TEST(Classifier, AgreesWithTheNaiveOneOnRandomStores) {
                          "b ab", "",   "slack.com", "com",       "x « y",  "İstanbul"};
   const char* fields[] = {"app", "domain", "title", "url", "bundle", ""};
   const char* categories[] = {"travail", "loisir", "autre", "étrange", ""};
-  // Every other store has patterns of three letters and more, which are sought in strides.
+  // Every other store has patterns of three letters and more, which are sought in strides, and some
+  // have longer ones than the tree of patterns is deep.
   int least = 0;
+  std::string stem;
   const char* letters[] = {"a", "B", "b", "é"};
   const auto word = [&] {
     if (least == 0) return std::string(dice.oneOf(words));
-    std::string made;
+    std::string made = stem;
     for (int left = least + dice.upTo(9); left > 0; --left) made += dice.oneOf(letters);
     return made;
   };
   int checked = 0;
   for (int store = 0; store < 3000; ++store) {
     least = store % 2 == 0 ? 0 : 3 + dice.upTo(4);
+    stem = std::string(store % 10 == 1 ? 245 : 0, 'B');
     StringPool pool;
     std::vector<Rule> rules;
     for (int i = dice.upTo(8); i > 0; --i) {
@@ -86,6 +91,24 @@ TEST(Classifier, AgreesWithTheNaiveOneOnRandomStores) {
     }
   }
   EXPECT_EQ(checked, 60000);
+}
+
+// Followed letter by letter from each place, these would take half a minute.
+TEST(Classifier, IsQuickWhereTextAndPatternAreOneLetterOverAndOver) {
+  const std::string run(20000, 'x');
+  StringPool pool;
+  Classifier classifier(
+      pool, std::make_shared<const RuleBook>(
+                std::vector<Rule>{
+                    {.id = 1, .field = "title", .pattern = run + "y", .category = "loisir"}},
+                Projects{}));
+  const auto begin = std::clock();
+  for (int i = 0; i < 30; ++i) {
+    Ev ev{.app = pool.intern("Code"), .title = pool.intern(std::to_string(i) + run)};
+    classifier.classify(ev);
+    EXPECT_EQ(ev.cat.view(), "nonclasse");
+  }
+  EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 5);
 }
 
 TEST(CurrentRules, AreReadAgainOnceSomebodyHasWritten) {

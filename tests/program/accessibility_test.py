@@ -122,8 +122,8 @@ class AccessibilityTest(DesktopCase):
         self.start_reader()
         self.start_page()
         page = self.page
-        # Its name is what desktops match with the desktop file.
-        self.assertEqual(self.ask("tree Orvanta")[0]["description"], "Orvanta")
+        program = self.ask("tree Orvanta")[0]
+        self.assertEqual((program["name"], program["description"]), ("Orvanta", "Orvanta"))
         for key, name in page.script("""
                 return [...document.querySelectorAll("[data-view]")]
                     .map(one => [one.ariaKeyShortcuts.toLowerCase(), one.dataset.view])"""):

@@ -168,7 +168,7 @@ class BrowserTest(DesktopCase):
         mock.send_signal(signal.SIGSTOP)
         asked = self.desktop.run(HELPER, "--tab", "firefox", str(os.getpid()))
         self.assertEqual(asked.returncode, 124)
-        self.assertEqual(asked.stderr.decode(), "l'accessibilité ne répond pas\n")
+        self.assertEqual(asked.stderr.decode(), "l’accessibilité ne répond pas\n")
 
     def switch_on(self):
         done = self.desktop.run(ORVANTA, "--accessibility")
@@ -200,7 +200,7 @@ class BrowserTest(DesktopCase):
         browser.start(self.pages.url("un"), self.pages.url("deux"))
         status, tab, error = browser.tab()
         self.assertEqual((status, tab), (3, ""))
-        self.assertIn("l'accessibilité est désactivée", error)
+        self.assertIn("l’accessibilité est désactivée", error)
         test = self.desktop.spawn(HELPER, "--test", browser.bundle)
         self.switch_on()
         self.assertEqual(test.wait(timeout=15), 0, output_of(test))

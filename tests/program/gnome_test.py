@@ -146,7 +146,7 @@ class GnomeTest(Scenario):
         desktop = self.desktop
         watch = desktop.watch("--request")
         told = wait_for(lambda: [line for line in watch.lines() if "why" in line], 15, "the answer")
-        self.assertIn("sans celle d'Orvanta", told[0]["why"])
+        self.assertIn("sans celle d’Orvanta", told[0]["why"])
         self.assertIn("fermez votre session", told[0]["then"])
 
         desktop.log_out()

@@ -49,7 +49,7 @@ class StoreTest(DesktopCase):
         self.assertEqual(self.desktop.call("projects.save", '{"name": "Été"}'),
                          (1, {"error": answer["message"]}))
         self.assertEqual(self.store(), "full")
-        host.wait_for(lambda: host.labels()[0] == "⚠ Rien n'est enregistré : disque plein", 8,
+        host.wait_for(lambda: host.labels()[0] == "⚠ Rien n’est enregistré : disque plein", 8,
                       "the menu tells")
         self.assertEqual(host["IconName"], "fr.quellvane.orvanta-alert-symbolic")
         host.wait_for(lambda: notes.told, 8, "a notification")

@@ -14,7 +14,7 @@ from desktop_case import DesktopCase
 from tray_host import Notifications, TrayHost
 
 REFRESH = 5 + 1.5  # seconds between two looks at the store, on a busy machine
-DASHBOARD = "pas d'écran pour le tableau de bord"  # it was started, on a machine without
+DASHBOARD = "pas d’écran pour le tableau de bord"  # it was started, on a machine without
 
 
 class SessionManager(dbus.service.Object):
@@ -343,11 +343,11 @@ class TrayTest(DesktopCase):
         notes = Notifications(self.host)
         self.program = self.desktop.start_orvanta()
         self.host.wait_for(lambda: notes.told, 25, "a note")
-        self.assertIn("zone d'icônes", notes.told[0])
+        self.assertIn("zone d’icônes", notes.told[0])
         notes.ActionInvoked(1, "default")
         self.wait_for_dashboards(1)
         self.host.wait_for(lambda: len(notes.told) == 2, 10, "a note that it cannot open")
-        self.assertIn("Le tableau de bord n'a pas pu s'ouvrir", notes.told[1])
+        self.assertIn("Le tableau de bord n’a pas pu s’ouvrir", notes.told[1])
         self.host.watcher.StatusNotifierHostRegistered()  # an icon after all
         end(self.program)
         self.assertEqual(len(notes.told), 2)

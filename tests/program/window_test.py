@@ -67,7 +67,7 @@ class WindowTest(DesktopCase):
         *answers, (number, projects) = page.script("return answers")
         self.assertEqual(answers, [
             [10, []], [11, []], [12, {"error": "route inconnue : nulle.part"}],
-            [-13, {"ok": True, "id": 1}], [14, {"error": "nombre hors limites : archived"}],
+            [-13, {"ok": True, "id": 1}], [14, {"error": "nombre hors limites : archived"}],
             [15, {"error": "route inconnue : \ufffd"}]])
         self.assertEqual((number, projects[0]["name"]),
                          (9007199254740991, "Thèse “1” 🦊 </script>"))
@@ -145,7 +145,10 @@ class WindowTest(DesktopCase):
         self.program = self.desktop.start_orvanta()
         before, own_before = memory_kib(self.program.pid)
         self.assertEqual(self.dashboards(), [])
-        first, _ = self.show()
+        first, window = self.show()
+        # By the second half old desktops find its desktop file.
+        self.assertIn('"fr.quellvane.orvanta"\n',
+                      self.desktop.run("xprop", "-id", window, "WM_CLASS").stdout.decode())
 
         os.kill(first, signal.SIGKILL)
         self.wait_for_no_window()

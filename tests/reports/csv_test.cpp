@@ -77,7 +77,7 @@ TEST_F(CsvTest, GoesToAFileOfItsOwnerOnly) {
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/nulle/part.csv"}), 1);
   EXPECT_EQ(exportCsvFile(analytics, {"2024-03-31", "2024-03-31", "/dev/full"}), 1);
   EXPECT_EQ(writeCsv(analytics, {2024, 3, 31}, {2024, 3, 31}, "/dev/full").problem,
-            "il n'y a plus de place");
+            "il n’y a plus de place");
 }
 
 }  // namespace

@@ -251,8 +251,8 @@ TEST_F(BackupsTest, AreRemovedRatherThanLeftWithWhatWasErased) {
   EXPECT_EQ(result.removed, 1);
   EXPECT_EQ(names(), Texts{"2026-11-23-1200"});
   EXPECT_TRUE(filesHolding(dir_, "Titre-").empty());
-  EXPECT_EQ(log_.lines(), Texts{"Orvanta: sauvegarde orvanta-2026-11-22-1200.db retirée : ce "
-                                "qui a été effacé n'a pas pu y être effacé"});
+  EXPECT_EQ(log_.lines(), Texts{"Orvanta: sauvegarde orvanta-2026-11-22-1200.db retirée : ce "
+                                "qui a été effacé n’a pas pu y être effacé"});
 }
 
 TEST_F(BackupsTest, ThatCanNeitherBeRewrittenNorRemovedAreTold) {

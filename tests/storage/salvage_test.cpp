@@ -71,7 +71,7 @@ TEST_F(SalvageTest, AStoreThatIsWholeIsCopiedRowByRow) {
   const auto report = run(bytes);
   EXPECT_TRUE(report.made && report.whole());
   EXPECT_EQ(report.sentence,
-            "Tout ce que contient le fichier a pu être lu : 479 activités, 2 projets et 4 règles.");
+            "Tout ce que contient le fichier a pu être lu : 479 activités, 2 projets et 4 règles.");
   expectSame();
   EXPECT_EQ(namesIn(folder_.path()), (Texts{"fresh.db", "made.db", "orvanta.db", "orvanta.db-wal",
                                             "same.db", "same.db-wal"}));
@@ -89,7 +89,7 @@ TEST_F(SalvageTest, WithoutHeaderOrSchemaEveryRowIsFoundOnItsPage) {
     EXPECT_FALSE(report.whole());
     expectSame();
     EXPECT_EQ(report.sentence,
-              "279 activités ont pu être relues dans le fichier abîmé ; il peut en manquer. Il "
+              "279 activités ont pu être relues dans le fichier abîmé ; il peut en manquer. Il "
               "peut manquer aussi des projets, des règles et des réglages.");
   }
 }

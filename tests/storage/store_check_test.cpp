@@ -44,9 +44,9 @@ TEST_F(StoreCheck, TellsWhatIsWrong) {
   fs::create_directory(folder.path() / "folder.db");
   for (const auto& [name, problem] : {std::pair("damaged.db", "abîmé"),
                                       {"cut.db", "abîmé"},
-                                      {"none.db", "n'existe pas"},
+                                      {"none.db", "n’existe pas"},
                                       {"text.db", "pas une base"},
-                                      {"empty.db", "la table « events » manque"},
+                                      {"empty.db", "la table « events » manque"},
                                       {"folder.db", "pas un fichier"}}) {
     const auto check = checkStore(folder.path() / name);
     EXPECT_TRUE(check.finished) << name;

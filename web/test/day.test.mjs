@@ -114,7 +114,7 @@ test("a drag along the timeline selects no text, and says what whole blocks woul
   await page.mouse.move(box.x + box.width * 0.6, box.y + 240, { steps: 6 });
   await page.mouse.up();
   assert.equal(await page.evaluate(() => String(getSelection())), "");
-  await page.getByRole("button", { name: /^Plutôt les \d+.blocs entiers, sans .+ d’autres passages$/ }).waitFor();
+  await page.getByRole("button", { name: /^Choisir les \d+.blocs entiers \(hors .+ de passages brefs\)$/ }).waitFor();
   await page.context().close();
 });
 
@@ -202,7 +202,7 @@ test("an edited rule is compared with itself, and what is wrong with it is seen"
 test("where nothing shows folders, the message tells where the folder is", async () => {
   const page = await open();
   const ask = page.program.ask.bind(page.program);
-  const none = { ok: true, shown: false, message: "Aucun gestionnaire de fichiers n'est installé." };
+  const none = { ok: true, shown: false, message: "Aucun gestionnaire de fichiers n’est installé." };
   page.program.ask = (path, body) => (path === "revealData" ? none : ask(path, body));
   await page.keyboard.press("g");
   await page.getByRole("button", { name: "Montrer le dossier" }).click();

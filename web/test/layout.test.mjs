@@ -38,12 +38,20 @@ function faults() {
     if (!element.checkVisibility({ checkVisibilityCSS: true })) return true;
     return element.parentElement !== null && hidden(element.parentElement);
   });
-  // How far to the left and right something may be seen: up to what cuts it off for good.
+  // How far to the left and right, up and down something may be seen: up to what cuts it off for good.
   const limits = once((element) => {
-    const [left, right] = element.parentElement ? limits(element.parentElement) : [-Infinity, Infinity];
-    if (!/hidden|clip/.test(getComputedStyle(element).overflowX)) return [left, right];
+    const [left, right, top, bottom] = element.parentElement
+      ? limits(element.parentElement)
+      : [-Infinity, Infinity, -Infinity, Infinity];
+    const { overflowX, overflowY } = getComputedStyle(element);
+    const [across, down] = [overflowX, overflowY].map((overflow) => /hidden|clip/.test(overflow));
     const box = element.getBoundingClientRect();
-    return [Math.max(left, box.left), Math.min(right, box.right)];
+    return [
+      across ? Math.max(left, box.left) : left,
+      across ? Math.min(right, box.right) : right,
+      down ? Math.max(top, box.top) : top,
+      down ? Math.min(bottom, box.bottom) : bottom,
+    ];
   });
 
   for (const part of document.querySelectorAll("html, body, .body, .main, .welcome, dialog[open], .popover"))
@@ -78,14 +86,14 @@ function faults() {
     if (text === "" || element.closest("option, script, svg, noscript") || hidden(element)) continue;
     const range = document.createRange();
     range.selectNodeContents(node);
-    const [left, right] = limits(element);
+    const [left, right, above, below] = limits(element);
     let [whole, seen] = [0, 0];
     for (const box of range.getClientRects()) {
       const cut = { left: Math.max(box.left, left, 0), right: Math.min(box.right, right, innerWidth) };
       whole += box.width;
       seen += Math.max(0, cut.right - cut.left);
-      const { top, bottom } = box;
-      texts.push({ element, layer: layer(element), box: { ...cut, top: top + 2, bottom: bottom - 2 } });
+      const [top, bottom] = [Math.max(box.top + 2, above), Math.min(box.bottom - 2, below)];
+      if (top < bottom) texts.push({ element, layer: layer(element), box: { ...cut, top, bottom } });
     }
     if (whole === 0) continue;
     const letters = [...text].length;
@@ -113,6 +121,38 @@ function faults() {
   return found;
 }
 
+/** Run in the page: what covers what it belongs to, and edges that are none. */
+function misplaced() {
+  const found = [];
+  const boxOf = (selector) => document.querySelector(selector)?.getBoundingClientRect();
+  const touch = (a, b) => a.left < b.right && a.right > b.left && a.top < b.bottom && a.bottom > b.top;
+
+  const popover = boxOf(".popover");
+  const opener = boxOf(".popover-root:has(.popover) > button");
+  if (popover && touch(popover, opener) && innerWidth > 560 && innerHeight > 400)
+    found.push("what was opened lies on its button");
+
+  const label = boxOf(".range-label");
+  for (const hour of label ? document.querySelectorAll(".ticks text") : [])
+    if (touch(hour.getBoundingClientRect(), label)) found.push(`a range’s label lies on ${hour.textContent}`);
+
+  const top = boxOf(".top");
+  if (top && top.height > 0.25 * innerHeight && top.height > 60)
+    found.push(`the upper bar takes ${top.height.toFixed()} of ${innerHeight}`);
+
+  // The view's width has a limit of its own.
+  const view = boxOf(".view");
+  const last = boxOf(".top > :last-child");
+  if (view && last && innerWidth < 1700 && Math.abs(view.right - last.right) > 1)
+    found.push(`two right edges: ${last.right.toFixed()} above ${view.right.toFixed()}`);
+
+  if (innerWidth > 700)
+    for (const name of document.querySelectorAll(".rule-row .project bdi, .project-row .project-name bdi"))
+      if (name.scrollWidth > name.clientWidth && name.textContent.length < 25)
+        found.push(`a short name is cut: ${name.textContent}`);
+  return found;
+}
+
 let stage;
 before(async () => (stage = await openStage()));
 after(() => stage?.close());
@@ -130,7 +170,8 @@ test("everything is there in a small window, in a large one and at 200 %", { tim
       for (const size of sizes) {
         await page.setViewportSize(size);
         await page.waitForTimeout(40);
-        for (const fault of new Set(await page.evaluate(faults)))
+        const all = [...(await page.evaluate(faults)), ...(await page.evaluate(misplaced))];
+        for (const fault of new Set(all))
           found.push(`${scene.name} ${size.width}×${size.height} ${fault}`);
       }
       await scene.after?.(page);

@@ -322,7 +322,7 @@ test("the keyboard reaches the timeline's stretches and ranges, and comes back",
   await page.waitForFunction(() => document.activeElement?.ariaLabel === "Début de la plage");
   assert.ok(first.startsWith(await page.getByLabel("Début de la plage").inputValue()));
   const range = await page.getByLabel("Début de la plage").inputValue();
-  const whole = page.getByRole("button", { name: /Plutôt les . blocs entiers/ });
+  const whole = page.getByRole("button", { name: /Choisir les . blocs entiers/ });
   const count = /\d+/.exec(await whole.innerText())[0];
   await whole.click();
   await page.getByText(`${count}\u00a0blocs`, { exact: true }).waitFor();

@@ -1,5 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
+import { shares } from "../src/model/shares";
 import {
   addDays,
   addMonths,
@@ -41,6 +42,9 @@ test("durations read as in the menu", () => {
   assert.equal(plain(share(1, 3)), "33 %");
   assert.equal(plain(share(1, 1000)), "< 1 %");
   assert.equal(plain(share(0, 0)), "0 %");
+  assert.deepEqual(shares([302, 22, 3, 34], 361).map(plain), ["84 %", "6 %", "1 %", "9 %"]);
+  assert.deepEqual(shares([997, 3, 0, 1000], 4000).map(plain), ["25 %", "< 1 %", "0 %", "25 %"]);
+  assert.deepEqual(shares([1], 0).map(plain), ["0 %"]);
 });
 
 test("days go on across months, years and changes of the clock", () => {

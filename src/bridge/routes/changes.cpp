@@ -60,11 +60,11 @@ json::value turned(Core& core, History::Outcome outcome, std::string_view done) 
       throw AppError("ce changement ne peut plus être " + participle);
     case History::Outcome::Depends:
       throw AppError("ce changement ne peut pas être " + participle +
-                     " : ce qu'il a touché a changé depuis");
+                     " : ce qu’il a touché a changé depuis");
     case History::Outcome::NotStored:
       break;
   }
-  throw AppError(troubleOr(core, "ce changement n'a pas pu être " + participle));
+  throw AppError(troubleOr(core, "ce changement n’a pas pu être " + participle));
 }
 
 json::value undo(Core& core, const Body& body) {

@@ -137,7 +137,7 @@ json::value remove(Core& core, const Body& body) {
   core.shell.refreshMenu();
   if (!core.keeper.erase(times)) {
     answer["message"] =
-        "Supprimé du fichier des données, mais une copie n'a pas pu être effacée ; le journal du "
+        "Supprimé du fichier des données, mais une copie n’a pas pu être effacée ; le journal du "
         "système dit laquelle.";
   }
   return answer;

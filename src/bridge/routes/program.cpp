@@ -97,7 +97,7 @@ json::value revealData(Core& core, const Body& /*body*/) {
   if (core.shell.reveal(file)) return done();
   return {{"ok", true},
           {"shown", false},
-          {"message", "Aucun gestionnaire de fichiers n'est installé. Le dossier est " +
+          {"message", "Aucun gestionnaire de fichiers n’est installé. Le dossier est " +
                           file.parent_path().string() + "."}};
 }
 

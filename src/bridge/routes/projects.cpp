@@ -24,7 +24,7 @@ json::value save(Core& core, const Body& body) {
   const Project usual;
   const auto name = body.trimmed("name").value_or("");
   if (storedText(name).empty()) throw AppError("nom manquant");
-  if (storedText(name) != name) throw AppError("nom invalide : il contient un caractère nul");
+  if (storedText(name) != name) throw AppError("nom invalide : il contient un caractère nul");
   const auto id = body.i("id");
   const Args common{name, body.s("color").value_or(usual.color),
                     body.s("category").value_or(usual.category), body.trimmed("keywords")};

@@ -26,7 +26,7 @@ json::value suggestions(Core& core, const Body& /*body*/) {
 
 json::object unwritten(json::object answer, const std::string& problem) {
   answer["written"] = false;
-  answer["message"] = "L'export n'a pas pu être écrit : " + problem + ".";
+  answer["message"] = "L’export n’a pas pu être écrit : " + problem + ".";
   return answer;
 }
 
@@ -37,7 +37,7 @@ json::value exportCsv(Core& core, const Body& body) {
   const auto file = core.shell.saveAs("lumaplan_" + from + "_" + to + ".csv");
   json::object answer{{"ok", file.has_value()}};
   if (!file) return answer;
-  if (file->empty()) return unwritten(answer, "cet endroit n'est pas un dossier de cet ordinateur");
+  if (file->empty()) return unwritten(answer, "cet endroit n’est pas un dossier de cet ordinateur");
   const auto first = dateIn(core, body, "from");
   const auto last = body.s("to") ? dateIn(core, body, "to") : first;
   const auto written = writeCsv(core.analytics, first, last, *file);

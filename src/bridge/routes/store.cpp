@@ -22,7 +22,7 @@ Backup knownBackup(Core& core, const Body& body) {
   for (auto& backup : core.keeper.backups()) {
     if (backup.file.string() == file) return backup;
   }
-  throw AppError("Cette sauvegarde n'existe plus.");
+  throw AppError("Cette sauvegarde n’existe plus.");
 }
 
 json::value status(Core& core, const Body& /*body*/) {
@@ -51,7 +51,7 @@ json::value status(Core& core, const Body& /*body*/) {
 
 json::value backUp(Core& core, const Body& /*body*/) {
   const auto made = core.keeper.backUp();
-  if (!made.backup) throw AppError("Sauvegarde impossible : " + made.error + ".");
+  if (!made.backup) throw AppError("Sauvegarde impossible : " + made.error + ".");
   auto answer = json::value_from(*made.backup).as_object();
   answer["ok"] = true;
   return answer;
@@ -59,7 +59,7 @@ json::value backUp(Core& core, const Body& /*body*/) {
 
 json::value check(Core& core, const Body& /*body*/) {
   const auto check = core.keeper.check();
-  if (!check.finished) throw AppError("La vérification n'a pas pu être menée à bien.");
+  if (!check.finished) throw AppError("La vérification n’a pas pu être menée à bien.");
   return {{"ok", check.whole},
           {"message", check.whole ? "Le fichier des données est intact."
                                   : "Le fichier des données est abîmé."},
@@ -82,7 +82,7 @@ json::value restorePreview(Core& core, const Body& body) {
 json::value restore(Core& core, const Body& body) {
   const auto backup = knownBackup(core, body);
   const auto result = core.keeper.restore(backup.file);
-  if (!result.done) throw AppError("Restauration impossible : " + result.error + ".");
+  if (!result.done) throw AppError("Restauration impossible : " + result.error + ".");
   core.history.forgetAll();
   core.shell.refreshMenu();
   return {{"ok", true},

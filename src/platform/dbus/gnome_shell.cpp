@@ -29,11 +29,11 @@ constexpr auto kExtensions = "org.gnome.Shell.Extensions";
 constexpr auto kSettings = "org.gnome.shell";
 constexpr auto kId = "focus@orvanta.quellvane.fr";
 constexpr auto kNeedsExtension =
-    "GNOME ne montre ses fenêtres qu'à ses extensions : sans celle d'Orvanta, seules les "
-    "applications qui parlent aux lecteurs d'écran se voient, le reste est « Inconnu ». "
+    "GNOME ne montre ses fenêtres qu’à ses extensions : sans celle d’Orvanta, seules les "
+    "applications qui parlent aux lecteurs d’écran se voient, le reste est « Inconnu ». "
     "Installez-la.";
 constexpr auto kNeedsLogOut =
-    "L'extension GNOME d'Orvanta est installée : fermez votre session puis rouvrez-la une fois "
+    "L’extension GNOME d’Orvanta est installée : fermez votre session puis rouvrez-la une fois "
     "pour que les titres des fenêtres soient enregistrés.";
 
 // The shells that understand a form of the extension. It is to outlive upgrades of GNOME, and what
@@ -163,20 +163,20 @@ std::string GnomeShell::whyNoTitles() const {
 
 std::string GnomeShell::installExtension() {
   if (version_ == 0) {
-    return "GNOME n'a pas encore répondu ; réessayez dans quelques secondes.";
+    return "GNOME n’a pas encore répondu ; réessayez dans quelques secondes.";
   }
   try {
     if (writeExtension(version_)) loadable_ = false;
     installed_ = true;
     if (!switchOn()) {
       openExtensionSettings();
-      return "Les extensions de GNOME sont désactivées : activez-les, puis activez « Orvanta » "
+      return "Les extensions de GNOME sont désactivées : activez-les, puis activez « Orvanta » "
              "dans "
-             "l'application Extensions.";
+             "l’application Extensions.";
     }
   } catch (const std::exception& error) {
     log_(std::string("Orvanta: extension GNOME non installée (") + error.what() + ")");
-    return "L'extension GNOME d'Orvanta n'a pas pu être installée dans votre dossier personnel.";
+    return "L’extension GNOME d’Orvanta n’a pas pu être installée dans votre dossier personnel.";
   }
   if (!loadable_) return kNeedsLogOut;
   shell_.call(kShellPath, kExtensions, "EnableExtension", arguments(kId));

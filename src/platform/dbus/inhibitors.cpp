@@ -47,7 +47,7 @@ Inhibitors::Inhibitors(const Bus& system, const Bus& session) {
   add({kKdePolicyAgent, "KDE Plasma"}, session,
       {kKde, "/org/kde/Solid/PowerManagement/PolicyAgent", kKde}, "HasInhibition",
       arguments(kKdeChangeScreenSettings), saysYes);
-  add({kPowerManagement, "gestion de l'énergie"}, session,
+  add({kPowerManagement, "gestion de l’énergie"}, session,
       {"org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
        "org.freedesktop.PowerManagement.Inhibit"},
       "HasInhibit", {}, saysYes);

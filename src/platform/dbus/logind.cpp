@@ -180,7 +180,7 @@ void Logind::askForSleepAgain() {
 // Where it is not allowed, or there is no logind, sleep is noticed by the gap that it leaves.
 void Logind::holdDelayLock() {
   logind_.callForFile(manager(), "Inhibit",
-                      arguments("sleep", "Orvanta", "Termine l'activité en cours", "delay"),
+                      arguments("sleep", "Orvanta", "Termine l’activité en cours", "delay"),
                       [this](OwnedFd lock) {
                         delayLock_ = std::move(lock);
                         if (asleep_) readyToSleep();

@@ -22,6 +22,7 @@ const shapes = {
   edit: "M3 13l.6-2.8 7.2-7.2 2.2 2.2-7.2 7.2zM9.4 4.4l2.2 2.2",
   trash: "M3 4.5h10M6 4.5v-2h4v2M4.3 4.5l.6 9h6.2l.6-9M6.8 7v4M9.2 7v4",
   archive: "M2.5 3h11v3h-11zM3.5 6v7h9V6M6.5 8.5h3",
+  restore: "M2.5 3h11v3h-11zM3.5 6v7h9V6M8 11.5v-4M6 9.2l2-2 2 2",
   warning: "M8 2.5 14 13H2zM8 6.5v3M8 11.2v.2",
   copy: "M5.5 5.5h8v8h-8zM10.5 5.5v-3h-8v8h3",
   check: "M3 8.5 6.5 12 13 4.5",

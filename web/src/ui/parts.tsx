@@ -1,9 +1,10 @@
 // Small pieces that several views share.
 import type { ButtonHTMLAttributes, ComponentChildren } from "preact";
-import { useState } from "preact/hooks";
+import { useMemo, useState } from "preact/hooks";
 import type { ByCategory, ProjectTime, Seconds } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
-import { clip, duration, share, typeset } from "../model/time";
+import { shares } from "../model/shares";
+import { clip, duration, typeset } from "../model/time";
 import { CategoryMark, Icon, type IconName, ProjectDot } from "./icons";
 import { useRoving } from "./roving";
 import { Said } from "./said";
@@ -138,11 +139,14 @@ interface LegendProps {
 }
 
 export function CategoryLegend({ byCategory, chosen, onChoose }: LegendProps) {
-  const total = activeTime(byCategory);
   const list = useRoving<HTMLUListElement>("row");
+  const parts = shares(
+    categories.map((cat) => byCategory[cat] ?? 0),
+    activeTime(byCategory),
+  );
   return (
     <ul role="list" class="legend" ref={list}>
-      {categories.map((cat) => {
+      {categories.map((cat, index) => {
         const seconds = byCategory[cat] ?? 0;
         if (seconds === 0 && chosen !== cat) return null;
         const content = (
@@ -150,7 +154,7 @@ export function CategoryLegend({ byCategory, chosen, onChoose }: LegendProps) {
             <CategoryMark cat={cat} />
             <span>{categoryLabel(cat)}</span>
             <b>{duration(seconds)}</b>
-            <span class="quiet">{share(seconds, total)}</span>
+            <span class="quiet">{parts[index]}</span>
           </>
         );
         return (
@@ -216,13 +220,21 @@ export function ShareList({
   const [all, setAll] = useState(false);
   const list = useRoving<HTMLElement>("column");
   const longest = rows[0]?.duration ?? 0;
+  const parts = useMemo(
+    () =>
+      shares(
+        rows.map((row) => row.duration),
+        total,
+      ),
+    [rows, total],
+  );
   const visible = all ? rows.slice(0, 500) : rows.slice(0, shown);
   return (
     <section class="shares" aria-label={title} ref={list}>
       <h2>{title}</h2>
       {rows.length === 0 && <p class="quiet">{empty}</p>}
       <ul role="list">
-        {visible.map((row) => {
+        {visible.map((row, index) => {
           const content = (
             <>
               <span class="share-name">
@@ -230,7 +242,7 @@ export function ShareList({
                 <Foreign text={row.name} length={80} />
               </span>
               <b>{duration(row.duration)}</b>
-              <span class="quiet share-part">{share(row.duration, total)}</span>
+              <span class="quiet share-part">{parts[index]}</span>
               <span class="share-bar" aria-hidden="true">
                 <ShareBar row={row} width={longest > 0 ? row.duration / longest : 0} />
               </span>

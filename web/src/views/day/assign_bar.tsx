@@ -98,8 +98,8 @@ function What({ day, picked, one }: Props & { one: Block | undefined }) {
       {range && whole.length > 0 && (
         // Blocks teach rules, a range does not.
         <button type="button" class="link" onClick={() => pickBlocks(range.start, range.end, false)}>
-          {whole.length === 1 ? "Plutôt le bloc entier" : `Plutôt les ${count(whole.length, "bloc")} entiers`}
-          {without >= 1 && `, sans ${duration(without)} d’autres passages`}
+          {whole.length === 1 ? "Choisir le bloc entier" : `Choisir les ${count(whole.length, "bloc")} entiers`}
+          {without >= 1 && ` (hors ${duration(without)} de passages brefs)`}
         </button>
       )}
       {one?.title && (

@@ -21,7 +21,12 @@ const lanesBottom = axis + categories.length * (laneHeight + laneGap);
 const stripTop = lanesBottom + (laneHeight - strip) / 2;
 export const height = stripTop + strip + 4;
 
-export function Ticks({ view, day, width }: { view: View; day: View; width: number }) {
+/** Pixels: of a label that tells a range above it, in place of the hours there. */
+export const rangeLabel = 150;
+
+/** `label`: from where on the hours make room for a label. */
+export function Ticks({ view, day, width, label }: { view: View; day: View; width: number; label: number }) {
+  const room = 20;
   const scale = width / (view.to - view.from);
   return (
     <g class="ticks">
@@ -30,9 +35,11 @@ export function Ticks({ view, day, width }: { view: View; day: View; width: numb
         return (
           <g key={time}>
             <line x1={at} x2={at} y1={axis - 6} y2={height} />
-            <text x={at} y={10} text-anchor="middle">
-              {clock(time)}
-            </text>
+            {(at + room < label || at - room > label + rangeLabel) && (
+              <text x={at} y={10} text-anchor="middle">
+                {clock(time)}
+              </text>
+            )}
           </g>
         );
       })}

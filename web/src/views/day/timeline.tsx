@@ -5,7 +5,7 @@ import { hours, segmentAt, type View } from "../../model/timeline";
 import { clock, duration, longDay, plainDomain } from "../../model/time";
 import { CategoryTable } from "../../ui/category_table";
 import { CategoryMark } from "../../ui/icons";
-import { axis, Bars, height, Marks, type Range, Ticks } from "./drawing";
+import { axis, Bars, height, Marks, type Range, rangeLabel, Ticks } from "./drawing";
 import { SegmentTip } from "./segment_tip";
 import type { Picked } from "./use_picked";
 import { usePointer } from "./use_pointer";
@@ -104,10 +104,12 @@ interface DrawingProps {
 
 function Drawing({ report, now, scale, selected, hovered, cursor, range, tip }: DrawingProps) {
   const { day, view, width, x } = scale;
+  const told = range && range.end > view.from && range.start < view.to ? range : null;
+  const label = told ? Math.min(Math.max(x(told.start), 0), width - rangeLabel) : Infinity;
   return (
     <>
       <svg width={width} height={height} aria-hidden="true">
-        <Ticks view={view} day={day} width={width} />
+        <Ticks {...{ view, day, width, label }} />
         <Bars report={report} view={view} width={width} />
         <Marks {...{ view, width, selected, hovered, cursor, range }} />
         {now !== null && now >= view.from && now <= view.to && (
@@ -117,9 +119,9 @@ function Drawing({ report, now, scale, selected, hovered, cursor, range, tip }: 
           </g>
         )}
       </svg>
-      {range && range.end > view.from && range.start < view.to && (
-        <span class="range-label" style={{ left: `${Math.min(Math.max(x(range.start), 0), width - 150)}px` }}>
-          {clock(range.start)} – {clock(range.end)} · {duration(range.end - range.start)}
+      {told && (
+        <span class="range-label" style={{ left: `${label}px`, minWidth: `${rangeLabel}px` }}>
+          {clock(told.start)} – {clock(told.end)} · {duration(told.end - told.start)}
         </span>
       )}
       {tip && !range && (

@@ -86,7 +86,7 @@ function RowActions({ project, onEdit, onArchive, onDelete }: { project: Project
   return (
     <span class="row-actions">
       {action("edit", "Modifier", onEdit)}
-      {action(away ? "play" : "archive", away ? "Réactiver" : "Archiver", onArchive)}
+      {action(away ? "restore" : "archive", away ? "Réactiver" : "Archiver", onArchive)}
       {action("trash", "Supprimer", onDelete)}
     </span>
   );
