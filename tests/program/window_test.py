@@ -317,6 +317,8 @@ class WindowTest(DesktopCase):
                          "ret = dbus.UInt32(args[1] == 'contrast', variant_level=1)",
                          dbus_interface=MOCK)
         page = Page(self.desktop)
+        # What no portal says.
+        portal.EmitSignal(settings, "SettingChanged", "uuu", [1, 2, 3], dbus_interface=MOCK)
         mark = lambda: page.script("return document.documentElement.dataset.contrast ?? ''")
         wait_for(lambda: mark() == "more", 5, mark)
         page.script("location.reload()")
