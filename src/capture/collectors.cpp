@@ -20,9 +20,9 @@ Collectors::Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionP
 
 std::optional<FrontmostApp> Collectors::frontmostApp() const {
   auto app = foreground_.frontmostApp();
-  // What a window calls itself is anybody's text.
   if (app) app->name = firstBytes(app->name, kLongestTitle);
-  if (app && app->title) app->title = unlessBlank(firstBytes(*app->title, kLongestTitle));
+  // Whole: its end tells whether a browser's window is private.
+  if (app && app->title) app->title = unlessBlank(*app->title);
   if (app && seen_) seen_(*app);
   return app;
 }

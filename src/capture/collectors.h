@@ -30,8 +30,8 @@ class Collectors {
   Collectors(ForegroundProbe& foreground, IdleProbe& idle, InhibitionProbe& inhibition,
              TabReader tabs = {}, AppSeen seen = {});
 
-  /// Its title without blanks at the ends, absent when that leaves nothing; that and its name cut
-  /// to kLongestTitle.
+  /// Its name cut to kLongestTitle; its title, of any length, without blanks at the ends, absent
+  /// when that leaves nothing.
   std::optional<FrontmostApp> frontmostApp() const;
   bool accessibilityGranted() const { return foreground_.titlesReadable(); }
   double idleSeconds() const { return idle_.idleSeconds(); }

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/cut.h"
+#include "base/text.h"
+
 namespace orvanta {
 namespace {
 
@@ -137,7 +140,8 @@ Sample Engine::observeForeground() {
     return sample;
   }
   sample.url = std::move(tab->url);
-  sample.title = std::move(tab->title);
+  // What a window or a page calls itself is anybody's text.
+  if (tab->title) sample.title = unlessBlank(firstBytes(*tab->title, kLongestTitle));
   if (settings_.privacy == Privacy::Domain) {
     sample.title.reset();
     sample.url.reset();

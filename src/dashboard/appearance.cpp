@@ -86,7 +86,7 @@ void Appearance::follow() {
   portal_->signal_signal().connect([this](const Glib::ustring& /*sender*/,
                                           const Glib::ustring& signal,
                                           Glib::VariantContainerBase arguments) {
-    if (signal != "SettingChanged" || arguments.get_n_children() != 3) return;
+    if (signal != "SettingChanged" || arguments.get_type_string() != "(ssv)") return;
     const auto text = [&](gsize i) {
       return Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(arguments.get_child(i))
           .get();

@@ -212,6 +212,8 @@ PageView::~PageView() {
 }
 
 void PageView::begin(const std::string& json) {
+  // The page that is there asks for itself, and by the next one this is old.
+  if (webkit_web_view_is_loading(view_->web) == FALSE) return;
   // A JSON text is also a literal of the language that the page is written in.
   const auto source = fmt::format("window.__first = JSON.parse({});",
                                   boost::json::serialize(boost::json::value(json)));

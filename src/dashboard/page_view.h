@@ -27,8 +27,8 @@ class PageView {
 
   Gtk::Widget& widget() { return *widget_; }
 
-  /// What the page finds as window.__first when it is loaded now or next, and only then. `json` is
-  /// JSON text; it reaches the page as data.
+  /// What the page finds as window.__first that is being loaded; nothing once it is there. `json`
+  /// is JSON text; it reaches the page as data.
   void begin(const std::string& json);
 
   void reload();

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <thread>
 
+#include "base/cut.h"
 #include "browser/tab_socket.h"
 #include "capture/browser_connection.h"
 #include "support/fake_browser.h"
@@ -133,6 +134,13 @@ TEST_F(BrowserTabsTest, AWindowTitleServesOnlyWhenItIsSurelyNoPrivateOne) {
   EXPECT_FALSE(read("firefox").title);
   title = "Une page - Chromium";
   EXPECT_FALSE(read("chromium").title);
+
+  // Nor where a long one would end like a public one's, were it cut.
+  FakeDesktop desktop;
+  desktop.app = FrontmostApp{"Navigateur", "firefox", 0};
+  const std::string end = " — Mozilla Firefox";
+  desktop.title = std::string(kLongestTitle - end.size(), 'x') + end + " Private Browsing";
+  EXPECT_FALSE(tabs.browserTab(*desktop.collectors.frontmostApp())->title);
 }
 
 TEST_F(BrowserTabsTest, ATestPreparesTheBrowserAndSaysWhatToDo) {

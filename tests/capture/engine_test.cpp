@@ -184,6 +184,11 @@ TEST_F(EngineTest, AnythingButABrowserIsKnownByItsWindowTitle) {
   run(2);
   EXPECT_FALSE(lastSpan().str("title"));
   engine.finish();
+  desktop.show("é" + std::string(5'000'000, 'x'), " t" + std::string(2046, 'y') + " z");
+  run(2);
+  EXPECT_EQ(lastSpan().str("app"), "é" + std::string(2046, 'x'));
+  EXPECT_EQ(lastSpan().str("title"), "t" + std::string(2046, 'y'));
+  engine.finish();
   desktop.title = "visible";
   desktop.readable = false;
   run(2);

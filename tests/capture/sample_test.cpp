@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/fake_desktop.h"
-
 namespace orvanta {
 namespace {
 
@@ -50,14 +48,6 @@ TEST(DomainOf, IsTheHostOfWebAndServerAddressesOnly) {
         << url;
   }
   EXPECT_FALSE(domainOf(std::nullopt));
-}
-
-TEST(Collectors, CutWhatAWindowCallsItself) {
-  test::FakeDesktop desktop;
-  desktop.show("é" + std::string(5'000'000, 'x'), " t" + std::string(5'000'000, 'y'));
-  const auto app = desktop.collectors.frontmostApp();
-  EXPECT_EQ(app->name, "é" + std::string(2046, 'x'));
-  EXPECT_EQ(app->title->size(), 2047U) << "and no blank before it";
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 import json
 import os
+import select
 import signal
+import socket
 
 import dbus
 
@@ -229,6 +231,23 @@ class WindowTest(DesktopCase):
         self.desktop.input("windowsize", window, str(width), str(height))
         wait_for(lambda: self.geometry() == (width, height), 10, "the new size")
 
+    def test_answers_that_came_late_are_not_shown_later(self):
+        del self.desktop.env["ORVANTA_WEB"]
+        ours, theirs = socket.socketpair()
+        self.addCleanup(ours.close)
+        with theirs:
+            self.desktop.spawn(ORVANTA + "-dashboard", f"--socket={theirs.fileno()}",
+                               fds=(theirs.fileno(),))
+
+        def is_status_asked():
+            ready, _, _ = select.select([ours], [], [], 0)
+            return ready and b'"status"' in ours.recv(1 << 16)
+        wait_for(is_status_asked, 20, "the page asks")
+        pass_time(2, is_status_asked)  # it is loaded, and hidden it asks nothing more
+        late = [{"path": path, "body": {}, "answer": []} for path in ("routes.list", "status")]
+        ours.sendall(f"first {json.dumps(late)}\nreload\n".encode())
+        wait_for(is_status_asked, 10, "the page that is loaded next asks, too")
+
     def test_the_size_is_remembered(self):
         previous = os.umask(0)
         self.addCleanup(os.umask, previous)
@@ -301,6 +320,8 @@ class WindowTest(DesktopCase):
                          "ret = dbus.UInt32(args[1] == 'contrast', variant_level=1)",
                          dbus_interface=MOCK)
         page = Page(self.desktop)
+        # What no portal says.
+        portal.EmitSignal(settings, "SettingChanged", "uuu", [1, 2, 3], dbus_interface=MOCK)
         mark = lambda: page.script("return document.documentElement.dataset.contrast ?? ''")
         wait_for(lambda: mark() == "more", 5, mark)
         page.script("location.reload()")
