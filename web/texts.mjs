@@ -60,7 +60,7 @@ function* ofPrograms() {
   const literal = /R"(?<tag>\w*)\((?<raw>.*?)\)\k<tag>"|"(?<text>(?:[^"\\\n]|\\.)*)"/gs;
   for (const file of readdirSync(join(root, "src"), { recursive: true })) {
     if (!/\.(cpp|h)$/.test(file)) continue;
-    const code = readFileSync(join(root, "src", file), "utf8").replace(/^\s*(\/\/|#include).*$/gm, "");
+    const code = readFileSync(join(root, "src", file), "utf8").replace(/^[ \t]*(\/\/|#include).*$/gm, "");
     let last = null;
     for (const found of code.matchAll(literal)) {
       const { raw, text = raw } = found.groups;

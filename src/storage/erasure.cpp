@@ -71,19 +71,26 @@ Erasure eraseTimes(const std::vector<TimeRange>& ranges) {
       steps.push_back({"DELETE FROM events WHERE start=? AND +end <= start", {range.start}});
     }
     std::move(steps.begin(), steps.end(), std::back_inserter(all.steps));
+    all.steps.push_back({"DELETE FROM changes WHERE held_from <= ?2 AND held_to >= ?1",
+                         {range.start, range.end},
+                         true});
   }
+  // What was measured may name anything.
+  all.steps.push_back({"UPDATE changes SET examples=NULL WHERE examples IS NOT NULL", {}, true});
   return all;
 }
 
 Erasure stripTitlesBefore(double cutOff) {
-  return {
-      {{"UPDATE events SET title=NULL, url=NULL "
-        "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
-        {cutOff}}}};
+  return {{{"UPDATE events SET title=NULL, url=NULL "
+            "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
+            {cutOff}},
+           {"DELETE FROM changes WHERE titled_from < ?", {cutOff}, true}}};
 }
 
 int run(const Erasure& erasure, sqlite3* connection) {
-  for (const auto& [sql, args] : erasure.steps) {
+  const bool changes = Statement(connection, "SELECT 1 FROM changes").ok();
+  for (const auto& [sql, args, ofChanges] : erasure.steps) {
+    if (ofChanges && !changes) continue;
     Statement statement(connection, sql);
     if (!statement.ok()) statement = Statement(connection, withoutIndex(sql));
     if (!statement.ok()) return sqlite3_errcode(connection);

@@ -82,8 +82,7 @@ json::value restorePreview(Core& core, const Body& body) {
 json::value restore(Core& core, const Body& body) {
   const auto backup = knownBackup(core, body);
   const auto result = core.keeper.restore(backup.file);
-  if (!result.done) throw AppError("Restauration impossible : " + result.error + ".");
-  core.history.forgetAll();
+  if (!result.done) throw AppError("Restauration impossible : " + result.error + ".");
   core.shell.refreshMenu();
   return {{"ok", true},
           {"kept", result.kept ? json::value(result.kept->string()) : json::value(nullptr)}};
