@@ -68,7 +68,8 @@ std::vector<RunningBrowser> runningBrowsers();
 /// Whether a window with this title is surely no private one. Firefox and its kin add the mark of
 /// private browsing to the title, in the user's language, so only a title that ends with the plain
 /// name of the browser is sure. Chromium and its kin mark only the title that they give to screen
-/// readers. Page titles come first in a title and cannot feign its end.
+/// readers. Page titles come first in a title and cannot feign its end; one that may have lost its
+/// end, being very long, is not sure.
 bool showsPublicWindow(const Browser& browser, std::string_view windowTitle);
 
 /// The same of the title in the accessibility tree.

@@ -15,7 +15,15 @@ bool anyTitle(BrowserKind kind, const Fits& fits) {
   });
 }
 
+// Firefox cuts a title, at 2048 bytes or 4095, and so do others on its way here: behind what is
+// left there may have been a mark.
+bool mayBeCut(std::string_view title) {
+  constexpr std::size_t kSurelyWhole = 2000;
+  return title.size() > kSurelyWhole;
+}
+
 bool endsPlainly(std::string_view title) {
+  if (mayBeCut(title)) return false;
   constexpr std::string_view kDash = " — ";
   const auto dash = title.rfind(kDash);
   const auto end = dash == std::string_view::npos ? title : title.substr(dash + kDash.size());
@@ -25,6 +33,7 @@ bool endsPlainly(std::string_view title) {
 // "Page - Chromium", "Page - Google Chrome - Profile"; private and guest windows put their mark in
 // parentheses right behind the name: "Page - Chromium (Incognito)".
 bool namesNoMode(std::string_view title) {
+  if (mayBeCut(title)) return false;
   return anyTitle(BrowserKind::kChromium, [&](std::string_view name) {
     const auto at = title.rfind(name);
     if (at == std::string_view::npos) return false;

@@ -77,8 +77,10 @@ TEST(Browsers, AProfileThatKeepsNoHistoryIsPrivate) {
 }
 
 TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {
+  const std::string longPage(2028, 'x');
   const struct {
-    const char *browser, *title;
+    const char* browser;
+    std::string title;
     bool window, frame;
   } cases[] = {
       {"firefox", "Une page — Mozilla Firefox", true, true},
@@ -88,6 +90,8 @@ TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {
       {"firefox", "x — Mozilla Firefox — Приватный просмотр Mozilla Firefox", false, false},
       {"firefox", "Une page", false, false},
       {"firefox", "", false, false},
+      {"firefox", longPage + " — Mozilla Firefox", false, false},  // the mark is cut off
+      {"chromium", longPage + " - Chromium", false, false},
       {"librewolf", "Une page — LibreWolf", true, true},
       {"chromium", "Une page - Chromium", false, true},
       {"chromium", "Une page - Chromium (Incognito)", false, false},
