@@ -23,6 +23,7 @@ std::string assigned(const std::optional<std::string>& category,
                      const Calendar& calendar);
 std::string projectSaved(std::string_view name);
 std::string projectDeleted(std::string_view name);
+std::string projectArchived(std::string_view name);
 std::string ruleSaved(std::string_view pattern);
 std::string ruleDeleted(std::string_view pattern);
 std::string defaultsRestored(int rules);

@@ -8,8 +8,8 @@
 
 namespace orvanta {
 
-/// Records what a transaction does to the tables `events`, `projects` and `rules`, from its making
-/// until it ends.
+/// Records what a transaction does to the tables `events`, `projects`, `rules` and `rule_origins`,
+/// from its making until it ends.
 class ChangeRecorder {
  public:
   explicit ChangeRecorder(Transaction& change);

@@ -28,6 +28,8 @@ constexpr auto kSchema =
     "CREATE TABLE IF NOT EXISTS rules (\n"
     "  id INTEGER PRIMARY KEY, field TEXT NOT NULL, pattern TEXT NOT NULL,\n"
     "  category TEXT, project_id INTEGER, priority INTEGER DEFAULT 0, created REAL);\n"
+    "CREATE TABLE IF NOT EXISTS rule_origins (\n"
+    "  rule_id INTEGER PRIMARY KEY, origin TEXT NOT NULL, at REAL, pending INTEGER);\n"
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT);";
 
 // Holds about one span a day, so that a range query finds the long spans that reach into it without
@@ -45,8 +47,9 @@ constexpr auto kManualIndex =
 
 // Columns of `projects` that the first version did not have.
 constexpr std::array<const char*, 3> kLaterColumns{"external_id", "client", "keywords"};
-constexpr std::array<std::string_view, 8> kObjects{
-    "events",          "projects",          "rules",           "settings", "idx_events_end",
+constexpr std::array<std::string_view, 9> kObjects{
+    "events",          "projects",          "rules",
+    "settings",        "rule_origins",      "idx_events_end",
     "idx_events_long", "idx_events_manual", "idx_events_start"};
 constexpr auto kObsolete =
     "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')";
