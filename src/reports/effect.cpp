@@ -14,14 +14,13 @@
 #include "classify/rule_set.h"
 #include "reports/effect_sums.h"
 #include "storage/snapshot.h"
-#include "storage/touched.h"
+#include "storage/touched_spans.h"
 
 namespace orvanta {
 namespace {
 
 constexpr auto kSpans =
     "SELECT id, start, end, app, title, url, domain, idle, category, project_id FROM events ";
-constexpr double kSameInstant = 0.001;  // seconds
 constexpr int kMonthsPerYear = 12;
 
 using What = EffectSums::What;
@@ -115,21 +114,19 @@ class ChangeEffect::Measuring {
       : db_(change.database()),
         calendar_(calendar.pinned()),
         months_(calendar),
-        touched_(touchedBy(changeset)),
+        touched_(touchedSpans(changeset)),
         reader_(texts_),
         comparison_(texts_, booksOf(change, touched_)) {
     const auto read = [&](const std::string& sql, const Args& args, const Visit& visit) {
       change.each(sql, args, visit);
     };
-    for (const auto id : touched_.spans) after_.emplace(id, std::nullopt);
-    eachOf(touched_.spans, read, [&](const Cursor& row) {
+    for (const auto id : touched_.known) after_.emplace(id, std::nullopt);
+    eachOf(touched_.known, read, [&](const Cursor& row) {
       const auto ev = reader_.read(row);
       after_[ev.id] = Piece{ev.start, ev.end, Counted(comparison_.after.decide(ev))};
     });
-    eachOf(touched_.newSpans, read, [&](const Cursor& row) {
-      const auto ev = reader_.kept(reader_.read(row));
-      added_.push_back({ev, Counted(comparison_.after.decide(ev))});
-    });
+    eachOf(touched_.added, read,
+           [&](const Cursor& row) { added_.push_back(reader_.kept(reader_.read(row))); });
   }
 
   Effect effect() {
@@ -138,29 +135,26 @@ class ChangeEffect::Measuring {
     const auto read = [&](const std::string& sql, const Args& args, const Visit& visit) {
       whole_ = db_.scan(sql, args, visit) && whole_;
     };
-    eachOf(touched_.spans, read, [&](const Cursor& row) { addTouched(reader_.read(row)); });
-    for (const auto& [ev, to] : added_) {
-      if (!to.category) continue;
-      addPart(ev, {}, to, ev.start, ev.duration());
+    eachOf(touched_.known, read, [&](const Cursor& row) { addTouched(reader_.read(row)); });
+    // What is added is cut off from another span, of which it is a copy.
+    for (const auto& ev : added_) {
+      addPart(ev, Counted(comparison_.before.decide(ev)), Counted(comparison_.after.decide(ev)),
+              ev.start, ev.duration());
     }
     if (sorting) findFirst();
     return told(db_, comparison_, whole_);
   }
 
  private:
-  // What has become of a span, or of a part of it.
+  // What has become of a span.
   struct Piece {
     double start = 0;
     double end = 0;
     Counted counted;
   };
-  struct Added {
-    Ev ev;
-    Counted counted;
-  };
 
   // The rules and projects of the scans are those of before.
-  static BookChange booksOf(Transaction& change, const Touched& touched) {
+  static BookChange booksOf(Transaction& change, const TouchedSpans& touched) {
     auto before = CurrentRules(change.database()).book();
     if (!touched.sorting) return {before, before};
     return {before, std::make_shared<const RuleBook>(loadRules(change), loadProjects(change))};
@@ -182,26 +176,12 @@ class ChangeEffect::Measuring {
     const Counted from(comparison_.before.decide(ev));
     // As one of its activity it was added already, unless it is an absence.
     addPart(ev, from, Counted(comparison_.after.decide(ev)), ev.start, ev.duration(), What::Taken);
-    double left = ev.duration();
-    const auto addPiece = [&](const Piece& piece) {
-      const double seconds = std::max(piece.end - piece.start, 0.0);
-      addPart(ev, from, piece.counted, piece.start, seconds);
-      left -= seconds;
-    };
     const auto& own = after_[ev.id];
-    if (own) addPiece(*own);
-    std::erase_if(added_, [&](const Added& added) {
-      const bool cut = isPartOf(added.ev, ev);
-      if (cut) addPiece({added.ev.start, added.ev.end, added.counted});
-      return cut;
-    });
-    if (!own || left > kSameInstant) addPart(ev, from, {}, ev.start, left);
-  }
-
-  static bool isPartOf(const Ev& part, const Ev& ev) {
-    return part.start > ev.start - kSameInstant && part.end < ev.end + kSameInstant &&
-           part.app == ev.app && part.title == ev.title && part.url == ev.url &&
-           part.domain == ev.domain && part.idle == ev.idle;
+    if (own) {
+      addPart(ev, from, own->counted, own->start, std::max(own->end - own->start, 0.0));
+    } else {
+      addPart(ev, from, {}, ev.start, ev.duration());
+    }
   }
 
   // Of the first month in which something changed and touched spans were taken away, the others are
@@ -229,13 +209,13 @@ class ChangeEffect::Measuring {
   Database& db_;
   const Calendar calendar_;
   Months months_;
-  const Touched touched_;
+  const TouchedSpans touched_;
   StringPool texts_;
   EvReader reader_;
   Comparison comparison_;
   // By span; absent for one that is gone.
   boost::unordered_flat_map<int64_t, std::optional<Piece>> after_;
-  std::vector<Added> added_;
+  std::vector<Ev> added_;
   bool whole_ = true;
 };
 

@@ -27,8 +27,7 @@ struct Effect {
     std::string color;
     double seconds = 0;
   };
-  /// Spans that changed in one and the same way. Without the category from or to which, they are
-  /// new or gone.
+  /// Spans that changed in one and the same way. Those that are gone count as no category.
   struct Move {
     std::optional<std::string> fromCategory;
     std::optional<std::string> toCategory;

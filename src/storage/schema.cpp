@@ -29,7 +29,8 @@ constexpr auto kSchema =
     "  id INTEGER PRIMARY KEY, field TEXT NOT NULL, pattern TEXT NOT NULL,\n"
     "  category TEXT, project_id INTEGER, priority INTEGER DEFAULT 0, created REAL);\n"
     "CREATE TABLE IF NOT EXISTS rule_origins (\n"
-    "  rule_id INTEGER PRIMARY KEY, origin TEXT NOT NULL, at REAL, pending INTEGER);\n"
+    "  rule_id INTEGER PRIMARY KEY, origin TEXT NOT NULL, at REAL,\n"
+    "  pending INTEGER NOT NULL CHECK (pending IN (0, 1)));\n"
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT);";
 
 // Holds about one span a day, so that a range query finds the long spans that reach into it without

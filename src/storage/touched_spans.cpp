@@ -1,4 +1,4 @@
-#include "storage/touched.h"
+#include "storage/touched_spans.h"
 
 #include <sqlite3.h>
 
@@ -14,8 +14,8 @@ struct Finalize {
 
 }  // namespace
 
-Touched touchedBy(const std::string& changeset) {
-  Touched touched;
+TouchedSpans touchedSpans(const std::string& changeset) {
+  TouchedSpans touched;
   sqlite3_changeset_iter* rows = nullptr;
   if (sqlite3changeset_start(&rows, static_cast<int>(changeset.size()),
                              const_cast<char*>(changeset.data())) != SQLITE_OK) {
@@ -33,7 +33,7 @@ Touched touchedBy(const std::string& changeset) {
     sqlite3_value* id = nullptr;
     const bool added = operation == SQLITE_INSERT;
     if ((added ? sqlite3changeset_new : sqlite3changeset_old)(rows, 0, &id) == SQLITE_OK && id) {
-      (added ? touched.newSpans : touched.spans).push_back(sqlite3_value_int64(id));
+      (added ? touched.added : touched.known).push_back(sqlite3_value_int64(id));
     }
   }
   return touched;
