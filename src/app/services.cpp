@@ -53,7 +53,6 @@ Services::~Services() {
 void Services::keepStore() {
   const auto renewed = [this] {
     seedDefaults(db, core.clock);
-    core.history.forgetAll();
     core.shell.refreshMenu();
   };
   core.keeper.listen(
@@ -62,10 +61,8 @@ void Services::keepStore() {
     renewed();
     if (!sentence.empty()) core.shell.tell(sentence);
   });
-  core.tracker.setErased([this](double before) {
-    core.history.forgetUndone();
-    core.keeper.eraseLater(stripTitlesBefore(before));
-  });
+  core.tracker.setErased(
+      [this](double before) { core.keeper.eraseLater(stripTitlesBefore(before)); });
 }
 
 }  // namespace orvanta

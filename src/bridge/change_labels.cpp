@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "base/display_text.h"
 
 namespace orvanta::labels {
@@ -43,6 +45,23 @@ Wall wall(double instant, const Calendar& calendar) {
           fmt::format("{:02}:{:02}", minutes / kMinute, minutes % kMinute)};
 }
 
+std::string words(const TimeRange& range, const Calendar& calendar) {
+  const auto from = wall(range.start, calendar);
+  const auto to = wall(range.end, calendar);
+  return fmt::format("{}, {} – {}", from.day, from.time,
+                     from.day == to.day ? to.time : to.day + ", " + to.time);
+}
+
+std::string activities(int64_t spans) {
+  return fmt::format("{} activité{}", spans, spans > 1 ? "s" : "");
+}
+
+constexpr std::pair<std::string_view, std::string_view> kSettingNames[]{
+    {"idle_threshold", "seuil d'inactivité"},    {"min_span_seconds", "activité la plus courte"},
+    {"min_block_seconds", "bloc le plus court"}, {"privacy_mode", "ce qui est noté des fenêtres"},
+    {"excluded_domains", "sites exclus"},        {"retention_days", "garder titres et adresses"},
+};
+
 }  // namespace
 
 std::string_view nameOf(Category category) {
@@ -53,16 +72,13 @@ std::string_view nameOf(Category category) {
 
 std::string assigned(const std::optional<std::string>& category,
                      const std::optional<std::string>& project, int64_t spans) {
-  return fmt::format("{} : {} activité{}", target(category, project), spans, spans > 1 ? "s" : "");
+  return target(category, project) + " : " + activities(spans);
 }
 
 std::string assigned(const std::optional<std::string>& category,
                      const std::optional<std::string>& project, const TimeRange& range,
                      const Calendar& calendar) {
-  const auto from = wall(range.start, calendar);
-  const auto to = wall(range.end, calendar);
-  return fmt::format("{} : {}, {} – {}", target(category, project), from.day, from.time,
-                     from.day == to.day ? to.time : to.day + ", " + to.time);
+  return target(category, project) + " : " + words(range, calendar);
 }
 
 std::string projectSaved(std::string_view name) {
@@ -87,6 +103,40 @@ std::string ruleDeleted(std::string_view pattern) {
 
 std::string defaultsRestored(int rules) {
   return fmt::format("Règles intégrées rétablies : {}", rules);
+}
+
+std::string erased(int64_t spans) {
+  return "Suppression : " + activities(spans);
+}
+
+std::string erased(const TimeRange& range, const Calendar& calendar) {
+  return "Suppression : " + words(range, calendar);
+}
+
+std::string_view nameOfSetting(std::string_view key) {
+  for (const auto& [known, name] : kSettingNames) {
+    if (known == key) return name;
+  }
+  return {};
+}
+
+std::string settings(const std::vector<std::string_view>& keys) {
+  std::string names;
+  for (const auto key : keys) {
+    names += names.empty() ? "Réglage : " : ", ";
+    names += nameOfSetting(key);
+  }
+  return names;
+}
+
+std::string inSentence(std::string_view label) {
+  std::string text(label);
+  for (const std::string_view mark : {"« ", " »"}) {
+    for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark)) {
+      text.erase(at, mark.size());
+    }
+  }
+  return text;
 }
 
 }  // namespace orvanta::labels

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/calendar.h"
 #include "storage/category.h"
@@ -27,5 +28,16 @@ std::string projectArchived(std::string_view name);
 std::string ruleSaved(std::string_view pattern);
 std::string ruleDeleted(std::string_view pattern);
 std::string defaultsRestored(int rules);
+/// Time deleted for good: "Suppression : 3 activités", or of a range.
+std::string erased(int64_t spans);
+std::string erased(const TimeRange& range, const Calendar& calendar);
+
+/// What the user knows a setting as; "" for one that is no choice of taste but a state of the
+/// program.
+std::string_view nameOfSetting(std::string_view key);
+std::string settings(const std::vector<std::string_view>& keys);
+
+/// A label as it is quoted in a sentence, without guillemets of its own.
+std::string inSentence(std::string_view label);
 
 }  // namespace orvanta::labels

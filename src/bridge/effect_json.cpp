@@ -95,7 +95,7 @@ void tag_invoke(ToJson, json::value& json, const RuleSource& source) {
   json = {{"id", source.rule},
           {"origin", textOf(source.origin)},
           {"at", jsonOrNull(source.at)},
-          {"change", nullptr},
+          {"change", jsonOrNull(source.change)},
           {"pending", source.pending}};
 }
 

@@ -16,6 +16,8 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr double kSecondsPerDay = 86400.0;
+// The way back from a change may hold what is stripped from the spans.
+constexpr auto kForget = "DELETE FROM changes WHERE titled_from < ?";
 constexpr int kStep = 2000;  // spans; a step takes 1 to 10 ms
 
 // Does `step` until it says that nothing is left, and pauses after each for as long as it took: a
@@ -74,6 +76,7 @@ void Retention::apply(const std::stop_token& stop) {
         .forget();
   }
   if (!strip(cutOff, stop)) return;
+  step(kForget, {cutOff});
   if (stripped_) db_.truncateLog();
   Erased erased;
   {

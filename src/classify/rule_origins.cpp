@@ -14,6 +14,10 @@ constexpr auto kSources =
     "SELECT id, priority, created, origin, pending FROM rules "
     "LEFT JOIN rule_origins ON rule_id = id AND at IS created ORDER BY id";
 
+// The rule was made in its transaction.
+constexpr auto kTaughtBy =
+    "SELECT max(changes.id) FROM changes, json_each(learned) WHERE value=? AND changes.at >= ?";
+
 RuleOrigin impliedBy(std::optional<int64_t> priority) {
   if (priority == kAppRulePriority) return RuleOrigin::App;
   return priority == kDefaultPriority ? RuleOrigin::Builtin : RuleOrigin::User;
@@ -31,6 +35,11 @@ std::vector<RuleSource> ruleSources(Database& db, bool* whole) {
                        .pending = row.int_(4) == 1});
   });
   if (!all && whole) *whole = false;
+  for (auto& source : sources) {
+    if (source.origin != RuleOrigin::Learned) continue;
+    db.scan(kTaughtBy, {source.rule, source.at},
+            [&](const Cursor& row) { source.change = row.int_(0); });
+  }
   return sources;
 }
 

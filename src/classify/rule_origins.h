@@ -19,8 +19,9 @@ inline constexpr std::array<std::string_view, 4> kTexts<RuleOrigin>{"user", "lea
 struct RuleSource {
   int64_t rule = 0;  ///< its id
   RuleOrigin origin = RuleOrigin::User;
-  std::optional<double> at;  ///< when it was made, Unix seconds
-  bool pending = false;      ///< learnt, and not confirmed by the user
+  std::optional<double> at;       ///< when it was made, Unix seconds
+  std::optional<int64_t> change;  ///< that taught it, while the history has it
+  bool pending = false;           ///< learnt, and not confirmed by the user
 };
 
 /// Of every rule, by id. The store tells which were learnt; the priority tells those of the program

@@ -72,13 +72,16 @@ int onConflict(void* /*context*/, int kind, sqlite3_changeset_iter* row) {
 
 }  // namespace
 
-ChangeRecorder::ChangeRecorder(Transaction& change) : change_(change) {
+ChangeRecorder::ChangeRecorder(Transaction& change, Recorded what) : change_(change) {
   if (!change) return;
   sqlite3_session* raw = nullptr;
   int code = sqlite3session_create(change.connection(), "main", &raw);
   session_.reset(raw);
   for (const auto* table : {"events", "projects", "rules", "rule_origins"}) {
     if (code == SQLITE_OK) code = sqlite3session_attach(raw, table);
+  }
+  if (what == Recorded::Settings && code == SQLITE_OK) {
+    code = sqlite3session_attach(raw, "settings");
   }
   if (code != SQLITE_OK) change.fail(code);
 }

@@ -1,18 +1,28 @@
 // The difference that writes make to rows, as SQLite's session extension records it.
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "storage/transaction.h"
 
 namespace orvanta {
 
-/// Records what a transaction does to the tables `events`, `projects`, `rules` and `rule_origins`,
-/// from its making until it ends.
+/// What a recorder looks at.
+enum class Recorded {
+  Activity,  ///< spans, projects, rules and where these came from
+  Settings   ///< those too, and settings: whatever is written there is taken back with the rest
+};
+
+/// Records what a transaction does to these tables, from its making until it ends.
 class ChangeRecorder {
  public:
-  explicit ChangeRecorder(Transaction& change);
+  explicit ChangeRecorder(Transaction& change, Recorded what = Recorded::Activity);
 
   /// The difference so far; empty when there is none. Fails the transaction when it cannot be told.
   std::string changeset();
@@ -30,5 +40,26 @@ enum class Applied { All, Conflict, Failed };
 /// Makes the difference again, or its opposite. Where a row is not as the difference found it, but
 /// for a title or an address that was erased since, it is a conflict and nothing is done.
 Applied apply(Transaction& change, const std::string& changeset, bool opposite);
+
+/// Which columns of which rows a difference touches: their bits by table and key. A row that comes
+/// or goes is touched in all of them.
+using Touched = std::map<std::string, uint64_t, std::less<>>;
+Touched touchedBy(const std::string& changeset);
+
+/// Whether both touch the same of a row.
+bool meet(const Touched& one, const Touched& other);
+
+/// The spans that come or go with a difference, and with them what they show. Times are Unix
+/// seconds.
+struct HeldSpans {
+  double from = 0;
+  double to = 0;
+  std::optional<double> titledFrom;  ///< the first end of those with a title or an address
+};
+/// Absent when there are none.
+std::optional<HeldSpans> heldSpans(const std::string& changeset);
+
+/// The texts of the rules, projects and settings that come, go or change.
+std::vector<std::string> ownTexts(const std::string& changeset);
 
 }  // namespace orvanta

@@ -93,6 +93,10 @@ class Database {
   Written setSetting(const std::string& key, const std::string& value);
   /// All of them are stored, or none.
   Written setSettings(const SettingTexts& values);
+  /// The same where `store` has a transaction of its own, in which it calls what it is given.
+  using WriteSettings = std::function<void(Transaction& change)>;
+  Written setSettings(const SettingTexts& values,
+                      const std::function<Written(const WriteSettings& write)>& store);
 
   /// What is wrong with the file, if anything.
   std::optional<StoreHealth::Condition> condition() const { return health_.condition(); }
@@ -151,7 +155,7 @@ class Database {
   std::string replaceFile();
 
   Written patiently(const Attempt& attempt);
-  Written storeSettings(Transaction& change, const SettingTexts& values);
+  void settingsStored(const SettingTexts& values);
   void storeWaiting();
   void tell();
   void openScanner();  // with scanMutex_ held

@@ -8,6 +8,15 @@
 #include "storage/transaction.h"
 
 namespace orvanta {
+namespace {
+
+void writeSettings(Transaction& change, const SettingTexts& values) {
+  for (const auto& [key, value] : values) {
+    change.run("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)", {key, value});
+  }
+}
+
+}  // namespace
 
 void Database::look() {
   bool renewed = false;
@@ -157,27 +166,30 @@ Written Database::setSetting(const std::string& key, const std::string& value) {
 }
 
 Written Database::setSettings(const SettingTexts& values) {
+  return setSettings(values, [&](const WriteSettings& write) {
+    Transaction change(*this);
+    write(change);
+    return change.commit();
+  });
+}
+
+Written Database::setSettings(const SettingTexts& values,
+                              const std::function<Written(const WriteSettings&)>& store) {
   {
     const std::lock_guard lock(settingsMutex_);
     for (const auto& [key, value] : values) waiting_[key] = value;
   }
-  Transaction change(*this);
-  return storeSettings(change, values);
+  auto written = store([&](Transaction& change) { writeSettings(change, values); });
+  if (written) settingsStored(values);
+  return written;
 }
 
-Written Database::storeSettings(Transaction& change, const SettingTexts& values) {
+void Database::settingsStored(const SettingTexts& values) {
+  const std::lock_guard lock(settingsMutex_);
   for (const auto& [key, value] : values) {
-    change.run("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)", {key, value});
+    const auto waiting = waiting_.find(key);
+    if (waiting != waiting_.end() && waiting->second == value) waiting_.erase(waiting);
   }
-  auto written = change.commit();
-  if (written) {
-    const std::lock_guard lock(settingsMutex_);
-    for (const auto& [key, value] : values) {
-      const auto waiting = waiting_.find(key);
-      if (waiting != waiting_.end() && waiting->second == value) waiting_.erase(waiting);
-    }
-  }
-  return written;
 }
 
 // Also finds out whether a trouble has ended where nothing else is to be written: by writing.
@@ -189,7 +201,8 @@ void Database::storeWaiting() {
   }
   if (!waiting.empty()) {
     Transaction change(*this, Patience::None);
-    storeSettings(change, waiting).forget();
+    writeSettings(change, waiting);
+    if (change.commit()) settingsStored(waiting);
   } else if (health_.suspected()) {
     Transaction probe(*this, Patience::None);
     // SQLite writes nothing for an UPDATE that changes nothing.

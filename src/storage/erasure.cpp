@@ -8,6 +8,7 @@
 
 #include "storage/schema.h"
 #include "storage/statement.h"
+#include "storage/transaction.h"
 
 namespace orvanta {
 namespace {
@@ -71,19 +72,26 @@ Erasure eraseTimes(const std::vector<TimeRange>& ranges) {
       steps.push_back({"DELETE FROM events WHERE start=? AND +end <= start", {range.start}});
     }
     std::move(steps.begin(), steps.end(), std::back_inserter(all.steps));
+    all.steps.push_back({"DELETE FROM changes WHERE held_from <= ?2 AND held_to >= ?1",
+                         {range.start, range.end},
+                         true});
   }
+  // What was measured may name anything.
+  all.steps.push_back({"UPDATE changes SET examples=NULL WHERE examples IS NOT NULL", {}, true});
   return all;
 }
 
 Erasure stripTitlesBefore(double cutOff) {
-  return {
-      {{"UPDATE events SET title=NULL, url=NULL "
-        "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
-        {cutOff}}}};
+  return {{{"UPDATE events SET title=NULL, url=NULL "
+            "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",
+            {cutOff}},
+           {"DELETE FROM changes WHERE titled_from < ?", {cutOff}, true}}};
 }
 
 int run(const Erasure& erasure, sqlite3* connection) {
-  for (const auto& [sql, args] : erasure.steps) {
+  const bool changes = Statement(connection, "SELECT 1 FROM changes").ok();
+  for (const auto& [sql, args, ofChanges] : erasure.steps) {
+    if (ofChanges && !changes) continue;
     Statement statement(connection, sql);
     if (!statement.ok()) statement = Statement(connection, withoutIndex(sql));
     if (!statement.ok()) return sqlite3_errcode(connection);
@@ -91,6 +99,15 @@ int run(const Erasure& erasure, sqlite3* connection) {
     if (code != SQLITE_DONE) return code;
   }
   return SQLITE_OK;
+}
+
+void run(const Erasure& erasure, Transaction& change) {
+  bool changes = false;
+  change.each("SELECT 1 FROM sqlite_master WHERE name='changes'", {},
+              [&](const Cursor&) { changes = true; });
+  for (const auto& [sql, args, ofChanges] : erasure.steps) {
+    if (changes || !ofChanges) change.run(sql, args);
+  }
 }
 
 }  // namespace orvanta

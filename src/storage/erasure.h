@@ -11,12 +11,15 @@
 
 namespace orvanta {
 
+class Transaction;
+
 /// Statements that erase something, to be run in their order in one transaction. Run again, they
 /// find nothing more to do; on a copy in which spans have other ids they erase the same time.
 struct Erasure {
   struct Step {
     std::string sql;
     Args args;
+    bool ofChanges = false;  ///< not for a store that keeps no history of changes
   };
   std::vector<Step> steps;
 };
@@ -27,15 +30,19 @@ struct Erasure {
 /// left. Nothing for a range that is empty or not finite.
 Erasure eraseRange(const TimeRange& range);
 
-/// The same of several ranges; of one that lasts no time, the spans that last none there.
+/// The same of several ranges; of one that lasts no time, the spans that last none there. Also what
+/// the history of changes holds of them.
 Erasure eraseTimes(const std::vector<TimeRange>& ranges);
 
-/// The titles and addresses of spans that ended before an instant (Unix seconds).
+/// The titles and addresses of spans that ended before an instant (Unix seconds), with the changes
+/// whose way back holds some.
 Erasure stripTitlesBefore(double cutOff);
 
 /// Runs it in the caller's transaction. SQLITE_OK, or the code of the first step that failed; the
 /// connection then holds the message. An index that is named and that the file lacks is done
 /// without.
 int run(const Erasure& erasure, sqlite3* connection);
+/// The same in a transaction of ours, which fails where a step does.
+void run(const Erasure& erasure, Transaction& change);
 
 }  // namespace orvanta

@@ -1,89 +1,128 @@
 #include "storage/history.h"
 
-#include <algorithm>
-#include <cmath>
-#include <utility>
-
-#include "storage/changeset.h"
+#include "storage/erased_words.h"
+#include "storage/erasure.h"
+#include "storage/snapshot.h"
 
 namespace orvanta {
 namespace {
 
-constexpr std::size_t kAlways = 50;  // changes that are remembered, however large
-constexpr std::size_t kMost = 500;
-constexpr std::size_t kMostBytes = std::size_t{16} << 20;
+// Ends an act that is only rehearsed. No failure: whoever handles those lets it pass.
+struct Rehearsed {};
 
 }  // namespace
 
-Written History::record(const std::function<ChangeNote(Transaction&)>& work) {
-  const std::lock_guard lock(mutex_);
-  std::string changeset;
-  ChangeNote note;
-  auto written = [&] {
-    Transaction change(db_);
-    {
-      ChangeRecorder recorder(change);
-      if (change) note = work(change);
-      changeset = recorder.changeset();
+class History::Rehearsing {
+ public:
+  // What is changed stays in memory: it is not wanted on the disk.
+  Rehearsing(History& history, Transaction& change, const Made& made)
+      : history_(history), change_(change) {
+    spill("PRAGMA cache_spill=OFF");
+    history_.made_ = &made;
+    history_.rehearsing_ = true;
+  }
+  ~Rehearsing() {
+    history_.rehearsing_ = false;
+    spill("PRAGMA cache_spill=ON");
+  }
+  Rehearsing(const Rehearsing&) = delete;
+  Rehearsing& operator=(const Rehearsing&) = delete;
+
+ private:
+  void spill(const char* pragma) {
+    sqlite3_exec(change_.connection(), pragma, nullptr, nullptr, nullptr);
+  }
+
+  History& history_;
+  Transaction& change_;
+};
+
+Written History::record(const Work& work, Recorded what) {
+  // Before the transaction: who waits for reports holds up nobody who writes.
+  std::optional<Snapshot> before;
+  if (measure_) before.emplace(db_);
+  Transaction change(db_);
+  if (change && rehearsing_) return rehearsed(change, work);
+  int64_t id = -1;
+  std::function<std::string()> effect;
+  {
+    ChangeRecorder recorder(change, what);
+    ChangeNote note;
+    if (change) note = work(change);
+    const auto changeset = recorder.changeset();
+    if (!changeset.empty()) {
+      id = change_log::add(change, clock_(), note, changeset);
+      if (measure_ && change && id > 0) effect = measure_(change, changeset);
     }
-    return change.commit();
-  }();
-  if (written && !changeset.empty()) keep(std::move(note), std::move(changeset));
+  }
+  auto written = change.commit();
+  if (!written || !effect) return written;
+  const auto text = effect();
+  before.reset();
+  Transaction measured(db_);
+  change_log::setEffect(measured, clock_(), id, text);
+  measured.commit().forget();
   return written;
 }
 
-void History::keep(ChangeNote note, std::string changeset) {
-  // No list of changes can tell of a span that never ends.
-  if (!std::isfinite(note.seconds)) note.seconds = 0;
-  bytes_ += changeset.size();
-  entries_.push_back(
-      {{.id = ++lastId_, .at = clock_(), .note = std::move(note)}, std::move(changeset)});
-  while (entries_.size() > kMost || (entries_.size() > kAlways && bytes_ > kMostBytes)) {
-    bytes_ -= entries_.front().changeset.size();
-    entries_.pop_front();
-  }
+Written History::rehearsed(Transaction& change, const Work& work) {
+  const auto note = work(change);
+  auto written = change.commit();
+  if (!written) return written;
+  (*made_)(note);
+  throw Rehearsed();
 }
 
-std::vector<Change> History::list(std::size_t most) const {
-  const std::lock_guard lock(mutex_);
-  std::vector<Change> changes;
-  for (auto entry = entries_.rbegin(); entry != entries_.rend() && changes.size() < most; ++entry) {
-    changes.push_back(entry->change);
+History::Rehearsal History::rehearse(const std::vector<std::function<void()>>& acts,
+                                     const Made& made) {
+  std::optional<Snapshot> before;
+  if (measure_) before.emplace(db_);
+  std::function<std::string()> effect;
+  {
+    Transaction change(db_);
+    if (!change) return {change.commit(), {}};
+    const Rehearsing rehearsing(*this, change, made);
+    ChangeRecorder recorder(change);
+    for (const auto& act : acts) {
+      try {
+        act();
+      } catch (const Rehearsed&) {
+        continue;
+      }
+    }
+    const auto changeset = recorder.changeset();
+    if (measure_ && change) effect = measure_(change, changeset);
+    if (!change) return {change.commit(), {}};
   }
-  return changes;
+  return {Written::stored(), effect ? effect() : std::string()};
+}
+
+void History::erase(Transaction& change, const std::vector<TimeRange>& times,
+                    const ChangeNote& note) {
+  // First, so that no later entry takes the number of one that goes.
+  change_log::add(change, clock_(), note, {});
+  ErasedWords words(change, times);
+  run(eraseTimes(times), change);
+  words.drop();
 }
 
 History::Outcome History::turn(int64_t id, bool back) {
-  const std::lock_guard lock(mutex_);
-  const auto entry = std::find_if(entries_.begin(), entries_.end(),
-                                  [&](const Entry& known) { return known.change.id == id; });
-  if (entry == entries_.end() || entry->change.undone == back) return Outcome::Unknown;
   Transaction change(db_);
-  switch (apply(change, entry->changeset, back)) {
-    case Applied::All:
-      break;
-    case Applied::Conflict:
-      return Outcome::Depends;
-    case Applied::Failed:
-      return Outcome::NotStored;
+  const auto kept = change_log::find(change, id);
+  if (change && (!kept || kept->undone == back)) return {Outcome::Kind::Unknown, {}};
+  auto applied = Applied::Failed;
+  {
+    Transaction within(db_);
+    if (kept && change) applied = apply(within, kept->changeset, back);
+    if (applied == Applied::All && !within.commit()) applied = Applied::Failed;
   }
-  if (!change.commit()) return Outcome::NotStored;
-  entry->change.undone = back;
-  return Outcome::Done;
-}
-
-void History::forgetUndone() {
-  const std::lock_guard lock(mutex_);
-  std::erase_if(entries_, [&](const Entry& entry) {
-    if (entry.change.undone) bytes_ -= entry.changeset.size();
-    return entry.change.undone;
-  });
-}
-
-void History::forgetAll() {
-  const std::lock_guard lock(mutex_);
-  entries_.clear();
-  bytes_ = 0;
+  if (applied == Applied::Conflict) {
+    return {Outcome::Kind::Depends, change_log::inTheWay(change, id, kept->changeset)};
+  }
+  if (applied == Applied::Failed) return {Outcome::Kind::NotStored, {}};
+  change_log::setUndone(change, id, back);
+  if (!change.commit()) return {Outcome::Kind::NotStored, {}};
+  return {Outcome::Kind::Done, kept->kind};
 }
 
 }  // namespace orvanta

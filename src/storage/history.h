@@ -1,78 +1,90 @@
-// What was changed by hand, and the way back.
+// What was changed by hand, the way back, and what a change would do.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
-#include <deque>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "base/calendar.h"
 #include "base/clock.h"
+#include "storage/change_log.h"
+#include "storage/changeset.h"
 #include "storage/transaction.h"
 
 namespace orvanta {
 
-/// What the user is told of a change.
-struct ChangeNote {
-  std::string kind;    ///< "assign", "rule.save", …
-  std::string label;   ///< French
-  int64_t spans = 0;   ///< that it touched
-  double seconds = 0;  ///< that they last
-  std::vector<int64_t> learnedRules;
-};
+/// Measures what a change does. Is called in the open transaction, with its changeset, when the
+/// work is done; a Snapshot of what was before is held since the transaction began. What it yields
+/// is called when the transaction is over, stored or rolled back, and yields the effect as JSON.
+using Measure =
+    std::function<std::function<std::string()>(Transaction& change, const std::string& changeset)>;
 
-struct Change {
-  int64_t id = 0;
-  double at = 0;  ///< Unix seconds
-  ChangeNote note;
-  bool undone = false;
-};
-
-/// Remembers, while the program runs, the rows of spans, rules and projects as they were before and
-/// after each change, and puts them back: exactly, row by row, ids included. By the changesets of
-/// SQLite's session extension (sqlite.org/sessionintro.html). From any thread.
+/// Keeps, in the store itself, the rows of spans, rules, projects and settings as they were before
+/// and after each change, and puts them back: exactly, row by row, ids included. By the changesets
+/// of SQLite's session extension (sqlite.org/sessionintro.html). From any thread.
 class History {
  public:
-  explicit History(Database& db, Clock clock = wallClock) : db_(db), clock_(std::move(clock)) {}
+  using Work = std::function<ChangeNote(Transaction&)>;
+  using Made = std::function<void(const ChangeNote&)>;
 
-  /// Makes a change in one transaction and remembers it; `work` fills in the note. Nothing is
-  /// remembered when nothing was stored, or nothing has changed.
-  Written record(const std::function<ChangeNote(Transaction&)>& work);
+  /// Without `measure` no effect is told.
+  explicit History(Database& db, Clock clock = wallClock, Measure measure = {})
+      : db_(db), clock_(std::move(clock)), measure_(std::move(measure)) {}
 
-  /// The newest first.
-  std::vector<Change> list(std::size_t most) const;
+  /// Makes a change and its entry in one transaction; `work` fills in the note. There is no entry
+  /// when nothing was stored, or nothing has changed.
+  Written record(const Work& work, Recorded what = Recorded::Activity);
 
-  enum class Outcome {
-    Done,
-    Unknown,   ///< no such change, or it is undone already (not undone, for redo)
-    Depends,   ///< what it changed has been changed again since; nothing was done
-    NotStored  ///< the store tells why
+  /// Erases, in the caller's transaction, all that was recorded in these times and what the entries
+  /// hold of it. Its own entry cannot be taken back.
+  void erase(Transaction& change, const std::vector<TimeRange>& times, const ChangeNote& note);
+
+  struct Rehearsal {
+    Written possible;    ///< whether a change could be tried; else the store tells why
+    std::string effect;  ///< as Measure yields it
+  };
+  /// Runs acts that call record() each, one after the other, and takes all of it back. An act ends
+  /// where the change is made: nothing that would follow it happens. `made` is called then, while
+  /// the change can still be read. What an act throws goes on to the caller; one that returns has
+  /// changed nothing. Routes that are answered on the same thread see rehearsing().
+  Rehearsal rehearse(const std::vector<std::function<void()>>& acts, const Made& made);
+  bool rehearsing() const { return rehearsing_; }
+
+  /// The newest first. Absent when not all can be read.
+  std::optional<std::vector<Change>> list(std::size_t most) const {
+    return change_log::list(db_, most);
+  }
+
+  struct Outcome {
+    enum class Kind {
+      Done,
+      Unknown,   ///< no such change, or it is undone already (not undone, for redo)
+      Depends,   ///< what it changed has been changed again since; nothing was done
+      NotStored  ///< the store tells why
+    };
+    Kind kind = Kind::Done;
+    std::string text;  ///< when done, the change's kind; when it depends, the label of what is in
+                       ///< the way, "" for none that is known
   };
   Outcome undo(int64_t id) { return turn(id, true); }
   /// Makes an undone change once more.
   Outcome redo(int64_t id) { return turn(id, false); }
 
-  /// Forgets the changes that were undone: what they would bring back may have been erased.
-  void forgetUndone();
-  void forgetAll();
-
  private:
-  struct Entry {
-    Change change;
-    std::string changeset;
-  };
+  class Rehearsing;
 
   Outcome turn(int64_t id, bool back);
-  void keep(ChangeNote note, std::string changeset);
+  Written rehearsed(Transaction& change, const Work& work);
 
   Database& db_;
   const Clock clock_;
-  mutable std::mutex mutex_;   // guards the next; taken before the store's
-  std::deque<Entry> entries_;  // the oldest first
-  std::size_t bytes_ = 0;
-  int64_t lastId_ = 0;
+  const Measure measure_;
+  std::atomic<bool> rehearsing_ = false;  // changed in a transaction only
+  const Made* made_ = nullptr;            // of the rehearsal
 };
 
 }  // namespace orvanta

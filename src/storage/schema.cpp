@@ -31,7 +31,14 @@ constexpr auto kSchema =
     "CREATE TABLE IF NOT EXISTS rule_origins (\n"
     "  rule_id INTEGER PRIMARY KEY, origin TEXT NOT NULL, at REAL,\n"
     "  pending INTEGER NOT NULL CHECK (pending IN (0, 1)));\n"
-    "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT);";
+    "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT);"
+    "CREATE TABLE IF NOT EXISTS changes (\n"
+    "  id INTEGER PRIMARY KEY, at REAL NOT NULL, kind TEXT NOT NULL, label TEXT NOT NULL,\n"
+    "  spans INTEGER, seconds REAL, learned TEXT, undone INTEGER DEFAULT 0, bytes INTEGER,\n"
+    "  held_from REAL, held_to REAL, titled_from REAL, words TEXT, effect TEXT,\n"
+    "  examples TEXT, changeset BLOB);\n"
+    // Their sizes are added up at every change.
+    "CREATE INDEX IF NOT EXISTS idx_changes_at ON changes(at, bytes);";
 
 // Holds about one span a day, so that a range query finds the long spans that reach into it without
 // walking the history.
@@ -48,9 +55,9 @@ constexpr auto kManualIndex =
 
 // Columns of `projects` that the first version did not have.
 constexpr std::array<const char*, 3> kLaterColumns{"external_id", "client", "keywords"};
-constexpr std::array<std::string_view, 9> kObjects{
-    "events",          "projects",          "rules",
-    "settings",        "rule_origins",      "idx_events_end",
+constexpr std::array<std::string_view, 11> kObjects{
+    "events",          "projects",          "rules",           "settings",
+    "rule_origins",    "changes",           "idx_changes_at",  "idx_events_end",
     "idx_events_long", "idx_events_manual", "idx_events_start"};
 constexpr auto kObsolete =
     "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')";

@@ -82,9 +82,9 @@ TEST_F(StoreRoutesTest, ChangesAreListedTakenBackAndMadeAgain) {
   EXPECT_EQ(spans(), "0-100 t\n100-200 t\n200-600 t\n86400-87000 t\n");
 
   // The assignment lies under the range.
-  EXPECT_EQ(
-      undo(list[1].at("id")),
-      R"({"error":"ce changement ne peut pas être annulé : ce qu'il a touché a changé depuis"})");
+  EXPECT_EQ(undo(list[1].at("id")),
+            R"({"error":"ce changement ne peut pas être annulé : « Loisir : 01/01/1970, 01:01 – )"
+            R"(01:03 » a changé la même chose depuis"})");
   EXPECT_EQ(undo(list[0].at("id")), R"({"ok":true})");
   EXPECT_EQ(undo(list[0].at("id")), R"({"error":"ce changement ne peut plus être annulé"})");
   EXPECT_EQ(undo(list[1].at("id")), R"({"ok":true})");

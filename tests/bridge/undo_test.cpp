@@ -58,7 +58,7 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
   for (unsigned seed = 0; seed < 120; ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
-    core.history.forgetAll();
+    store.db.run("DELETE FROM changes");
     fillAtRandom(store.db, dice, kStart, 20000, {kStart + 7, kStart + 5000.5});
     Texts states{rows()};
     for (int i = 1 + dice.upTo(19); i > 0; --i) {
@@ -95,7 +95,7 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
   for (unsigned seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
-    core.history.forgetAll();
+    store.db.run("DELETE FROM changes");
     fillAtRandom(store.db, dice, kStart, 2000, {kStart + 7, kStart + 5000.5});
     for (int i = 0; i < 6; ++i) changeSomething(dice);
     auto ids = changes();
@@ -106,8 +106,7 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
       const auto answer = ask("changes.undo", {{"id", id}});
       if (answer.as_object().contains("ok")) continue;
       ++conflicts;
-      EXPECT_EQ(answer.at("error"),
-                "ce changement ne peut pas être annulé : ce qu'il a touché a changé depuis");
+      EXPECT_TRUE(holds(answer.at("error").as_string(), " a changé la même chose depuis"));
       ASSERT_EQ(difference(before, rows()), "");
     }
   }

@@ -55,7 +55,7 @@ json::value assign(Core& core, const Body& body) {
 json::value assignRange(Core& core, const Body& body) {
   const auto category = body.s("category");
   const auto project = body.i("project_id");
-  return told(core, core.tracker.changeRecorded(rangeIn(body), [&](const TimeRange& range) {
+  const auto assign = [&](const TimeRange& range) {
     return core.history.record([&](Transaction& change) {
       const auto assigned = orvanta::assignRange(change, range, category, project);
       return ChangeNote{
@@ -64,7 +64,10 @@ json::value assignRange(Core& core, const Body& body) {
           .spans = assigned.spans,
           .seconds = assigned.seconds};
     });
-  }));
+  };
+  // What is rehearsed is gone before anything is recorded again.
+  if (core.history.rehearsing()) return told(core, assign(rangeIn(body)));
+  return told(core, core.tracker.changeRecorded(rangeIn(body), assign));
 }
 
 struct Recorded {
@@ -127,13 +130,17 @@ json::value remove(Core& core, const Body& body) {
   const auto written = core.tracker.changeRecorded(range, [&](const TimeRange& until) {
     look(until);
     Transaction change(db);
-    for (const auto& [sql, args] : eraseTimes(times).steps) change.run(sql, args);
+    core.history.erase(change, times,
+                       {.kind = "erase",
+                        .label = ids.empty() ? labels::erased(until, core.calendar)
+                                             : labels::erased(answer["deleted"].as_int64()),
+                        .spans = answer["deleted"].as_int64(),
+                        .seconds = answer["seconds"].as_double()});
     // Killed before the copies are erased, the next start does that.
     core.keeper.remember(change, times);
     return change.commit();
   });
   if (!written) return told(core, written, {{"ok", true}, {"deleted", 0}, {"seconds", 0}});
-  core.history.forgetUndone();
   core.shell.refreshMenu();
   if (!core.keeper.erase(times)) {
     answer["message"] =

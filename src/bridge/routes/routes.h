@@ -27,6 +27,9 @@ RouteTable settingsRoutes();
 RouteTable permissionRoutes();
 RouteTable storeRoutes();
 
+/// The kind of a change of settings, which the program follows when it is taken back.
+inline constexpr std::string_view kSettingsChange = "settings";
+
 /// The answer of what was done.
 inline boost::json::object done() {
   return {{"ok", true}};

@@ -1,6 +1,9 @@
 // The user's settings.
 #include <boost/json/value_from.hpp>
+#include <string_view>
+#include <vector>
 
+#include "bridge/change_labels.h"
 #include "bridge/routes/routes.h"
 #include "storage/settings.h"
 
@@ -17,13 +20,30 @@ json::value describe(Core& /*core*/, const Body& /*body*/) {
   return describeSettings();
 }
 
+// What the user chose, and can take back.
+Written choose(Core& core, const SettingTexts& chosen) {
+  return core.db.setSettings(chosen, [&](const auto& write) {
+    return core.history.record(
+        [&](Transaction& change) {
+          write(change);
+          std::vector<std::string_view> keys;
+          for (const auto& [key, value] : chosen) keys.push_back(key);
+          return ChangeNote{.kind = std::string(kSettingsChange), .label = labels::settings(keys)};
+        },
+        Recorded::Settings);
+  });
+}
+
 json::value set(Core& core, const Body& body) {
   SettingTexts values;
+  SettingTexts chosen;
   for (const auto& [key, value] : body.object()) {
     if (value.is_null() || !defaultSettings().contains(key)) continue;
-    values[key] = plainText(value);
+    (labels::nameOfSetting(key).empty() ? values : chosen)[key] = plainText(value);
   }
-  const auto written = values.empty() ? Written::stored() : core.db.setSettings(values);
+  auto written = values.empty() ? Written::stored() : core.db.setSettings(values);
+  if (written && !chosen.empty()) written = choose(core, chosen);
+  values.merge(chosen);
   core.tracker.startRetention();
   auto answer = done();
   if (auto otherwise = readAs(values); !otherwise.empty()) {

@@ -83,7 +83,6 @@ json::value restore(Core& core, const Body& body) {
   const auto backup = knownBackup(core, body);
   const auto result = core.keeper.restore(backup.file);
   if (!result.done) throw AppError("Restauration impossible : " + result.error + ".");
-  core.history.forgetAll();
   core.shell.refreshMenu();
   return {{"ok", true},
           {"kept", result.kept ? json::value(result.kept->string()) : json::value(nullptr)}};
