@@ -86,7 +86,7 @@ std::string projectSaved(std::string_view name) {
 }
 
 std::string projectDeleted(std::string_view name) {
-  return "Projet supprimé : " + quoted(name);
+  return name.empty() ? "Projet supprimé" : "Projet supprimé : " + quoted(name);
 }
 
 std::string projectArchived(std::string_view name) {

@@ -23,6 +23,7 @@ std::string assigned(const std::optional<std::string>& category,
                      const std::optional<std::string>& project, const TimeRange& range,
                      const Calendar& calendar);
 std::string projectSaved(std::string_view name);
+/// Without a name for one that was gone already, yet spans or rules belonged to.
 std::string projectDeleted(std::string_view name);
 std::string projectArchived(std::string_view name);
 std::string ruleSaved(std::string_view pattern);

@@ -136,6 +136,19 @@ Change read(const Cursor& row) {
   return change;
 }
 
+bool spanGone(Transaction& change, const Touched& touched) {
+  constexpr std::string_view kTable = "events|";
+  for (auto row = touched.lower_bound(kTable);
+       row != touched.end() && row->first.starts_with(kTable); ++row) {
+    bool there = false;
+    const auto key = std::string_view(row->first).substr(kTable.size());
+    change.each("SELECT 1 FROM events WHERE id=CAST(? AS INTEGER)", {key},
+                [&](const Cursor&) { there = true; });
+    if (!there) return true;
+  }
+  return false;
+}
+
 // The examples of an effect stand beside it: they name what was recorded, and leave when something
 // is erased.
 struct Measured {
@@ -162,13 +175,13 @@ std::optional<Measured> parted(const std::string& effect) {
 
 }  // namespace
 
-std::optional<std::vector<Change>> list(Database& db, std::size_t most) {
+std::optional<std::vector<Change>> list(Database& db, double now, std::size_t most) {
   std::vector<Change> changes;
   const bool all = db.each(
       "SELECT id, at, kind, label, spans, seconds, learned, undone, changeset IS NOT NULL, "
       "CASE WHEN examples IS NULL THEN effect ELSE json_set(effect, '$.examples', json(examples)) "
-      "END FROM changes ORDER BY id DESC LIMIT ?",
-      {static_cast<int64_t>(std::min<std::size_t>(most, INT32_MAX))},
+      "END FROM changes WHERE at >= ? ORDER BY id DESC LIMIT ?",
+      {now - kKeptFor, static_cast<int64_t>(std::min<std::size_t>(most, INT32_MAX))},
       [&](const Cursor& row) { changes.push_back(read(row)); });
   return all ? std::optional(std::move(changes)) : std::nullopt;
 }
@@ -214,19 +227,25 @@ void setUndone(Transaction& change, int64_t id, bool undone) {
 }
 
 std::string inTheWay(Transaction& change, int64_t id, const std::string& changeset) {
-  struct Later {
+  struct Other {
     int64_t id;
     std::string label;
+    bool erases;
   };
-  std::vector<Later> later;
+  std::vector<Other> others;
   change.each(
-      "SELECT id, label FROM changes WHERE id > ? AND undone=0 AND changeset IS NOT NULL "
-      "ORDER BY id DESC",
-      {id}, [&](const Cursor& row) {
-        later.push_back({row.int_(0).value_or(0), std::string(row.str(1).value_or(""))});
+      "SELECT id, label, kind=?2 FROM changes WHERE id <> ?1 AND (id > ?1) = (undone = 0) "
+      "AND (changeset IS NOT NULL OR kind=?2) ORDER BY id DESC",
+      {id, kErase}, [&](const Cursor& row) {
+        others.push_back({row.int_(0).value_or(0), std::string(row.str(1).value_or("")),
+                          row.int_(2).value_or(0) != 0});
       });
   const auto touched = touchedBy(changeset);
-  for (const auto& [other, label] : later) {
+  for (const auto& [other, label, erases] : others) {
+    if (erases) {
+      if (spanGone(change, touched)) return label;
+      continue;
+    }
     const auto bytes = readBlob(change.connection(), "changeset", other);
     if (bytes && meet(touched, touchedBy(*bytes))) return label;
   }

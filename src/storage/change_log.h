@@ -33,8 +33,11 @@ struct Change {
 /// transaction that is open, and fail with it.
 namespace change_log {
 
+/// The kind of an entry that tells of an erasure.
+inline constexpr auto kErase = "erase";
+
 /// The newest first. Absent when not all can be read.
-std::optional<std::vector<Change>> list(Database& db, std::size_t most);
+std::optional<std::vector<Change>> list(Database& db, double now, std::size_t most);
 
 /// Yields its id. A table that is missing or damaged loses the entry, -1, but not the transaction.
 int64_t add(Transaction& change, double now, const ChangeNote& note, const std::string& changeset);
@@ -52,8 +55,8 @@ std::optional<Kept> find(Transaction& change, int64_t id);
 
 void setUndone(Transaction& change, int64_t id, bool undone);
 
-/// The label of the latest change, not undone, that touches what this one does and came later: ""
-/// where there is none.
+/// The label of the latest change that touches what this one does: one that came later, or an
+/// earlier one that was taken back; "" where there is none.
 std::string inTheWay(Transaction& change, int64_t id, const std::string& changeset);
 
 }  // namespace change_log

@@ -42,7 +42,7 @@ enum class Applied { All, Conflict, Failed };
 Applied apply(Transaction& change, const std::string& changeset, bool opposite);
 
 /// Which columns of which rows a difference touches: their bits by table and key. A row that comes
-/// or goes is touched in all of them.
+/// or goes is touched in all of them. Also which names of projects it takes or frees.
 using Touched = std::map<std::string, uint64_t, std::less<>>;
 Touched touchedBy(const std::string& changeset);
 

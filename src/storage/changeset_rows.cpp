@@ -11,6 +11,7 @@ constexpr int kStart = 1;  // columns of `events`
 constexpr int kEnd = 2;
 constexpr int kTitle = 5;
 constexpr int kUrl = 6;
+constexpr int kName = 1;  // of `projects`, where no two have the same
 
 // A row of a difference.
 class ChangedRow {
@@ -92,7 +93,13 @@ bool isText(sqlite3_value* value) {
 
 Touched touchedBy(const std::string& changeset) {
   Touched touched;
-  forEachRow(changeset, [&](const ChangedRow& row) { touched[row.key()] |= row.touched(); });
+  forEachRow(changeset, [&](const ChangedRow& row) {
+    touched[row.key()] |= row.touched();
+    if (row.table() != "projects") return;
+    for (auto* name : {row.before(kName), row.after(kName)}) {
+      if (name) touched["name|" + std::string(ChangedRow::textOf(name))] = 1;
+    }
+  });
   return touched;
 }
 

@@ -8,7 +8,6 @@
 
 #include "storage/schema.h"
 #include "storage/statement.h"
-#include "storage/transaction.h"
 
 namespace orvanta {
 namespace {
@@ -99,15 +98,6 @@ int run(const Erasure& erasure, sqlite3* connection) {
     if (code != SQLITE_DONE) return code;
   }
   return SQLITE_OK;
-}
-
-void run(const Erasure& erasure, Transaction& change) {
-  bool changes = false;
-  change.each("SELECT 1 FROM sqlite_master WHERE name='changes'", {},
-              [&](const Cursor&) { changes = true; });
-  for (const auto& [sql, args, ofChanges] : erasure.steps) {
-    if (changes || !ofChanges) change.run(sql, args);
-  }
 }
 
 }  // namespace orvanta

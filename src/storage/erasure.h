@@ -11,8 +11,6 @@
 
 namespace orvanta {
 
-class Transaction;
-
 /// Statements that erase something, to be run in their order in one transaction. Run again, they
 /// find nothing more to do; on a copy in which spans have other ids they erase the same time.
 struct Erasure {
@@ -42,7 +40,5 @@ Erasure stripTitlesBefore(double cutOff);
 /// connection then holds the message. An index that is named and that the file lacks is done
 /// without.
 int run(const Erasure& erasure, sqlite3* connection);
-/// The same in a transaction of ours, which fails where a step does.
-void run(const Erasure& erasure, Transaction& change);
 
 }  // namespace orvanta

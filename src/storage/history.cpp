@@ -99,11 +99,14 @@ History::Rehearsal History::rehearse(const std::vector<std::function<void()>>& a
 
 void History::erase(Transaction& change, const std::vector<TimeRange>& times,
                     const ChangeNote& note) {
-  // First, so that no later entry takes the number of one that goes.
-  change_log::add(change, clock_(), note, {});
-  ErasedWords words(change, times);
-  run(eraseTimes(times), change);
-  words.drop();
+  // First, so that no entry takes the number of one that goes.
+  const bool kept = change_log::add(change, clock_(), note, {}) > 0;
+  std::optional<ErasedWords> words;
+  if (kept) words.emplace(change, times);
+  for (const auto& step : eraseTimes(times).steps) {
+    if (kept || !step.ofChanges) change.run(step.sql, step.args);
+  }
+  if (kept) words->drop();
 }
 
 History::Outcome History::turn(int64_t id, bool back) {

@@ -54,9 +54,9 @@ class History {
   Rehearsal rehearse(const std::vector<std::function<void()>>& acts, const Made& made);
   bool rehearsing() const { return rehearsing_; }
 
-  /// The newest first. Absent when not all can be read.
+  /// Of 90 days, the newest first. Absent when not all can be read.
   std::optional<std::vector<Change>> list(std::size_t most) const {
-    return change_log::list(db_, most);
+    return change_log::list(db_, clock_(), most);
   }
 
   struct Outcome {

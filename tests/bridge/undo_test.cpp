@@ -106,7 +106,8 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
       const auto answer = ask("changes.undo", {{"id", id}});
       if (answer.as_object().contains("ok")) continue;
       ++conflicts;
-      EXPECT_TRUE(holds(answer.at("error").as_string(), " a changé la même chose depuis"));
+      EXPECT_TRUE(holds(answer.at("error").as_string(), " » a changé la même chose depuis"))
+          << answer << call("changes.list");
       ASSERT_EQ(difference(before, rows()), "");
     }
   }

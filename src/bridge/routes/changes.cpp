@@ -3,13 +3,11 @@
 #include <array>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
-#include <iterator>
 #include <vector>
 
 #include "bridge/change_labels.h"
 #include "bridge/report_json.h"
 #include "bridge/routes/routes.h"
-#include "classify/rule_set.h"
 
 namespace orvanta {
 namespace {
@@ -19,17 +17,15 @@ namespace json = boost::json;
 json::array learnedRules(Database& db, const std::vector<int64_t>& ids) {
   json::array rules;
   if (ids.empty()) return rules;
-  const auto projects = loadProjects(db);
   db.each(
-      "SELECT field, pattern, category, project_id FROM rules "
-      "WHERE id IN (SELECT value FROM json_each(?)) ORDER BY id",
+      "SELECT field, pattern, rules.category, name FROM rules "
+      "LEFT JOIN projects ON projects.id = project_id "
+      "WHERE rules.id IN (SELECT value FROM json_each(?)) ORDER BY rules.id",
       {json::serialize(json::array(ids.begin(), ids.end()))}, [&](const Cursor& row) {
-        const auto project = projects.find(row.int_(3).value_or(0));
         rules.push_back({{"field", row.str(0).value_or("")},
                          {"pattern", row.str(1).value_or("")},
                          {"category", jsonOrNull(row.str(2))},
-                         {"project", project != projects.end() ? json::value(project->second.name)
-                                                               : json::value(nullptr)}});
+                         {"project", jsonOrNull(row.str(3))}});
       });
   return rules;
 }

@@ -131,7 +131,7 @@ json::value remove(Core& core, const Body& body) {
     look(until);
     Transaction change(db);
     core.history.erase(change, times,
-                       {.kind = "erase",
+                       {.kind = change_log::kErase,
                         .label = ids.empty() ? labels::erased(until, core.calendar)
                                              : labels::erased(answer["deleted"].as_int64()),
                         .spans = answer["deleted"].as_int64(),

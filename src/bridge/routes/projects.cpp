@@ -63,7 +63,7 @@ json::value remove(Core& core, const Body& body) {
   const auto id = body.i("id");
   if (!id) throw AppError("id manquant");
   const auto written = core.history.record([&](Transaction& change) {
-    ChangeNote note{.kind = "project.delete"};
+    ChangeNote note{.kind = "project.delete", .label = labels::projectDeleted("")};
     change.each("SELECT name FROM projects WHERE id=?", {*id}, [&](const Cursor& row) {
       note.label = labels::projectDeleted(row.str(0).value_or(""));
     });
