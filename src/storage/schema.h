@@ -20,7 +20,7 @@ inline constexpr auto kIsLong = "end - start > 14000";
 
 /// The form of the tables, as PRAGMA user_version holds it. A file of a later form is left as it
 /// is.
-inline constexpr int kSchemaVersion = 1;
+inline constexpr int kSchemaVersion = 2;
 
 /// Creates the tables and indexes in an empty file. False when that fails.
 bool createSchema(sqlite3* connection);
