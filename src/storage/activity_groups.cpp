@@ -4,9 +4,8 @@
 #include <utility>
 
 namespace orvanta {
-namespace {
 
-uint64_t hashOf(const Ev& ev) {
+uint64_t hashOfActivity(const Ev& ev) {
   constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
   uint64_t hash = static_cast<uint64_t>(ev.projectId.value_or(0)) * 2 + (ev.projectId ? 1 : 0);
   for (const auto text : {ev.app, ev.domain, ev.title, ev.url, ev.category}) {
@@ -15,15 +14,20 @@ uint64_t hashOf(const Ev& ev) {
   return hash;
 }
 
-}  // namespace
-
-void ActivityTime::add(const ActivityTime& other) {
-  if (spans == 0 || other.first < first) {
-    first = other.first;
-    example = other.example;
+void addTime(std::vector<ActivityTime>& times, const ActivityTime& some) {
+  // The newest is the one that most spans are added to.
+  const auto time = std::find_if(times.rbegin(), times.rend(),
+                                 [&](const ActivityTime& one) { return one.month == some.month; });
+  if (time == times.rend()) {
+    times.push_back(some);
+    return;
   }
-  seconds += other.seconds;
-  spans += other.spans;
+  if (some.first < time->first) {
+    time->first = some.first;
+    time->example = some.example;
+  }
+  time->seconds += some.seconds;
+  time->spans += some.spans;
 }
 
 int Months::of(double instant) {
@@ -42,7 +46,7 @@ int Months::of(double instant) {
 }
 
 uint32_t ActivityGroups::placeOf(const Ev& ev) {
-  const auto [at, isNew] = places_.try_emplace(hashOf(ev), kUnwanted);
+  const auto [at, isNew] = places_.try_emplace(hashOfActivity(ev), kUnwanted);
   if (!isNew) return at->second;
   Ev activity = ev;
   activity.id = 0;
@@ -60,16 +64,11 @@ void ActivityGroups::add(const Ev& ev) {
   if (ev.idle) return;
   const auto place = placeOf(ev);
   if (place == kUnwanted) return;
-  const int month = months_.of(ev.start);
-  auto& times = groups_[place].times;
-  // The newest is the one that most spans are added to.
-  auto time = std::find_if(times.rbegin(), times.rend(),
-                           [&](const ActivityTime& one) { return one.month == month; });
-  if (time == times.rend()) {
-    times.push_back({.month = month});
-    time = times.rbegin();
-  }
-  time->add({.seconds = ev.duration(), .spans = 1, .first = ev.start, .example = ev.id});
+  addTime(groups_[place].times, {.month = months_.of(ev.start),
+                                 .seconds = ev.duration(),
+                                 .spans = 1,
+                                 .first = ev.start,
+                                 .example = ev.id});
 }
 
 void ActivityGroups::tell(const Take& take) const {

@@ -19,10 +19,13 @@ struct ActivityTime {
   int64_t spans = 0;
   double first = 0;     ///< start of the first of them, Unix seconds
   int64_t example = 0;  ///< id of that one
-
-  /// Adds what `other` adds up to.
-  void add(const ActivityTime& other);
 };
+
+/// Adds what some spans add up to, to what the others of the month do.
+void addTime(std::vector<ActivityTime>& times, const ActivityTime& some);
+
+/// By which activities are told apart while the program runs, as StringPool::hashOf() does texts.
+uint64_t hashOfActivity(const Ev& ev);
 
 /// Finds the local month of instants (Unix seconds), quickly where they come in the order of time.
 class Months {
