@@ -21,7 +21,8 @@ struct LearnedRules : testing::Test, Program {
   }
   std::string origins() {
     std::string text;
-    for (const auto& rule : call("rules.origins").as_array()) {
+    const auto rules = call("rules.origins").as_array();
+    for (const auto& rule : rules) {
       text += fmt::format("{} {}{}{}\n", rule.at("id").as_int64(),
                           rule.at("origin").as_string().c_str(),
                           rule.at("pending").as_bool() ? " pending" : "",
@@ -42,7 +43,7 @@ TEST_F(LearnedRules, SayWhereTheyCameFromAlsoAfterUndoAndRedo) {
   const std::string given = "1 builtin\n2 app\n3 user\n";
   EXPECT_EQ(origins(), given + "4 learned pending taught\n");
   const auto learned = rows();
-  const auto last = [&] { return call("changes.list").at(0).at("id"); };
+  const auto last = [&]() -> json::value { return call("changes.list").at(0).at("id"); };
   const auto assigned = last();
   ask("changes.undo", {{"id", assigned}});
   EXPECT_EQ(origins(), given);

@@ -157,14 +157,17 @@ struct Naive {
   }
 };
 
-void expectEffect(json::object told, const json::object& expected) {
+// The history keeps no titles.
+void expectEffect(json::object told, const json::object& expected, bool kept) {
   told.erase("learned");
   for (const auto& example : expected.at("examples").as_array()) {
     const auto at = static_cast<std::size_t>(&example - expected.at("examples").as_array().data());
     ASSERT_LT(at, told["examples"].as_array().size());
     auto& title = told["examples"].as_array()[at].as_object()["title"];
     const auto& titles = example.at("title").as_array();
-    if (std::find(titles.begin(), titles.end(), title) != titles.end()) title = titles;
+    const bool known =
+        kept ? title.is_null() : std::find(titles.begin(), titles.end(), title) != titles.end();
+    if (known) title = titles;
   }
   for (const auto& [key, value] : expected) EXPECT_EQ(told.at(key), value) << key;
   EXPECT_EQ(told.size(), expected.size());
@@ -278,11 +281,14 @@ TEST_F(Effects, AreTheDifferenceOfTwoClassificationsBeforeAndAfter) {
       naive.after = spans();
       naive.projectsAfter = loadProjects(store.db);
       const auto expected = naive.effect();
-      expectEffect(preview, expected);
+      {
+        SCOPED_TRACE("previewed");
+        expectEffect(preview, expected, false);
+      }
       learned += preview.at("learned").as_array().size();
       const auto changes = ask("changes.list", {}).as_array();
       if (steps.size() == 1 && !changes.empty()) {
-        expectEffect(changes.front().at("effect").as_object(), expected);
+        expectEffect(changes.front().at("effect").as_object(), expected, true);
       }
       if (expected.at("spans") != 0) ++effective[steps.front().path];
     });
@@ -295,9 +301,12 @@ TEST_F(Effects, OfArchivingAreNoneWhereTheTimeIsKept) {
   int64_t kept = 0;
   for (unsigned seed = 0; seed < 500 && !HasFailure(); ++seed) {
     fill(seed, [&](Dice& dice) {
+      // Saved once more, it would be another one.
+      store.db.run("UPDATE projects SET category='autre' WHERE category=''");
       const auto known = ask("projects.list", {}).as_array();
       if (known.empty()) return;
       auto project = dice.oneOf(known).as_object();
+      if (project.at("archived") == 1) return;
       const auto counted = [&] {
         std::map<int64_t, std::pair<std::string, std::optional<int64_t>>> list;
         for (const auto& span : spans()) list[span.id] = {span.cat, span.pid};
@@ -308,13 +317,12 @@ TEST_F(Effects, OfArchivingAreNoneWhereTheTimeIsKept) {
       const auto answer = ask("projects.archive", {{"id", project.at("id")}, {"keep", true}});
       kept += answer.at("spans").as_int64();
       EXPECT_EQ(counted(), before) << "archived";
-      const auto change = ask("changes.list", {}).as_array();
       project["archived"] = 0;
       ask("projects.save", project);
-      if (project.at("archived") != 1) EXPECT_EQ(counted().size(), before.size());
       EXPECT_EQ(counted(), before) << "and active again";
-      for (const auto& made : ask("changes.list", {}).as_array()) {
-        ask("changes.undo", {{"id", made.at("id")}});
+      const auto made = ask("changes.list", {}).as_array();
+      for (const auto& change : made) {
+        ask("changes.undo", {{"id", change.at("id")}});
       }
       EXPECT_EQ(difference(stored, rows()), "");
     });
