@@ -468,7 +468,7 @@ test("hostile text is shown as text, on every view", async () => {
     const found = await page.evaluate(() => ({
       hit: window.hit,
       made: document.querySelectorAll("#page script, #page img, #page b[onclick]").length,
-      wide: [...document.querySelectorAll(".main, .top, .side, .preview, .assign, dialog")].some(
+      wide: [...document.querySelectorAll(".main, .top, .side, .preview, .effect, .learnt, .assign, dialog")].some(
         (part) => part.scrollWidth > part.clientWidth || part.getBoundingClientRect().right > innerWidth,
       ),
     }));
@@ -491,6 +491,21 @@ test("hostile text is shown as text, on every view", async () => {
   await blocks(page).nth(1).click();
   await page.locator(".assign-why span").first().waitFor();
   await safe("selection");
+  const days = await Promise.all(
+    ["2026-11-19", "2026-11-18"].map((date) => page.program.ask("day", { date })),
+  );
+  for (const { blocks: all } of days) {
+    const ids = all.filter(({ idle }) => !idle).flatMap((block) => block.ids);
+    await page.program.ask("events.assign", { ids, project_id: 1 });
+  }
+  await page.keyboard.press("h");
+  await page.addInitScript(() => (window.hit = 0));
+  await page.reload();
+  await page.locator(".learnt .effect-fold > summary").first().click();
+  await page.locator(".change-row .effect-fold > summary").first().click();
+  await safe("learnt rules, history");
+  await page.keyboard.press("j");
+  await page.waitForSelector(".block");
   const text = await page.locator(".blocks").innerText();
   for (const part of ["<script>hit=1</script>", "<img src=x onerror=hit=1>", "👩‍👩‍👧"])
     assert.ok(text.includes(part), part);

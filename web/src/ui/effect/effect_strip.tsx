@@ -17,7 +17,13 @@ interface Props {
 }
 
 export function EffectStrip({ effect, none = "Rien ne change dans le passé." }: Props) {
-  if (effect.spans === 0 && !effect.incomplete) return <p class="effect-none quiet">{none}</p>;
+  if (effect.spans === 0 && !effect.incomplete)
+    return (
+      <p class="effect-none quiet">
+        <Icon name="check" />
+        {none}
+      </p>
+    );
   return (
     <>
       <p class="effect-sum">

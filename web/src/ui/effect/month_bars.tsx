@@ -7,7 +7,7 @@ import { projectColor } from "../icons";
 const height = 30;
 const step = 10;
 
-/** How much moves in each month, in the colour of who gains most; a table for those who do not see it. */
+/** How much moves in each month, in the colour of the project, or else the category, that it is about; a table for those who do not see it. */
 export function MonthBars({ effect }: { effect: Effect }) {
   const months = filledMonths(effect);
   const [first, last] = [months[0], months[months.length - 1]];
@@ -65,7 +65,7 @@ export function MonthBars({ effect }: { effect: Effect }) {
 }
 
 function colorOf(effect: Effect): { cat?: string; color?: string } {
-  const [project, category] = [projectNets(effect)[0], categoryNets(effect)[0]];
-  if (project && (project.seconds > 0 || !category)) return { color: projectColor(project.color ?? null) };
-  return { cat: categoryClass(category?.key ?? "nonclasse") };
+  const [project] = projectNets(effect).sort((a, b) => Math.abs(b.seconds) - Math.abs(a.seconds));
+  if (project) return { color: projectColor(project.color ?? null) };
+  return { cat: categoryClass(categoryNets(effect)[0]?.key ?? "nonclasse") };
 }

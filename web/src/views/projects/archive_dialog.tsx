@@ -14,7 +14,7 @@ interface Props {
 }
 
 /** Asks before a project is put away, which takes from it what its keywords gave, unless it is kept. */
-export function ArchiveProject({ project: { id, name }, onClose }: Props) {
+export function ArchiveProject({ project: { id, name, keywords }, onClose }: Props) {
   const client = useClient();
   const undoable = useUndoable();
   const [keep, setKeep] = useState(true);
@@ -24,6 +24,8 @@ export function ArchiveProject({ project: { id, name }, onClose }: Props) {
   });
   const given = -(lost?.projects.find((one) => one.id === id)?.seconds ?? 0);
   const gives = lost !== undefined && given > 0;
+  // What cannot be measured is kept as well.
+  const kept = keep && (gives || error !== undefined);
   return (
     <Confirm
       title={`Archiver « ${isolated(name, 60)} » ?`}
@@ -32,24 +34,26 @@ export function ArchiveProject({ project: { id, name }, onClose }: Props) {
       onClose={onClose}
       onConfirm={() =>
         undoable(
-          () => client.call("projects.archive", { id, keep: keep && gives }),
+          () => client.call("projects.archive", { id, keep: kept }),
           () => ({ text: `« ${isolated(name, 60)} » est archivé.` }),
         )
       }
     >
-      <p>Il n’apparaît plus dans les listes, et ses mots-clés ne lui donnent plus rien.</p>
+      <p>
+        Il n’apparaît plus dans les listes{keywords && ", et ses mots-clés ne lui donnent plus rien"}.
+      </p>
       <Said text={lost ? (gives ? "gives" : "nothing") : error}>
         {!lost ? (
           error
         ) : gives ? (
           <p>
-            Jusqu’ici, ils lui ont donné <b>{amount(given)}</b>, {sinceWhen(lost)}.
+            Jusqu’ici, ces mots-clés lui ont donné <b>{amount(given)}</b>, {sinceWhen(lost)}.
           </p>
         ) : (
-          <p>Ils ne lui ont rien donné jusqu’ici : vous pouvez l’archiver sans rien perdre.</p>
+          <p>Le temps qui lui a été attribué lui reste : vous pouvez l’archiver sans rien perdre.</p>
         )}
       </Said>
-      {gives && (
+      {(gives || error) && (
         <label class="check">
           <input
             type="checkbox"
@@ -60,7 +64,7 @@ export function ArchiveProject({ project: { id, name }, onClose }: Props) {
         </label>
       )}
       <EffectPreview
-        steps={lost ? [{ path: "projects.archive", body: { id, keep: keep && gives } }] : null}
+        steps={lost ? [{ path: "projects.archive", body: { id, keep: kept } }] : null}
         hint="Calcul…"
         none={gives ? "Rien ne change dans le passé : son temps lui reste." : undefined}
       />
