@@ -15,7 +15,7 @@ interface Props {
   onClose: () => void;
 }
 
-/** A rule to write, what it catches, and beside it what it would change. */
+/** A rule to write, beside what it would change, above what it catches. */
 export function RuleEditor({ draft, onClose }: Props) {
   const projects = useAnswer("projects.list", {}).answer;
   const [rule, setRule] = useState(draft);
@@ -45,13 +45,13 @@ export function RuleEditor({ draft, onClose }: Props) {
                 setError("");
               }}
             />
-            <RulePreview rule={rule} />
           </div>
           <EffectPreview
             steps={stepsOf(rule)}
             hint="Ce que la règle change apparaîtra ici."
             none="Rien ne change dans le passé. La règle vaudra pour la suite."
           />
+          <RulePreview rule={rule} />
         </div>
         <EditorFoot error={error} onClose={onClose} />
       </Form>
