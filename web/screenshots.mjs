@@ -39,8 +39,8 @@ const themes = {
 };
 const sizes = ["640x480", "860x560", "1180x780", "1920x1080", "2560x1440"];
 
-// The README's: every view small and large, light and dark, and three of what is done in them once.
-const shown = ["jour-selection", "regle-apercu", "raccourcis"];
+// The README's: every view small and large, light and dark, and some of what is done in them once.
+const shown = ["jour-selection", "jour-appris", "regle-apercu", "projet-archiver", "historique-plein", "raccourcis"];
 const kept = ({ name, view, act }, theme, size) =>
   name === "accueil" || (view && !act && !name.includes("-"))
     ? true

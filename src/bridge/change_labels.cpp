@@ -89,6 +89,10 @@ std::string projectDeleted(std::string_view name) {
   return name.empty() ? "Projet supprimé" : "Projet supprimé : " + quoted(name);
 }
 
+std::string projectArchived(std::string_view name) {
+  return "Projet archivé : " + quoted(name);
+}
+
 std::string ruleSaved(std::string_view pattern) {
   return "Règle enregistrée : " + quoted(pattern);
 }

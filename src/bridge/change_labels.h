@@ -25,6 +25,7 @@ std::string assigned(const std::optional<std::string>& category,
 std::string projectSaved(std::string_view name);
 /// Without a name for one that was gone already, yet spans or rules belonged to.
 std::string projectDeleted(std::string_view name);
+std::string projectArchived(std::string_view name);
 std::string ruleSaved(std::string_view pattern);
 std::string ruleDeleted(std::string_view pattern);
 std::string defaultsRestored(int rules);

@@ -1,8 +1,25 @@
 #include "bridge/core.h"
 
+#include <boost/json/serialize.hpp>
+#include <memory>
 #include <utility>
 
+#include "bridge/report_json.h"
+#include "reports/effect.h"
+
 namespace orvanta {
+
+namespace {
+
+// What the history and the preview of a change tell of it.
+Measure measured(const Calendar& calendar) {
+  return [calendar](Transaction& change, const std::string& changeset) {
+    const auto effect = std::make_shared<ChangeEffect>(change, changeset, calendar);
+    return [effect] { return boost::json::serialize(boost::json::value_from(effect->effect())); };
+  };
+}
+
+}  // namespace
 
 Core::Core(Parts parts)
     : clock(std::move(parts.clock)),
@@ -22,7 +39,7 @@ Core::Core(Parts parts)
           [this](const FrontmostApp& app) { appRules.seen(app.name, app.categories); }),
       tracker(db, collectors, clock, std::move(parts.uptime)),
       analytics(db, clock, calendar),
-      history(db, clock),
+      history(db, clock, measured(calendar)),
       backups(Backups::folderOf(db.location())),
       keeper(db, backups, clock, calendar),
       telemetry(

@@ -8,7 +8,10 @@
 #include <vector>
 
 #include "classify/learning.h"
+#include "classify/rule_origins.h"
+#include "reports/effect.h"
 #include "reports/explain.h"
+#include "reports/pending_rules.h"
 #include "reports/report.h"
 #include "reports/rule_preview.h"
 #include "storage/backups.h"
@@ -35,6 +38,9 @@ void tag_invoke(ToJson, boost::json::value& json, const Suggestion& suggestion);
 void tag_invoke(ToJson, boost::json::value& json, const RulePreview& preview);
 void tag_invoke(ToJson, boost::json::value& json, const Explanation& explanation);
 void tag_invoke(ToJson, boost::json::value& json, const LearnedRule& rule);
+void tag_invoke(ToJson, boost::json::value& json, const Effect& effect);
+void tag_invoke(ToJson, boost::json::value& json, const PendingRule& pending);
+void tag_invoke(ToJson, boost::json::value& json, const RuleSource& source);
 void tag_invoke(ToJson, boost::json::value& json, const Backup& backup);
 
 }  // namespace orvanta

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "classify/rule_origins.h"
 #include "classify/rule_set.h"
 #include "storage/rule.h"
 
@@ -74,10 +75,12 @@ std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clo
   std::vector<LearnedRule> learned;
   for (const auto& key : keysOf(change, ids)) {
     if (userHasRule(change, key) || !isHabit(change, calendar, key, category, projectId)) continue;
+    const auto now = clock();
     const auto id = change.run(
         "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
         "VALUES (?,?,?,?,0,?)",
-        {textOf(key.first), key.second, category, projectId, clock()});
+        {textOf(key.first), key.second, category, projectId, now});
+    noteLearned(change, id, now);
     learned.push_back({id, std::string(textOf(key.first)), key.second, category, project});
   }
   return learned;

@@ -4,6 +4,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <functional>
 #include <tuple>
 #include <utility>
 
@@ -43,11 +44,11 @@ std::vector<Rule> inMatchingOrder(std::vector<Rule> rules) {
   return sorted;
 }
 
-}  // namespace
+using Visit = std::function<void(const Cursor&)>;
 
 // Sorted here, since SQLite takes as long to sort them as to read them; but for a priority that is
 // no integer, as another program may have written it: only SQLite knows where that belongs.
-std::vector<Rule> loadRules(Database& db, bool* whole) {
+std::vector<Rule> rulesBy(const std::function<void(const std::string& sql, const Visit&)>& read) {
   constexpr std::size_t kUsual = 300;
   static const auto kSelect =
       fmt::format("SELECT {}, typeof(priority) = 'integer' FROM rules", Rule::kColumns);
@@ -55,18 +56,27 @@ std::vector<Rule> loadRules(Database& db, bool* whole) {
   std::vector<Rule> rules;
   rules.reserve(kUsual);
   bool sortable = true;
-  const auto read = [&](const std::string& sql) {
-    rules.clear();
-    const auto take = [&](const Cursor& row) {
-      rules.push_back(Rule::read(row));
-      sortable = sortable && row.int_(row.columns() - 1) == 1;
-    };
-    if (!db.scan(sql, {}, take) && whole) *whole = false;
+  const auto take = [&](const Cursor& row) {
+    rules.push_back(Rule::read(row));
+    sortable = sortable && row.int_(row.columns() - 1) == 1;
   };
-  read(kSelect);
+  read(kSelect, take);
   if (sortable) return inMatchingOrder(std::move(rules));
-  read(kSorted);
+  rules.clear();
+  read(kSorted, take);
   return rules;
+}
+
+}  // namespace
+
+std::vector<Rule> loadRules(Database& db, bool* whole) {
+  return rulesBy([&](const std::string& sql, const Visit& take) {
+    if (!db.scan(sql, {}, take) && whole) *whole = false;
+  });
+}
+
+std::vector<Rule> loadRules(Transaction& change) {
+  return rulesBy([&](const std::string& sql, const Visit& take) { change.each(sql, {}, take); });
 }
 
 std::size_t placeOf(Database& db, const Rule& saved) {

@@ -17,6 +17,9 @@ namespace orvanta {
 /// when not all of them could be read.
 std::vector<Rule> loadRules(Database& db, bool* whole = nullptr);
 
+/// As the transaction has left them.
+std::vector<Rule> loadRules(Transaction& change);
+
 /// How many of loadRules() come before a rule that would be saved now, with priority 0.
 std::size_t placeOf(Database& db, const Rule& saved);
 

@@ -13,6 +13,7 @@
 #include "classify/classifier.h"
 #include "classify/pattern_search.h"
 #include "classify/rule_set.h"
+#include "reports/moves.h"
 #include "reports/spans.h"
 
 namespace orvanta {
@@ -21,34 +22,6 @@ namespace {
 constexpr std::size_t kChanges = 8;
 constexpr std::size_t kExamples = 5;
 constexpr std::size_t kShares = 10;
-
-// How a span's classification changes.
-struct Move {
-  Text fromCategory;
-  Text toCategory;
-  std::optional<int64_t> fromProject;
-  std::optional<int64_t> toProject;
-
-  friend bool operator==(const Move&, const Move&) = default;
-};
-struct MoveHash {
-  std::size_t operator()(const Move& move) const {
-    constexpr std::size_t kOdd = 1000003;
-    std::size_t hash = 0;
-    for (const auto text : {move.fromCategory, move.toCategory}) {
-      hash = hash * kOdd + TextHash()(text);
-    }
-    for (const auto& project : {move.fromProject, move.toProject}) {
-      hash = hash * kOdd + static_cast<std::size_t>(project.value_or(-1));
-    }
-    return hash;
-  }
-};
-struct MoveTotal {
-  Move key;
-  double seconds = 0;
-  int64_t spans = 0;
-};
 
 // The spans of one text of the field, and of one title or address under it. Texts are known by
 // their hashes; a span that carries one of them, by its id, tells it in the end.
@@ -283,7 +256,7 @@ class Preview {
   Classifier classifier_;
 
   RulePreview preview_;
-  Tally<MoveTotal, MoveHash> moves_;
+  MoveTally moves_;
   Tally<ValueTotal> values_;
   Parts titles_;
   Parts urls_;

@@ -55,9 +55,19 @@ bool onlyErased(sqlite3_changeset_iter* row) {
   return true;
 }
 
+// A learnt rule that has been confirmed since is the same rule.
+bool onlyConfirmed(sqlite3_changeset_iter* row) {
+  const char* table = nullptr;
+  int columns = 0;
+  int operation = 0;
+  return sqlite3changeset_op(row, &table, &columns, &operation, nullptr) == SQLITE_OK &&
+         std::string_view(table) == "rule_origins";
+}
+
 int onConflict(void* /*context*/, int kind, sqlite3_changeset_iter* row) {
-  return kind == SQLITE_CHANGESET_DATA && onlyErased(row) ? SQLITE_CHANGESET_REPLACE
-                                                          : SQLITE_CHANGESET_ABORT;
+  return kind == SQLITE_CHANGESET_DATA && (onlyErased(row) || onlyConfirmed(row))
+             ? SQLITE_CHANGESET_REPLACE
+             : SQLITE_CHANGESET_ABORT;
 }
 
 }  // namespace
@@ -67,7 +77,7 @@ ChangeRecorder::ChangeRecorder(Transaction& change, Recorded what) : change_(cha
   sqlite3_session* raw = nullptr;
   int code = sqlite3session_create(change.connection(), "main", &raw);
   session_.reset(raw);
-  for (const auto* table : {"events", "projects", "rules"}) {
+  for (const auto* table : {"events", "projects", "rules", "rule_origins"}) {
     if (code == SQLITE_OK) code = sqlite3session_attach(raw, table);
   }
   if (what == Recorded::Settings && code == SQLITE_OK) {

@@ -80,6 +80,12 @@ Erasure eraseTimes(const std::vector<TimeRange>& ranges) {
   return all;
 }
 
+Erasure eraseTimesInCopy(const std::vector<TimeRange>& ranges) {
+  auto all = eraseTimes(ranges);
+  all.steps.push_back({"DELETE FROM changes WHERE words IS NOT NULL", {}, true});
+  return all;
+}
+
 Erasure stripTitlesBefore(double cutOff) {
   return {{{"UPDATE events SET title=NULL, url=NULL "
             "WHERE end < ? AND (title IS NOT NULL OR url IS NOT NULL)",

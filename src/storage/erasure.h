@@ -32,6 +32,10 @@ Erasure eraseRange(const TimeRange& range);
 /// the history of changes holds of them.
 Erasure eraseTimes(const std::vector<TimeRange>& ranges);
 
+/// The same in a copy of the store, whose history of changes is not looked through: whatever names
+/// something leaves it.
+Erasure eraseTimesInCopy(const std::vector<TimeRange>& ranges);
+
 /// The titles and addresses of spans that ended before an instant (Unix seconds), with the changes
 /// whose way back holds some.
 Erasure stripTitlesBefore(double cutOff);

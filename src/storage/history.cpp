@@ -1,5 +1,7 @@
 #include "storage/history.h"
 
+#include <exception>
+
 #include "storage/erased_words.h"
 #include "storage/erasure.h"
 #include "storage/snapshot.h"
@@ -10,20 +12,39 @@ namespace {
 // Ends an act that is only rehearsed. No failure: whoever handles those lets it pass.
 struct Rehearsed {};
 
+// What is stored is stored, whether or not it can be told in figures.
+template <class Get>
+auto figures(const Get& get) -> decltype(get()) {
+  try {
+    return get();
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+// From here on the thread's Snapshot sees what was before. Without a write-ahead log it would keep
+// the transaction from being stored.
+bool pinned(Transaction& change) {
+  bool log = false;
+  change.each("PRAGMA journal_mode", {}, [&](const Cursor& row) { log = row.str(0) == "wal"; });
+  return log && change &&
+         change.database().scan("SELECT 1 FROM sqlite_master LIMIT 1", {}, [](const Cursor&) {});
+}
+
 }  // namespace
 
 class History::Rehearsing {
  public:
-  // What is changed stays in memory: it is not wanted on the disk.
+  // What is changed stays in memory, up to 64 MiB of it: it is not wanted on the disk.
   Rehearsing(History& history, Transaction& change, const Made& made)
       : history_(history), change_(change) {
-    spill("PRAGMA cache_spill=OFF");
+    spill("PRAGMA cache_spill=-65536");
     history_.made_ = &made;
     history_.rehearsing_ = true;
   }
   ~Rehearsing() {
     history_.rehearsing_ = false;
-    spill("PRAGMA cache_spill=ON");
+    spill("PRAGMA cache_spill=1");
   }
   Rehearsing(const Rehearsing&) = delete;
   Rehearsing& operator=(const Rehearsing&) = delete;
@@ -52,12 +73,14 @@ Written History::record(const Work& work, Recorded what) {
     const auto changeset = recorder.changeset();
     if (!changeset.empty()) {
       id = change_log::add(change, clock_(), note, changeset);
-      if (measure_ && change && id > 0) effect = measure_(change, changeset);
+      if (before && id > 0 && pinned(change)) {
+        effect = figures([&] { return measure_(change, changeset); });
+      }
     }
   }
   auto written = change.commit();
   if (!written || !effect) return written;
-  const auto text = effect();
+  const auto text = figures(effect);
   before.reset();
   Transaction measured(db_);
   change_log::setEffect(measured, clock_(), id, text);

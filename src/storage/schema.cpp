@@ -28,6 +28,9 @@ constexpr auto kSchema =
     "CREATE TABLE IF NOT EXISTS rules (\n"
     "  id INTEGER PRIMARY KEY, field TEXT NOT NULL, pattern TEXT NOT NULL,\n"
     "  category TEXT, project_id INTEGER, priority INTEGER DEFAULT 0, created REAL);\n"
+    "CREATE TABLE IF NOT EXISTS rule_origins (\n"
+    "  rule_id INTEGER PRIMARY KEY, origin TEXT NOT NULL, at REAL,\n"
+    "  pending INTEGER NOT NULL CHECK (pending IN (0, 1)));\n"
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT);"
     "CREATE TABLE IF NOT EXISTS changes (\n"
     "  id INTEGER PRIMARY KEY, at REAL NOT NULL, kind TEXT NOT NULL, label TEXT NOT NULL,\n"
@@ -50,11 +53,35 @@ constexpr auto kManualIndex =
     "ON events(project_id, category, domain, app, start) "
     "WHERE category IS NOT NULL OR project_id IS NOT NULL";
 
+// What ActivityIndex goes by. Nothing is written for a day that has no stamp, as today has none. A
+// time of another kind than a number gives some day, and its span is in no day's range.
+const std::string kDays = [] {
+  const auto forget = [](std::string_view name, std::string_view when, std::string_view times) {
+    return fmt::format(
+        "CREATE TRIGGER IF NOT EXISTS {} {} ON events BEGIN "
+        "DELETE FROM indexed_days WHERE day IN ({}); END;\n",
+        name, when, times);
+  };
+  constexpr auto kOld = "CAST(old.start AS INTEGER) / 86400";
+  constexpr auto kNew = "CAST(new.start AS INTEGER) / 86400";
+  // SQLite tells no trigger of the row that another one takes the place of.
+  constexpr auto kReplaced = "SELECT CAST(start AS INTEGER) / 86400 FROM events WHERE id = new.id";
+  return "CREATE TABLE IF NOT EXISTS indexed_days (day INTEGER PRIMARY KEY, stamp INTEGER NOT "
+         "NULL);\n" +
+         forget("day_replaced", "BEFORE INSERT", kReplaced) +
+         forget("day_overwritten", "BEFORE UPDATE OF id", kReplaced) +
+         forget("day_added", "AFTER INSERT", kNew) + forget("day_removed", "AFTER DELETE", kOld) +
+         forget("day_changed", "AFTER UPDATE", fmt::format("{}, {}", kOld, kNew));
+}();
+
 // Columns of `projects` that the first version did not have.
 constexpr std::array<const char*, 3> kLaterColumns{"external_id", "client", "keywords"};
-constexpr std::array<std::string_view, 10> kObjects{
-    "events",         "projects",       "rules",           "settings",          "changes",
-    "idx_changes_at", "idx_events_end", "idx_events_long", "idx_events_manual", "idx_events_start"};
+constexpr std::array<std::string_view, 11> kObjects{
+    "events",          "projects",          "rules",           "settings",
+    "rule_origins",    "changes",           "idx_changes_at",  "idx_events_end",
+    "idx_events_long", "idx_events_manual", "idx_events_start"};
+constexpr std::array<std::string_view, 6> kDaysObjects{
+    "indexed_days", "day_added", "day_changed", "day_overwritten", "day_removed", "day_replaced"};
 constexpr auto kObsolete =
     "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')";
 
@@ -89,12 +116,21 @@ bool writesAhead(Database& db) {
   return names(db, "PRAGMA journal_mode").contains("wal");
 }
 
+// What was changed while one of the triggers was missing has left no trace.
+void keepDays(Database& db, Transaction& change) {
+  const auto objects = names(db, "SELECT name FROM sqlite_master");
+  const bool kept = std::all_of(kDaysObjects.begin(), kDaysObjects.end(),
+                                [&](auto name) { return objects.contains(name); });
+  change.exec(kDays);
+  if (!kept) change.exec("DELETE FROM indexed_days");
+}
+
 }  // namespace
 
 bool createSchema(sqlite3* connection) {
   const auto text =
-      fmt::format("PRAGMA page_size=1024; BEGIN; {} {}; {}; PRAGMA user_version={}; COMMIT",
-                  kSchema, kLongSpanIndex, kManualIndex, kSchemaVersion);
+      fmt::format("PRAGMA page_size=1024; BEGIN; {} {}; {}; {} PRAGMA user_version={}; COMMIT",
+                  kSchema, kLongSpanIndex, kManualIndex, kDays, kSchemaVersion);
   return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
@@ -111,7 +147,7 @@ std::optional<StoreAge> ageOf(Database& db) {
   };
   const std::span tables(kObjects.begin(), 4);
   if (has(tables) && !has(kLaterColumns)) return StoreAge::Older;
-  const bool current = has(kObjects) && !objects->contains("calendar_links") &&
+  const bool current = has(kObjects) && has(kDaysObjects) && !objects->contains("calendar_links") &&
                        versionOf(db) >= kSchemaVersion && writesAhead(db) && settingsComplete(db);
   return current ? StoreAge::Current : StoreAge::Unkempt;
 }
@@ -126,6 +162,7 @@ Written migrate(Database& db) {
   }
   change.exec(kLongSpanIndex);
   change.exec(kManualIndex);
+  keepDays(db, change);
   for (const auto& [key, value] : defaultSettings()) {
     change.run("INSERT OR IGNORE INTO settings(key, value) VALUES (?, ?)", {key, value});
   }

@@ -203,8 +203,8 @@ bool StoreKeeper::erase(const std::vector<TimeRange>& times) {
 }
 
 bool StoreKeeper::eraseEverywhere(const std::vector<TimeRange>& times) {
-  const bool clean =
-      eraseFromCopies(eraseTimes(times)) && removeDamagedStores(db_.location(), db_.log()).empty();
+  const bool clean = eraseFromCopies(eraseTimesInCopy(times)) &&
+                     removeDamagedStores(db_.location(), db_.log()).empty();
   if (clean) db_.setSetting(kErasing, "").forget();
   return clean;
 }

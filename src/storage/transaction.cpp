@@ -100,8 +100,9 @@ int64_t Transaction::run(std::string_view sql, const Args& args) {
   if (!intact()) return -1;
   const auto before = sqlite3_total_changes64(db_.connection_.get());
   auto written = db_.runLocked(sql, args);
-  changes_ = sqlite3_total_changes64(db_.connection_.get()) - before;
-  wrote_ = wrote_ || changes_ > 0;
+  const bool any = sqlite3_total_changes64(db_.connection_.get()) > before;
+  changes_ = any ? sqlite3_changes64(db_.connection_.get()) : 0;  // without what triggers changed
+  wrote_ = wrote_ || any;
   if (!written) result_ = written;
   return written.rowId();
 }

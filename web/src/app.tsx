@@ -10,41 +10,50 @@ import { Icon } from "./ui/icons";
 import { Button, Failure, titleId } from "./ui/parts";
 import { useRegions } from "./ui/regions";
 import { useRoving } from "./ui/roving";
+import { Said } from "./ui/said";
 import { useShortcuts } from "./ui/shortcuts";
 import { StoreBanner, StoreNotice } from "./ui/store_banner";
 import { type Notice, NoticeProvider, Toast, useSend } from "./ui/toast";
 import type { ViewProps } from "./views/props";
 import { viewOf, views } from "./views/registry";
+import { LearntPanel } from "./views/rules/pending_rules";
+import { learntSentence, usePending } from "./views/rules/use_pending";
 import { ShortcutHelp } from "./views/shortcut_help";
 import { Welcome } from "./views/welcome";
 
 export function App() {
   const [notice, setNotice] = useState<Notice | null>(null);
+  const [place, setPlace] = useState(loadPlace);
+  const go = (to: Partial<Place>) => setPlace((old) => ({ ...old, ...to }));
+  useEffect(() => savePlace(place), [place]);
   return (
     <NoticeProvider value={setNotice}>
-      <Page />
-      <Toast notice={notice} onClose={() => setNotice(null)} />
+      <Page place={place} go={go} />
+      <Toast notice={notice} onClose={() => setNotice(null)} onHistory={() => go({ view: "history" })} />
     </NoticeProvider>
   );
 }
 
-function Page() {
+interface PageProps {
+  place: Place;
+  go: (to: Partial<Place>) => void;
+}
+
+function Page({ place, go }: PageProps) {
   const send = useSend();
   const status = useAnswer("status", {}, 3);
-  const [place, setPlace] = useState(loadPlace);
+  const { pending, shown, putOff } = usePending();
   const [help, setHelp] = useState(false);
   const [welcome, setWelcome] = useState(false);
   const today = dayOf(status.answer?.now ?? Date.now() / 1000);
   const day = place.day !== null && place.day <= today ? place.day : today;
-
-  const go = (to: Partial<Place>) => setPlace((old) => ({ ...old, ...to }));
-  useEffect(() => savePlace(place), [place]);
 
   const onDay = (to: Day, view = place.view) => go({ view, day: to >= today ? null : to });
   const props: ViewProps = {
     status: status.answer,
     day,
     today,
+    pending,
     onDay,
     onOpenDay: (to) => onDay(to, "day"),
     onWelcome: () => setWelcome(true),
@@ -86,6 +95,7 @@ function Page() {
       <Sidebar
         view={id}
         version={status.answer?.version}
+        waiting={pending.length}
         onView={(view) => go({ view })}
         onHelp={() => setHelp(true)}
       />
@@ -96,9 +106,14 @@ function Page() {
           {/* Asked for anew when a trouble begins or ends: a repair has something to tell. */}
           <StoreNotice key={status.answer?.store?.state ?? "ok"} />
         </div>
-        <Main key={id} main={main} status={status}>
-          <View {...props} />
-        </Main>
+        <div class="desk">
+          <Main key={id} main={main} status={status}>
+            <View {...props} />
+          </Main>
+          {/* In the list of rules they are part of the view. */}
+          {id !== "rules" && shown.length > 0 && <LearntPanel pending={shown} onLater={putOff} />}
+        </div>
+        <Said class="sr-only" text={shown.length > 0 && learntSentence(shown.length)} />
       </div>
       {help && <ShortcutHelp onClose={() => setHelp(false)} />}
     </div>
@@ -140,11 +155,13 @@ function useArrival(view: string, welcoming: boolean): [RefObject<HTMLElement | 
 interface SidebarProps {
   view: string;
   version: string | undefined;
+  /** How many learnt rules nobody has confirmed. */
+  waiting: number;
   onView: (view: string) => void;
   onHelp: () => void;
 }
 
-function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
+function Sidebar({ view, version, waiting, onView, onHelp }: SidebarProps) {
   const nav = useRoving<HTMLElement>("column");
   return (
     <nav class="side" aria-label="Vues" data-region ref={nav}>
@@ -169,6 +186,12 @@ function Sidebar({ view, version, onView, onHelp }: SidebarProps) {
             >
               <Icon name={icon} />
               <span>{title}</span>
+              {id === "rules" && waiting > 0 && (
+                <b class="nav-count">
+                  {waiting}
+                  <span class="sr-only"> à confirmer</span>
+                </b>
+              )}
             </button>
           </li>
         ))}

@@ -91,18 +91,19 @@ export interface Loaded<T> {
 
 /**
  * The answer of a route, read again when its arguments change, after every write, and every
- * `seconds` while the page is visible.
+ * `seconds` while the page is visible. Without arguments nothing is asked.
  */
-export function useAnswer<R extends Route>(route: R, body: Body<R>, seconds = 0): Loaded<Answer<R>> {
+export function useAnswer<R extends Route>(route: R, body: Body<R> | null, seconds = 0): Loaded<Answer<R>> {
   const client = useClient();
   const [state, setState] = useState<{ answer?: Answer<R> | undefined; error?: string }>(() => ({
-    answer: client.first(route, body),
+    answer: body === null ? undefined : client.first(route, body),
   }));
   const reload = useRef(() => {});
   const key = JSON.stringify(body);
 
   // Asked for before the browser paints, which takes longer than most answers.
   useLayoutEffect(() => {
+    if (body === null) return;
     let latest = 0;
     let pending = 0;
     const load = async () => {

@@ -11,7 +11,7 @@ declare global {
   }
 }
 
-const unrest = "dialog, [role=dialog], .assign, .welcome, .toast, :is(input, select):focus";
+const unrest = "dialog, [role=dialog], .assign, .learnt:focus-within, .welcome, .toast, :is(input, select):focus";
 
 /** Draws the page, answered by `bridge`. */
 export function start(bridge: Bridge): void {

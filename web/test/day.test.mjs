@@ -180,10 +180,13 @@ test("an edited rule is compared with itself, and what is wrong with it is seen"
   await page.keyboard.press("r");
   await page.locator("#rule-search").fill("youtube.com");
   await page.getByRole("button", { name: "Modifier la règle youtube.com" }).click();
-  await page.locator(".preview", { hasText: "Rien ne changerait." }).waitFor();
+  const effect = (text) => page.locator(".effect-now:not(.dimmed)", { hasText: text }).waitFor();
+  await effect("Rien ne change dans le passé.");
+  const { height } = await page.locator(".effect").boundingBox();
   await pattern.fill("nulle part");
-  await page.locator(".preview", { hasText: /Rien ces 30.*Ce qui changerait/s }).waitFor();
-  await page.locator(".preview", { hasText: /Loisir\s*→\s*devient\s*Non classé/ }).waitFor();
+  await page.locator(".preview", { hasText: "Rien ces 30" }).waitFor();
+  await effect(/\+.+Non classé.*−.+Loisir/s);
+  assert.equal((await page.locator(".effect").boundingBox()).height, height, "nothing moves");
   await dialog.getByLabel("Quand").selectOption("app");
   await pattern.fill("e");
   await dialog.getByLabel("Catégorie").selectOption("");

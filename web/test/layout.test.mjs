@@ -61,7 +61,7 @@ function faults() {
   // Of one layer nothing may lie on anything else.
   const layers =
     "dialog, .popover, .toasts, .assign, .tip, .range-label, .timeline, .dialog-foot, .search, .side, .top, " +
-    ".main, .welcome";
+    ".main, .learnt-list, .welcome";
   const layer = once((element) => element.closest(layers));
   const collide = (a, b) =>
     Math.min(a.right, b.right) - Math.max(a.left, b.left) > 2 &&

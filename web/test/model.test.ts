@@ -1,6 +1,9 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import type { Block, Segment, WeekSummary } from "../src/bridge/routes";
+import { effectText, filledMonths } from "../src/model/effect";
+import type { Change } from "../src/bridge/store";
+import { nextAct } from "../src/model/changes";
 import { everything, filterBlocks } from "../src/model/filter";
 import { changes } from "../src/model/recap";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
@@ -189,4 +192,47 @@ test("the store's size, dates and troubles are said in words", () => {
   assert.equal(covered({ first: null, last: null }), "rien d’enregistré");
   assert.equal(covered({ first: now, last: now + 60 }), "le 19 novembre 2026");
   assert.equal(covered({ first: at("2024-03-03T08:00"), last: now }), "du 3 mars 2024 au 19 novembre 2026");
+});
+
+test("an effect in words: what is gained first, French figures, only what there is", () => {
+  const effect = {
+    spans: 9,
+    seconds: 1768 * 3600,
+    since: 1732233600,
+    categories: [
+      { category: "loisir", seconds: -576 * 3600 },
+      { category: "travail", seconds: 0.2 },
+    ],
+    projects: [
+      { id: 2, name: "Atelier", color: null, seconds: -35 * 60 },
+      { id: 1, name: "Boutique", color: null, seconds: 1768 * 3600 },
+    ],
+    moves: [],
+    months: [
+      { month: "2024-11", seconds: 60 },
+      { month: "2025-02", seconds: 120 },
+    ],
+    examples: [],
+  };
+  const plain = (text: string) => text.replace(/[\u00a0\u202f]/g, " ").replace(/[\u2068\u2069]/g, "");
+  assert.equal(
+    plain(effectText(effect)),
+    "+ 1 768 h Boutique, − 35 min Atelier, − 576 h Loisir, depuis nov. 2024.",
+  );
+  assert.deepEqual(
+    filledMonths(effect).map(({ month, seconds }) => `${month} ${seconds}`),
+    ["2024-11 60", "2024-12 0", "2025-01 0", "2025-02 120"],
+  );
+  assert.equal(effectText({ ...effect, spans: 0 }), "Rien ne change dans le passé.");
+});
+
+test("what is next in the history: past what cannot be taken back, and again in the order of the undoing", () => {
+  const change = (id: number, undone: boolean, undoable = true) => ({ id, undone, undoable }) as Change;
+  const ids = (way: "undo" | "redo", ...history: Change[]) => nextAct(history, way).map(({ id }) => id);
+  const history = [change(5, true), change(4, false, false), change(3, true), change(2, false), change(1, false)];
+  assert.deepEqual(ids("undo", ...history), [2]);
+  assert.deepEqual(ids("redo", ...history), [3]);
+  assert.deepEqual(ids("redo", change(2, false), change(1, true)), []);
+  assert.deepEqual(ids("redo", change(2, true), change(1, true)), [1]);
+  assert.deepEqual(ids("undo", change(2, true)), []);
 });

@@ -1,5 +1,5 @@
 // The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "day",
-// "settings", "store" and "layout" (in a real browser); all of them without arguments.
+// "effects", "settings", "store" and "layout" (in a real browser); all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -39,6 +39,7 @@ const suites = {
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
   day: () => run("--test", join(here, "day.test.mjs")),
+  effects: () => run("--test", join(here, "effects.test.mjs")),
   settings: () => run("--test", join(here, "settings.test.mjs")),
   store: () => run("--test", join(here, "store.test.mjs")),
   layout: () => run("--test", join(here, "layout.test.mjs")),

@@ -40,6 +40,25 @@ const steps = (count) => async (page) => {
   for (let step = 0; step < count; step++) await press(page, "Continuer");
 };
 
+const idsOf = async (page, date) => {
+  const { blocks } = await page.program.ask("day", { date });
+  return blocks.filter(({ idle }) => !idle).flatMap(({ ids }) => ids);
+};
+// Two days of all sorts given to one project: what they have in common is learnt.
+const teach = (view) => async (page) => {
+  for (const date of ["2026-11-19", "2026-11-18"])
+    await page.program.ask("events.assign", { ids: await idsOf(page, date), category: "travail", project_id: 3 });
+  await page.reload();
+  await page.waitForSelector(view);
+};
+const takeBack = (count) => async (page) => {
+  const history = await page.program.ask("changes.list", { limit: count });
+  for (const { id } of history) await page.program.ask("changes.undo", { id });
+};
+const unfold = (page, place) => page.locator(`${place} .effect-fold > summary`).first().click();
+const rowAction = (row, index) => (page) =>
+  page.locator(".project-row", { hasText: row }).locator("button").nth(index).click();
+
 // What is done in a view: its name, the view's id, the doing. Those that write take it back themselves.
 const acts = [
   ["jour-bloc", "day", (page) => block(page, 1)],
@@ -70,6 +89,33 @@ const acts = [
     },
     (page) => page.keyboard.press("Control+z"),
   ],
+  ["jour-appris", "day", teach(".learnt"), takeBack(2)],
+  [
+    "jour-appris-detail",
+    "day",
+    async (page) => {
+      await teach(".learnt")(page);
+      await unfold(page, ".learnt");
+    },
+    takeBack(2),
+  ],
+  ["regles-a-confirmer", "rules", teach(".pending"), takeBack(2)],
+  [
+    "historique-plein",
+    "history",
+    async (page) => {
+      const { ask } = page.program;
+      const say = ask.bind(page.program);
+      await say("rules.save", { field: "domain", pattern: "youtube.com", category: "autre", project_id: 1 });
+      await say("events.assign", { ids: await idsOf(page, "2026-11-17"), category: "loisir", project_id: null });
+      await say("settings.set", { idle_threshold: 240 });
+      await say("projects.archive", { id: 1, keep: false });
+      await page.reload();
+      await page.waitForSelector(".change-row");
+      await unfold(page, ".change-row");
+    },
+    takeBack(4),
+  ],
   ["jour-calendrier", "day", (page) => page.keyboard.press("c")],
   [
     "jour-supprimer",
@@ -80,8 +126,36 @@ const acts = [
     },
   ],
   ["projet-editeur", "projects", (page) => page.locator(".row-actions button").first().click()],
-  ["projet-supprimer", "projects", (page) => page.locator(".row-actions button").nth(2).click()],
+  [
+    "projet-mots-cles",
+    "projects",
+    async (page) => {
+      await page.keyboard.press("n");
+      await page.getByLabel("Mots-clés").fill("firefox, github");
+    },
+  ],
+  ["projet-supprimer", "projects", rowAction("Boutique Lumière", 2)],
+  ["projet-archiver", "projects", rowAction("Boutique Lumière", 1)],
+  ["projet-reactiver", "projects", rowAction("Portfolio", 1)],
+  ["suggestion", "projects", (page) => press(page, "Tout accepter…")],
   ["regle-apercu", "rules", editRule],
+  [
+    "regle-effet",
+    "rules",
+    async (page) => {
+      await editRule(page);
+      await page.locator(".effect-more summary").click();
+    },
+  ],
+  [
+    "regle-supprimer",
+    "rules",
+    async (page) => {
+      await page.locator("#rule-search").fill("youtube.com");
+      await press(page, "Supprimer la règle youtube.com");
+    },
+  ],
+  ["regles-integrees", "rules", (page) => press(page, "Rétablir les règles intégrées")],
   ["regle-aucune", "rules", (page) => page.locator("#rule-search").fill("rien de tel")],
   ["reglages-vie-privee", "settings", section("Vie privée")],
   ["reglages-bureau", "settings", section("Ce que ce bureau permet")],

@@ -16,7 +16,7 @@ const banner = (page) => page.locator(".store-trouble");
 const shown = async (locator) => plain(await locator.innerText());
 const toast = (page, text) => page.locator(".toast", { hasText: text }).waitFor();
 const writes = (page) =>
-  page.asked.splice(0).filter(([route]) => /^(events|rules|projects|changes)\.(?!list)/.test(route));
+  page.asked.splice(0).filter(([route]) => /^(events|rules|projects|changes)\.(?!list|preview|pending|origins)/.test(route));
 const view = async (page, key, title) => {
   await page.keyboard.press(key);
   await page.getByRole("heading", { level: 1, name: title }).waitFor();
@@ -140,7 +140,13 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   await page.locator("#rule-search").fill("intranet");
   await page.waitForFunction(() => document.querySelectorAll(".windowed .rule-row").length === 1);
   const before = await rows();
+  const confirm = async (name) => {
+    await page.locator("dialog").getByRole("button", { name, exact: true }).click();
+    await page.locator("dialog").waitFor({ state: "detached" });
+  };
   await page.getByRole("button", { name: /^Supprimer la règle intranet/ }).click();
+  await page.locator("dialog .effect-none", { hasText: "Rien ne change" }).waitFor();
+  await confirm("Supprimer");
   await page.getByText("Aucune règle ne correspond.").waitFor();
   await button(page, "Annuler").click();
   await page.locator(".windowed .rule-row").waitFor();
@@ -164,11 +170,12 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   await page.locator(".project-row", { hasText: /Lumière.*\d\sh\s\d/s }).waitFor();
   const was = await project.innerText();
   await button(page, "Archiver Boutique Lumière").click();
+  await confirm("Archiver");
   await button(page, "Annuler").click();
   await button(page, "Archiver Boutique Lumière").waitFor();
   await button(page, "Supprimer Boutique Lumière").click();
-  assert.match(await page.locator("dialog").innerText(), /Le message qui suit permet de l’annuler\./);
-  await page.locator("dialog").getByRole("button", { name: "Supprimer" }).click();
+  assert.match(await page.locator("dialog").innerText(), /L’historique garde 90 jours de quoi l’annuler\./);
+  await confirm("Supprimer");
   await project.waitFor({ state: "detached" });
   await button(page, "Annuler").click();
   await project.waitFor();
@@ -179,6 +186,7 @@ test("rules, projects and suggestions are taken back as they were", async () => 
   const accept = page.getByRole("button", { name: /^Accepter/ });
   const suggested = await accept.count();
   await accept.first().click();
+  await confirm("Accepter");
   await toast(page, "va désormais à");
   const made = (await page.program.ask("rules.list")).filter(({ project_id }) => project_id !== null);
   assert.ok(made.some(({ pattern, project_id }) => pattern === "revue-typographie.fr" && project_id === 4));

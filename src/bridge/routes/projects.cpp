@@ -1,8 +1,10 @@
 // The user's projects.
 #include <algorithm>
+#include <cmath>
 
 #include "bridge/change_labels.h"
 #include "bridge/routes/routes.h"
+#include "classify/kept_time.h"
 
 namespace orvanta {
 namespace {
@@ -82,10 +84,34 @@ json::value remove(Core& core, const Body& body) {
   return told(core, written);
 }
 
+json::value archive(Core& core, const Body& body) {
+  const auto id = body.i("id");
+  if (!id) throw AppError("id manquant");
+  const auto name = projectName(core, id);
+  if (!name) throw AppError("projet inconnu");
+  ChangeNote note{.kind = "project.archive", .label = labels::projectArchived(*name)};
+  const auto written = core.history.record([&](Transaction& change) {
+    if (body.b("keep").value_or(false)) {
+      const auto kept = keepTime(change, *id);
+      note.spans = kept.spans;
+      note.seconds = kept.seconds;
+    }
+    change.run("UPDATE projects SET archived=1 WHERE id=?", {*id});
+    return note;
+  });
+  if (!written) note = {};
+  // Of a span that never ends no answer can tell.
+  return told(core, written,
+              {{"ok", true},
+               {"spans", note.spans},
+               {"seconds", std::isfinite(note.seconds) ? note.seconds : 0}});
+}
+
 constexpr Route kRoutes[]{
     {"projects.list", RouteKind::Read, list},
     {"projects.save", RouteKind::Write, save},
     {"projects.delete", RouteKind::Write, remove},
+    {"projects.archive", RouteKind::Write, archive},
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "bridge/report_json.h"
 #include "bridge/routes/routes.h"
 #include "classify/defaults.h"
+#include "classify/rule_origins.h"
 #include "reports/rule_preview.h"
 
 namespace orvanta {
@@ -50,6 +51,7 @@ json::value save(Core& core, const Body& body) {
   const auto written = core.history.record([&](Transaction& change) {
     change.run("DELETE FROM rules WHERE field=? AND lower(pattern)=lower(?)",
                {rule.field, rule.pattern});
+    forgetGoneRules(change);
     id = change.run(
         "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
         "VALUES (?,?,?,?,?,?)",
@@ -67,6 +69,7 @@ json::value remove(Core& core, const Body& body) {
       note.label = labels::ruleDeleted(row.str(0).value_or(""));
     });
     change.run("DELETE FROM rules WHERE id=?", {id});
+    forgetGoneRules(change);
     return note;
   }));
 }
@@ -80,10 +83,30 @@ json::value defaults(Core& core, const Body& /*body*/) {
   return told(core, written, {{"ok", true}, {"added", written ? added : 0}});
 }
 
+json::value origins(Core& core, const Body& /*body*/) {
+  bool whole = true;
+  auto sources = ruleSources(core.db, &whole);
+  if (!whole) throw AppError(troubleOr(core, "le fichier des données ne peut pas être lu"));
+  return json::value_from(sources);
+}
+
+json::value pending(Core& core, const Body& /*body*/) {
+  return json::value_from(pendingRules(core.db, core.calendar));
+}
+
+json::value confirm(Core& core, const Body& body) {
+  const auto ids = body.ids("ids");
+  if (ids.empty()) throw AppError("aucune règle");
+  Transaction change(core.db);
+  confirmRules(change, ids);
+  return told(core, change.commit());
+}
+
 constexpr Route kRoutes[]{
     {"rules.list", RouteKind::Read, list},          {"rules.preview", RouteKind::Read, preview},
     {"rules.save", RouteKind::Write, save},         {"rules.delete", RouteKind::Write, remove},
-    {"rules.defaults", RouteKind::Write, defaults},
+    {"rules.defaults", RouteKind::Write, defaults}, {"rules.origins", RouteKind::Read, origins},
+    {"rules.pending", RouteKind::Read, pending},    {"rules.confirm", RouteKind::Write, confirm},
 };
 
 }  // namespace

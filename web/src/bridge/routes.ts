@@ -9,9 +9,11 @@ import type {
   UnixTime,
   WeekReport,
 } from "./reports";
-import type { Explanation, RuleField, RulePreview, RuleRow } from "./rules";
+import type { Effect, PendingRule, RuleOrigin } from "./effects";
+import type { Explanation, RuleField, RulePreview, RuleRow, SpanCount } from "./rules";
 import type { Backup, Change, RestorePreview, StoreStatus, StoreTrouble, Unstored } from "./store";
 
+export type * from "./effects";
 export type * from "./reports";
 export type * from "./rules";
 
@@ -124,6 +126,19 @@ interface Attempt {
 type Nothing = Record<string, never>;
 type OnDay = { date?: Day };
 
+type Rehearsed =
+  | "rules.save"
+  | "rules.delete"
+  | "rules.defaults"
+  | "projects.save"
+  | "projects.delete"
+  | "projects.archive"
+  | "events.assign"
+  | "events.assignRange";
+
+/** A change that can be tried out. */
+export type Step = { [R in Rehearsed]: { path: R; body: Body<R> } }[Rehearsed];
+
 /** A route only reads, or writes, or takes as long as somebody to decide, or as going through all data. */
 export type RouteKind = "read" | "write" | "ask";
 
@@ -141,6 +156,8 @@ export interface Routes {
     Saved,
   ];
   "projects.delete": [{ id: number }, Ok];
+  /** Puts a project away; `keep` gives it, by hand, what its keywords gave it. */
+  "projects.archive": [{ id: number; keep: boolean }, Ok & SpanCount];
   "rules.list": [Nothing, RuleRow[]];
   "rules.save": [
     { field: RuleField; pattern: string; category: string | null; project_id: number | null },
@@ -160,6 +177,9 @@ export interface Routes {
     RulePreview,
   ];
   "rules.defaults": [Nothing, Ok & { added: number }];
+  "rules.origins": [Nothing, RuleOrigin[]];
+  "rules.pending": [Nothing, PendingRule[]];
+  "rules.confirm": [{ ids: number[] }, Ok];
   "events.explain": [{ ids: number[] }, Explanation[]];
   "events.assign": [
     { ids: number[]; clear?: boolean; category?: string | null; project_id?: number | null },
@@ -174,6 +194,11 @@ export interface Routes {
     ({ start: UnixTime; end: UnixTime } | { ids: number[] }) & { preview?: true },
     // The message tells of a copy that could not be cleaned.
     Ok & { deleted: number; seconds: Seconds; message?: string },
+  ];
+  /** Changes nothing: measures what these changes would do. */
+  "changes.preview": [
+    Step | { steps: Step[] },
+    Effect & { learned: Pick<LearnedRule, "field" | "pattern" | "category" | "project">[] },
   ];
   "changes.list": [{ limit?: number }, Change[]];
   "changes.undo": [{ id: number }, Ok];

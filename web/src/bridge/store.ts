@@ -1,4 +1,5 @@
 // What can be asked about the file that keeps everything, and about what was changed in it.
+import type { Effect } from "./effects";
 import type { LearnedRule, Seconds, UnixTime } from "./reports";
 
 export type StoreState = "readonly" | "full" | "locked" | "damaged" | "absent";
@@ -53,19 +54,11 @@ export interface RestorePreview extends StoreContent {
   current: StoreContent;
 }
 
-export type ChangeKind =
-  | "assign"
-  | "assignRange"
-  | "rule.save"
-  | "rule.delete"
-  | "rules.defaults"
-  | "project.save"
-  | "project.delete";
-
 /** One entry of the program's history; ids grow. */
 export interface Change {
   id: number;
-  kind: ChangeKind;
+  /** "assign", "rule.save" and the like: what was changed, and how. */
+  kind: string;
   /** In French; names what was changed, so it may hold text from the outside. */
   label: string;
   at: UnixTime;
@@ -75,6 +68,10 @@ export interface Change {
   learned: LearnedRule[];
   learned_ids: number[];
   undone: boolean;
+  /** Null where nothing was measured. */
+  effect: Effect | null;
+  /** An erasure is not. */
+  undoable: boolean;
 }
 
 /** What the answer of a write tells in addition when it could not be stored. */

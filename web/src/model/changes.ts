@@ -1,8 +1,8 @@
 // Changes that the program can take back: it keeps their history, the page remembers their numbers.
-import type { Body, Route, UnixTime } from "../bridge/routes";
+import type { UnixTime } from "../bridge/routes";
 import type { Change } from "../bridge/store";
 import type { Client } from "../client";
-import { learnedRules } from "./learned";
+import { load, save } from "./stored";
 
 export interface Target {
   category: string | null;
@@ -23,41 +23,51 @@ async function latest(client: Client, limit: number): Promise<Change[] | null> {
   return client.call("changes.list", { limit }).catch(() => null);
 }
 
+// One act of the user's writes a few at most.
+const mostWrites = 40;
+
 /** Runs a write, or the few that belong together, and finds what they are called in the history. */
 export async function track<T>(client: Client, write: () => Promise<T>): Promise<Done<T>> {
   const before = await latest(client, 1);
-  const known = learnedRules.all();
   const answer = await write();
-  const newest = before && (await latest(client, 4));
+  const newest = before && (await latest(client, mostWrites));
   const last = before?.[0]?.id ?? 0;
-  const changes = (newest ?? []).filter(({ id, undone }) => id > last && !undone);
-  learnedRules.add(changes.flatMap((change) => change.learned_ids));
+  const changes = (newest ?? []).filter(({ id, undone, undoable }) => id > last && !undone && undoable);
+  remember(changes.map(({ id }) => id));
+  return { answer, changes, undo: () => turn(client, changes, "undo"), redo: () => turn(client, changes, "redo") };
+}
 
-  // Rules come back under their old numbers, and so are told apart as before.
-  const now = learnedRules.all();
-  const gained = [...now].filter((id) => !known.has(id));
-  const lost = [...known].filter((id) => !now.has(id));
-  const all = async (
-    route: Extract<Route, "changes.undo" | "changes.redo">,
-    bodies: Body<"changes.undo">[],
-  ) => {
-    for (const body of bodies) await client.call(route, body);
-  };
-  const ids = changes.map(({ id }) => ({ id }));
-  return {
-    answer,
-    changes,
-    undo: async () => {
-      await all("changes.undo", ids);
-      learnedRules.remove(gained);
-      learnedRules.add(lost);
-    },
-    redo: async () => {
-      await all("changes.redo", [...ids].reverse());
-      learnedRules.remove(lost);
-      learnedRules.add(gained);
-    },
-  };
+export type Way = "undo" | "redo";
+
+/** Takes changes, the newest first, back, or makes them again. */
+export async function turn(client: Client, changes: readonly Change[], way: Way): Promise<void> {
+  const ids = changes.map(({ id }) => id);
+  for (const id of way === "undo" ? ids : ids.reverse()) await client.call(`changes.${way}`, { id });
+}
+
+// Which changes belong to one act, by the newest of them: the program knows each alone.
+const key = "acts";
+
+function acts(): number[][] {
+  const isAct = (act: unknown) => Array.isArray(act) && act.every(Number.isInteger);
+  return load<number[][]>(key, [], (value) => Array.isArray(value) && value.every(isAct));
+}
+
+function remember(ids: number[]): void {
+  if (ids.length > 1) save(key, [...acts(), ids].slice(-50));
+}
+
+/**
+ * What is next to be taken back, or made again: the changes of one act, the newest first; empty when there is
+ * nothing. `history` is newest first.
+ */
+export function nextAct(history: readonly Change[], way: Way): Change[] {
+  const able = history.filter(({ undoable }) => undoable);
+  const done = able.findIndex(({ undone }) => !undone);
+  const one = way === "undo" ? able[done] : able[done < 0 ? able.length - 1 : done - 1];
+  if (!one) return [];
+  const act = acts().find((ids) => ids.includes(one.id)) ?? [one.id];
+  return able.filter(({ id, undone }) => act.includes(id) && undone === one.undone);
 }
 
 export async function assignIds(client: Client, ids: number[], target: Target): Promise<void> {

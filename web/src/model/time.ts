@@ -26,6 +26,11 @@ export function share(part: Seconds, whole: Seconds): string {
   return ratio > 0 && ratio < 0.005 ? `<${nbsp}${percentFormat.format(0.01)}` : percentFormat.format(ratio);
 }
 
+/** "1 768" */
+export function wholeNumber(value: number): string {
+  return numberFormat.format(Math.round(value));
+}
+
 export function count(n: number, singular: string, plural = `${singular}s`): string {
   return `${numberFormat.format(n)}${nbsp}${n < 2 ? singular : plural}`;
 }
@@ -119,6 +124,8 @@ export const dayInWeek = formatter({ weekday: "long", day: "numeric" });
 export const dateOnly = formatter({ day: "numeric", month: "long", year: "numeric" });
 /** "novembre 2026" */
 export const monthName = formatter({ month: "long", year: "numeric" });
+/** "nov. 2026" */
+export const monthShort = formatter({ month: "short", year: "numeric" });
 /** "lun." */
 export const weekdayShort = formatter({ weekday: "short" });
 const dayAndMonth = formatter({ day: "numeric", month: "long" });

@@ -2,7 +2,7 @@ import type { RefObject } from "preact";
 import { useLayoutEffect } from "preact/hooks";
 
 // What somebody has just worked on, but for what fills the page.
-const subjects = ".block.active, .block[aria-selected=true], .assign, :focus:not([role=listbox], main, body)";
+const subjects = ".block.active, .block[aria-selected=true], .assign, .learnt footer, :focus:not([role=listbox], main, body)";
 
 /** Puts the box at the page's upper edge (class "above") where it would cover what its `text` is about. */
 export function useClearOf(box: RefObject<HTMLElement | null>, text: unknown): void {

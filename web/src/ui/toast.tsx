@@ -1,9 +1,10 @@
 import { createContext } from "preact";
 import { useContext, useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { Body, Route } from "../bridge/routes";
-import { errorText, useClient } from "../client";
-import { type Done, track } from "../model/changes";
-import { isolated } from "../model/time";
+import { type Client, errorText, useClient } from "../client";
+import { type Done, nextAct, track, turn, type Way } from "../model/changes";
+import type { Change } from "../bridge/store";
+import { isolated, typeset } from "../model/time";
 import { useClearOf } from "./clear_of";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
@@ -53,35 +54,62 @@ export function useUndoable(): <T>(write: () => Promise<T>, say: (done: Done<T>)
   const notify = useNotice();
   return async (write, say) => {
     const done = await track(client, write);
-    const label = isolated(done.changes.at(-1)?.label ?? "", 200);
-    const undo = async () => {
-      await done.undo();
-      notify({ text: `Annulé\u00a0: ${label}`, redo });
-    };
-    const redo = async () => {
-      await done.redo();
-      notify({ text: `Rétabli\u00a0: ${label}`, undo });
-    };
-    notify(done.changes.length > 0 ? { ...say(done), undo } : say(done));
+    const notice = say(done);
+    notify(done.changes.length > 0 ? { ...notice, undo: ways(client, notify, done.changes).undo } : notice);
+  };
+}
+
+// The ways back and forth again of what was changed, each of which offers the other.
+function ways(client: Client, notify: (notice: Notice) => void, changes: readonly Change[]) {
+  const label = isolated(typeset(changes.at(-1)?.label ?? ""), 200);
+  const both = {
+    undo: async () => {
+      await turn(client, changes, "undo");
+      notify({ text: `Annulé\u00a0: ${label}`, redo: both.redo });
+    },
+    redo: async () => {
+      await turn(client, changes, "redo");
+      notify({ text: `Rétabli\u00a0: ${label}`, undo: both.undo });
+    },
+  };
+  return both;
+}
+
+const depth = 200;
+
+/** Takes changes of the history back, or makes them again, and says so; what is next, where none are named. */
+export function useTurn(): (way: Way, changes?: readonly Change[]) => Promise<void> {
+  const client = useClient();
+  const notify = useNotice();
+  return async (way, named) => {
+    const changes = named ?? nextAct(await client.read("changes.list", { limit: depth }), way);
+    if (changes.length > 0) return ways(client, notify, changes)[way]();
+    notify({ text: way === "undo" ? "Rien à annuler." : "Rien à rétablir." });
   };
 }
 
 const seconds = 12;
 
 // Which way a key goes in the history.
-function wayOf(event: KeyboardEvent): "undo" | "redo" | null {
+function wayOf(event: KeyboardEvent): Way | null {
   if (!event.ctrlKey && !event.metaKey) return null;
   const key = event.key.toLowerCase();
   if (key === "z") return event.shiftKey ? "redo" : "undo";
   return key === "y" ? "redo" : null;
 }
 
-// Runs what the notice offers, also for the keys of that way, and never twice at a time.
+// Text that is written has a history of its own.
+function isWriting(target: EventTarget | null): boolean {
+  if (target instanceof HTMLInputElement) return !/^(checkbox|radio)$/.test(target.type);
+  return target instanceof HTMLTextAreaElement;
+}
+
+// Runs what the notice offers, and never twice at a time; a key also goes on through the history.
 function useAction(notice: Notice | null): () => Promise<void> {
   const attempt = useAttempt();
+  const turnNext = useTurn();
   const acting = useRef(false);
-  const act = async () => {
-    const action = notice?.undo ?? notice?.redo;
+  const act = async (action = notice?.undo ?? notice?.redo) => {
     if (!action || acting.current) return;
     acting.current = true;
     await attempt(action);
@@ -90,19 +118,24 @@ function useAction(notice: Notice | null): () => Promise<void> {
   // With what is seen, not after it: a key may follow at once.
   useLayoutEffect(() => {
     const onKey = (event: KeyboardEvent) => {
-      const typing = event.target instanceof HTMLInputElement || event.target instanceof HTMLTextAreaElement;
       const way = wayOf(event);
-      if (!way || typing || isCovered() || !notice?.[way]) return;
+      if (!way || isWriting(event.target) || isCovered()) return;
       event.preventDefault();
-      void act();
+      void act(notice?.[way] ?? (() => turnNext(way)));
     };
     window.addEventListener("keydown", onKey);
     return () => window.removeEventListener("keydown", onKey);
   });
-  return act;
+  return () => act();
 }
 
-export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () => void }) {
+interface ToastProps {
+  notice: Notice | null;
+  onClose: () => void;
+  onHistory: () => void;
+}
+
+export function Toast({ notice, onClose, onHistory }: ToastProps) {
   const [held, setHeld] = useState(false);
   const place = useRef<HTMLDivElement>(null);
   const box = useRef<HTMLDivElement>(null);
@@ -164,6 +197,11 @@ export function Toast({ notice, onClose }: { notice: Notice | null; onClose: () 
             >
               {notice.undo ? "Annuler" : "Rétablir"}
             </Button>
+          )}
+          {notice.redo && (
+            <button type="button" class="link" onClick={onHistory}>
+              Historique…
+            </button>
           )}
           <IconButton icon="close" label="Fermer le message" onClick={close} />
         </div>

@@ -2,6 +2,7 @@
 import type { ComponentType } from "preact";
 import type { IconName } from "../ui/icons";
 import { DayView } from "./day/day";
+import { HistoryView } from "./history/history";
 import { ProjectsView } from "./projects/projects";
 import type { ViewProps } from "./props";
 import { RecapView } from "./recap";
@@ -29,6 +30,7 @@ export const views: readonly View[] = [
   { id: "recap", title: "Bilan", key: "b", icon: "recap", dated: 7, component: RecapView },
   { id: "projects", title: "Projets", key: "p", icon: "projects", component: ProjectsView },
   { id: "rules", title: "Règles", key: "r", icon: "rules", component: RulesView },
+  { id: "history", title: "Historique", key: "h", icon: "history", component: HistoryView },
   { id: "settings", title: "Réglages", key: "g", icon: "settings", component: SettingsView },
 ];
 

@@ -5,7 +5,7 @@ import type { Target } from "../../model/changes";
 import { leftOut } from "../../model/day_list";
 import { count, duration, plainDomain } from "../../model/time";
 import { CategoryMark } from "../../ui/icons";
-import { Button, Foreign, IconButton, ProjectSelect, Segmented } from "../../ui/parts";
+import { Button, Foreign, IconButton, ProjectName, ProjectSelect, Segmented } from "../../ui/parts";
 import { RangeFields } from "./range_fields";
 import type { Picked } from "./use_picked";
 import { Why } from "./why";
@@ -18,13 +18,14 @@ interface Props {
   onNewRule: (block: Block) => void;
   onEditRule: (rule: RuleFacts) => void;
   onEditProject: (id: number) => void;
+  onChoose: () => void;
   onDelete: () => void;
   onClose: () => void;
 }
 
 /** What to make of the selected blocks, or of the range dragged over the timeline. */
 export function AssignBar(props: Props) {
-  const { picked, projects, onAssign, onDelete, onClose, onNewRule, onEditRule, onEditProject } = props;
+  const { picked, projects, onAssign, onDelete, onClose, onNewRule, onEditRule, onEditProject, onChoose } = props;
   const { blocks, range, time } = picked;
   const [target, setTarget] = useTarget(picked);
   const one = !range && blocks.length === 1 ? blocks[0] : undefined;
@@ -56,7 +57,7 @@ export function AssignBar(props: Props) {
           onClick={onClose}
         />
       </div>
-      {one && <Why key={one.ids[0]} block={one} {...{ onEditRule, onEditProject }} />}
+      {one && <Why key={one.ids[0]} block={one} {...{ onEditRule, onEditProject, onChoose }} />}
       <div class="assign-how">
         <TargetFields target={target} projects={projects} onChange={setTarget} />
         <Button type="submit" kind="primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
@@ -84,8 +85,12 @@ function useTarget({ blocks, range }: Picked) {
   return state;
 }
 
-function What({ day, picked, one }: Props & { one: Block | undefined }) {
+function What({ day, picked, projects, one }: Props & { one: Block | undefined }) {
   const { blocks, range, time, whole, pickRange, pickBlocks } = picked;
+  // That they have, by whatever decided it.
+  const [first] = blocks;
+  const common = first && blocks.every(({ pid }) => pid === first.pid) ? first.pid : null;
+  const project = projects.find(({ id }) => id === common);
   const without = range ? leftOut(time, whole, range) : 0;
   return (
     <div class="assign-what">
@@ -95,6 +100,12 @@ function What({ day, picked, one }: Props & { one: Block | undefined }) {
         <b>{one ? <Foreign text={plainDomain(one.domain ?? one.app)} length={40} /> : count(blocks.length, "bloc")}</b>
       )}
       <p class="quiet">{time > 0 ? `${duration(time)}${range ? " d’activité" : ""}` : "aucune activité"}</p>
+      {project && (
+        <span class="assign-project">
+          <span class="sr-only">Projet </span>
+          <ProjectName project={project} />
+        </span>
+      )}
       {range && whole.length > 0 && (
         // Blocks teach rules, a range does not.
         <button type="button" class="link" onClick={() => pickBlocks(range.start, range.end, false)}>

@@ -6,7 +6,6 @@ import { assignIds, assignRange, type Target } from "../../model/changes";
 import { clock, count, duration, isolated, plainDomain } from "../../model/time";
 import { useShortcuts } from "../../ui/shortcuts";
 import { useAttempt, useUndoable } from "../../ui/toast";
-import { learnedText } from "../rules/learned_text";
 import { ProjectEditor } from "../projects/project_editor";
 import { draftFrom, draftOf, type RuleDraft } from "../rules/draft";
 import { RuleEditor } from "../rules/rule_editor";
@@ -49,6 +48,7 @@ export function PickedBar({ day, projects, picked, bar }: Props) {
           onNewRule={(block) => setDraft(draftFrom(block))}
           onEditRule={(rule) => setDraft(draftOf(rule))}
           onEditProject={setProject}
+          onChoose={bar.enter}
           onDelete={remove}
           onClose={bar.leave}
         />
@@ -88,10 +88,7 @@ function useAssign({ range, blocks, time }: Picked, what: string, ids: number[],
       const automatic = target.category === null && target.projectId === null;
       await undoable(
         () => (range ? assignRange(client, range, target) : assignIds(client, ids, target)),
-        ({ changes }) => ({
-          text: `${automatic ? "De nouveau automatique" : "Attribué"} : ${what} (${duration(time)}).`,
-          details: changes.flatMap(({ learned }) => learned.map(learnedText)),
-        }),
+        () => ({ text: `${automatic ? "De nouveau automatique" : "Attribué"} : ${what} (${duration(time)}).` }),
       );
       onDone();
     });

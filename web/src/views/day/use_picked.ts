@@ -28,10 +28,13 @@ function within(blocks: readonly Block[], start: UnixTime, end: UnixTime): Block
   return blocks.filter((block) => !block.idle && block.end > start && block.start < end);
 }
 
-/** Nothing of it outlives the change to another `day`. */
+/**
+ * Nothing of it outlives the change to another `day`, and nothing can be picked while its report is awaited:
+ * what is seen is still the day before it.
+ */
 export function usePicked(
   day: Day,
-  { blocks, segments }: DayReport,
+  { date, blocks, segments }: DayReport,
   listed: readonly Block[],
   onReveal: (index: number) => void,
 ): Picked {
@@ -50,10 +53,12 @@ export function usePicked(
   };
   useEffect(clear, [day]);
   const select = (next: Selection) => {
+    if (date !== day) return;
     setRange(null);
     setSelection(next);
   };
   const pickRange = (next: Range | null) => {
+    if (date !== day) return;
     setSelection(nothing);
     setRange(next);
   };

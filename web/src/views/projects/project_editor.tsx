@@ -1,9 +1,10 @@
 import { useState } from "preact/hooks";
-import type { ProjectRow } from "../../bridge/routes";
+import type { ProjectRow, Step } from "../../bridge/routes";
 import { errorText, useClient } from "../../client";
 import { categoryOptions, isAssignable } from "../../model/categories";
 import { isolated } from "../../model/time";
 import { Dialog, EditorFoot, Form } from "../../ui/dialog";
+import { EffectPreview } from "../../ui/effect/effect_preview";
 import { Select } from "../../ui/parts";
 import { Said } from "../../ui/said";
 import { useUndoable } from "../../ui/toast";
@@ -105,6 +106,8 @@ export function ProjectFields({ name, color, category, keywords, onChange }: Fie
   );
 }
 
+const unnamed = "Nouveau projet…";
+
 interface Props {
   /** Absent for a new one. */
   project?: ProjectRow | undefined;
@@ -124,21 +127,25 @@ export function ProjectEditor({ project, others, onClose }: Props) {
   });
   const [error, setError] = useState("");
 
+  const name = fields.name.trim();
+  const isTaken = others.some((other) => other.id !== project?.id && other.name === name);
+  const archived = project?.archived === 1 ? 1 : 0;
+  const body = {
+    ...fields,
+    name,
+    keywords: fields.keywords.trim(),
+    ...(project && { id: project.id, archived: archived as 0 | 1 }),
+  };
+  // Under a name that nobody has, as long as the one that is written cannot be given.
+  const free = name === "" || isTaken ? (project?.name ?? unnamed) : name;
+  const steps: Step[] = [{ path: "projects.save", body: { ...body, name: free } }];
+
   const save = async () => {
-    const name = fields.name.trim();
     if (name === "") return setError("Donnez un nom au projet.");
-    if (others.some((other) => other.id !== project?.id && other.name === name)) {
-      return setError("Un projet porte déjà ce nom.");
-    }
-    const keywords = fields.keywords.trim();
+    if (isTaken) return setError("Un projet porte déjà ce nom.");
     try {
-      const archived = project?.archived === 1 ? 1 : 0;
       await undoable(
-        () =>
-          client.call(
-            "projects.save",
-            project ? { ...fields, name, keywords, id: project.id, archived } : { ...fields, name, keywords },
-          ),
+        () => client.call("projects.save", body),
         () => ({ text: `« ${isolated(name, 60)} » est enregistré.` }),
       );
       onClose();
@@ -148,15 +155,21 @@ export function ProjectEditor({ project, others, onClose }: Props) {
   };
 
   return (
-    <Dialog title={project ? "Modifier le projet" : "Nouveau projet"} onClose={onClose}>
+    <Dialog title={project ? "Modifier le projet" : "Nouveau projet"} onClose={onClose} wide>
       <Form onSubmit={save}>
-        <div class="dialog-body form">
-          <ProjectFields
-            {...fields}
-            onChange={(part) => {
-              setFields({ ...fields, ...part });
-              setError("");
-            }}
+        <div class="dialog-body form split">
+          <div>
+            <ProjectFields
+              {...fields}
+              onChange={(part) => {
+                setFields({ ...fields, ...part });
+                setError("");
+              }}
+            />
+          </div>
+          <EffectPreview
+            steps={project || body.keywords !== "" ? steps : null}
+            hint="Ce que ses mots-clés lui donnent apparaîtra ici."
           />
         </div>
         <EditorFoot error={error} onClose={onClose} />

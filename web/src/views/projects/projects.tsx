@@ -3,10 +3,12 @@ import type { ProjectRow } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
 import { isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
+import { EffectPreview } from "../../ui/effect/effect_preview";
 import { Icon } from "../../ui/icons";
 import { Button, Empty, Failure, ViewTitle } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
-import { useAttempt, useUndoable } from "../../ui/toast";
+import { useUndoable } from "../../ui/toast";
+import { ArchiveProject, ReactivateProject } from "./archive_dialog";
 import { ProjectEditor } from "./project_editor";
 import { type Actions, ProjectList } from "./project_list";
 import { Suggestions } from "./suggestions";
@@ -16,9 +18,10 @@ export function ProjectsView() {
   const { answer: recap } = useAnswer("recap", {});
   const [editing, setEditing] = useState<ProjectRow | "new" | null>(null);
   const [deleting, setDeleting] = useState<ProjectRow | null>(null);
+  const [moving, setMoving] = useState<ProjectRow | null>(null);
   const startNew = () => setEditing("new");
   useShortcuts({ n: startNew });
-  const actions: Actions = { onEdit: setEditing, onArchive: useArchive(), onDelete: setDeleting };
+  const actions: Actions = { onEdit: setEditing, onArchive: setMoving, onDelete: setDeleting };
   const listed = (title: string, archived: boolean) => {
     const rows = (projects ?? []).filter((project) => (project.archived === 1) === archived);
     return rows.length > 0 && <ProjectList {...{ title, rows, recap, actions }} />;
@@ -52,26 +55,11 @@ export function ProjectsView() {
           onClose={() => setEditing(null)}
         />
       )}
+      {moving?.archived === 1 && <ReactivateProject project={moving} onClose={() => setMoving(null)} />}
+      {moving && moving.archived !== 1 && <ArchiveProject project={moving} onClose={() => setMoving(null)} />}
       {deleting && <DeleteProject project={deleting} onClose={() => setDeleting(null)} />}
     </div>
   );
-}
-
-// Puts a project away, or takes it out again.
-function useArchive() {
-  const client = useClient();
-  const attempt = useAttempt();
-  const undoable = useUndoable();
-  return ({ id, name, color, category, keywords, archived }: ProjectRow) => {
-    const away = archived !== 1;
-    const fields = { name, color: color ?? "", category: category ?? "", keywords: keywords ?? "" };
-    void attempt(() =>
-      undoable(
-        () => client.call("projects.save", { id, ...fields, archived: away ? 1 : 0 }),
-        () => ({ text: `« ${isolated(name, 60)} » est ${away ? "archivé" : "de nouveau actif"}.` }),
-      ),
-    );
-  };
 }
 
 function DeleteProject({ project: { id, name }, onClose }: { project: ProjectRow; onClose: () => void }) {
@@ -92,9 +80,10 @@ function DeleteProject({ project: { id, name }, onClose }: { project: ProjectRow
     >
       <p>
         Le temps enregistré reste, mais ce qui était attribué à ce projet ne l’est plus et ses règles ne mènent
-        plus à aucun projet. Le message qui suit permet de l’annuler.
+        plus à aucun projet. L’historique garde 90 jours de quoi l’annuler. Pour le retirer des listes en lui
+        gardant son temps, archivez-le.
       </p>
-      <p>Pour le retirer des listes sans rien perdre, archivez-le.</p>
+      <EffectPreview steps={[{ path: "projects.delete", body: { id } }]} />
     </Confirm>
   );
 }

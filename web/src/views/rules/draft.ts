@@ -1,8 +1,6 @@
-import type { Block, RuleField } from "../../bridge/routes";
-import type { RuleFacts } from "../../bridge/rules";
+import type { Block, RuleFacts, RuleField, Step } from "../../bridge/routes";
 import { useClient } from "../../client";
 import { isAssignable } from "../../model/categories";
-import { learnedRules } from "../../model/learned";
 import { isolated } from "../../model/time";
 import { useUndoable } from "../../ui/toast";
 
@@ -34,6 +32,15 @@ function given(category: string | null): string | null {
   return isAssignable(category) ? category : null;
 }
 
+/** What saving the draft does, where it is whole. */
+export function stepsOf({ field, pattern, category, projectId, replaces }: RuleDraft): Step[] | null {
+  const text = pattern.trim();
+  if (text === "" || (category === null && projectId === null)) return null;
+  const body = { field, pattern: text, category, project_id: projectId };
+  const save: Step = { path: "rules.save", body };
+  return replaces === undefined ? [save] : [{ path: "rules.delete", body: { id: replaces } }, save];
+}
+
 /** Saves a draft, in the place of the rule that it is an edition of; throws what is to be told. */
 export function useSaveRule(): (draft: RuleDraft) => Promise<void> {
   const client = useClient();
@@ -47,7 +54,6 @@ export function useSaveRule(): (draft: RuleDraft) => Promise<void> {
         const { id } = await client.call("rules.save", { field, pattern, category, project_id: projectId });
         // The program itself replaces a rule of the same field and text.
         if (replaces !== undefined && replaces !== id) await client.call("rules.delete", { id: replaces });
-        learnedRules.remove(replaces === undefined ? [id] : [id, replaces]);
       },
       () => ({ text: `Règle enregistrée : ${isolated(pattern, 60)}.` }),
     );

@@ -3,9 +3,10 @@ import type { ProjectRow, RuleField } from "../../bridge/routes";
 import { useAnswer } from "../../client";
 import { categoryOptions } from "../../model/categories";
 import { Dialog, EditorFoot, Form } from "../../ui/dialog";
+import { EffectPreview } from "../../ui/effect/effect_preview";
 import { ProjectSelect, Select } from "../../ui/parts";
 import { useTask } from "../../ui/task";
-import { type RuleDraft, useSaveRule } from "./draft";
+import { type RuleDraft, stepsOf, useSaveRule } from "./draft";
 import { fieldOptions } from "./labels";
 import { RulePreview } from "./rule_preview";
 
@@ -14,14 +15,18 @@ interface Props {
   onClose: () => void;
 }
 
-/** A rule to write, above what it would catch and change. */
+/** A rule to write, beside what it would change, above what it catches. */
 export function RuleEditor({ draft, onClose }: Props) {
   const projects = useAnswer("projects.list", {}).answer;
   const [rule, setRule] = useState(draft);
   const { error, setError, run } = useTask();
   const save = useSaveRule();
   return (
-    <Dialog title={draft.replaces === undefined ? "Nouvelle règle" : "Modifier la règle"} onClose={onClose}>
+    <Dialog
+      title={draft.replaces === undefined ? "Nouvelle règle" : "Modifier la règle"}
+      onClose={onClose}
+      wide
+    >
       <Form
         onSubmit={() =>
           run(async () => {
@@ -30,16 +35,23 @@ export function RuleEditor({ draft, onClose }: Props) {
           })
         }
       >
-        <div class="dialog-body form">
-          <RuleFields
-            rule={rule}
-            projects={projects ?? []}
-            onChange={(part) => {
-              setRule({ ...rule, ...part });
-              setError("");
-            }}
+        <div class="dialog-body form split">
+          <div>
+            <RuleFields
+              rule={rule}
+              projects={projects ?? []}
+              onChange={(part) => {
+                setRule({ ...rule, ...part });
+                setError("");
+              }}
+            />
+          </div>
+          <EffectPreview
+            steps={stepsOf(rule)}
+            hint="Ce que la règle change apparaîtra ici."
+            none="Rien ne change dans le passé. La règle vaudra pour la suite."
           />
-          <RulePreview {...{ rule, projects }} />
+          <RulePreview rule={rule} />
         </div>
         <EditorFoot error={error} onClose={onClose} />
       </Form>

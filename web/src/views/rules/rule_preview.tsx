@@ -1,10 +1,10 @@
 import { useState } from "preact/hooks";
-import type { Answer, Body, ProjectRow } from "../../bridge/routes";
+import type { Answer, Body } from "../../bridge/routes";
 import type { TextShare } from "../../bridge/rules";
 import { useAnswer } from "../../client";
 import { count, duration } from "../../model/time";
-import { CategoryName, Icon } from "../../ui/icons";
-import { Foreign, Incomplete, ProjectName, Segmented } from "../../ui/parts";
+import { Icon } from "../../ui/icons";
+import { Foreign, Incomplete, Segmented } from "../../ui/parts";
 import { Said } from "../../ui/said";
 import { useSettled } from "../../ui/settled";
 import type { RuleDraft } from "./draft";
@@ -14,70 +14,36 @@ const periods = [
   { value: true, label: "Tout", words: "depuis le début" },
 ];
 
-interface Props {
-  rule: RuleDraft;
-  /** Undefined until they have been read. */
-  projects: readonly ProjectRow[] | undefined;
-}
-
-/** What the rule would catch and change, asked while it is being written. */
-export function RulePreview({ rule: draft, projects }: Props) {
+/** What the rule catches, whoever decides about it in the end; asked while it is being written. */
+export function RulePreview({ rule: draft }: { rule: RuleDraft }) {
   const [all, setAll] = useState(false);
   const { field, category, projectId, replaces } = draft;
   const pattern = draft.pattern.trim();
   const rule = useSettled({ field, pattern, category, project_id: projectId, replaces, all });
+  if (rule.pattern === "" || pattern === "") return null;
   return (
-    <section class="preview" aria-label="Aperçu">
-      <Segmented legend="Période de l’aperçu" small choices={periods} value={all} onChange={setAll} />
-      {rule.pattern === "" || pattern === "" ? (
-        <p class="quiet">Ce que la règle attrape apparaîtra ici.</p>
-      ) : (
-        <Caught rule={rule} projects={projects} />
-      )}
+    <section class="preview" aria-label="Ce que la règle attrape">
+      <div class="preview-head">
+        <h3>Ce que la règle attrape</h3>
+        <Segmented legend="Période" small choices={periods} value={all} onChange={setAll} />
+      </div>
+      <Caught rule={rule} />
     </section>
   );
 }
 
-interface CaughtProps {
-  rule: Body<"rules.preview">;
-  projects: readonly ProjectRow[] | undefined;
-}
-
-function Caught({ rule, projects }: CaughtProps) {
+function Caught({ rule }: { rule: Body<"rules.preview"> }) {
   const { answer, error } = useAnswer("rules.preview", rule);
-  const told = answer && [answer.from, answer.spans, answer.seconds, answer.changed.seconds].join();
+  const told = answer && [answer.from, answer.spans, answer.seconds].join();
   return (
     <>
       <Said role="alert" class="field-error" text={error} />
       <Said text={!error && told}>{answer && <Summary answer={answer} />}</Said>
-      {!error && !(answer && projects) && <p class="quiet">Calcul…</p>}
-      {answer && projects && !error && <Details {...{ answer, projects }} field={rule.field} />}
-    </>
-  );
-}
-
-interface DetailsProps {
-  answer: Preview;
-  projects: readonly ProjectRow[];
-  field: RuleDraft["field"];
-}
-
-function Details({ answer, projects, field }: DetailsProps) {
-  return (
-    <>
-      {answer.changes.length > 0 && (
-        <ul role="list" class="preview-changes" aria-label="Ce qui changerait">
-          {answer.changes.map((change, index) => (
-            <li key={index}>
-              <Becomes change={change} projects={projects} />
-              <b>{duration(change.seconds)}</b>
-            </li>
-          ))}
-        </ul>
-      )}
-      {answer.examples.map((example) => (
-        <Example key={example.text} {...{ example }} field={field} />
-      ))}
+      {!error && !answer && <p class="quiet">Calcul…</p>}
+      {!error &&
+        answer?.examples.map((example) => (
+          <Example key={example.text} {...{ example }} field={rule.field} />
+        ))}
     </>
   );
 }
@@ -86,71 +52,19 @@ type Preview = Answer<"rules.preview">;
 
 function Summary({ answer }: { answer: Preview }) {
   const { words } = periods[answer.from === null ? 1 : 0]!;
-  const { spans, seconds, changed, kept } = answer;
+  const { spans, seconds, kept } = answer;
   return (
     <>
-      {spans === 0 ? (
-        <p>
-          <b>Rien {words}.</b> La règle s’appliquera à la suite.
-        </p>
-      ) : (
-        <p>
-          <b>
-            {count(spans, "activité")}, {duration(seconds)}
-          </b>{" "}
-          {words}.
-        </p>
-      )}
-      {(spans > 0 || changed.spans > 0) && (
-        <p class="quiet">
-          {changed.spans > 0
-            ? `Ce qui changerait\u00a0: ${duration(changed.seconds)}.`
-            : "Rien ne changerait."}
-          {kept.spans > 0 && ` Attribué à la main, resterait tel quel\u00a0: ${duration(kept.seconds)}.`}
-        </p>
-      )}
+      <p>
+        {spans === 0 ? <b>Rien {words}.</b> : <b>{`${count(spans, "activité")}, ${duration(seconds)}`}</b>}
+        {spans > 0 && ` ${words}.`}
+        {kept.spans > 0 && (
+          <span class="quiet">
+            {` Attribué à la main, resterait tel quel\u00a0: ${duration(kept.seconds)}.`}
+          </span>
+        )}
+      </p>
       <Incomplete text={answer.incomplete} />
-    </>
-  );
-}
-
-interface BecomesProps {
-  change: Preview["changes"][number];
-  projects: readonly ProjectRow[];
-}
-
-// Only what differs.
-function Becomes({ change, projects }: BecomesProps) {
-  const project = (id: number | null) => {
-    const known = projects.find((one) => one.id === id);
-    if (known) return <ProjectName project={known} />;
-    return <span class="quiet">{id === null ? "sans projet" : "projet supprimé"}</span>;
-  };
-  return (
-    <span class="becomes">
-      {change.from_category !== change.to_category && (
-        <span>
-          <CategoryName cat={change.from_category} />
-          <Arrow />
-          <CategoryName cat={change.to_category} />
-        </span>
-      )}
-      {change.from_project !== change.to_project && (
-        <span>
-          {project(change.from_project)}
-          <Arrow />
-          {project(change.to_project)}
-        </span>
-      )}
-    </span>
-  );
-}
-
-function Arrow() {
-  return (
-    <>
-      <span aria-hidden="true">→</span>
-      <span class="sr-only">devient</span>
     </>
   );
 }

@@ -1,7 +1,7 @@
 import type { RefObject } from "preact";
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
-import type { ProjectRow, RuleRow } from "../../bridge/routes";
-import { type Source, sourceOf } from "../../model/rules";
+import type { Origin, ProjectRow, RuleRow } from "../../bridge/routes";
+import { originOf, type Origins } from "../../model/rules";
 import { clip } from "../../model/time";
 import { CategoryName } from "../../ui/icons";
 import { smallWindow, useMedia } from "../../ui/media";
@@ -12,11 +12,11 @@ import { fieldLabel } from "./labels";
 
 // Pixels; the second where a rule takes two lines.
 const rowHeights = [40, 64] as const;
-const origins: Record<Source, string> = {
-  mine: "Personnelle",
+const originNames: Record<Origin, string> = {
+  user: "Personnelle",
   learned: "Apprise",
   builtin: "Intégrée",
-  application: "D’après l’application",
+  app: "D’après l’application",
 };
 
 interface Actions {
@@ -26,11 +26,11 @@ interface Actions {
 
 interface Props extends Actions {
   rules: readonly RuleRow[];
-  learned: ReadonlySet<number>;
+  origins: Origins;
   project: (id: number | null) => ProjectRow | undefined;
 }
 
-export function RuleTable({ rules, learned, project, ...actions }: Props) {
+export function RuleTable({ rules, origins, project, ...actions }: Props) {
   const body = useRoving<HTMLDivElement>("grid");
   const rowHeight = rowHeights[useMedia(smallWindow) ? 1 : 0];
   const { first, end } = useWindowed(body, rules.length, rowHeight);
@@ -71,7 +71,7 @@ export function RuleTable({ rules, learned, project, ...actions }: Props) {
             >
               <Cells
                 rule={rule}
-                origin={origins[sourceOf(rule, learned)]}
+                origin={originNames[originOf(rule, origins)]}
                 to={project(rule.project_id)}
                 {...actions}
               />

@@ -1,5 +1,5 @@
-import type { RuleRow } from "../../bridge/routes";
-import { type RuleFilter, type Source, sourceOf } from "../../model/rules";
+import type { Origin, RuleRow } from "../../bridge/routes";
+import { originOf, type Origins, type RuleFilter } from "../../model/rules";
 import { count } from "../../model/time";
 import { Icon } from "../../ui/icons";
 import { Select } from "../../ui/parts";
@@ -7,16 +7,16 @@ import { useRoving } from "../../ui/roving";
 import { Said } from "../../ui/said";
 import { fieldOptions } from "./labels";
 
-const sources: [Source, string][] = [
-  ["mine", "Personnelles"],
+const kinds: [Origin, string][] = [
+  ["user", "Personnelles"],
   ["learned", "Apprises"],
   ["builtin", "Intégrées"],
-  ["application", "D’après l’application"],
+  ["app", "D’après l’application"],
 ];
 
 interface Props {
   rules: readonly RuleRow[] | undefined;
-  learned: ReadonlySet<number>;
+  origins: Origins;
   /** How many the filter lets through. */
   shown: number;
   filter: RuleFilter;
@@ -24,9 +24,9 @@ interface Props {
 }
 
 /** What narrows the list of rules. */
-export function RuleTools({ rules, learned, shown, filter, onFilter }: Props) {
-  const counted = (source: Source) =>
-    (rules ?? []).filter((rule) => sourceOf(rule, learned) === source).length;
+export function RuleTools({ rules, origins, shown, filter, onFilter }: Props) {
+  const counted = (origin: Origin) =>
+    (rules ?? []).filter((rule) => originOf(rule, origins) === origin).length;
   const chips = useRoving<HTMLDivElement>("row");
   return (
     <div class="list-tools">
@@ -50,15 +50,15 @@ export function RuleTools({ rules, learned, shown, filter, onFilter }: Props) {
         onChange={(field) => onFilter({ ...filter, field: field || null })}
       />
       <div class="chips" role="group" aria-label="Origine" ref={chips}>
-        {sources.map(([source, label]) => (
+        {kinds.map(([origin, label]) => (
           <button
             type="button"
-            key={source}
+            key={origin}
             class="chip"
-            aria-pressed={filter.source === source}
-            onClick={() => onFilter({ ...filter, source: filter.source === source ? null : source })}
+            aria-pressed={filter.origin === origin}
+            onClick={() => onFilter({ ...filter, origin: filter.origin === origin ? null : origin })}
           >
-            {label} <span class="quiet">{counted(source)}</span>
+            {label} <span class="quiet">{counted(origin)}</span>
           </button>
         ))}
       </div>

@@ -1,34 +1,37 @@
 import { useMemo, useState } from "preact/hooks";
 import type { RuleRow } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
-import { learnedRules } from "../../model/learned";
-import { filterRules, type RuleFilter } from "../../model/rules";
+import { filterRules, originsOf, type RuleFilter } from "../../model/rules";
 import { count, isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
+import { EffectPreview } from "../../ui/effect/effect_preview";
 import { Icon } from "../../ui/icons";
 import { Button, Empty, Failure, ViewTitle } from "../../ui/parts";
 import { useShortcuts } from "../../ui/shortcuts";
-import { useAttempt, useUndoable } from "../../ui/toast";
+import { useUndoable } from "../../ui/toast";
+import type { ViewProps } from "../props";
 import { blankRule, draftOf, type RuleDraft } from "./draft";
+import { PendingRules } from "./pending_rules";
 import { RuleEditor } from "./rule_editor";
 import { RuleTable } from "./rule_table";
 import { RuleTools } from "./rule_tools";
 
-const allRules: RuleFilter = { text: "", field: null, source: null };
+const allRules: RuleFilter = { text: "", field: null, origin: null };
 
-export function RulesView() {
+export function RulesView({ pending }: ViewProps) {
   const { answer: rules, error, reload } = useAnswer("rules.list", {});
   const projects = useAnswer("projects.list", {}).answer;
   const [filter, setFilter] = useState(allRules);
   const [draft, setDraft] = useState<RuleDraft | null>(null);
   const [restoring, setRestoring] = useState(false);
-  const remove = useRemove();
-  const learned = useMemo(() => learnedRules.all(), [rules]);
+  const [deleting, setDeleting] = useState<RuleRow | null>(null);
+  const told = useAnswer("rules.origins", {}).answer;
+  const origins = useMemo(() => originsOf(told), [told]);
   const byId = useMemo(() => new Map((projects ?? []).map((one) => [one.id, one])), [projects]);
   const project = (id: number | null) => (id === null ? undefined : byId.get(id));
   const shown = useMemo(
-    () => filterRules(rules ?? [], filter, learned, (id) => project(id)?.name ?? ""),
-    [rules, filter, learned, byId],
+    () => filterRules(rules ?? [], filter, origins, (id) => project(id)?.name ?? ""),
+    [rules, filter, origins, byId],
   );
   useShortcuts({
     "/": () => document.getElementById("rule-search")?.focus(),
@@ -46,7 +49,8 @@ export function RulesView() {
         </Button>
       </div>
       {error && <Failure text={error} retry={reload} />}
-      <RuleTools {...{ rules, learned, filter }} shown={shown.length} onFilter={setFilter} />
+      {pending.length > 0 && <PendingRules pending={pending} />}
+      <RuleTools {...{ rules, origins, filter }} shown={shown.length} onFilter={setFilter} />
       {rules?.length === 0 && (
         <Empty title="Aucune règle.">
           <Button onClick={() => setRestoring(true)}>Rétablir les règles intégrées</Button>
@@ -60,31 +64,38 @@ export function RulesView() {
       {shown.length > 0 && (
         <RuleTable
           rules={shown}
-          {...{ learned, project }}
+          {...{ origins, project }}
           onEdit={(rule) => setDraft(draftOf(rule))}
-          onDelete={remove}
+          onDelete={setDeleting}
         />
       )}
       {draft && <RuleEditor draft={draft} onClose={() => setDraft(null)} />}
+      {deleting && <DeleteRule rule={deleting} onClose={() => setDeleting(null)} />}
       {restoring && <RestoreDefaults onClose={() => setRestoring(false)} />}
     </div>
   );
 }
 
-function useRemove() {
+function DeleteRule({ rule, onClose }: { rule: RuleRow; onClose: () => void }) {
   const client = useClient();
-  const attempt = useAttempt();
   const undoable = useUndoable();
-  return (rule: RuleRow) =>
-    void attempt(() =>
-      undoable(
-        async () => {
-          await client.call("rules.delete", { id: rule.id });
-          learnedRules.remove([rule.id]);
-        },
-        () => ({ text: `Règle supprimée : ${isolated(rule.pattern, 60)}.` }),
-      ),
+  const name = isolated(rule.pattern, 60);
+  const remove = () =>
+    undoable(
+      () => client.call("rules.delete", { id: rule.id }),
+      () => ({ text: `Règle supprimée : ${name}.` }),
     );
+  return (
+    <Confirm
+      title={`Supprimer la règle « ${name} » ?`}
+      action="Supprimer"
+      danger
+      onClose={onClose}
+      onConfirm={remove}
+    >
+      <EffectPreview steps={[{ path: "rules.delete", body: { id: rule.id } }]} />
+    </Confirm>
+  );
 }
 
 function RestoreDefaults({ onClose }: { onClose: () => void }) {
@@ -103,6 +114,7 @@ function RestoreDefaults({ onClose }: { onClose: () => void }) {
       <p>
         Celles que vous avez supprimées reviennent. Les vôtres et les règles apprises gardent la priorité.
       </p>
+      <EffectPreview steps={[{ path: "rules.defaults", body: {} }]} />
     </Confirm>
   );
 }

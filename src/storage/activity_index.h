@@ -1,0 +1,62 @@
+// The index of activities: what the spans of past days add up to, so that nobody reads them again.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "base/clock.h"
+#include "storage/activity_chunk.h"
+#include "storage/connection.h"
+#include "storage/database.h"
+
+namespace orvanta {
+
+// A folder beside the store, readable by the user alone, that may be removed at any time. What
+// tells whether it holds true is in the store: the table `indexed_days` has a random stamp for a
+// day, and triggers remove it when a span of that day changes, whoever changes it. So all states of
+// a store in which a day has one stamp, also those that a backup brings back, have the same spans
+// on it. A file holds what a day adds up to, and its stamp: where the store has another one or
+// none, the spans themselves are read.
+
+std::filesystem::path activityFolder(const DataLocation& where);
+/// The file of the days from chunk * kChunkDays on.
+std::filesystem::path activityFile(const DataLocation& where, int64_t chunk);
+
+/// The days that have a stamp, in their order. `ask` is Database::scan or the like without
+/// parameters. None where the store has no such table; absent when that could not be read.
+using AskStore =
+    std::function<bool(std::string_view sql, const std::function<void(const Cursor&)>& visit)>;
+std::optional<StampedDays> readStamps(const AskStore& ask);
+
+/// Brings the index up to date. One process does, the holder of the DataLock. Used by one thread at
+/// a time, the one that erases, too: what was read before it was erased would come back.
+class ActivityIndex {
+ public:
+  /// `db` outlives it.
+  explicit ActivityIndex(Database& db, Clock clock = wallClock)
+      : db_(db), clock_(std::move(clock)) {}
+
+  /// Looks at the files in turn until one is out of date, and makes that one anew, in some
+  /// milliseconds. True when there may be more to do. Today's spans are left to the store.
+  bool step();
+
+  /// Removes the files that do not hold what the store does, so that nothing erased is left. False
+  /// when one cannot be removed.
+  bool removeStale();
+
+ private:
+  bool upToDate(int64_t chunk, const StampedDays& stamps, int64_t today);
+  bool make(const Connection& store, const AskStore& ask, int64_t chunk, int64_t today);
+
+  Database& db_;
+  const Clock clock_;
+  std::map<int64_t, StampedDays> known_;  // what files hold, by chunk
+  int64_t next_ = 0;                      // chunk to be looked at
+};
+
+}  // namespace orvanta
