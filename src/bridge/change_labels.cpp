@@ -90,7 +90,7 @@ std::string projectDeleted(std::string_view name) {
 }
 
 std::string projectArchived(std::string_view name) {
-  return "Projet archivé : " + quoted(name);
+  return "Projet archivé : " + quoted(name);
 }
 
 std::string ruleSaved(std::string_view pattern) {

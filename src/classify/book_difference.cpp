@@ -76,7 +76,8 @@ bool BookDifference::concerns(const Ev& ev) const {
   if (ev.projectId && projects_.contains(*ev.projectId)) return true;
   const std::array<Text, kFields> texts{ev.app, ev.domain, ev.title, ev.url};
   for (std::size_t field = 0; field < kFields; ++field) {
-    if (searches_.at(field) && texts.at(field) && search_.at(field).search(texts.at(field).view()).any())
+    if (searches_.at(field) && texts.at(field) &&
+        search_.at(field).search(texts.at(field).view()).any())
       return true;
   }
   return false;

@@ -21,8 +21,8 @@ constexpr std::size_t kAtOnce = 10000;  // ids of one statement
 AssignedTime keepTime(Transaction& change, int64_t project) {
   StringPool texts;
   EvReader reader(texts);
-  Classifier classifier(
-      texts, std::make_shared<const RuleBook>(loadRules(change), loadProjects(change)));
+  Classifier classifier(texts,
+                        std::make_shared<const RuleBook>(loadRules(change), loadProjects(change)));
   AssignedTime kept;
   std::vector<int64_t> ids;
   change.each(
@@ -37,9 +37,8 @@ AssignedTime keepTime(Transaction& change, int64_t project) {
   kept.spans = static_cast<int64_t>(ids.size());
   for (std::span<const int64_t> left(ids); !left.empty();) {
     const auto some = left.first(std::min(left.size(), kAtOnce));
-    change.run(
-        "UPDATE events SET project_id=? WHERE id IN (SELECT value FROM json_each(?))",
-        {project, fmt::format("[{}]", fmt::join(some, ","))});
+    change.run("UPDATE events SET project_id=? WHERE id IN (SELECT value FROM json_each(?))",
+               {project, fmt::format("[{}]", fmt::join(some, ","))});
     left = left.subspan(some.size());
   }
   return kept;
