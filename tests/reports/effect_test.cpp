@@ -1,6 +1,7 @@
 // What is told of a change, before and after it is made, against classifying everything twice.
 #include <set>
 
+#include "storage/activity_index.h"
 #include "support/naive_reports.h"
 #include "support/program.h"
 #include "support/random_store.h"
@@ -183,6 +184,8 @@ struct Effects : testing::Test, Program {
                  {naiveStart(kDay - 29), naiveStart(kDay + 1)});
     store.db.run("UPDATE events SET end=start WHERE end > 1e10");
     clock.now = naiveStart(kDay) + dice.upTo(80000);
+    ActivityIndex index(store.db, clock.read());
+    while (dice.oneIn(2) && index.step()) continue;
     check(dice);
   }
   NaiveSpans spans() { return naiveSpans(store.db, -kAlways, kAlways); }
