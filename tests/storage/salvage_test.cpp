@@ -47,6 +47,7 @@ struct SalvageTest : testing::Test {
     // Some titles go on on other pages, some pages are free.
     execute(store, "UPDATE events SET title = title || hex(zeroblob(900)) WHERE id % 50 = 3");
     execute(store, "DELETE FROM events WHERE id BETWEEN 40 AND 60");
+    execute(store, "INSERT INTO indexed_days VALUES (99, 7)");
     execute(store, "PRAGMA wal_checkpoint(TRUNCATE)");
     if (more > 0) fillStore(store, more, 1'000'000 + spans * 10);
     return {bytesIn(file), bytesIn(walOf(file))};
@@ -78,6 +79,7 @@ TEST_F(SalvageTest, AStoreThatIsWholeIsCopiedRowByRow) {
   EXPECT_TRUE(report.made && report.whole());
   EXPECT_EQ(report.sentence,
             "Tout ce que contient le fichier a pu être lu : 479 activités, 2 projets et 4 règles.");
+  EXPECT_TRUE(saved("SELECT * FROM indexed_days").empty()) << "the spans are others' copies";
   expectSame();
   EXPECT_EQ(namesIn(folder_.path()), (Texts{"fresh.db", "made.db", "orvanta.db", "orvanta.db-wal",
                                             "same.db", "same.db-wal"}));
