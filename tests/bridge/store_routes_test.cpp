@@ -66,6 +66,24 @@ TEST_F(StoreRoutesTest, DeletedTimeIsInNoFileAnyMore) {
   EXPECT_EQ(spans(), rest) << "the backup has lost it, too";
 }
 
+TEST_F(StoreRoutesTest, TheRetentionTakesTitlesOutOfTheWayBack) {
+  span(1000, 1100, "TRES-SECRET");
+  call("events.assignRange", R"({"start": 1000, "end": 1050, "category": "travail"})");
+  call("events.assign", R"({"ids": [1], "category": "loisir"})");
+  span(clock.now - 100, clock.now, "encore");
+  ask("events.assignRange", {{"start", clock.now - 50}, {"end", clock.now}});
+  call("settings.set", R"({"retention_days": 30})");
+  core.tracker.applyRetention();
+  EXPECT_EQ(count("events WHERE title IS NOT NULL"), 2U);
+  EXPECT_TRUE(filesWith("TRES-SECRET").empty());
+  std::string kinds;
+  const auto list = call("changes.list");
+  for (const auto& change : list.as_array()) {
+    kinds += std::string(change.at("kind").as_string()) + " ";
+  }
+  EXPECT_EQ(kinds, "settings assignRange assign ");
+}
+
 TEST_F(StoreRoutesTest, WhatIsBeingRecordedIsDeletedUpToNow) {
   desktop.show("Éditeur", "lettre secrète");
   core.tracker.start();

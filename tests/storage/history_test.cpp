@@ -190,6 +190,23 @@ TEST_F(HistoryTest, OneThatIsLargerThanItsRoomIsListedAndStays) {
   EXPECT_EQ(history.undo(1).kind, History::Outcome::Kind::Unknown);
 }
 
+TEST_F(HistoryTest, AStoreWhoseTableIsDamagedIsChangedAllTheSame) {
+  addSpans(3);
+  EXPECT_TRUE(assign("x"));
+  store.db.truncateLog();
+  const auto page = number("SELECT rootpage FROM sqlite_master WHERE name='changes'");
+  overwrite(file(), static_cast<std::size_t>((page - 1) * 1024), std::string(1024, '\xff'));
+  TempStore again(store.folder.path());
+  History damaged(again.db);
+  EXPECT_TRUE(damaged.record([](Transaction& change) {
+    change.run("UPDATE events SET category='y'");
+    return ChangeNote{.kind = "assign"};
+  }));
+  EXPECT_EQ(number("SELECT count(*) FROM events WHERE category='y'"), 3);
+  EXPECT_FALSE(damaged.list(1));
+  EXPECT_EQ(again.db.condition()->trouble, StoreTrouble::Damaged) << "and is mended then";
+}
+
 TEST_F(HistoryTest, AStoreWithoutItsTableIsChangedAllTheSame) {
   addSpans(3);
   EXPECT_TRUE(assign("x"));
