@@ -58,6 +58,7 @@ void Services::keepStore() {
   core.keeper.listen(
       {.renewed = renewed, .tell = [this](const auto& sentence) { core.shell.tell(sentence); }});
   db.setReplaced([this, renewed](const std::string& sentence) {
+    core.keeper.replaced();
     renewed();
     if (!sentence.empty()) core.shell.tell(sentence);
   });

@@ -1,10 +1,12 @@
 #include "classify/book_difference.h"
 
+#include <array>
 #include <map>
 #include <tuple>
 #include <utility>
+#include <vector>
 
-#include "base/text.h"
+#include "classify/classifier.h"
 
 namespace orvanta {
 namespace {
@@ -19,14 +21,12 @@ bool sameKeywords(const Project& a, const Project& b) {
 
 }  // namespace
 
-BookDifference::BookDifference(const RuleBook& before, const RuleBook& after) {
-  compareProjects(before, after);
-  compareRules(before, after);
-  for (auto& search : search_) search.build();
-}
-
-void BookDifference::compareProjects(const RuleBook& before, const RuleBook& after) {
-  for (const auto& [book, other] : {std::pair(&before, &after), {&after, &before}}) {
+// Where both have a project and not the same keywords, those of both are looked for.
+RuleBook BookDifference::compare(const RuleBook& before, const RuleBook& after) {
+  std::vector<Rule> rules;
+  Projects projects;
+  const std::array sides{std::pair(&before, &after), std::pair(&after, &before)};
+  for (const auto& [book, other] : sides) {
     for (const auto& [id, project] : book->projects()) {
       const auto found = other->projects().find(id);
       const bool known = found != other->projects().end();
@@ -34,53 +34,36 @@ void BookDifference::compareProjects(const RuleBook& before, const RuleBook& aft
       if (!same) projects_.insert(id);
       if (same && sameKeywords(project, found->second)) continue;
       none_ = false;
-      addKeywords(project);
+      if (project.archived) continue;
+      auto& keywords = projects.try_emplace(id, Project{.id = id}).first->second.keywords;
+      keywords.insert(keywords.end(), project.keywords.begin(), project.keywords.end());
     }
   }
-}
-
-void BookDifference::compareRules(const RuleBook& before, const RuleBook& after) {
-  for (const auto& [book, other] : {std::pair(&before, &after), {&after, &before}}) {
+  for (const auto& [book, other] : sides) {
     std::map<int64_t, const Rule*> others;
     for (const auto& rule : other->rules()) others.emplace(rule.id, &rule);
     for (const auto& rule : book->rules()) {
       const auto found = others.find(rule.id);
       const bool same = found != others.end() && meaningOf(*found->second) == meaningOf(rule);
       if (!same) none_ = false;
-      if (!same || (rule.projectId && projects_.contains(*rule.projectId))) add(rule);
+      if (!same || (rule.projectId && projects_.contains(*rule.projectId))) rules.push_back(rule);
     }
   }
-}
-
-void BookDifference::add(const Rule& rule) {
-  const auto field = parsed<RuleField>(rule.field);
-  if (field) look(static_cast<std::size_t>(*field), lowerCase(rule.pattern));
-}
-
-// One of several words may begin in one field and end in the next; its first word does not.
-void BookDifference::addKeywords(const Project& project) {
-  if (project.archived) return;
-  for (const auto& keyword : project.keywords) {
-    for (std::size_t field = 0; field < kFields; ++field) {
-      look(field, std::string_view(keyword).substr(0, keyword.find(' ')));
-    }
-  }
-}
-
-void BookDifference::look(std::size_t field, std::string_view pattern) {
-  search_.at(field).add(pattern, {.category = 0});
-  searches_.at(field) = true;
+  return {std::move(rules), std::move(projects)};
 }
 
 bool BookDifference::concerns(const Ev& ev) const {
   if (ev.projectId && projects_.contains(*ev.projectId)) return true;
-  const std::array<Text, kFields> texts{ev.app, ev.domain, ev.title, ev.url};
-  for (std::size_t field = 0; field < kFields; ++field) {
-    if (searches_.at(field) && texts.at(field) &&
-        search_.at(field).search(texts.at(field).view()).any())
-      return true;
+  constexpr std::array kTextOf{&Ev::app, &Ev::domain, &Ev::title, &Ev::url};
+  bool opensPhrase = false;
+  for (std::size_t field = 0; field < kTextOf.size(); ++field) {
+    const auto text = ev.*kTextOf.at(field);
+    if (!text) continue;
+    const auto match = book_.look(static_cast<RuleField>(field), text.view());
+    if (match.found.any() || match.own != RuleBook::kNone) return true;
+    opensPhrase = opensPhrase || match.opensPhrase;
   }
-  return false;
+  return opensPhrase && book_.phraseIn(Classifier::keywordText(ev)) != RuleBook::kNone;
 }
 
 }  // namespace orvanta

@@ -1,11 +1,8 @@
 // Which activity two sets of rules and projects may see differently.
 #pragma once
 
-#include <array>
 #include <set>
-#include <string_view>
 
-#include "classify/pattern_search.h"
 #include "classify/rule_book.h"
 #include "storage/ev.h"
 
@@ -15,7 +12,7 @@ namespace orvanta {
 /// counts as the same by both. Immutable; any thread.
 class BookDifference {
  public:
-  BookDifference(const RuleBook& before, const RuleBook& after);
+  BookDifference(const RuleBook& before, const RuleBook& after) : book_(compare(before, after)) {}
 
   /// Nothing counts as anything else.
   bool none() const { return none_; }
@@ -23,18 +20,11 @@ class BookDifference {
   bool concerns(const Ev& ev) const;
 
  private:
-  static constexpr auto kFields = kTexts<RuleField>.size();
+  RuleBook compare(const RuleBook& before, const RuleBook& after);
 
-  void compareProjects(const RuleBook& before, const RuleBook& after);
-  void compareRules(const RuleBook& before, const RuleBook& after);
-  void add(const Rule& rule);
-  void addKeywords(const Project& project);
-  void look(std::size_t field, std::string_view pattern);
-
-  std::array<PatternSearch, kFields> search_;
-  std::array<bool, kFields> searches_{};
   std::set<int64_t> projects_;  // that are gone, are new or count as another category
   bool none_ = true;
+  const RuleBook book_;  // of the rules and keywords in which they differ
 };
 
 }  // namespace orvanta

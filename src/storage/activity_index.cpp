@@ -4,6 +4,7 @@
 #include <string>
 #include <system_error>
 
+#include "base/low_priority.h"
 #include "base/own_file.h"
 #include "storage/transaction.h"
 
@@ -14,6 +15,9 @@ namespace {
 constexpr auto kSpansOfDays =
     "SELECT id,start,end,app,domain,title,url,idle,category,project_id FROM events "
     "WHERE start >= ? AND start < ? ORDER BY start";
+
+constexpr auto kEarliest =
+    "SELECT start FROM events WHERE start >= ? AND start < ? ORDER BY start LIMIT 1";
 
 // Before the first chunk lies what a wrong clock has recorded: that is left to the store.
 constexpr int64_t kFirstChunk = 1;
@@ -33,6 +37,8 @@ StampedDays part(const StampedDays& stamps, int64_t from, int64_t to) {
 bool includes(const StampedDays& all, const StampedDays& some) {
   return std::includes(all.begin(), all.end(), some.begin(), some.end());
 }
+
+void ignored(const Cursor&) {}
 
 AskStore asking(Connection& store) {
   return [&store](std::string_view sql, const std::function<void(const Cursor&)>& visit) {
@@ -80,48 +86,48 @@ bool ActivityIndex::upToDate(int64_t chunk, const StampedDays& stamps, int64_t t
 
 // Of its own connection, so that no report waits for a thread that gives way to everybody. First
 // the stamps, then what they stand for, if they still do: a change in between removes them.
-bool ActivityIndex::make(const Connection& store, const AskStore& ask, int64_t chunk,
-                         int64_t today) {
+bool ActivityIndex::make(Connection& store, int64_t chunk, int64_t today) {
   const auto [from, to] = daysOf(chunk, today);
-  Transaction change(db_);
-  for (auto day = from; day < to; ++day) {
-    change.run("INSERT OR IGNORE INTO indexed_days(day, stamp) VALUES (?, random())", {day});
+  {
+    Transaction change(db_);
+    for (auto day = from; day < to; ++day) {
+      change.run("INSERT OR IGNORE INTO indexed_days(day, stamp) VALUES (?, random())", {day});
+    }
+    if (!change.commit()) return false;
   }
-  if (!change.commit()) return false;
-
-  const auto nothing = [](const Cursor&) {};
-  if (!ask("BEGIN", nothing)) return false;
-  const auto stamps = readStamps(ask).value_or(StampedDays());
-  ChunkMaker maker(part(stamps, from, to));
-  Statement spans(store.get(), kSpansOfDays);
-  const bool whole =
-      spans.ok() && spans.visitRows({startOfDay(from), startOfDay(to)},
-                                    [&](const Cursor& row) { maker.add(row); }) == SQLITE_DONE;
-  ask("COMMIT", nothing);
+  bool made = false;
+  runAtLowPriority([&, from = from, to = to] {
+    const auto ask = asking(store);
+    if (!ask("BEGIN", ignored)) return;
+    ChunkMaker maker(part(readStamps(ask).value_or(StampedDays()), from, to));
+    auto* spans = store.prepared(kSpansOfDays);
+    made = spans && spans->visitRows({startOfDay(from), startOfDay(to)},
+                                     [&](const Cursor& row) { maker.add(row); }) == SQLITE_DONE;
+    ask("COMMIT", ignored);
+    made = made && !writeOwnFile(activityFile(db_.location(), chunk), maker.finish().bytes());
+  });
   known_.erase(chunk);
-  return whole && !writeOwnFile(activityFile(db_.location(), chunk), maker.finish().bytes());
+  return made;
 }
 
 bool ActivityIndex::step() {
   const auto begin = std::exchange(next_, 0);
   Connection store(db_.location().file(), Connection::kForReports);
-  const auto ask = asking(store);
-  const auto stamps = store ? readStamps(ask) : std::nullopt;
+  const auto stamps = store ? readStamps(asking(store)) : std::nullopt;
   const double now = clock_();
   constexpr auto kFirstDay = kFirstChunk * kChunkDays;
   if (!stamps || !(now >= startOfDay(kFirstDay))) return false;
   const auto today = dayOf(now);
   std::optional<double> first;
-  Statement earliest(store.get(),
-                     "SELECT start FROM events WHERE start >= ? AND start < ? ORDER BY 1 LIMIT 1");
-  if (!earliest.ok()) return false;
-  earliest.visitRows({startOfDay(kFirstDay), startOfDay(today)},
-                     [&](const Cursor& row) { first = row.dbl(0); });
+  auto* earliest = store.prepared(kEarliest);
+  if (!earliest) return false;
+  earliest->visitRows({startOfDay(kFirstDay), startOfDay(today)},
+                      [&](const Cursor& row) { first = row.dbl(0); });
   if (!first) return false;
   for (auto chunk = std::max(begin, dayOf(*first) / kChunkDays); chunk * kChunkDays < today;
        ++chunk) {
     if (upToDate(chunk, *stamps, today)) continue;
-    if (!make(store, ask, chunk, today)) return false;
+    if (!make(store, chunk, today)) return false;
     next_ = chunk + 1;
     return true;
   }

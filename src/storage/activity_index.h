@@ -42,7 +42,8 @@ class ActivityIndex {
       : db_(db), clock_(std::move(clock)) {}
 
   /// Looks at the files in turn until one is out of date, and makes that one anew, in some
-  /// milliseconds. True when there may be more to do. Today's spans are left to the store.
+  /// milliseconds at low priority. True when there may be more to do. Today's spans are left to the
+  /// store.
   bool step();
 
   /// Removes the files that do not hold what the store does, so that nothing erased is left. False
@@ -51,7 +52,7 @@ class ActivityIndex {
 
  private:
   bool upToDate(int64_t chunk, const StampedDays& stamps, int64_t today);
-  bool make(const Connection& store, const AskStore& ask, int64_t chunk, int64_t today);
+  bool make(Connection& store, int64_t chunk, int64_t today);
 
   Database& db_;
   const Clock clock_;

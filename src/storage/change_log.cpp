@@ -193,8 +193,7 @@ int64_t add(Transaction& change, double now, const ChangeNote& note, const std::
   insert(entry, now, note, changeset, id);
   const auto written = entry.commit();
   if (written) return id;
-  const int why = written.code() & 0xff;
-  if (why != SQLITE_ERROR && why != SQLITE_CORRUPT) change.fail(written.code());
+  if ((written.code() & 0xff) != SQLITE_ERROR) change.fail(written.code());
   return -1;
 }
 

@@ -24,16 +24,18 @@ DamagedStore::DamagedStore(const std::filesystem::path& copy, std::stop_token st
   if (!connection_) return;
   interrupter_ = std::make_unique<Interrupter>(connection_.get(), stop_);
   mostRows_ = static_cast<int64_t>(bytesOf(copy) + bytesOf(walOf(copy))) / kSmallestRow;
+  // As it is: what cannot be understood of the schema is left out from then on, and a trigger that
+  // is would not be missed.
+  bool good = true;
+  const int code = connection_.each("PRAGMA quick_check(1)", {},
+                                    [&](const Cursor& row) { good = good && row.str(0) == "ok"; });
+  whole_ = good && code == SQLITE_DONE;
   // SQLite then takes of a damaged schema what it can understand, and of a damaged page the rows
   // before the damage.
   sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
   connection_.exec("PRAGMA writable_schema=ON; PRAGMA cell_size_check=OFF; PRAGMA synchronous=OFF");
   // Nobody needs the copy afterwards.
   sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  bool good = true;
-  const int code = connection_.each("PRAGMA quick_check(1)", {},
-                                    [&](const Cursor& row) { good = good && row.str(0) == "ok"; });
-  whole_ = good && code == SQLITE_DONE;
   for (const auto& table : tablesOf(connection_)) {
     auto& names = columns_[table.name];
     for (const auto& column : table.columns) names.push_back(column.name);

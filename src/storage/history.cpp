@@ -59,33 +59,36 @@ class History::Rehearsing {
 };
 
 Written History::record(const Work& work, Recorded what) {
-  // Before the transaction: who waits for reports holds up nobody who writes.
-  std::optional<Snapshot> before;
-  if (measure_) before.emplace(db_);
-  Transaction change(db_);
-  if (change && rehearsing_) return rehearsed(change, work);
-  int64_t id = -1;
-  std::function<std::string()> effect;
-  {
-    ChangeRecorder recorder(change, what);
-    ChangeNote note;
-    if (change) note = work(change);
-    const auto changeset = recorder.changeset();
-    if (!changeset.empty()) {
-      id = change_log::add(change, clock_(), note, changeset);
+  const auto make = [&](bool listed) {
+    // Before the transaction: who waits for reports holds up nobody who writes.
+    std::optional<Snapshot> before;
+    if (measure_) before.emplace(db_);
+    Transaction change(db_);
+    if (change && rehearsing_) return rehearsed(change, work);
+    int64_t id = -1;
+    std::function<std::string()> effect;
+    {
+      ChangeRecorder recorder(change, what);
+      ChangeNote note;
+      if (change) note = work(change);
+      const auto changeset = recorder.changeset();
+      if (listed && !changeset.empty()) id = change_log::add(change, clock_(), note, changeset);
       if (before && id > 0 && pinned(change)) {
         effect = figures([&] { return measure_(change, changeset); });
       }
     }
-  }
-  auto written = change.commit();
-  if (!written || !effect) return written;
-  const auto text = figures(effect);
-  before.reset();
-  Transaction measured(db_);
-  change_log::setEffect(measured, clock_(), id, text);
-  measured.commit().forget();
-  return written;
+    auto written = change.commit();
+    if (!written || !effect) return written;
+    const auto text = figures(effect);
+    before.reset();
+    Transaction measured(db_);
+    change_log::setEffect(measured, clock_(), id, text);
+    measured.commit().forget();
+    return written;
+  };
+  auto written = make(true);
+  // Damage that is met ends the transaction; it may be the list's alone.
+  return (written.code() & 0xff) == SQLITE_CORRUPT ? make(false) : written;
 }
 
 Written History::rehearsed(Transaction& change, const Work& work) {

@@ -1,8 +1,11 @@
 #include "storage/store_keeper.h"
 
+#include <malloc.h>
+
 #include <boost/json/array.hpp>
 #include <boost/json/serialize.hpp>
 #include <chrono>
+#include <thread>
 #include <utility>
 
 #include "base/exact_json.h"
@@ -46,7 +49,11 @@ std::vector<TimeRange> timesOf(const std::string& text) {
 }  // namespace
 
 StoreKeeper::StoreKeeper(Database& db, Backups& backups, Clock clock, Calendar calendar)
-    : db_(db), backups_(backups), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
+    : db_(db),
+      backups_(backups),
+      clock_(std::move(clock)),
+      calendar_(std::move(calendar)),
+      index_(db, clock_) {}
 
 StoreKeeper::~StoreKeeper() {
   stop_.request_stop();
@@ -59,18 +66,24 @@ void StoreKeeper::listen(Listener listener) {
 
 void StoreKeeper::start() {
   queue_.post([this] {
+    resident_ = true;
     const auto times = timesOf(db_.setting(kErasing));
     if (!times.empty()) eraseEverywhere(times);
+    index_.removeStale();
   });
   queue_.repeat(kAfterStart, 24h, [this] {
     queue_.stopRepeating();
     checkQuietly();
     backUpIfDue();
+    index();
   });
 }
 
 void StoreKeeper::hourly() {
-  queue_.post([this] { backUpIfDue(); });
+  queue_.post([this] {
+    backUpIfDue();
+    index();
+  });
 }
 
 void StoreKeeper::look() {
@@ -116,7 +129,12 @@ void StoreKeeper::repair() {
   renewed(sentence);
 }
 
+void StoreKeeper::replaced() {
+  queue_.post([this] { index_.removeStale(); });
+}
+
 void StoreKeeper::renewed(const std::string& sentence) {
+  index_.removeStale();
   listener_.renewed();
   noted(sentence);
   listener_.tell(sentence);
@@ -141,6 +159,22 @@ void StoreKeeper::backUpIfDue() {
     backups_.prune(clock_());
   } else if (!copy.stopped) {
     db_.log()("Orvanta: sauvegarde impossible : " + copy.error);
+  }
+}
+
+void StoreKeeper::index() {
+  if (!indexing_) indexStep();
+}
+
+// Half of the time, and whoever waits for the queue comes between.
+void StoreKeeper::indexStep() {
+  const auto begin = std::chrono::steady_clock::now();
+  if (!stop_.stop_requested() && !db_.condition() && index_.step()) {
+    indexing_ = true;
+    std::this_thread::sleep_for(std::chrono::steady_clock::now() - begin);
+    queue_.post([this] { indexStep(); });
+  } else if (std::exchange(indexing_, false)) {
+    malloc_trim(0);
   }
 }
 
@@ -181,6 +215,7 @@ RestoreResult StoreKeeper::restore(const std::filesystem::path& file) {
     });
     if (result.done) {
       repairing_ = false;
+      index_.removeStale();
       listener_.renewed();
       noted(result.kept ? "Une sauvegarde a été restaurée. L’ancien fichier est gardé : " +
                               result.kept->filename().string() + "."
@@ -222,6 +257,8 @@ bool StoreKeeper::eraseFromCopies(const Erasure& erasure) {
     clean = scrubUnusedBytes(where.file());
     return false;
   });
+  clean = index_.removeStale() && clean;
+  if (resident_) queue_.post([this] { index(); });
   clean = backups_.apply(erasure).left.empty() && clean;
   return eraseFromKeptStores(where, erasure, db_.log()).empty() && clean;
 }

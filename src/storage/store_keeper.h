@@ -1,4 +1,5 @@
-// Looks after the store's file: backups, checks, repair, restoring, erasing for good.
+// Looks after the store's file: backups, checks, repair, restoring, erasing for good; and the index
+// of activities beside it.
 #pragma once
 
 #include <atomic>
@@ -11,6 +12,7 @@
 
 #include "base/clock.h"
 #include "base/serial_queue.h"
+#include "storage/activity_index.h"
 #include "storage/backups.h"
 #include "storage/database.h"
 #include "storage/restore.h"
@@ -42,13 +44,17 @@ class StoreKeeper {
   /// Before anything else; called on the keeper's queue from then on.
   void listen(Listener listener);
 
-  /// Looks the file over, some time after the start, and makes a backup that is due. Returns at
-  /// once, as do the next two.
+  /// Looks the file over, some time after the start, makes a backup that is due, and brings the
+  /// index up to date. Returns at once, as do the next two.
   void start();
   /// Once an hour.
   void hourly();
   /// Once in some seconds: repairs a store that was found to be damaged.
   void look();
+
+  /// The store's file has become another by no work of the keeper's: what is left of the old one
+  /// beside it is removed. Returns at once.
+  void replaced();
 
   struct Made {
     std::optional<Backup> backup;
@@ -65,9 +71,9 @@ class StoreKeeper {
   /// Notes in the store, in the transaction that erases these times from it, that erase() is to
   /// follow: a later start makes up for one that was cut short.
   void remember(Transaction& change, const std::vector<TimeRange>& times);
-  /// Erases what the store no longer holds from everything else: the log, unused bytes, backups and
-  /// stores that were put aside; damaged ones, from which nothing can be erased, are removed. False
-  /// when something of it is left.
+  /// Erases what the store no longer holds from everything else: the log, unused bytes, the index,
+  /// backups and stores that were put aside; damaged ones, from which nothing can be erased, are
+  /// removed. False when something of it is left.
   bool erase(const std::vector<TimeRange>& times);
   /// Another erasure, without waiting; damaged stores are left.
   void eraseLater(const Erasure& erasure);
@@ -79,6 +85,8 @@ class StoreKeeper {
   void repair();
   void checkQuietly();
   void backUpIfDue();
+  void index();
+  void indexStep();
   void renewed(const std::string& sentence);
   void noted(const std::string& sentence);
   bool eraseEverywhere(const std::vector<TimeRange>& times);
@@ -92,6 +100,9 @@ class StoreKeeper {
   const Calendar calendar_;
   Listener listener_;
   std::stop_source stop_;
+  ActivityIndex index_;
+  bool resident_ = false;  // this and the next only touched on the queue
+  bool indexing_ = false;
   std::atomic<bool> repairing_ = false;
   SerialQueue queue_{"orvanta.keeper"};  // last: it ends before what its tasks use
 };

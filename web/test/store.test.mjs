@@ -228,6 +228,11 @@ test("deleting says how much is gone for good, and offers no way back", async ()
   assert.equal(await page.locator(".assign").count(), 0);
   await page.waitForFunction(() => document.activeElement.getAttribute("role") === "listbox");
 
+  await view(page, "h", "Historique des changements");
+  await page.locator(".change-row", { hasText: /Définitif/ }).waitFor();
+  assert.equal(await page.locator(".change-row button").count(), 0);
+  await view(page, "j", /^Jeudi/);
+
   await button(page, "Plage…").click();
   const range = await page.locator(".range-label").innerText();
   await button(page, "Supprimer…").click();

@@ -15,8 +15,7 @@ const kinds: [string, IconName, string][] = [
   ["rule", "rules", "Règle"],
   ["project", "projects", "Projet"],
   ["setting", "settings", "Réglage"],
-  ["eras", "trash", "Suppression"],
-  ["events.delete", "trash", "Suppression"],
+  ["erase", "trash", "Suppression"],
 ];
 
 /** A change, and the way back from it or to it again. */
@@ -41,7 +40,7 @@ export function ChangeRow({ change }: { change: Change }) {
           </b>
           {undone && <span class="tag">Annulé</span>}
         </p>
-        {learned.map((rule, index) => (
+        {(undone ? [] : learned).map((rule, index) => (
           <p key={index} class="quiet">
             {learnedText(rule)}
           </p>
