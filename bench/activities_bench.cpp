@@ -1,5 +1,5 @@
-// What it costs to go over all that was ever done, with the index and without, beside reading the
-// texts of all spans and doing nothing with them.
+// What it costs to go over all that was ever done, beside reading the texts of all spans and doing
+// nothing with them.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -54,22 +54,6 @@ void eachActivity(benchmark::State& state, int days) {
   state.counters["spans"] = static_cast<double>(spans);
 }
 
-// Some weeks anew, as after a change.
-void indexStep(benchmark::State& state, int days) {
-  auto& db = storeOf(days);
-  ActivityIndex index(db);
-  while (index.step()) {
-  }
-  const auto chunk = dayOf(today()) / kChunkDays - 2;
-  for (auto _ : state) {
-    std::filesystem::remove(activityFile(db.location(), chunk));
-    if (!index.step()) std::abort();
-    state.PauseTiming();
-    index.step();
-    state.ResumeTiming();
-  }
-}
-
 const bool kRegistered = [] {
   const auto add = [](const std::string& name, auto function, double limit) {
     for (const int days : {kTwoYears, kTenYears}) {
@@ -82,8 +66,7 @@ const bool kRegistered = [] {
     }
   };
   add("read_texts", readTexts, 0);
-  add("each_activity", eachActivity, 0.5);
-  add("index_step", indexStep, 0);
+  add("each_activity", eachActivity, 0.3);
   return true;
 }();
 

@@ -39,7 +39,7 @@ inline constexpr auto kErase = "erase";
 /// The newest first. Absent when not all can be read.
 std::optional<std::vector<Change>> list(Database& db, double now, std::size_t most);
 
-/// Yields its id. A table that is missing or damaged loses the entry, -1, but not the transaction.
+/// Yields its id. A table that is missing loses the entry, -1, but not the transaction.
 int64_t add(Transaction& change, double now, const ChangeNote& note, const std::string& changeset);
 
 /// What a change was measured to do, without the titles in it.

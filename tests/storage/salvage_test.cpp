@@ -192,8 +192,10 @@ void readInto(Rows& rows, const FileConnection& store, const std::string& sql) {
       if (value.text()) text += std::string(value.text()->c_str()) + "|";
       if (value.isNull()) text += "-|";
     }
-    if (sound && std::abs(row.dbl(1)) < 2e11 && std::abs(row.dbl(2)) < 2e11) {
-      rows[row.int_(0).value_or(0)].insert(text);
+    // Damage to the table's definition may make a column of its own of the key.
+    const auto id = row.int_(0);
+    if (id && sound && std::abs(row.dbl(1)) < 2e11 && std::abs(row.dbl(2)) < 2e11) {
+      rows[*id].insert(text);
     }
   });
 }
