@@ -36,7 +36,7 @@ TEST_F(StoreRoutesTest, DeletedTimeIsInNoFileAnyMore) {
   call("events.assignRange", R"({"start": 3002, "end": 3004, "category": "travail"})");
   call("events.assign", R"({"ids": [200, 201], "category": "autre"})");
   call("rules.delete", R"({"id": 1})");
-  EXPECT_EQ(call("changes.list").at(0).at("label"), "Règle supprimée : « tres-secret.fr »");
+  EXPECT_EQ(call("changes.list").at(0).at("label"), "Règle supprimée : « tres-secret.fr »");
   EXPECT_EQ(call("store.backup").at("ok"), true);
   const auto backup = call("store.status").at("backups").at(0).at("file");
   EXPECT_FALSE(filesWith("TRES-SECRET").empty());
