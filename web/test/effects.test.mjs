@@ -186,15 +186,14 @@ test("the history outlives the program, and takes back what nothing depends on",
   assert.ok(!page.asked.some(([path]) => path === "changes.undo"));
   await page.locator("h1").click();
   const undone = async () => (await page.program.ask("changes.list")).filter((change) => change.undone).length;
-  for (const count of [2, 3]) {
+  for (const [category, count] of [["Travail", 2], ["Loisir", 3]]) {
     await page.keyboard.press("Control+z");
-    for (let waited = 0; (await undone()) < count && waited < 100; waited++) await page.waitForTimeout(50);
+    await page.locator(".toast", { hasText: new RegExp(`Annulé.+${category}`) }).waitFor();
     assert.equal(await undone(), count);
   }
-  await page.locator(".toast", { hasText: "Annulé" }).waitFor();
   assert.deepEqual(differences(before, await totals(page)), {});
   await page.keyboard.press("Control+y");
-  await page.locator(".toast", { hasText: "Rétabli" }).waitFor();
+  await page.locator(".toast", { hasText: /Rétabli\s:/ }).waitFor();
   await page.keyboard.press("Control+z");
   await page.locator(".toast").getByRole("button", { name: "Historique…" }).click();
   await rows.nth(2).waitFor();
