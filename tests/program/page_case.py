@@ -17,6 +17,7 @@ SPANS = [(0, 20, "Navigateur", SITE, TITLE), (20, 45, "Atelier", None, "Plan"),
          (45, 60, "Navigateur", SITE, "Marées"), (60, 90, "Chaloupe", None, LONG)]
 
 BAR = "//form[@aria-label = 'Attribuer la sélection']"
+LEARNT = "//aside[contains(@class, 'learnt')]"
 TOAST = "//*[@role = 'status'][.//button[@aria-label = 'Fermer le message']]"
 
 

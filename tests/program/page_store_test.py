@@ -4,7 +4,7 @@ import os
 import time
 
 from desktop import pass_time
-from page_case import BAR, PROJECT, SITE, TOAST, PageCase, button, field, row
+from page_case import BAR, LEARNT, PROJECT, SITE, TOAST, PageCase, button, field, row
 
 TROUBLE = "//*[@role = 'alert'][contains(@class, 'store-trouble')]"
 
@@ -75,7 +75,7 @@ class PageStoreTest(PageCase):
 
         page.click(row("10:40"))
         page.press("eacute")
-        page.wait_for_text(TOAST, "Règle apprise : rade.example → Loisir")
+        page.wait_for_text(LEARNT, "Siterade.example→compte commeLoisir")
         after = self.tables()
         self.assertEqual(
             self.stored("SELECT id, category FROM events WHERE title IN ('Cale', 'Môle')"),

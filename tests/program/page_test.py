@@ -7,7 +7,7 @@ import shutil
 import time
 
 from desktop import TICK, pass_time, wait_for
-from page_case import BAR, PROJECT, SITE, TITLE, TOAST, PageCase, button, field, row
+from page_case import BAR, LEARNT, PROJECT, SITE, TITLE, TOAST, PageCase, button, field, row
 from webdriver import FOCUSED
 
 CATEGORIES = {"travail": "Travail", "loisir": "Loisir", "autre": "Autre", "nonclasse": "Non classé"}
@@ -125,7 +125,7 @@ class PageTest(PageCase):
         page.press("Return", "Tab")
         page.type("Carnet")
         page.click(button("Attribuer"))
-        page.wait_for_text(TOAST, f"Règle apprise : {SITE} → Travail, {PROJECT}")
+        page.wait_for_text(LEARNT, f"Site{SITE}→compte commeTravail{PROJECT}")
         self.assertEqual(self.assigned(), [given, given, given, free])
         learnt = ("SELECT field, pattern, category, project_id, priority FROM rules"
                   " WHERE priority>=0")
@@ -146,7 +146,7 @@ class PageTest(PageCase):
         page.click("//dialog//label/span[. = 'Catégorie']")
         page.type("Loi")
         page.wait_for_text("//dialog", "2 activités, 50 min ces 30 derniers jours.")
-        page.wait_for_text("//dialog", "Ce qui changerait : 50 min.")
+        page.wait_for_text("//dialog", "50 min du passé changent")
         page.click(button("Enregistrer"))
         self.wait_for_store([("app", "ATELIER", "loisir", None)],
                             "SELECT field, pattern, category, project_id FROM rules"

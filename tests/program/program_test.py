@@ -95,7 +95,7 @@ class ProgramTest(DesktopCase):
         script = (f"source {COMPLETIONS}/orvanta; PATH={os.path.dirname(ORVANTA)}:$PATH; "
                   "COMP_WORDS=(orvanta %s); COMP_CWORD=%d; _orvanta; echo ${COMPREPLY[@]}")
         for words, index, found in (("--re", 1, "--resume --restore"),
-                                    ("--call stat", 2, "status"), ("--call rules.p", 2, "rules.preview")):
+                                    ("--call stat", 2, "status"), ("--call rules.pr", 2, "rules.preview")):
             done = self.desktop.run("bash", "-c", script % (words, index))
             self.assertEqual(done.stdout.decode().strip(), found)
 
