@@ -145,5 +145,28 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
   EXPECT_GT(conflicts, 20);
 }
 
+// Else what is made again would be about another project, or another rule.
+TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
+  const auto idOf = [](const json::value& answer) { return answer.at("id").as_int64(); };
+  store.db.run("INSERT INTO events(start, end, app) VALUES (0, 10, 'A')");
+  const auto project = idOf(ask("projects.save", {{"name", "Ancien"}}));
+  const auto rule = idOf(ask("rules.save", {{"field", "app"}, {"pattern", "a"}}));
+  ask("events.assign", {{"ids", json::array{1}}, {"project_id", project}});
+  const auto assigned = changes().front();
+  EXPECT_TRUE(turn("changes.undo", assigned));
+  ask("projects.delete", {{"id", project}});
+  ask("rules.delete", {{"id", rule}});
+  const auto deleted = changes().front();
+
+  Program later(store.folder.path());  // after a restart
+  EXPECT_GT(idOf(later.ask("projects.save", {{"name", "Nouveau"}})), project);
+  EXPECT_GT(idOf(later.ask("rules.save", {{"field", "app"}, {"pattern", "b"}})), rule);
+  EXPECT_EQ(later.ask("changes.undo", {{"id", deleted}}), done());
+  ask("rules.delete", {{"id", rule + 1}});
+  ask("rules.defaults", {});
+  OtherProgram other(store.db.location().file());
+  EXPECT_EQ(other.ask(fmt::format("SELECT count(*) FROM rules WHERE id={}", rule + 1)), "0|\n");
+}
+
 }  // namespace
 }  // namespace orvanta::test
