@@ -1,5 +1,6 @@
 #include "storage/history.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "storage/erased_words.h"
@@ -29,6 +30,28 @@ bool pinned(Transaction& change) {
   change.each("PRAGMA journal_mode", {}, [&](const Cursor& row) { log = row.str(0) == "wal"; });
   return log && change &&
          change.database().scan("SELECT 1 FROM sqlite_master LIMIT 1", {}, [](const Cursor&) {});
+}
+
+// The label of a change without which this one has no rows to touch: an earlier one that brought
+// them and is undone. Their numbers may be those of other spans since. Absent where there is none.
+std::optional<std::string> neededBefore(Transaction& change, int64_t id,
+                                        const std::string& changeset) {
+  std::vector<std::pair<int64_t, std::string>> earlier;
+  change.each(
+      "SELECT id, label FROM changes WHERE id < ? AND undone <> 0 AND changeset IS NOT NULL", {id},
+      [&](const Cursor& row) {
+        earlier.emplace_back(row.int_(0).value_or(0), row.str(1).value_or(""));
+      });
+  const auto touched = touchedBy(changeset);
+  for (const auto& [other, label] : earlier) {
+    const auto kept = change_log::find(change, other);
+    const auto rows = kept ? touchedBy(kept->changeset) : Touched();
+    const bool brings = std::any_of(rows.begin(), rows.end(), [&](const auto& row) {
+      return row.second == ~uint64_t{0} && touched.contains(row.first);
+    });
+    if (brings) return label;
+  }
+  return {};
 }
 
 }  // namespace
@@ -139,6 +162,11 @@ History::Outcome History::turn(int64_t id, bool back) {
   Transaction change(db_);
   const auto kept = change_log::find(change, id);
   if (change && (!kept || kept->undone == back)) return {Outcome::Kind::Unknown, {}};
+  if (kept && !back) {
+    if (const auto label = neededBefore(change, id, kept->changeset)) {
+      return {Outcome::Kind::Depends, *label};
+    }
+  }
   auto applied = Applied::Failed;
   {
     Transaction within(db_);

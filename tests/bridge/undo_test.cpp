@@ -145,6 +145,24 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
   EXPECT_GT(conflicts, 20);
 }
 
+TEST_F(Undo, WhatIsMadeAgainLeavesAloneWhatWasRecordedSince) {
+  store.db.run("INSERT INTO events(start, end, app) VALUES (0, 1000, 'A')");
+  ask("events.assignRange", {{"start", 300}, {"end", 600}, {"category", "loisir"}});
+  ask("events.assign", {{"ids", json::array{2, 3}}, {"category", "autre"}});
+  const auto ids = changes();
+  ASSERT_EQ(ids.size(), 2U);
+  for (const auto id : ids) ASSERT_TRUE(turn("changes.undo", id));
+  for (int i = 2; i < 5; ++i) {
+    store.db.run("INSERT INTO events(start, end, app) VALUES (?, ?, 'B')",
+                 {i * 1000, i * 1000 + 9});
+  }
+  const auto before = rows();
+  const auto answer = ask("changes.redo", {{"id", ids[0]}}).as_object();
+  ASSERT_TRUE(answer.contains("error")) << answer;
+  EXPECT_TRUE(holds(answer.at("error").as_string(), "Loisir"));
+  EXPECT_EQ(difference(before, rows()), "");
+}
+
 // Else what is made again would be about another project, or another rule.
 TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
   const auto idOf = [](const json::value& answer) { return answer.at("id").as_int64(); };
