@@ -163,6 +163,19 @@ TEST_F(Undo, WhatIsMadeAgainLeavesAloneWhatWasRecordedSince) {
   EXPECT_EQ(difference(before, rows()), "");
 }
 
+TEST_F(Undo, ASpanThatHasTheNumberOfAnErasedOneIsLeftAlone) {
+  store.db.run("INSERT INTO events(start, end, app) VALUES (0, 10, 'A')");
+  ask("events.assign", {{"ids", json::array{1}}, {"category", "loisir"}});
+  const auto assigned = changes().front();
+  EXPECT_TRUE(turn("changes.undo", assigned));
+  ask("events.delete", {{"ids", json::array{1}}});
+  store.db.run("INSERT INTO events(id, start, end, app) VALUES (1, ?, ?, 'B')",
+               {clock.now + 1, clock.now + 9});
+  const auto answer = ask("changes.redo", {{"id", assigned}}).as_object();
+  ASSERT_TRUE(answer.contains("error")) << answer;
+  EXPECT_TRUE(holds(answer.at("error").as_string(), "Suppression"));
+}
+
 // Else what is made again would be about another project, or another rule.
 TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
   const auto idOf = [](const json::value& answer) { return answer.at("id").as_int64(); };
