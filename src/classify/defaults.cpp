@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "classify/rule_set.h"
+#include "storage/free_id.h"
 
 namespace orvanta {
 namespace {
@@ -371,11 +372,13 @@ int addDefaults(Transaction& change, const Clock& clock) {
   });
   int added = 0;
   const double now = clock();
+  const auto first = freeId(change, "rules");
   for (const auto& rule : defaultRules()) {
     const auto field = textOf(rule.field);
     if (present.contains(ruleKey(field, rule.pattern))) continue;
-    change.run("INSERT INTO rules(field, pattern, category, priority, created) VALUES (?,?,?,?,?)",
-               {field, rule.pattern, textOf(rule.category), kDefaultPriority, now});
+    change.run(
+        "INSERT INTO rules(id, field, pattern, category, priority, created) VALUES (?,?,?,?,?,?)",
+        {first + added, field, rule.pattern, textOf(rule.category), kDefaultPriority, now});
     ++added;
   }
   change.run("INSERT OR REPLACE INTO settings(key, value) VALUES ('rules_seeded', '1')");

@@ -8,6 +8,7 @@
 
 #include "classify/rule_origins.h"
 #include "classify/rule_set.h"
+#include "storage/free_id.h"
 #include "storage/rule.h"
 
 namespace orvanta {
@@ -77,9 +78,9 @@ std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clo
     if (userHasRule(change, key) || !isHabit(change, calendar, key, category, projectId)) continue;
     const auto now = clock();
     const auto id = change.run(
-        "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
-        "VALUES (?,?,?,?,0,?)",
-        {textOf(key.first), key.second, category, projectId, now});
+        "INSERT INTO rules(id, field, pattern, category, project_id, priority, created) "
+        "VALUES (?,?,?,?,?,0,?)",
+        {freeId(change, "rules"), textOf(key.first), key.second, category, projectId, now});
     noteLearned(change, id, now);
     learned.push_back({id, std::string(textOf(key.first)), key.second, category, project});
   }

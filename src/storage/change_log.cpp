@@ -201,8 +201,12 @@ void setEffect(Transaction& change, double now, int64_t id, const std::string& e
   const auto measured = parted(effect);
   if (!measured) return;
   const auto examples = json::serialize(measured->examples);
-  change.run("UPDATE changes SET effect=?2, examples=?3, bytes=bytes+?4 WHERE id=?1",
-             {id, measured->figures, examples, roomOf(measured->figures.size() + examples.size())});
+  // What was erased while it was measured is named no more.
+  change.run(
+      "UPDATE changes SET effect=?2, bytes=bytes+?4, examples=CASE WHEN NOT EXISTS "
+      "(SELECT 1 FROM changes WHERE id > ?1 AND kind=?5) THEN ?3 END WHERE id=?1",
+      {id, measured->figures, examples, roomOf(measured->figures.size() + examples.size()),
+       kErase});
   trim(change, now, roomFor(change));
 }
 

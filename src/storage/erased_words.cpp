@@ -77,12 +77,16 @@ ErasedWords::ErasedWords(Transaction& change, const std::vector<TimeRange>& time
 }
 
 void ErasedWords::drop() {
+  std::set<int64_t> gone;
   for (const auto& [text, ids] : entries_) {
+    // Each look goes through all spans.
+    if (std::all_of(ids.begin(), ids.end(), [&](auto id) { return gone.contains(id); })) continue;
     bool left = false;
     change_.each("SELECT 1 FROM events WHERE app=?1 OR domain=?1 OR title=?1 OR url=?1 LIMIT 1",
                  {text}, [&](const Cursor&) { left = true; });
     if (left) continue;
     for (const auto id : ids) change_.run("DELETE FROM changes WHERE id=?", {id});
+    gone.insert(ids.begin(), ids.end());
   }
 }
 

@@ -1,6 +1,8 @@
 #include "storage/history.h"
 
+#include <algorithm>
 #include <exception>
+#include <string_view>
 
 #include "storage/erased_words.h"
 #include "storage/erasure.h"
@@ -29,6 +31,50 @@ bool pinned(Transaction& change) {
   change.each("PRAGMA journal_mode", {}, [&](const Cursor& row) { log = row.str(0) == "wal"; });
   return log && change &&
          change.database().scan("SELECT 1 FROM sqlite_master LIMIT 1", {}, [](const Cursor&) {});
+}
+
+// The label of the erasure that a touched span was recorded after: it has the number of one that is
+// gone.
+std::optional<std::string> erasedSince(Transaction& change, int64_t id, const Touched& touched) {
+  constexpr double kAtOnce = 5;  // seconds: recording goes on while something is erased
+  constexpr std::string_view kTable = "events|";
+  std::optional<std::pair<double, std::string>> erasure;
+  change.each("SELECT min(at), label FROM changes WHERE id > ? AND kind=? HAVING count(*) > 0",
+              {id, change_log::kErase},
+              [&](const Cursor& row) { erasure.emplace(row.dbl(0), row.str(1).value_or("")); });
+  if (!erasure) return {};
+  bool found = false;
+  for (auto row = touched.lower_bound(kTable);
+       !found && row != touched.end() && row->first.starts_with(kTable); ++row) {
+    change.each("SELECT 1 FROM events WHERE id=CAST(? AS INTEGER) AND start > ?",
+                {row->first.substr(kTable.size()), erasure->first - kAtOnce},
+                [&](const Cursor&) { found = true; });
+  }
+  return found ? std::optional(erasure->second) : std::nullopt;
+}
+
+// The label of a change after which this one's rows are others: an erasure, or an earlier change
+// that brought them and is undone. Their numbers are given again. Absent where there is none.
+std::optional<std::string> othersSince(Transaction& change, int64_t id,
+                                       const std::string& changeset, bool back) {
+  const auto touched = touchedBy(changeset);
+  if (auto label = erasedSince(change, id, touched)) return label;
+  if (back) return {};
+  std::vector<std::pair<int64_t, std::string>> earlier;
+  change.each(
+      "SELECT id, label FROM changes WHERE id < ? AND undone <> 0 AND changeset IS NOT NULL", {id},
+      [&](const Cursor& row) {
+        earlier.emplace_back(row.int_(0).value_or(0), row.str(1).value_or(""));
+      });
+  for (const auto& [other, label] : earlier) {
+    const auto kept = change_log::find(change, other);
+    const auto rows = kept ? touchedBy(kept->changeset) : Touched();
+    const bool brings = std::any_of(rows.begin(), rows.end(), [&](const auto& row) {
+      return row.second == ~uint64_t{0} && touched.contains(row.first);
+    });
+    if (brings) return label;
+  }
+  return {};
 }
 
 }  // namespace
@@ -139,6 +185,11 @@ History::Outcome History::turn(int64_t id, bool back) {
   Transaction change(db_);
   const auto kept = change_log::find(change, id);
   if (change && (!kept || kept->undone == back)) return {Outcome::Kind::Unknown, {}};
+  if (kept) {
+    if (const auto label = othersSince(change, id, kept->changeset, back)) {
+      return {Outcome::Kind::Depends, *label};
+    }
+  }
   auto applied = Applied::Failed;
   {
     Transaction within(db_);

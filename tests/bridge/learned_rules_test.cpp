@@ -55,10 +55,10 @@ TEST_F(LearnedRules, SayWhereTheyCameFromAlsoAfterUndoAndRedo) {
   EXPECT_EQ(call("rules.pending"), json::array());
   EXPECT_TRUE(call("rules.confirm").as_object().contains("error"));
 
-  // A rule saved in its place is the user's, though it has its id.
+  // A rule saved in its place is the user's, and another.
   const auto confirmed = rows();
   call("rules.save", R"({"field":"domain","pattern":"SITE.fr","category":"travail"})");
-  EXPECT_EQ(origins(), given + "4 user\n");
+  EXPECT_EQ(origins(), given + "5 user\n");
   ask("changes.undo", {{"id", last()}});
   EXPECT_EQ(difference(confirmed, rows()), "");
   // That it was confirmed is in nobody's way.

@@ -145,5 +145,59 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
   EXPECT_GT(conflicts, 20);
 }
 
+TEST_F(Undo, WhatIsMadeAgainLeavesAloneWhatWasRecordedSince) {
+  store.db.run("INSERT INTO events(start, end, app) VALUES (0, 1000, 'A')");
+  ask("events.assignRange", {{"start", 300}, {"end", 600}, {"category", "loisir"}});
+  ask("events.assign", {{"ids", json::array{2, 3}}, {"category", "autre"}});
+  const auto ids = changes();
+  ASSERT_EQ(ids.size(), 2U);
+  for (const auto id : ids) ASSERT_TRUE(turn("changes.undo", id));
+  for (int i = 2; i < 5; ++i) {
+    store.db.run("INSERT INTO events(start, end, app) VALUES (?, ?, 'B')",
+                 {i * 1000, i * 1000 + 9});
+  }
+  const auto before = rows();
+  const auto answer = ask("changes.redo", {{"id", ids[0]}}).as_object();
+  ASSERT_TRUE(answer.contains("error")) << answer;
+  EXPECT_TRUE(holds(answer.at("error").as_string(), "Loisir"));
+  EXPECT_EQ(difference(before, rows()), "");
+}
+
+TEST_F(Undo, ASpanThatHasTheNumberOfAnErasedOneIsLeftAlone) {
+  store.db.run("INSERT INTO events(start, end, app) VALUES (0, 10, 'A')");
+  ask("events.assign", {{"ids", json::array{1}}, {"category", "loisir"}});
+  const auto assigned = changes().front();
+  EXPECT_TRUE(turn("changes.undo", assigned));
+  ask("events.delete", {{"ids", json::array{1}}});
+  store.db.run("INSERT INTO events(id, start, end, app) VALUES (1, ?, ?, 'B')",
+               {clock.now + 1, clock.now + 9});
+  const auto answer = ask("changes.redo", {{"id", assigned}}).as_object();
+  ASSERT_TRUE(answer.contains("error")) << answer;
+  EXPECT_TRUE(holds(answer.at("error").as_string(), "Suppression"));
+}
+
+// Else what is made again would be about another project, or another rule.
+TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
+  const auto idOf = [](const json::value& answer) { return answer.at("id").as_int64(); };
+  store.db.run("INSERT INTO events(start, end, app) VALUES (0, 10, 'A')");
+  const auto project = idOf(ask("projects.save", {{"name", "Ancien"}}));
+  const auto rule = idOf(ask("rules.save", {{"field", "app"}, {"pattern", "a"}}));
+  ask("events.assign", {{"ids", json::array{1}}, {"project_id", project}});
+  const auto assigned = changes().front();
+  EXPECT_TRUE(turn("changes.undo", assigned));
+  ask("projects.delete", {{"id", project}});
+  ask("rules.delete", {{"id", rule}});
+  const auto deleted = changes().front();
+
+  Program later(store.folder.path());  // after a restart
+  EXPECT_GT(idOf(later.ask("projects.save", {{"name", "Nouveau"}})), project);
+  EXPECT_GT(idOf(later.ask("rules.save", {{"field", "app"}, {"pattern", "b"}})), rule);
+  EXPECT_EQ(later.ask("changes.undo", {{"id", deleted}}), done());
+  ask("rules.delete", {{"id", rule + 1}});
+  ask("rules.defaults", {});
+  OtherProgram other(store.db.location().file());
+  EXPECT_EQ(other.ask(fmt::format("SELECT count(*) FROM rules WHERE id={}", rule + 1)), "0|\n");
+}
+
 }  // namespace
 }  // namespace orvanta::test

@@ -128,6 +128,20 @@ TEST_F(HistoryTest, AnEffectIsKeptWithoutTitlesAndNamesNothingThatIsErased) {
   EXPECT_TRUE(list[1].undoable) << "it holds no text of a span";
 }
 
+TEST_F(HistoryTest, WhatIsErasedWhileAnEffectIsMeasuredIsNotNamedInIt) {
+  addSpans(3);
+  measure = [&](Transaction&, const std::string&) {
+    return [&] {
+      Transaction change(store.db);
+      history.erase(change, {{20, 25}}, {.kind = change_log::kErase, .label = "Suppression"});
+      change.commit().forget();
+      return std::string(R"({"spans":3,"examples":[{"text":"d.fr","field":"domain"}]})");
+    };
+  };
+  EXPECT_TRUE(assign("x"));
+  EXPECT_EQ(history.list(2)->at(1).effect, R"({"spans":3,"examples":[]})");
+}
+
 TEST_F(HistoryTest, OnlyEntriesThatNameWhatNoSpanShowsLeaveWithIt) {
   store.db.run(
       "INSERT INTO events(start,end,app,title,domain) VALUES (0,10,'Firefox','a','secret.fr'),"

@@ -5,6 +5,7 @@
 #include "bridge/change_labels.h"
 #include "bridge/routes/routes.h"
 #include "classify/kept_time.h"
+#include "storage/free_id.h"
 
 namespace orvanta {
 namespace {
@@ -40,10 +41,11 @@ json::value save(Core& core, const Body& body) {
           "WHERE id=?6",
           args);
     } else {
-      args.insert(args.end(), {core.highestProject.load(), core.clock()});
+      args.insert(args.end(),
+                  {std::max(core.highestProject + 1, freeId(change, "projects")), core.clock()});
       added = change.run(
           "INSERT INTO projects(name, color, category, keywords, id, created) VALUES (?1,?2,?3,?4,"
-          "1 + max(?5, (SELECT coalesce(max(id), 0) FROM projects)),?6)",
+          "?5,?6)",
           args);
     }
     return ChangeNote{.kind = "project.save", .label = labels::projectSaved(name)};

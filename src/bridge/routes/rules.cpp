@@ -5,6 +5,7 @@
 #include "classify/defaults.h"
 #include "classify/rule_origins.h"
 #include "reports/rule_preview.h"
+#include "storage/free_id.h"
 
 namespace orvanta {
 namespace {
@@ -53,9 +54,10 @@ json::value save(Core& core, const Body& body) {
                {rule.field, rule.pattern});
     forgetGoneRules(change);
     id = change.run(
-        "INSERT INTO rules(field, pattern, category, project_id, priority, created) "
-        "VALUES (?,?,?,?,?,?)",
-        {rule.field, rule.pattern, rule.category, rule.projectId, 0, core.clock()});
+        "INSERT INTO rules(id, field, pattern, category, project_id, priority, created) "
+        "VALUES (?,?,?,?,?,?,?)",
+        {freeId(change, "rules"), rule.field, rule.pattern, rule.category, rule.projectId, 0,
+         core.clock()});
     return ChangeNote{.kind = "rule.save", .label = labels::ruleSaved(rule.pattern)};
   });
   return told(core, written, {{"ok", true}, {"id", written ? id : -1}});
