@@ -64,7 +64,7 @@ bool read(const std::vector<std::string>& words, StorePlan& plan) {
 
 int main(int argc, char** argv) {
   StorePlan plan{.now = wallClock()};
-  if (argc < 2 || !read({argv + 2, argv + argc}, plan)) {
+  if (argc < 2 || argv[1][0] == '-' || !read({argv + 2, argv + argc}, plan)) {
     std::fputs(kUsage, stderr);
     return 2;
   }
