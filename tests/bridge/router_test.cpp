@@ -156,7 +156,7 @@ TEST_F(RouterTest, AHundredThousandSpansAreAssignedAndTakenBackWhole) {
   };
   const double before = wallClock();
   const auto answer = ask("events.assign", {{"ids", ids}, {"category", "loisir"}});
-  EXPECT_LT(wallClock() - before, 15) << "some hundredths of a second by a quiet machine";
+  EXPECT_LT(wallClock() - before, 40) << "a second on a quiet machine, its effect told included";
   EXPECT_EQ(answer.at("ok"), true);
   EXPECT_EQ(count("category='loisir'"), 100000U);
   EXPECT_EQ(call("changes.list").at(0).at("spans"), 100000);
