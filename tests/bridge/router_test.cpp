@@ -156,7 +156,8 @@ TEST_F(RouterTest, AHundredThousandSpansAreAssignedAndTakenBackWhole) {
   };
   const double before = wallClock();
   const auto answer = ask("events.assign", {{"ids", ids}, {"category", "loisir"}});
-  EXPECT_LT(wallClock() - before, 40) << "a second on a quiet machine, its effect told included";
+  EXPECT_LT(wallClock() - before, 120)
+      << "seconds, its effect told included; their square is hours";
   EXPECT_EQ(answer.at("ok"), true);
   EXPECT_EQ(count("category='loisir'"), 100000U);
   EXPECT_EQ(call("changes.list").at(0).at("spans"), 100000);
