@@ -64,9 +64,15 @@ function useKeptHeight(box: { current: HTMLElement | null }): void {
       keep();
     };
     own.addEventListener("toggle", fold, true);
-    const resized = new ResizeObserver(keep);
+    // Not at once: what is observed would change while it is looked at.
+    let frame = 0;
+    const resized = new ResizeObserver(() => {
+      cancelAnimationFrame(frame);
+      frame = requestAnimationFrame(keep);
+    });
     resized.observe(own);
     return () => {
+      cancelAnimationFrame(frame);
       own.removeEventListener("toggle", fold, true);
       resized.disconnect();
     };
