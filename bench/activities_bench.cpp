@@ -1,10 +1,11 @@
-// What it costs to go over all that was ever done, beside reading the texts of all spans and doing
-// nothing with them.
+// What it costs to go over all that was ever done, and to find something in it, beside reading the
+// texts of all spans and doing nothing with them.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
 
 #include "ratios.h"
+#include "reports/analytics.h"
 #include "storage/activities.h"
 #include "storage/activity_index.h"
 #include "store_maker/bench_stores.h"
@@ -45,13 +46,29 @@ void eachActivity(benchmark::State& state, int days) {
   for (auto _ : state) {
     activities = spans = 0;
     StringPool texts;
-    const bool whole =
-        Activities(db, texts).each([&](const Ev&) { return ++activities % 100 == 0; },
-                                   [&](const Ev&, auto times) { spans += times.front().spans; });
+    const bool whole = Activities(db, texts).each(
+        [&](const Ev&) { return ++activities % 100 == 0 ? 0 : Activities::kUnwanted; },
+        [&](uint32_t, const ActivityTime& time) { spans += time.spans; });
     if (!whole || spans == 0) std::abort();
   }
   state.counters["activities"] = static_cast<double>(activities);
   state.counters["spans"] = static_cast<double>(spans);
+}
+
+// As a key is pressed, and something was searched before.
+void search(benchmark::State& state, int days) {
+  auto& db = storeOf(days);
+  ActivityIndex index(db);
+  while (index.step()) {
+  }
+  const Analytics analytics(db, wallClock);
+  double seconds = analytics.search().find({.text = ""}).seconds;
+  for (auto _ : state) {
+    for (const auto* text : {"re", "rev", "réunion", "réunion client"}) {
+      seconds += analytics.search().find({.text = text}).seconds;
+    }
+  }
+  benchmark::DoNotOptimize(seconds);
 }
 
 const bool kRegistered = [] {
@@ -66,7 +83,9 @@ const bool kRegistered = [] {
     }
   };
   add("read_texts", readTexts, 0);
-  add("each_activity", eachActivity, 0.3);
+  add("each_activity", eachActivity, 0.25);
+  // Mostly the ten newest days, whatever the years.
+  add("four_searches", search, 0.75);
   return true;
 }();
 

@@ -46,6 +46,20 @@ TimeRange twoWeeks() {
   return {calendar.startOf(monday.plusDays(-7)), calendar.startOf(monday.plusDays(7))};
 }
 
+// The last whole days but today, and as many before: what a period reads.
+DateRange wholeDays(int days) {
+  return {daysAgo(days), daysAgo(1)};
+}
+TimeRange withBefore(const DateRange& range) {
+  const Calendar calendar;
+  return {calendar.startOf(rangeBefore(range).from), range.bounds(calendar).end};
+}
+
+void period(benchmark::State& state, const DateRange& range) {
+  const Analytics analytics(tenYears(), wallClock);
+  for (auto _ : state) benchmark::DoNotOptimize(analytics.period({.range = range}));
+}
+
 void readYear(benchmark::State& state) {
   std::size_t count = 0;
   for (auto _ : state) {
@@ -138,6 +152,20 @@ const bool kRegistered = [] {
     const Analytics analytics(tenYears(), wallClock);
     for (auto _ : state) benchmark::DoNotOptimize(analytics.recap(weekAgo));
   });
+  for (const auto& [name, days] : {std::pair("month", 31), std::pair("year", kDaysPerYear)}) {
+    const auto range = wholeDays(days);
+    const auto path = std::string("period_") + name;
+    add((path + "/step").c_str(),
+        [range](benchmark::State& state) { step(state, withBefore(range)); });
+    add((path + "/report").c_str(), [range](benchmark::State& state) { period(state, range); });
+  }
+  add("period_year/step_days",
+      [](benchmark::State& state) { step(state, wholeDays(kDaysPerYear).bounds(Calendar())); });
+  add("period_year/days", [](benchmark::State& state) {
+    const Analytics analytics(tenYears(), wallClock);
+    const auto range = wholeDays(kDaysPerYear);
+    for (auto _ : state) benchmark::DoNotOptimize(analytics.periodDays(range, {}));
+  });
   add("suggestions/step", [](benchmark::State& state) { step(state, lastDays(14)); });
   add("suggestions/report", [](benchmark::State& state) {
     const Analytics analytics(tenYears(), today);
@@ -153,6 +181,9 @@ const bool kRegistered = [] {
   expectRatio("day/five_years_ago", "day/today", 1.3);
   expectRatio("week/report", "week/step", 1.4);
   expectRatio("recap/report", "recap/step", 1.4);
+  expectRatio("period_month/report", "period_month/step", 1.5);
+  expectRatio("period_year/report", "period_year/step", 1.5);
+  expectRatio("period_year/days", "period_year/step_days", 1.0);
   expectRatio("suggestions/report", "suggestions/step", 1.4);
   expectRatio("year/read_and_classify", "year/step", 1.3);
   expectRatio("year/export", "year/step", 2.0);

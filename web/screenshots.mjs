@@ -39,12 +39,14 @@ const themes = {
 };
 const sizes = ["640x480", "860x560", "1180x780", "1920x1080", "2560x1440"];
 
+// What a bill is made from, in both themes.
+const billed = ["periode-annee", "feuille-client", "feuille-figee", "projets-clients"];
 // The README's: every view small and large, light and dark, and some of what is done in them once.
 const shown = ["jour-selection", "jour-appris", "regle-apercu", "projet-archiver", "historique-plein", "raccourcis"];
 const kept = ({ name, view, act }, theme, size) =>
   name === "accueil" || (view && !act && !name.includes("-"))
     ? true
-    : shown.includes(name) && theme === "clair" && size === "1180x780";
+    : size === "1180x780" && (billed.includes(name) || (shown.includes(name) && theme === "clair"));
 
 const listed = (chosen, all, usual) => chosen?.split(",") ?? (values.all ? all : usual);
 const wanted = {

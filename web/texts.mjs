@@ -85,8 +85,8 @@ function* ofPackages() {
       const file = join(root, folder, name);
       const lines = readFileSync(file, "utf8").split("\n");
       for (const [at, text] of lines.entries()) {
-        // Tags, keys and quotes are the format's, and so is what zsh has between colons.
-        const read = text.replace(/<[^>]*>|^\s*"\w+": |^#.*|'\[|\]'?:.*/g, " ").trim();
+        // Tags, keys, lists of options and quotes are the format's, and so is what zsh has between colons.
+        const read = text.replace(/<[^>]*>|^\s*"\w+": |^#.*|'\([^)]*\)'|'\[|\]'?:.*/g, " ").trim();
         if (isText(read)) yield { file, line: at + 1, text: read };
       }
     }

@@ -6,8 +6,10 @@
 #include <cmath>
 #include <utility>
 
+#include "app/bar.h"
 #include "app/icon_theme.h"
 #include "app/retention_schedule.h"
+#include "base/display_text.h"
 #include "classify/defaults.h"
 
 namespace orvanta {
@@ -20,6 +22,7 @@ constexpr auto kHourlyPeriod = 3600s;
 constexpr auto kPanelStarts = 20s;  // at login a panel may come later than we do
 // In the settings table while the user has been told that this desktop has no tray.
 constexpr auto kToldNoTray = "told_no_tray";
+constexpr auto kResume = "resume";  // what a note offers
 
 double finite(double seconds) {
   return std::isfinite(seconds) ? seconds : 0;
@@ -27,8 +30,29 @@ double finite(double seconds) {
 
 }  // namespace
 
-AppDelegate::AppDelegate(Core& core, Glib::RefPtr<Gio::DBus::Connection> session)
-    : core_(core), session_(std::move(session)) {}
+AppDelegate::AppDelegate(Core& core, Glib::RefPtr<Gio::DBus::Connection> session, PostRoute post,
+                         Publish publish)
+    : core_(core),
+      session_(std::move(session)),
+      publish_(std::move(publish)),
+      goals_(
+          core.db, core.analytics,
+          [this](const auto& slot, const auto& notice) {
+            mainThread_.post([this, slot, notice] {
+              show({.slot = slot, .summary = notice.title, .body = notice.sentence, .actions = {}});
+            });
+          },
+          core.clock),
+      notes_(session_),
+      returnNote_(core_, notes_, std::move(post)) {
+  core_.tracker.setReturned([this](const TimeRange& absence) {
+    mainThread_.post([this, absence] { returnNote_.ask(absence); });
+  });
+}
+
+AppDelegate::~AppDelegate() {
+  core_.tracker.setReturned({});
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
   seedDefaults(core_.db, core_.clock);
@@ -39,6 +63,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   buildMenu();
   mainThread_.every(kMenuPeriod, [this] {
     watchStore();
+    watchPause();
     refreshMenu();
   });
   mainThread_.every(kHourlyPeriod, [this] { everyHour(); });
@@ -93,10 +118,39 @@ void AppDelegate::applyRetention() {
   queue_.post([this] { core_.tracker.startRetention(); });
 }
 
-void AppDelegate::setPaused(bool paused) {
+// One that lasts for hours may have been forgotten.
+void AppDelegate::watchPause() {
+  constexpr double kLong = 7200;
+  queue_.post([this] { core_.tracker.keepPauseEnd().forget(); });
+  const auto pause = core_.tracker.pause();
+  const bool forgotten =
+      pause && !pause->until && !pause->reminded && core_.clock() - pause->since >= kLong;
+  if (!forgotten) reminding_ = false;
+  if (!forgotten || core_.desktop.session->locked() || std::exchange(reminding_, true)) return;
+  remindOfPause(*pause);
+}
+
+void AppDelegate::remindOfPause(const Pause& pause) {
+  show({.slot = "pause",
+        .summary = "Suivi en pause depuis " + fmtDur(core_.clock() - pause.since),
+        .body = "Rien n’est enregistré tant que le suivi n’a pas repris.",
+        .actions = {{kResume, "Reprendre le suivi"}}});
+  queue_.post([this] { core_.tracker.setReminded().forget(); });
+}
+
+void AppDelegate::show(dbus::Note note) {
+  notes_.show(
+      std::move(note),
+      [this](const std::string& action, const std::string& token) {
+        action == kResume ? setPaused(false) : core_.shell.showDashboard(token);
+      },
+      [this](const std::string& sentence) { core_.shell.tell(sentence); });
+}
+
+void AppDelegate::setPaused(bool paused, const std::string& length) {
   // Not here: the choice is stored, and the store may be busy.
-  queue_.post([this, paused] {
-    core_.tracker.setPaused(paused).forget();
+  queue_.post([this, paused, length] {
+    core_.tracker.setPaused(paused, pauseEnd(length, core_.clock(), core_.calendar)).forget();
     mainThread_.post([this] { refreshMenu(); });
   });
 }
@@ -141,6 +195,7 @@ MenuFacts AppDelegate::readFacts() {
   facts.current = tracker.current();
   if (facts.current) facts.current->elapsed = finite(facts.current->elapsed);
   facts.take(today());
+  facts.goals = goals_.look();
   facts.currentProject = tracker.currentProjectId();
   facts.onProject = core_.clock() - tracker.currentProjectSince().value_or(core_.clock());
   return facts;
@@ -149,6 +204,7 @@ MenuFacts AppDelegate::readFacts() {
 void AppDelegate::showFacts(MenuFacts facts) {
   facts.update = core_.telemetry.updateAvailable();
   menu_->show(facts);
+  publish_(barState(facts, core_.clock()));
 }
 
 void AppDelegate::trayChanged() {

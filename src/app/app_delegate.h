@@ -4,15 +4,19 @@
 #include <giomm/dbusconnection.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
+#include "app/goal_watch.h"
 #include "app/menu_content.h"
+#include "app/return_note.h"
 #include "app/status_menu.h"
 #include "base/calendar.h"
 #include "base/main_thread.h"
 #include "base/serial_queue.h"
 #include "bridge/core.h"
+#include "platform/dbus/notifications.h"
 
 namespace orvanta {
 
@@ -21,8 +25,17 @@ namespace orvanta {
 /// only.
 class AppDelegate {
  public:
-  /// `core` outlives it. Without a session bus there is no menu.
-  AppDelegate(Core& core, Glib::RefPtr<Gio::DBus::Connection> session);
+  /// Is handed what status bars show, see barState(), every few seconds.
+  using Publish = std::function<void(const std::string& state)>;
+
+  /// `core` outlives it. Without a session bus there are no menu and no notes. `post` runs work
+  /// where a route of that name is answered.
+  AppDelegate(Core& core, Glib::RefPtr<Gio::DBus::Connection> session, PostRoute post,
+              Publish publish);
+
+  ~AppDelegate();
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
 
   /// Everything between the opened store and the running program; once.
   void applicationDidFinishLaunching();
@@ -38,11 +51,15 @@ class AppDelegate {
   /// Brings the menu up to date, soon. Costs nothing while an earlier refresh is on its way.
   void refreshMenu();
 
-  void setPaused(bool paused);
+  /// A pause may end by itself: see pauseEnd() for `length`; "" is a pause without end.
+  void setPaused(bool paused, const std::string& length = {});
 
  private:
   void buildMenu();
   void watchStore();
+  void watchPause();
+  void remindOfPause(const Pause& pause);
+  void show(dbus::Note note);
   void everyHour();
   void applyRetention();
   void trayChanged();
@@ -54,6 +71,7 @@ class AppDelegate {
 
   Core& core_;
   const Glib::RefPtr<Gio::DBus::Connection> session_;
+  const Publish publish_;
   double retentionApplied_ = 0;  // when, Unix seconds
   // What was last read for the menu; only touched on queue_.
   struct Reading {
@@ -61,11 +79,15 @@ class AppDelegate {
     Date date;
     DayTotals totals;
   } reading_;
+  GoalWatch goals_;  // the same
 
   bool toldTrouble_ = false;   // the user knows that nothing can be stored
+  bool reminding_ = false;     // of a pause
   bool refreshing_ = false;    // a refresh is on its way
   bool refreshAgain_ = false;  // and was too early for what has happened since
   std::optional<StatusMenu> menu_;
+  dbus::Notifications notes_;
+  ReturnNote returnNote_;
   MainThread mainThread_;
   SerialQueue queue_{"orvanta.menu"};  // last: it ends before what its tasks use
 };

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/app_delegate.h"
+#include "app/bar.h"
 #include "app/commands.h"
 #include "app/legacy_agents.h"
 #include "app/local_call.h"
@@ -38,6 +39,9 @@ Application::Application(std::optional<Handover> left)
                                            Gio::Application::Flags::SEND_ENVIRONMENT),
       left_(std::move(left)) {
   Options::addTo(*this);
+  bar_ = Gio::SimpleAction::create(kBarAction, Glib::Variant<Glib::ustring>::create(""));
+  bar_->signal_change_state().connect([](const auto& /*state*/) {});  // nobody else sets it
+  add_action(bar_);
 }
 
 Application::~Application() = default;
@@ -84,9 +88,14 @@ void Application::begin(DataLock lock) {
   if (left_) {
     auto& tracker = services_->core.tracker;
     tracker.setCurrentProjectId(left_->project, left_->projectSince);
-    if (tracker.paused() != left_->paused) tracker.setPaused(left_->paused).forget();
+    if (tracker.pause().has_value() != left_->paused) tracker.setPaused(left_->paused).forget();
   }
-  delegate_ = std::make_unique<AppDelegate>(services_->core, services_->sessionBus);
+  delegate_ = std::make_unique<AppDelegate>(
+      services_->core, services_->sessionBus,
+      [this](const auto& route, auto task) { services_->dashboard.post(route, std::move(task)); },
+      [this](const std::string& state) {
+        bar_->set_state(Glib::Variant<Glib::ustring>::create(state));
+      });
   delegate_->applicationDidFinishLaunching();
   hold();
 }
@@ -136,7 +145,7 @@ void Application::on_shutdown() {
   if (handover_ && services_) {
     const auto& tracker = services_->core.tracker;
     handover_ = {.lock = services_->lock.leave(),
-                 .paused = tracker.paused(),
+                 .paused = tracker.pause().has_value(),
                  .project = tracker.currentProjectId(),
                  .projectSince = tracker.currentProjectSince().value_or(0)};
   }
@@ -172,7 +181,10 @@ int Application::turnAway(const Glib::RefPtr<Gio::ApplicationCommandLine>& comma
 
 void Application::follow(const Options& options, bool atLaunch,
                          const std::string& activationToken) {
-  if (options.has("pause")) delegate_->setPaused(true);
+  if (options.has("pause")) {
+    const auto& words = options.words();
+    delegate_->setPaused(true, words.empty() ? "" : words.front());
+  }
   if (options.has("resume")) delegate_->setPaused(false);
   const bool show = options.has("show");
   if (atLaunch) {
@@ -203,9 +215,9 @@ void Application::quit() {
   post([this] { mainThread_.after(kAnswersLeave, [this] { end(); }); });
 }
 
-void Application::showDashboard(const std::string& activationToken) {
-  post([this, activationToken] {
-    if (services_) services_->dashboard.show(activationToken);
+void Application::showDashboard(const std::string& activationToken, const std::string& day) {
+  post([this, activationToken, day] {
+    if (services_) services_->dashboard.show(activationToken, day);
   });
 }
 

@@ -3,6 +3,7 @@
 
 #include <giomm/application.h>
 #include <giomm/applicationcommandline.h>
+#include <giomm/simpleaction.h>
 
 #include <atomic>
 #include <memory>
@@ -46,7 +47,7 @@ class Application : public Gio::Application, public Shell {
 
   void post(std::function<void()> task) override { mainThread_.post(std::move(task)); }
   void quit() override;
-  void showDashboard(const std::string& activationToken) override;
+  void showDashboard(const std::string& activationToken, const std::string& day) override;
   void prepareDashboard() override;
   void refreshMenu() override;
   void tell(const std::string& sentence) override;
@@ -85,6 +86,7 @@ class Application : public Gio::Application, public Shell {
   const std::optional<Handover> left_;
   std::optional<Handover> handover_;
   std::optional<Options> call_;
+  Glib::RefPtr<Gio::SimpleAction> bar_;  // its state is what status bars show
   std::vector<unsigned> signalSources_;
   std::unique_ptr<dbus::BusReturn> busReturn_;
   std::unique_ptr<Turn> turn_;          // while the data belong to another process

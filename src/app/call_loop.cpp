@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "base/exact_json.h"
 #include "bridge/request.h"
 
 namespace orvanta {
@@ -18,7 +19,8 @@ void answerLines(Core& core, std::istream& requests, std::ostream& answers) {
     if (!request) continue;
     core.db.look();  // nothing is recorded here that would do it
     const auto text = answer(core.router, request->path, request->body).json;
-    answers << fmt::format("{{\"id\":{},\"answer\":{}}}\n", request->id, text) << std::flush;
+    answers << fmt::format("{{\"id\":{},\"answer\":{}}}\n", request->id, plainNumbers(text))
+            << std::flush;
   }
 }
 

@@ -10,7 +10,7 @@ class CommandLine : public Shell {
  public:
   void post(std::function<void()> task) override { task(); }
   void quit() override {}
-  void showDashboard(const std::string& /*activationToken*/) override {}
+  void showDashboard(const std::string& /*activationToken*/, const std::string& /*day*/) override {}
   void prepareDashboard() override {}
   void refreshMenu() override {}
   void tell(const std::string& sentence) override;

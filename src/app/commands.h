@@ -14,6 +14,10 @@ std::optional<int> runCommand(const Options& options);
 /// Answers `--call` here, from the store and the desktop as they are; yields the exit status.
 int answerHere(const Options& options);
 
+/// For a `--call` that was the running Orvanta's to answer, and to which nothing came: it ended
+/// meanwhile, and nobody knows what it has done. Yields the exit status.
+int tellUnanswered();
+
 /// Whether an Orvanta of this session is there to answer.
 bool runningElsewhere();
 

@@ -14,8 +14,11 @@ namespace {
 
 using namespace orvanta;
 
+bool printed = false;
+
 // GLib would convert to the locale's character set; JSON is UTF-8 wherever it goes.
 void printAsIs(const char* text) {
+  printed = true;
   std::fputs(text, stdout);
 }
 
@@ -32,7 +35,10 @@ int record(int argc, char** argv, const std::optional<Handover>& left) {
       systemLog("Orvanta: impossible de reprendre avec le nouveau bus de session");
       return 1;
     }
-    if (status == kAnswerYourself && application.call()) return answerHere(*application.call());
+    if (const auto& call = application.call()) {
+      if (status == kAnswerYourself) return answerHere(*call);
+      return printed ? status : tellUnanswered();
+    }
     if (!left || application.started() || status == 0 || attempt == kAttempts) return status;
     g_usleep(kPause);
   }

@@ -7,6 +7,7 @@
 
 #include "base/display_text.h"
 #include "bridge/change_labels.h"
+#include "bridge/goal_text.h"
 
 namespace orvanta {
 namespace {
@@ -79,6 +80,10 @@ MenuContent menuContent(const MenuFacts& facts) {
   content.projectTitle = projectTitle(facts);
   if (facts.update) {
     content.updateTitle = "⬇︎ Mise à jour disponible : Orvanta " + menuName(facts.update->version);
+  }
+  content.toolTip = content.todayLine;
+  if (const auto goals = goalsLine(facts.goals); !goals.empty()) {
+    content.toolTip += "\n" + asMarkup(goals);
   }
   if (facts.active >= kMinute) content.label = " " + fmtDur(facts.active);
   return content;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "capture/tracker.h"
+#include "reports/goals.h"
 #include "reports/report.h"
 #include "storage/category.h"
 #include "storage/store_health.h"
@@ -41,6 +42,7 @@ struct MenuFacts {
   std::optional<int64_t> currentProject;
   double onProject = 0;  ///< since when it is the current one
   std::optional<Update> update;
+  std::vector<GoalState> goals;  ///< and limits, how far they are
 
   /// Takes over today's numbers and the projects.
   void take(const DayTotals& day);
@@ -55,7 +57,8 @@ struct MenuContent {
   std::string projectTitle;
   std::string toggleTitle;
   std::optional<std::string> updateTitle;
-  std::string label;  ///< beside the icon
+  std::string label;    ///< beside the icon
+  std::string toolTip;  ///< the day and the goals, as markup
 };
 
 MenuContent menuContent(const MenuFacts& facts);

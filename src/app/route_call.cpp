@@ -10,7 +10,7 @@ namespace orvanta {
 CallResult callRoute(Router& router, const std::vector<std::string>& words) {
   namespace json = boost::json;
   const auto line = [](const Answer& answer) {
-    return CallResult{answer.json + "\n", answer.failed ? 1 : 0};
+    return CallResult{plainNumbers(answer.json) + "\n", answer.failed ? 1 : 0};
   };
   if (words.empty() || words.size() > 2) {
     return line(failure("usage : orvanta --call ROUTE [JSON]"));

@@ -9,7 +9,7 @@ namespace {
 
 constexpr auto kMenuPath = "/MenuBar";
 
-tray::Appearance appearance(const MenuFacts& facts, std::string label, std::string today) {
+tray::Appearance appearance(const MenuFacts& facts, std::string label, std::string toolTip) {
   if (facts.trouble) {
     return {"fr.quellvane.orvanta-alert-symbolic", "Orvanta : rien n’est enregistré",
             std::move(label), std::string(shortNameOf(*facts.trouble))};
@@ -18,7 +18,7 @@ tray::Appearance appearance(const MenuFacts& facts, std::string label, std::stri
     return {"fr.quellvane.orvanta-paused-symbolic", "Orvanta : suivi en pause", std::move(label),
             "Suivi en pause"};
   }
-  return {"fr.quellvane.orvanta-symbolic", "Orvanta", std::move(label), std::move(today)};
+  return {"fr.quellvane.orvanta-symbolic", "Orvanta", std::move(label), std::move(toolTip)};
 }
 
 void showOrHide(tray::MenuItem& item, const std::optional<std::string>& label) {
@@ -85,7 +85,7 @@ void StatusMenu::show(const MenuFacts& facts) {
   for (std::size_t i = 0; i < projects_.size(); ++i) {
     projectItems_[i]->setChosen(projects_[i].id == facts.currentProject);
   }
-  item_.show(appearance(facts, std::move(content.label), std::move(content.todayLine)));
+  item_.show(appearance(facts, std::move(content.label), std::move(content.toolTip)));
 }
 
 void StatusMenu::showProjects(const std::vector<ProjectChoice>& projects) {

@@ -48,6 +48,10 @@ Date Date::plusDays(int count) const {
   return dateOfDayNumber(dayNumber(*this) + count);
 }
 
+int Date::daysUntil(const Date& other) const {
+  return static_cast<int>(dayNumber(other) - dayNumber(*this));
+}
+
 Date Date::monday() const {
   const std::chrono::weekday weekday{sys_days(days(dayNumber(*this)))};
   return plusDays(1 - static_cast<int>(weekday.iso_encoding()));
@@ -80,6 +84,13 @@ int64_t Calendar::wallSeconds(double instant) const {
       const_cast<GTimeZone*>(local.gobj());  // NOLINT(cppcoreguidelines-pro-type-const-cast)
   const int interval = g_time_zone_find_interval(raw, G_TIME_TYPE_UNIVERSAL, seconds);
   return seconds + g_time_zone_get_offset(raw, interval);
+}
+
+std::string Calendar::wallTime(double instant) const {
+  constexpr int64_t kMinute = 60;
+  const auto seconds = wallSeconds(instant);
+  const auto minutes = (seconds - floorDivide(seconds, kSecondsPerDay) * kSecondsPerDay) / kMinute;
+  return fmt::format("{:02}:{:02}", minutes / kMinute, minutes % kMinute);
 }
 
 Date Calendar::dateOf(double instant) const {

@@ -3,6 +3,7 @@
 
 #include <glibmm/timezone.h>
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,9 +17,14 @@ struct Date {
   int day = 1;
 
   friend bool operator==(const Date&, const Date&) = default;
+  /// The earlier date is the smaller one.
+  friend auto operator<=>(const Date&, const Date&) = default;
 
   /// The date `days` later (earlier when negative).
   Date plusDays(int days) const;
+
+  /// How many days later `other` is; negative when it is earlier.
+  int daysUntil(const Date& other) const;
 
   /// The Monday of its week; weeks run from Monday to Sunday.
   Date monday() const;
@@ -61,6 +67,8 @@ class Calendar {
 
   /// What the wall clock shows at an instant, as whole seconds since it showed the start of 1970.
   int64_t wallSeconds(double instant) const;
+  /// The same as "14:03".
+  std::string wallTime(double instant) const;
 
   /// The first instant of a local date: midnight, or, where the clock skips midnight, the instant
   /// of the skip; of a midnight that comes twice, the first.

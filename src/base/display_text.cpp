@@ -78,4 +78,10 @@ std::string oneLine(std::string_view text, std::size_t most) {
   return shown;
 }
 
+std::string asMarkup(const std::string& utf8) {
+  const std::unique_ptr<char, decltype(&g_free)> text(
+      g_markup_escape_text(utf8.data(), static_cast<gssize>(utf8.size())), g_free);
+  return text.get();
+}
+
 }  // namespace orvanta

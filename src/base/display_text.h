@@ -17,4 +17,7 @@ std::string fmtDur(double seconds);
 /// line ends become spaces; marks that turn the direction of the text around are dropped.
 std::string oneLine(std::string_view text, std::size_t most);
 
+/// `utf8` so that Pango and Qt, which read markup, show it as it is.
+std::string asMarkup(const std::string& utf8);
+
 }  // namespace orvanta

@@ -4,8 +4,11 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
 #include <charconv>
+#include <cstdlib>
 #include <string>
 #include <system_error>
+
+#include "base/number.h"
 
 namespace orvanta {
 namespace {
@@ -134,12 +137,68 @@ std::optional<json::value> parse(std::string_view text, std::size_t deepest) {
   return parser.handler().release();
 }
 
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+std::string_view withoutZeros(std::string_view fraction) {
+  return fraction.substr(0, fraction.find_last_not_of('0') + 1);
+}
+
+// The same digits with the point elsewhere, so that nothing is rounded.
+std::string plainNumber(std::string_view number) {
+  constexpr int kMost = 40;
+  const auto exponentAt = number.find_first_of("eE");
+  if (exponentAt == std::string_view::npos) return std::string(number);
+  const auto exponent =
+      parseNumber<int>(number.substr(exponentAt + (number[exponentAt + 1] == '+' ? 2 : 1)));
+  if (!exponent || std::abs(*exponent) > kMost) return std::string(number);
+  auto mantissa = number.substr(0, exponentAt);
+  std::string sign;
+  if (mantissa.starts_with('-')) {
+    sign = "-";
+    mantissa.remove_prefix(1);
+  }
+  const auto point = std::min(mantissa.find('.'), mantissa.size());
+  std::string digits(mantissa.substr(0, point));
+  if (point < mantissa.size()) digits += mantissa.substr(point + 1);
+  auto whole = static_cast<int>(point) + *exponent;
+  if (whole <= 0) {
+    digits.insert(0, static_cast<std::size_t>(1 - whole), '0');
+    whole = 1;
+  }
+  const auto length = static_cast<std::size_t>(whole);
+  if (digits.size() < length) digits.resize(length, '0');
+  const auto fraction = withoutZeros(std::string_view(digits).substr(length));
+  const auto first = std::min(digits.find_first_not_of('0'), length - 1);
+  sign += digits.substr(first, length - first);
+  return fraction.empty() ? sign : sign + "." + std::string(fraction);
+}
+
 }  // namespace
 
 std::optional<json::value> parseJson(std::string_view text, std::size_t deepest) {
   auto value = parse(text, deepest);
   if (value || text.find("\\u") == std::string_view::npos) return value;
   return parse(withWholePairs(text), deepest);
+}
+
+std::string plainNumbers(std::string_view json) {
+  std::string plain;
+  plain.reserve(json.size());
+  for (std::size_t at = 0; at < json.size();) {
+    const auto from = at;
+    if (json[at] == '"') {
+      for (++at; at < json.size() && json[at] != '"'; ++at) at += json[at] == '\\' ? 1 : 0;
+      plain += json.substr(from, ++at - from);
+    } else if (json[at] == '-' || isDigit(json[at])) {
+      at = std::min(json.find_first_not_of("-+.eE0123456789", at), json.size());
+      plain += plainNumber(json.substr(from, at - from));
+    } else {
+      plain += json[at++];
+    }
+  }
+  return plain;
 }
 
 }  // namespace orvanta

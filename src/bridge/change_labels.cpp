@@ -36,13 +36,9 @@ struct Wall {
 };
 
 Wall wall(double instant, const Calendar& calendar) {
-  constexpr int64_t kMinute = 60;
-  constexpr int64_t kDay = 86400;
   const auto date = calendar.dateOf(instant).iso();
-  const auto seconds = calendar.wallSeconds(instant);
-  const auto minutes = (seconds - floorDivide(seconds, kDay) * kDay) / kMinute;
   return {date.substr(8, 2) + "/" + date.substr(5, 2) + "/" + date.substr(0, 4),
-          fmt::format("{:02}:{:02}", minutes / kMinute, minutes % kMinute)};
+          calendar.wallTime(instant)};
 }
 
 std::string words(const TimeRange& range, const Calendar& calendar) {
@@ -56,10 +52,16 @@ std::string activities(int64_t spans) {
   return fmt::format("{} activité{}", spans, spans > 1 ? "s" : "");
 }
 
+std::string words(const std::vector<TimeRange>& ranges, const Calendar& calendar) {
+  return ranges.size() == 1 ? words(ranges.front(), calendar)
+                            : fmt::format("{} plages", ranges.size());
+}
+
 constexpr std::pair<std::string_view, std::string_view> kSettingNames[]{
     {"idle_threshold", "seuil d’inactivité"},    {"min_span_seconds", "activité la plus courte"},
     {"min_block_seconds", "bloc le plus court"}, {"privacy_mode", "ce qui est noté des fenêtres"},
     {"excluded_domains", "sites exclus"},        {"retention_days", "garder titres et adresses"},
+    {"excluded_apps", "applications exclues"},
 };
 
 }  // namespace
@@ -81,6 +83,16 @@ std::string assigned(const std::optional<std::string>& category,
   return target(category, project) + " : " + words(range, calendar);
 }
 
+std::string added(const std::optional<std::string>& category,
+                  const std::optional<std::string>& project, const std::vector<TimeRange>& ranges,
+                  const Calendar& calendar) {
+  return "Ajout · " + target(category, project) + " : " + words(ranges, calendar);
+}
+
+std::string skipped(const std::vector<TimeRange>& ranges, const Calendar& calendar) {
+  return "Pause : " + words(ranges, calendar);
+}
+
 std::string projectSaved(std::string_view name) {
   return "Projet enregistré : " + quoted(name);
 }
@@ -91,6 +103,14 @@ std::string projectDeleted(std::string_view name) {
 
 std::string projectArchived(std::string_view name) {
   return "Projet archivé : " + quoted(name);
+}
+
+std::string goalSaved(std::string_view goal) {
+  return "Objectif enregistré\u00a0: " + std::string(goal);
+}
+
+std::string goalDeleted(std::string_view goal) {
+  return "Objectif supprimé\u00a0: " + std::string(goal);
 }
 
 std::string ruleSaved(std::string_view pattern) {
@@ -111,6 +131,14 @@ std::string erased(int64_t spans) {
 
 std::string erased(const TimeRange& range, const Calendar& calendar) {
   return "Suppression : " + words(range, calendar);
+}
+
+std::string blanked(int64_t spans) {
+  return "Titres et adresses effacés\u00a0: " + activities(spans);
+}
+
+std::string imported(std::string_view file, int64_t spans) {
+  return "Import" + (file.empty() ? "" : " de " + quoted(file)) + "\u00a0: " + activities(spans);
 }
 
 std::string_view nameOfSetting(std::string_view key) {

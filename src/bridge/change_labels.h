@@ -22,16 +22,29 @@ std::string assigned(const std::optional<std::string>& category,
 std::string assigned(const std::optional<std::string>& category,
                      const std::optional<std::string>& project, const TimeRange& range,
                      const Calendar& calendar);
+/// Moments added by hand: "Ajout · Travail : 20/11/2026, 14:00 – 15:30", or how many ranges.
+std::string added(const std::optional<std::string>& category,
+                  const std::optional<std::string>& project, const std::vector<TimeRange>& ranges,
+                  const Calendar& calendar);
+/// Absences that stay what they are: "Pause : 20/11/2026, 12:00 – 13:00".
+std::string skipped(const std::vector<TimeRange>& ranges, const Calendar& calendar);
 std::string projectSaved(std::string_view name);
 /// Without a name for one that was gone already, yet spans or rules belonged to.
 std::string projectDeleted(std::string_view name);
 std::string projectArchived(std::string_view name);
+/// Of a goal in words.
+std::string goalSaved(std::string_view goal);
+std::string goalDeleted(std::string_view goal);
 std::string ruleSaved(std::string_view pattern);
 std::string ruleDeleted(std::string_view pattern);
 std::string defaultsRestored(int rules);
 /// Time deleted for good: "Suppression : 3 activités", or of a range.
 std::string erased(int64_t spans);
 std::string erased(const TimeRange& range, const Calendar& calendar);
+/// Only what they show was erased.
+std::string blanked(int64_t spans);
+
+std::string imported(std::string_view file, int64_t spans);
 
 /// What the user knows a setting as; "" for one that is no choice of taste but a state of the
 /// program.

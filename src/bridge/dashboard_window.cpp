@@ -64,10 +64,11 @@ DashboardWindow::~DashboardWindow() {
   patience_.disconnect();
 }
 
-void DashboardWindow::show(const std::string& activationToken) {
+void DashboardWindow::show(const std::string& activationToken, const std::string& day) {
   prepare();
   if (!process_) return tellFailure();
   process_->channel->send("show " + json::serialize(json::value(validUtf8(activationToken))));
+  if (!day.empty()) process_->channel->send("day " + json::serialize(json::value(day)));
   if (patience_.connected()) return;
   patience_ = Glib::signal_timeout().connect(
       [this] {
@@ -130,7 +131,11 @@ void DashboardWindow::lost() {
 }
 
 void DashboardWindow::tellFailure() {
-  core_.shell.tell("Le tableau de bord n’a pas pu s’ouvrir ; le journal du système dit pourquoi.");
+  std::error_code ignored;
+  core_.shell.tell(
+      std::filesystem::exists(program_, ignored)
+          ? "Le tableau de bord n’a pas pu s’ouvrir ; le journal du système dit pourquoi."
+          : "Le tableau de bord n’est pas installé : ajoutez le paquet orvanta-dashboard.");
 }
 
 void DashboardWindow::post(const std::string& route, SerialQueue::Task task) {

@@ -24,7 +24,8 @@ namespace orvanta {
 /// each route that asks the user has a queue of its own, and keeps none of the others waiting. The
 /// two talk in lines over a socket pair, which has no name and so nobody else can connect to:
 ///
-///     to the dashboard:   first JSON | show "TOKEN" | reload | resolve ID JSON | save "NAME"
+///     to the dashboard:   first JSON | show "TOKEN" | day "DAY" | reload | resolve ID JSON |
+///                         save "NAME"
 ///     from the dashboard: shown | post JSON | saved "URI" | saved null
 ///
 /// A dashboard that crashed, was killed or does not react is started afresh by the next show(); the
@@ -41,8 +42,8 @@ class DashboardWindow {
 
   /// Opens the window or brings it to the front. Wayland lets a window come to the front only with
   /// a token of the program that the user has clicked in (the protocol xdg-activation-v1); "" where
-  /// there is none.
-  void show(const std::string& activationToken = {});
+  /// there is none. The page shows `day` then, where that is not "".
+  void show(const std::string& activationToken = {}, const std::string& day = {});
   /// Starts what show() would have to start; its window stays closed.
   void prepare();
   /// Loads the page again, if there is one.

@@ -15,11 +15,11 @@ std::string firstAnswers(Core& core) {
     std::string_view path;
     boost::json::object body;
   };
-  const Question questions[]{{"routes.list", {}},
-                             {"status", {}},
-                             {"store.status", {}},
-                             {"projects.list", {}},
-                             {"day", {{"date", core.analytics.today().iso()}}}};
+  const auto today = core.analytics.today().iso();
+  const Question questions[]{
+      {"routes.list", {}},        {"status", {}},
+      {"store.status", {}},       {"projects.list", {}},
+      {"day", {{"date", today}}}, {"goals.history", {{"from", today}, {"to", today}}}};
   std::string list;
   for (const auto& [path, body] : questions) {
     const auto given = answer(core.router, path, body);

@@ -26,6 +26,9 @@ boost::json::value jsonOrNull(const std::optional<T>& value) {
 
 using ToJson = boost::json::value_from_tag;
 
+void tag_invoke(ToJson, boost::json::value& json, const ProjectSum& sum);
+void tag_invoke(ToJson, boost::json::value& json, const AppSum& sum);
+void tag_invoke(ToJson, boost::json::value& json, const DomainSum& sum);
 /// "active", "by_category", "by_project", "apps", "domains".
 void tag_invoke(ToJson, boost::json::value& json, const Totals& totals);
 void tag_invoke(ToJson, boost::json::value& json, const Project& project);

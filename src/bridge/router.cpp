@@ -26,8 +26,9 @@ std::span<const Route* const> Router::routes() {
   static const auto kAll = [] {
     std::vector<const Route*> all;
     for (const auto table :
-         {programRoutes(), reportRoutes(), projectRoutes(), ruleRoutes(), eventRoutes(),
-          changeRoutes(), settingsRoutes(), permissionRoutes(), storeRoutes()}) {
+         {programRoutes(), reportRoutes(), searchRoutes(), sheetRoutes(), projectRoutes(),
+          goalRoutes(), importRoutes(), ruleRoutes(), eventRoutes(), momentRoutes(),
+          exclusionRoutes(), changeRoutes(), settingsRoutes(), permissionRoutes(), storeRoutes()}) {
       for (const auto& route : table) all.push_back(&route);
     }
     return all;

@@ -20,8 +20,9 @@ class Shell {
   /// Ends the program; answers that are on their way still go out.
   virtual void quit() = 0;
   /// Opens the window or brings it to the front. Wayland lets it come to the front only with the
-  /// token of what the user clicked on (xdg-activation-v1); "" where there is none.
-  virtual void showDashboard(const std::string& activationToken) = 0;
+  /// token of what the user clicked on (xdg-activation-v1); "" where there is none. The page shows
+  /// this day ("yyyy-MM-dd") then; "": what it showed last.
+  virtual void showDashboard(const std::string& activationToken, const std::string& day = {}) = 0;
   /// The window will probably be wanted soon: what takes long before it can open is done now.
   virtual void prepareDashboard() = 0;
   /// What the menu shows may have changed.

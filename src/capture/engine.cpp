@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/cut.h"
-#include "base/text.h"
-
 namespace orvanta {
 namespace {
 
@@ -27,22 +24,31 @@ Engine::Engine(Database& db, const Collectors& collectors, LiveState& live, Cloc
       clock_(std::move(clock)),
       uptime_(std::move(uptime)),
       log_(db),
+      foreground_(db, collectors),
       lastTick_(clock_()),
       lastUptime_(uptime_()) {
   // What an earlier run recorded stays its own: idle time is not back-dated into it.
   db_.each("SELECT max(end) FROM events", {}, [this](const Cursor& row) { lastEnd_ = row.dbl(0); });
   if (lastEnd_ > lastTick_) lastEnd_ = 0;
+  log_.settle(lastEnd_);
 }
 
 double Engine::steadyNow() {
   const double now = clock_();
   if (now >= lastTick_) return now;
   if (lastTick_ - now <= kGap) return lastTick_;
-  closeSpan(lastTick_);
-  candidate_.reset();
+  startAfresh(now);
   lastEnd_ = lastPresence_ = 0;
   lastTick_ = now;
   return now;
+}
+
+// The clock was set: what was recorded by the old time has nothing to do with the new.
+void Engine::startAfresh(double now) {
+  closeSpan(lastTick_);
+  candidate_.reset();
+  absences_.forget();
+  log_.settle(now);
 }
 
 // The wall clock alone would take a slow machine for an absence, and a clock that was set for years
@@ -76,15 +82,29 @@ void Engine::tick() {
       bridgeGap(now);
       break;
     case Break::ClockSet:
-      closeSpan(lastTick_);
-      candidate_.reset();
+      startAfresh(now);
       break;
   }
+  const auto resumed = pauseEnded(now);
   lastTick_ = now;
   lastUptime_ = uptime_();
   keepUp();
-  if (live_.paused() || asleep()) return;
-  consider(observe(now), now);
+  if (live_.pause()) log_.settle(now);
+  if (live_.pause() || asleep()) return;
+  auto seen = observe(now);
+  // What is in front at the first look is taken to have been there when the pause ended.
+  if (resumed && !open_) seen.at = *resumed;
+  consider(std::move(seen), now);
+  if (open_ && !open_->sample().idle && !watching_) absences_.somebodyIsThere(now);
+}
+
+// When a pause ended that was over by now, as far as it can be told: not before the last look.
+std::optional<double> Engine::pauseEnded(double now) {
+  const auto until = live_.endPause(now);
+  if (!until) return {};
+  const double resumed = std::max({*until, lastTick_, lastEnd_});
+  log_.settle(resumed);
+  return resumed;
 }
 
 // The machine that was about to sleep is awake, and nobody has said so.
@@ -114,66 +134,47 @@ void Engine::bridgeGap(double now) {
 }
 
 Engine::Observation Engine::observe(double now) {
-  readSettings();
+  const auto& settings = foreground_.settings();
+  minSpan_ = settings.minSpan;
+  watching_ = false;
   if (locked_) return {Sample::idleSample(), now};
   const double idle = collectors_.idleSeconds();
-  if (idle < settings_.idleThreshold) return {observeForeground(), now};
+  if (idle < settings.idleThreshold) return {foreground_.sample(), now};
   if (collectors_.mediaPlaying()) {
     lastPresence_ = now;
-    return {observeForeground(), now};
+    watching_ = true;
+    return {foreground_.sample(), now};
   }
-  // Back-dated to the last input, but not into what is known to be watching or already recorded.
-  return {Sample::idleSample(), std::max({now - idle, lastPresence_, lastEnd_})};
-}
-
-Sample Engine::observeForeground() {
-  auto app = collectors_.frontmostApp();
-  if (!app) return {.app = "Inconnu"};
-  if (isLoginWindow(app->bundle)) return Sample::idleSample();
-
-  auto tab = collectors_.browserTab(*app);
-  if (!tab) tab = BrowserTab{.url = {}, .title = std::move(app->title)};
-  Sample sample{.app = app->name, .bundle = app->bundle};
-  sample.domain = domainOf(tab->url);
-  if (sample.domain && settings_.excludes(*sample.domain)) {
-    sample.domain.reset();
-    return sample;
-  }
-  sample.url = std::move(tab->url);
-  // What a window or a page calls itself is anybody's text.
-  if (tab->title) sample.title = unlessBlank(firstBytes(*tab->title, kLongestTitle));
-  if (settings_.privacy == Privacy::Domain) {
-    sample.title.reset();
-    sample.url.reset();
-  }
-  return sample;
-}
-
-void Engine::readSettings() {
-  auto texts = db_.settingsNow();
-  if (!texts || texts == settingTexts_) return;
-  settings_ = Settings::of(*texts);
-  settingTexts_ = std::move(texts);
+  // Back-dated to the last input, but not into what is known to be watching or settled.
+  return {Sample::idleSample(), std::max({now - idle, lastPresence_, log_.settled()})};
 }
 
 void Engine::consider(Observation seen, double now) {
-  if (open_ && open_->key == seen.sample.key()) {
+  if (open_ && open_->key() == seen.sample.key()) {
     candidate_.reset();
-    if (seen.sample.title != open_->sample.title) {
-      open_->sample = std::move(seen.sample);
+    if (seen.sample.title != open_->sample().title) {
+      open_->see(std::move(seen.sample));
       publish();
     }
     heartbeat(now);
-  } else if (open_ && !open_->sample.idle && !seen.sample.idle) {
+  } else if (open_ && !open_->sample().idle && !seen.sample.idle) {
     debounce(std::move(seen.sample), now);
   } else {
     // Going idle and coming back are facts, not glances.
     const double at = std::min(seen.at, now);
     closeSpan(at);
+    if (seen.sample.idle && at <= lastEnd_) endBy(at);
     openSpan(seen.sample, std::max(at, std::min(lastEnd_, now)));
     candidate_.reset();
     flush(now);
   }
+}
+
+// What came to the front since by itself was no activity.
+void Engine::endBy(double at) {
+  log_.endBy(at);
+  lastEnd_ = at;
+  absences_.activityEndedBy(at);
 }
 
 void Engine::debounce(Sample sample, double now) {
@@ -182,7 +183,7 @@ void Engine::debounce(Sample sample, double now) {
     heartbeat(now);
     return;
   }
-  if (now - candidate_->since + kTickSeconds < settings_.minSpan - kJitter) {
+  if (now - candidate_->since + kTickSeconds < minSpan_ - kJitter) {
     heartbeat(now);
     return;
   }
@@ -195,6 +196,7 @@ void Engine::debounce(Sample sample, double now) {
 void Engine::pause() {
   finish();
   candidate_.reset();
+  absences_.forget();
 }
 
 void Engine::willSleep() {
@@ -209,47 +211,9 @@ void Engine::finish() {
   publish();
 }
 
-Written Engine::hold(const TimeRange& range) {
-  const double now = closingTime();
-  if (open_) {
-    describe();
-    log_.extend(now);
-  }
-  auto written = log_.write();
-  publish();
-  if (!written) return written;
-  log_.hold();
-  cut_.reset();
-  if (!open_ || open_->start >= range.end || now <= range.start || range.end <= range.start) {
-    return written;
-  }
-  cut_ = {open_->start, now};
-  // What comes next cannot have begun in what may be changed.
-  lastEnd_ = std::max(lastEnd_, now);
-  if (candidate_) candidate_->since = std::max(candidate_->since, now);
-  return written;
-}
-
-void Engine::release(bool changed) {
-  const auto cut = changed ? cut_ : std::nullopt;
-  log_.release(cut ? std::optional(cut->at) : std::nullopt);
-  cut_.reset();
-  if (cut && open_ && open_->start == cut->start) {
-    open_->start = cut->at;
-    open_->titleTime.clear();
-    open_->bestTitle = open_->sample.title;
-    open_->bestTime = 0;
-    log_.describe(open_->sample.title, open_->sample.url);
-  }
-  log_.write().forget();
-  publish();
-}
-
 void Engine::openSpan(const Sample& sample, double at) {
-  OpenSpan span{.key = sample.key(), .sample = sample, .start = at, .lastFlush = at};
-  span.bestTitle = sample.title;
-  if (sample.title) span.titleTime[*sample.title] = 0;
-  open_ = std::move(span);
+  open_.emplace(sample, at);
+  if (!sample.idle) absences_.activityBegins(at);
   log_.open({.start = at,
              .end = at,
              .app = sample.app,
@@ -266,36 +230,21 @@ void Engine::openSpan(const Sample& sample, double at) {
 void Engine::closeSpan(double at) {
   if (!open_) return;
   describe();
-  lastEnd_ = std::max(open_->start, at);
+  lastEnd_ = std::max(open_->start(), at);
   log_.close(lastEnd_);
+  if (open_->sample().idle) {
+    log_.settle(lastEnd_);
+  } else {
+    absences_.activityEnds(lastEnd_);
+  }
   log_.write().forget();
   open_.reset();
   publish();
 }
 
 void Engine::heartbeat(double now) {
-  if (open_->sample.title) countTitle(*open_->sample.title);
+  open_->countTitle(kTickSeconds);
   flush(now);
-}
-
-// A page may show another title at every tick, for hours: those seen least are then forgotten.
-void Engine::countTitle(const std::string& title) {
-  constexpr std::size_t kMostTitles = 128;
-  auto& times = open_->titleTime;
-  if (times.size() >= kMostTitles && !times.contains(title)) {
-    const auto least =
-        std::min_element(times.begin(), times.end(), [](const auto& a, const auto& b) {
-          return a.second < b.second;
-        })->second;
-    std::erase_if(times, [&](const auto& seen) {
-      return seen.second <= least && seen.first != open_->bestTitle;
-    });
-  }
-  const double seen = times[title] += kTickSeconds;
-  if (seen > open_->bestTime) {
-    open_->bestTime = seen;
-    open_->bestTitle = title;
-  }
 }
 
 void Engine::flush(double now) {
@@ -307,15 +256,12 @@ void Engine::flush(double now) {
   publish();
 }
 
-// The stored URL must be one that was seen with the stored title, so the pair is written only while
-// the title seen longest is the one in front.
 void Engine::describe() {
-  const auto& sample = open_->sample;
-  if (sample.title && sample.title == open_->bestTitle) log_.describe(sample.title, sample.url);
+  if (open_->describes()) log_.describe(open_->sample().title, open_->sample().url);
 }
 
 void Engine::publish() {
-  live_.setActivity(open_ ? std::optional(OpenActivity{log_.openId(), open_->sample})
+  live_.setActivity(open_ ? std::optional(OpenActivity{log_.openId(), open_->sample()})
                           : std::nullopt);
   live_.setWaiting(log_.waiting());
 }

@@ -1,15 +1,15 @@
 // Turns observations into stored spans.
 #pragma once
 
-#include <map>
 #include <optional>
-#include <string>
 
 #include "base/calendar.h"
 #include "base/clock.h"
+#include "capture/absences.h"
 #include "capture/collectors.h"
+#include "capture/foreground.h"
 #include "capture/live_state.h"
-#include "capture/sample.h"
+#include "capture/open_span.h"
 #include "capture/span_log.h"
 #include "storage/database.h"
 
@@ -24,6 +24,10 @@ namespace orvanta {
 /// up, a larger one, and one forward, closes the span at the last tick and starts afresh. A tick
 /// that comes late because the machine is slow loses nothing; one after sleep finds an absence.
 /// What the store cannot take at once waits, see SpanLog.
+///
+/// An absence begins with the last input, also where windows came to the front by themselves since:
+/// their spans are taken back. But it reaches neither into an earlier one, nor into a film or a
+/// call, a pause, or what an earlier run recorded.
 class Engine {
  public:
   /// The time between two ticks, as the title bookkeeping and the debouncing count it.
@@ -36,6 +40,10 @@ class Engine {
   /// One observation. Call every kTickSeconds.
   void tick();
 
+  /// Is told when somebody is back, some seconds after: of the time in which there was no activity,
+  /// and no pause.
+  void setReturned(Absences::Returned returned) { absences_.setReturned(std::move(returned)); }
+
   /// Closes the open span. LiveState says whether the next tick opens one.
   void pause();
   void setLocked(bool locked) { locked_ = locked; }
@@ -46,27 +54,22 @@ class Engine {
   /// opens a new one.
   void finish();
 
+  enum class Changes {
+    Anything,
+    Absences  ///< activity stays as it is
+  };
   /// Stores all until now, and from then to release() nothing, so that what was recorded in `range`
   /// may be changed; on failure nothing is held. Ticks go on. Does not wait.
-  Written hold(const TimeRange& range);
-  /// When the span that was open at hold() ends if what was recorded in its range is changed;
-  /// absent where it does not overlap it.
-  std::optional<double> cut() const { return cut_ ? std::optional(cut_->at) : std::nullopt; }
+  Written hold(const TimeRange& range, Changes what = Changes::Anything);
+  /// Where what may be changed after hold() ends: now, or with an activity that goes on and stays
+  /// as it is. Absent where nothing that is being recorded is in the range.
+  std::optional<double> limit() const { return limit_; }
   /// If it was changed, the same activity goes on in a span of its own from the cut.
   void release(bool changed);
 
   void forgetProject(int64_t project) { log_.forgetProject(project); }
 
  private:
-  struct OpenSpan {
-    std::string key;
-    Sample sample;  // the latest sample that belongs to the span
-    double start = 0;
-    double lastFlush = 0;
-    std::map<std::string, double> titleTime;  // seconds seen per title, of the latest and longest
-    std::optional<std::string> bestTitle;     // the title of titleTime with the most
-    double bestTime = 0;
-  };
   struct Candidate {
     Sample sample;
     double since = 0;
@@ -85,20 +88,20 @@ class Engine {
 
   double steadyNow();
   Break breakBefore(double now) const;
+  void startAfresh(double now);
   bool asleep();
   void keepUp();
   double closingTime();
   void bridgeGap(double now);
   Observation observe(double now);
-  Sample observeForeground();
-  void readSettings();
+  std::optional<double> pauseEnded(double now);
   void consider(Observation seen, double now);
+  void endBy(double at);
   void debounce(Sample sample, double now);
 
   void openSpan(const Sample& sample, double at);
   void closeSpan(double at);
   void heartbeat(double now);
-  void countTitle(const std::string& title);
   void flush(double now);
   void describe();
   void publish();
@@ -109,8 +112,8 @@ class Engine {
   const Clock clock_;
   const UptimeClock uptime_;
   SpanLog log_;
-  Settings settings_ = Settings::unread();
-  std::optional<SettingTexts> settingTexts_;  // what settings_ was read from
+  Foreground foreground_;
+  double minSpan_ = 0;  // seconds, as the settings were at the last look
 
   bool locked_ = false;
   std::optional<double> asleepSince_;  // of the uptime without sleep
@@ -119,9 +122,12 @@ class Engine {
   double lastKeptUp_ = 0;    // of the uptime without sleep
   double lastEnd_ = 0;       // end of the last closed span: nothing is recorded before it again
   double lastPresence_ = 0;  // when a playing video last told that somebody is watching
+  bool watching_ = false;    // nothing else tells of somebody
+  Absences absences_;
   std::optional<OpenSpan> open_;
   std::optional<Candidate> candidate_;
   std::optional<Cut> cut_;
+  std::optional<double> limit_;
 };
 
 }  // namespace orvanta

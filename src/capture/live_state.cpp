@@ -4,7 +4,8 @@
 
 namespace orvanta {
 
-LiveState::LiveState(Clock clock, bool paused) : clock_(std::move(clock)), paused_(paused) {}
+LiveState::LiveState(Clock clock, std::optional<Pause> pause)
+    : clock_(std::move(clock)), pause_(pause) {}
 
 std::optional<OpenActivity> LiveState::activity() const {
   const std::lock_guard lock(mutex_);
@@ -27,13 +28,24 @@ void LiveState::setWaiting(std::size_t spans) {
 }
 
 bool LiveState::paused() const {
-  const std::lock_guard lock(mutex_);
-  return paused_;
+  const auto known = pause();
+  return known && !known->overAt(clock_());
 }
 
-void LiveState::setPaused(bool paused) {
+std::optional<Pause> LiveState::pause() const {
   const std::lock_guard lock(mutex_);
-  paused_ = paused;
+  return pause_;
+}
+
+void LiveState::setPause(std::optional<Pause> pause) {
+  const std::lock_guard lock(mutex_);
+  pause_ = pause;
+}
+
+std::optional<double> LiveState::endPause(double now) {
+  const std::lock_guard lock(mutex_);
+  if (!pause_ || !pause_->overAt(now)) return {};
+  return std::exchange(pause_, std::nullopt)->until;
 }
 
 std::optional<int64_t> LiveState::currentProjectId() const {

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "base/clock.h"
+#include "capture/pause.h"
 #include "capture/sample.h"
 
 namespace orvanta {
@@ -21,7 +22,7 @@ struct OpenActivity {
 /// project goes both ways. Every operation may be called from any thread.
 class LiveState {
  public:
-  LiveState(Clock clock, bool paused);
+  LiveState(Clock clock, std::optional<Pause> pause = {});
 
   std::optional<OpenActivity> activity() const;
   void setActivity(std::optional<OpenActivity> activity);
@@ -30,8 +31,13 @@ class LiveState {
   std::size_t waiting() const;
   void setWaiting(std::size_t spans);
 
+  /// Whether there is a pause that is not over.
   bool paused() const;
-  void setPaused(bool paused);
+  /// The pause, over or not, until endPause() has met it.
+  std::optional<Pause> pause() const;
+  void setPause(std::optional<Pause> pause);
+  /// Ends a pause that is over by then, and yields when that was.
+  std::optional<double> endPause(double now);
 
   /// The project that the user says to be working on; stamped on new spans.
   std::optional<int64_t> currentProjectId() const;
@@ -45,7 +51,7 @@ class LiveState {
   mutable std::mutex mutex_;
   std::optional<OpenActivity> activity_;
   std::size_t waiting_ = 0;
-  bool paused_;
+  std::optional<Pause> pause_;
   std::optional<int64_t> project_;
   std::optional<double> projectSince_;
 };

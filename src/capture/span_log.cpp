@@ -10,6 +10,8 @@ namespace {
 // A day of spans of ten seconds, each with a title and an address of some hundred bytes.
 constexpr std::size_t kMostBytes = std::size_t{8} << 20;
 constexpr std::size_t kMostAtOnce = 500;  // spans; some milliseconds
+// Spans that are kept to be shortened. Of ten seconds each, they are of twenty minutes.
+constexpr std::size_t kMostUnsettled = 128;
 
 std::size_t sizeOf(const SpanRecord& span) {
   const auto length = [](const std::optional<std::string>& text) {
@@ -24,6 +26,8 @@ std::size_t sizeOf(const SpanRecord& span) {
 void SpanLog::open(SpanRecord span) {
   if (open_) close(span.start);
   if (entries_.empty()) generation_ = db_.generation();
+  // Nothing is known of the time before.
+  if (entries_.empty()) settled_ = std::max(settled_, span.start);
   entries_.push_back({.span = std::move(span)});
   auto& entry = entries_.back();
   bytes_ += sizeOf(entry.span);
@@ -56,8 +60,43 @@ void SpanLog::close(double end) {
   entries_.pop_back();
 }
 
+// Those that are only kept to be shortened do not wait.
+std::size_t SpanLog::weight(const Entry& entry) {
+  return entry.bare ? 0 : sizeOf(entry.span);
+}
+
+void SpanLog::endBy(double end) {
+  if (open_) return;
+  for (auto& entry : entries_) {
+    if (entry.final || (entry.span.end <= end && entry.span.start < end)) continue;
+    entry.gone = entry.span.start >= end;
+    entry.span.end = std::max(entry.span.start, end);
+  }
+  dropGone();
+}
+
+// Those that have no row, or none any more.
+void SpanLog::dropGone() {
+  std::erase_if(entries_, [&](const Entry& entry) {
+    const bool nowhere = entry.gone && entry.id < 1;
+    if (nowhere) bytes_ -= weight(entry);
+    return nowhere;
+  });
+}
+
+void SpanLog::settle(double until) {
+  for (std::size_t i = 0; i < closed(); ++i) entries_[i].final = true;
+  retire();
+  settled_ = until;
+}
+
+void SpanLog::hold(double now) {
+  settle(std::max(settled_, now));
+  held_ = true;
+}
+
 bool SpanLog::stored(const Entry& entry) const {
-  return entry.id > 0 && entry.storedEnd == entry.span.end && entry.titleStored;
+  return entry.id > 0 && !entry.gone && entry.storedEnd == entry.span.end && entry.titleStored;
 }
 
 int64_t SpanLog::openId() const {
@@ -79,13 +118,16 @@ Written SpanLog::write(Patience patience) {
   if (held_) return Written::failed(SQLITE_BUSY);
   if (generation_ != db_.generation()) {
     generation_ = db_.generation();
+    // Those of the other file are not ours to change.
+    std::erase_if(entries_, [&](const Entry& entry) { return entry.bare; });
     for (auto& entry : entries_) entry.id = -1;
+    dropGone();
   }
   do {
     if (auto written = writeSome(patience); !written) return written;
-    while (entries_.size() > (open_ ? 1U : 0U) && stored(entries_.front())) dropFirst();
+    retire();
     // One that began when there was no room has room now.
-    if (open_ && entries_.size() == 1) entries_.back().kept = true;
+    if (open_ && waiting() == 1) entries_.back().kept = true;
   } while (waiting() > 0 && patience == Patience::Usual);
   return waiting() == 0 ? Written::stored() : Written::failed(SQLITE_BUSY);
 }
@@ -94,9 +136,13 @@ Written SpanLog::writeSome(Patience patience) {
   if (waiting() == 0) return Written::stored();
   Transaction change(db_, patience);
   std::vector<std::pair<Entry*, int64_t>> rows;
-  for (auto& entry : entries_) {
-    if (rows.size() == kMostAtOnce) break;
-    if (entry.kept && !stored(entry)) rows.emplace_back(&entry, put(change, entry));
+  // Rows go last, so that what comes in their place is not given their ids.
+  for (const bool gone : {false, true}) {
+    for (auto& entry : entries_) {
+      if (rows.size() == kMostAtOnce) break;
+      if (entry.gone != gone || !entry.kept || stored(entry)) continue;
+      rows.emplace_back(&entry, put(change, entry));
+    }
   }
   auto written = change.commit();
   if (!written) return written;
@@ -105,11 +151,31 @@ Written SpanLog::writeSome(Patience patience) {
     entry->storedEnd = entry->span.end;
     entry->titleStored = true;
   }
+  dropGone();
   return written;
 }
 
+// Only its times may still change.
+void SpanLog::forgetTexts(Entry& entry) {
+  bytes_ -= weight(entry);
+  entry.bare = true;
+  entry.span = {.start = entry.span.start, .end = entry.span.end};
+}
+
+// What is stored and closed is kept only as long as it may be shortened.
+void SpanLog::retire() {
+  while (closed() > 0 && stored(entries_.front()) &&
+         (entries_.front().final || closed() > kMostUnsettled)) {
+    if (!entries_.front().final) settled_ = std::max(settled_, entries_.front().span.end);
+    dropFirst();
+  }
+  for (std::size_t i = 0; i < closed(); ++i) {
+    if (stored(entries_[i]) && !entries_[i].bare) forgetTexts(entries_[i]);
+  }
+}
+
 void SpanLog::dropFirst() {
-  bytes_ -= sizeOf(entries_.front().span);
+  bytes_ -= weight(entries_.front());
   entries_.pop_front();
 }
 
@@ -126,6 +192,10 @@ void SpanLog::release(std::optional<double> cut) {
 // Yields the row's id.
 int64_t SpanLog::put(Transaction& change, const Entry& entry) const {
   const auto& span = entry.span;
+  if (entry.gone) {
+    change.run("DELETE FROM events WHERE id=?", {entry.id});
+    return -1;
+  }
   if (entry.id < 1) {
     const auto row = generation_ > 0 ? known(change, span) : std::nullopt;
     if (!row) return insert(change, entry);
@@ -138,7 +208,7 @@ int64_t SpanLog::put(Transaction& change, const Entry& entry) const {
   }
   if (entry.storedEnd == span.end) return entry.id;
   change.run("UPDATE events SET end=max(start, ?) WHERE id=?", {span.end, entry.id});
-  if (change.changes() > 0) return entry.id;
+  if (change.changes() > 0 || span.end < entry.storedEnd) return entry.id;
   // Somebody has removed the row: what is recorded since is a span of its own.
   auto rest = entry;
   rest.span.start = entry.storedEnd;
@@ -148,8 +218,8 @@ int64_t SpanLog::put(Transaction& change, const Entry& entry) const {
 int64_t SpanLog::insert(Transaction& change, const Entry& entry) const {
   const auto& span = entry.span;
   return change.run(
-      "INSERT INTO events(start,end,app,bundle,title,url,domain,idle,project_id) "
-      "VALUES (?,?,?,?,?,?,?,?,?)",
+      "INSERT INTO events(id,start,end,app,bundle,title,url,domain,idle,project_id) "
+      "VALUES ((SELECT max(ifnull(max(id), 0), 0) + 1 FROM events),?,?,?,?,?,?,?,?,?)",
       {span.start, span.end, span.app, span.bundle, span.title, span.url, span.domain, span.idle,
        span.project});
 }

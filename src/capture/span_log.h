@@ -25,7 +25,8 @@ struct SpanRecord {
 
 /// Keeps what the store could not take, in order, and brings it there later: a span that was closed
 /// while the disk was full is not lost. Never waits: a store that is busy is tried again. Holds a
-/// day's worth; what comes after that is not kept. Not thread-safe.
+/// day's worth; what comes after that is not kept. The last closed spans can still be shortened,
+/// until they are settled. Not thread-safe.
 class SpanLog {
  public:
   /// `db` outlives the log.
@@ -38,13 +39,21 @@ class SpanLog {
   void describe(const std::optional<std::string>& title, const std::optional<std::string>& url);
   void close(double end);
 
+  /// Nothing was going on from `end` to the next span: the closed ones last until then, and those
+  /// that did not begin before are none. `end` is not before settled(). To be called while no span
+  /// is open, and written together with what is opened next.
+  void endBy(double end);
+  /// What has been closed stays as it is, and so does whatever was before `until`.
+  void settle(double until);
+  double settled() const { return settled_; }
+
   /// Stores what waits, the oldest first, in one transaction: as much as a tick has time for, or
   /// all of it with the usual patience. Fails when something still waits.
   Written write(Patience patience = Patience::None);
 
   /// Stores nothing until release(), so that somebody may change the rows. To be called when
-  /// nothing waits.
-  void hold() { held_ = true; }
+  /// nothing waits. What was before `now` is settled.
+  void hold(double now);
   /// Where the span that was open then was cut at `cut`, what comes after is one of its own.
   void release(std::optional<double> cut);
 
@@ -63,21 +72,31 @@ class SpanLog {
     int64_t id = -1;       // -1 until it is stored
     double storedEnd = 0;  // what the row holds
     bool titleStored = true;
-    bool kept = true;  // false where there was no room for it
+    bool kept = true;    // false where there was no room for it
+    bool final = false;  // settled
+    bool gone = false;   // it was none; its row is to go
+    bool bare = false;   // only its times are known any more
   };
 
   bool stored(const Entry& entry) const;
   Written writeSome(Patience patience);
+  // Above all ids, and above 0: those of moments that were added by hand are below.
   int64_t insert(Transaction& change, const Entry& entry) const;
   int64_t put(Transaction& change, const Entry& entry) const;
   std::optional<int64_t> known(Transaction& change, const SpanRecord& span) const;
   void dropFirst();
+  void retire();
+  void dropGone();
+  void forgetTexts(Entry& entry);
+  static std::size_t weight(const Entry& entry);
+  std::size_t closed() const { return entries_.size() - (open_ ? 1 : 0); }
 
   Database& db_;
-  std::deque<Entry> entries_;  // by start; all but the open one wait
+  std::deque<Entry> entries_;  // by start; all but the open one wait or may be shortened
   bool open_ = false;          // the last of them is
   bool held_ = false;
   std::size_t bytes_ = 0;
+  double settled_ = 0;
   int64_t generation_ = 0;  // of the file that the ids belong to
 };
 

@@ -11,7 +11,8 @@ namespace orvanta {
 Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock, UptimeClock uptime)
     : db_(db),
       clock_(std::move(clock)),
-      live_(clock_, db.settings().paused),
+      live_(clock_, storedPause(db.allSettings(), clock_())),
+      pauseStored_(live_.pause().has_value()),
       engine_(db, collectors, live_, clock_, uptime),
       retention_(db, clock_, uptime),
       queue_("orvanta.tracker") {}
@@ -22,10 +23,33 @@ void Tracker::start() {
   db_.log()("Orvanta: capture démarrée (" + db_.location().file().string() + ")");
 }
 
-Written Tracker::setPaused(bool paused) {
-  live_.setPaused(paused);
+Written Tracker::setPaused(bool paused, std::optional<double> until) {
+  const std::lock_guard lock(pauseMutex_);
+  const auto pause = paused ? std::optional(Pause{clock_(), until}) : std::nullopt;
+  live_.setPause(pause);
   if (paused) queue_.post([this] { engine_.pause(); });
-  return db_.setSettings({stored(&Settings::paused, paused)});
+  pauseStored_ = paused;
+  return db_.setSettings(storedTexts(pause));
+}
+
+Written Tracker::setReminded() {
+  const std::lock_guard lock(pauseMutex_);
+  auto pause = live_.pause();
+  if (!pause) return Written::stored();
+  pause->reminded = true;
+  live_.setPause(pause);
+  return db_.setSettings(storedTexts(pause));
+}
+
+Written Tracker::keepPauseEnd() {
+  const std::lock_guard lock(pauseMutex_);
+  if (!pauseStored_ || live_.pause()) return Written::stored();
+  pauseStored_ = false;
+  return db_.setSettings(storedTexts({}));
+}
+
+void Tracker::setReturned(Absences::Returned returned) {
+  queue_.sync([&] { engine_.setReturned(std::move(returned)); });
 }
 
 void Tracker::forgetProject(int64_t project) {
@@ -50,7 +74,17 @@ void Tracker::didWake() {
 
 Written Tracker::changeRecorded(TimeRange range,
                                 const std::function<Written(const TimeRange&)>& work) {
-  auto held = hold(range);
+  return change(range, Engine::Changes::Anything, work);
+}
+
+Written Tracker::changeAbsences(TimeRange range,
+                                const std::function<Written(const TimeRange&)>& work) {
+  return change(range, Engine::Changes::Absences, work);
+}
+
+Written Tracker::change(TimeRange range, Engine::Changes what,
+                        const std::function<Written(const TimeRange&)>& work) {
+  auto held = hold(range, what);
   if (!held) return held;
   bool changed = false;
   const std::shared_ptr<void> release(
@@ -61,7 +95,7 @@ Written Tracker::changeRecorded(TimeRange range,
 }
 
 // Waiting for another program or thread keeps no tick waiting.
-Written Tracker::hold(TimeRange& range) {
+Written Tracker::hold(TimeRange& range, Engine::Changes what) {
   using namespace std::chrono_literals;
   constexpr auto kPatience = 2s;
   constexpr auto kPause = 10ms;
@@ -69,8 +103,8 @@ Written Tracker::hold(TimeRange& range) {
   for (;;) {
     auto held = Written::failed(SQLITE_BUSY);
     queue_.sync([&] {
-      held = engine_.hold(range);
-      if (held) range.end = std::min(range.end, engine_.cut().value_or(range.end));
+      held = engine_.hold(range, what);
+      if (held) range.end = std::min(range.end, engine_.limit().value_or(range.end));
     });
     const bool busy = (held.code() & 0xff) == SQLITE_BUSY;
     if (!busy || std::chrono::steady_clock::now() >= end) return held;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -34,8 +35,13 @@ class Tracker {
   /// Begins: the first tick comes after 1 s, then one every 2 s.
   void start();
 
-  /// Holds at once; yields whether the choice is stored.
-  Written setPaused(bool paused);
+  /// Holds at once; yields whether the choice is stored. A pause until then, Unix seconds, ends by
+  /// itself.
+  Written setPaused(bool paused, std::optional<double> until = {});
+  /// The user has been told that the pause lasts.
+  Written setReminded();
+  /// Stores that a pause has ended by itself, if one has since.
+  Written keepPauseEnd();
   void setLocked(bool locked);
   /// `done` is called on the tracker's queue once the open span is closed.
   void willSleep(std::function<void()> done);
@@ -48,6 +54,10 @@ class Tracker {
   /// yields, or why it was not called: what waits could not be stored within two seconds.
   Written changeRecorded(TimeRange range, const std::function<Written(const TimeRange&)>& work);
 
+  /// The same for a `work` that changes no activity, only what lies between. An activity that is
+  /// being recorded goes on as it is, and `work` is told a range that ends where it began, or now.
+  Written changeAbsences(TimeRange range, const std::function<Written(const TimeRange&)>& work);
+
   /// Stops looking and closes the open span; returns when it is stored. For the end of the program.
   void shutdown();
 
@@ -56,6 +66,9 @@ class Tracker {
 
   /// Spans that could not be stored yet.
   std::size_t waiting() const { return live_.waiting(); }
+
+  /// See Engine::setReturned. It is called on the tracker's queue.
+  void setReturned(Absences::Returned returned);
 
   void setErased(Retention::Erased erased) { retention_.setErased(std::move(erased)); }
   /// See Retention::apply and Retention::start.
@@ -66,6 +79,8 @@ class Tracker {
   /// Row id of the span that is being recorded, as far as it is stored.
   std::optional<int64_t> openSpanId() const;
   bool paused() const { return live_.paused(); }
+  /// Also one that is over and has not been met by a tick.
+  std::optional<Pause> pause() const { return live_.pause(); }
   std::optional<int64_t> currentProjectId() const { return live_.currentProjectId(); }
   std::optional<double> currentProjectSince() const { return live_.currentProjectSince(); }
   /// The project that new spans are stamped with. Forgotten after an hour away.
@@ -75,12 +90,16 @@ class Tracker {
   }
 
  private:
-  Written hold(TimeRange& range);
+  Written change(TimeRange range, Engine::Changes what,
+                 const std::function<Written(const TimeRange&)>& work);
+  Written hold(TimeRange& range, Engine::Changes what);
 
   Database& db_;
   const Clock clock_;
   LiveState live_;
-  Engine engine_;  // only touched on queue_
+  std::mutex pauseMutex_;  // what is stored of a pause is the last that was said of it
+  bool pauseStored_;       // guarded by it: the store tells of a pause
+  Engine engine_;          // only touched on queue_
   Retention retention_;
   SerialQueue queue_;  // last: it ends before what its tasks use
 };

@@ -8,6 +8,7 @@
 
 #include "classify/rule_origins.h"
 #include "classify/rule_set.h"
+#include "storage/ev.h"
 #include "storage/free_id.h"
 #include "storage/rule.h"
 
@@ -21,14 +22,17 @@ using Key = std::pair<RuleField, std::string>;
 
 std::set<Key> keysOf(Transaction& change, const std::vector<int64_t>& ids) {
   std::set<Key> keys;
-  change.each("SELECT app, domain FROM events WHERE id IN (SELECT value FROM json_each(?))",
-              {json::serialize(json::array(ids.begin(), ids.end()))}, [&](const Cursor& row) {
-                const auto app = row.str(0);
-                const auto domain = row.str(1);
-                const auto value = domain ? domain : app;
-                if (value && !value->empty())
-                  keys.emplace(domain ? RuleField::Domain : RuleField::App, *value);
-              });
+  change.each(
+      "SELECT app, domain FROM events WHERE id IN (SELECT value FROM json_each(?)) "
+      "AND bundle IS NOT ?",
+      {json::serialize(json::array(ids.begin(), ids.end())), kManualBundle},
+      [&](const Cursor& row) {
+        const auto app = row.str(0);
+        const auto domain = row.str(1);
+        const auto value = domain ? domain : app;
+        if (value && !value->empty())
+          keys.emplace(domain ? RuleField::Domain : RuleField::App, *value);
+      });
   return keys;
 }
 

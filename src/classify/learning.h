@@ -25,8 +25,8 @@ struct LearnedRule {
 /// spans `ids`, in the same transaction. For each of their domains (their applications where there
 /// is no domain) that has no rule of the user and carries exactly this assignment on spans of at
 /// least two local days, adds a rule and yields it. Learns nothing when both are absent, and
-/// nothing for a category with a single quote in it: no category of ours has one. What cannot be
-/// read teaches nothing.
+/// nothing for a category with a single quote in it: no category of ours has one. Moments that were
+/// added by hand have nothing in common, so they teach nothing; nor does what cannot be read.
 std::vector<LearnedRule> afterManualAssign(Transaction& change, const Clock& clock,
                                            const Calendar& calendar,
                                            const std::vector<int64_t>& ids,

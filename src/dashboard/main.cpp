@@ -47,12 +47,21 @@ std::optional<std::string> textIn(const std::string& line) {
   return std::string(value.get_string());
 }
 
+// Also out of a dialogue that has a loop of its own, as the one that prints.
+void quit(Gtk::Application& application) {
+  const std::unique_ptr<GList, decltype(&g_list_free)> windows(gtk_window_list_toplevels(),
+                                                               g_list_free);
+  for (const auto* at = windows.get(); at; at = at->next)
+    if (GTK_IS_DIALOG(at->data)) gtk_window_close(GTK_WINDOW(at->data));
+  application.quit();
+}
+
 class Dashboard {
  public:
   Dashboard(Gtk::Application& application, int socket)
       : application_(application),
         channel_(socket, {.received = [this](const auto& line) { obey(line); },
-                          .closed = [this] { application_.quit(); }}),
+                          .closed = [this] { quit(application_); }}),
         window_({.posted = [this](const auto& text) { channel_.send("post " + text); },
                  .fileChosen =
                      [this](const auto& path) {
@@ -63,7 +72,7 @@ class Dashboard {
                  .failed =
                      [this] {
                        systemLog("Orvanta: la page ne tient pas, le tableau de bord se ferme");
-                       application_.quit();
+                       quit(application_);
                      }}) {
     application_.add_window(window_);
     linger(kReadySeconds);
@@ -78,6 +87,8 @@ class Dashboard {
       ending_.disconnect();
       window_.comeToFront(textIn(rest).value_or(""));
       channel_.send("shown");
+    } else if (verb == "day") {
+      if (const auto day = textIn(rest)) window_.page().showDay(*day);
     } else if (verb == "first") {
       window_.page().begin(rest);
     } else if (verb == "reload") {
@@ -99,7 +110,7 @@ class Dashboard {
     ending_.disconnect();
     ending_ = Glib::signal_timeout().connect_seconds(
         [this] {
-          application_.quit();
+          quit(application_);
           return false;
         },
         lingerSeconds(usual));

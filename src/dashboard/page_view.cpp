@@ -13,6 +13,7 @@
 
 #include "base/gobject_ref.h"
 #include "dashboard/page_files.h"
+#include "dashboard/paper.h"
 #include "dashboard/window_size.h"
 
 namespace orvanta {
@@ -90,6 +91,13 @@ void refuseDownload(WebKitNetworkSession* /*session*/, WebKitDownload* download,
   webkit_download_cancel(download);
 }
 
+// The page waits for what is done here, and cannot tell of itself meanwhile: an operation of our
+// own.
+gboolean print(WebKitWebView* view, WebKitPrintOperation* /*operation*/, gpointer /*data*/) {
+  printPage(view);
+  return TRUE;
+}
+
 bool automated() {
   const char* wanted = std::getenv("ORVANTA_AUTOMATION");
   return wanted && std::string_view(wanted) == "1";
@@ -105,6 +113,7 @@ struct PageView::View {
   WebKitWebView* web = nullptr;
   gint64 lastCrash = 0;   // microseconds of the monotonic clock
   guint startAfresh = 0;  // a timer, until the page is at rest
+  std::string day;        // to be shown when the page is there; "" for none
 
   static void received(WebKitUserContentManager* /*content*/, JSCValue* message, gpointer data) {
     const Chars json(jsc_value_to_json(message, 0), g_free);
@@ -117,6 +126,17 @@ struct PageView::View {
     auto* const view = static_cast<View*>(data);
     webkit_user_content_manager_remove_all_scripts(view->content.get());
     view->listener.loaded();
+    view->showDay();
+  }
+
+  void showDay() {
+    if (day.empty() || webkit_web_view_is_loading(web) != FALSE) return;
+    GVariantDict arguments;
+    g_variant_dict_init(&arguments, nullptr);
+    g_variant_dict_insert(&arguments, "day", "s", std::exchange(day, {}).c_str());
+    webkit_web_view_call_async_javascript_function(web, "window.__showDay(day);", -1,
+                                                   g_variant_dict_end(&arguments), nullptr, nullptr,
+                                                   nullptr, nullptr, nullptr);
   }
 
   static gboolean askWhetherAtRest(gpointer data) {
@@ -197,6 +217,7 @@ PageView::PageView(Listener listener) : view_(std::make_unique<View>()) {
       view.session.get(), "user-content-manager", view.content.get(), "settings", settings.get(),
       "is-controlled-by-automation", static_cast<gboolean>(automated()), nullptr));
   g_signal_connect(view.web, "decide-policy", G_CALLBACK(decide), nullptr);
+  g_signal_connect(view.web, "print", G_CALLBACK(print), nullptr);
   g_signal_connect(view.web, "web-process-terminated", G_CALLBACK(View::crashed), view_.get());
   g_signal_connect(view.web, "load-changed", G_CALLBACK(View::loading), view_.get());
   const GdkRGBA clear{0, 0, 0, 0};  // the window shows through until the page paints
@@ -226,6 +247,11 @@ void PageView::begin(const std::string& json) {
 
 void PageView::reload() {
   webkit_web_view_reload(view_->web);
+}
+
+void PageView::showDay(const std::string& day) {
+  view_->day = day;
+  view_->showDay();
 }
 
 void PageView::startAfresh() {

@@ -11,7 +11,7 @@ namespace orvanta {
 
 /// Shows the page at orvanta://app/index.html, which is read from its folder and can load nothing
 /// else: a strict content-security policy, no other address to go to, no new windows, no downloads.
-/// A page whose process crashed is loaded again.
+/// A page whose process crashed is loaded again. It is printed as printPage has it.
 class PageView {
  public:
   struct Listener {
@@ -32,6 +32,9 @@ class PageView {
   void begin(const std::string& json);
 
   void reload();
+
+  /// Calls the page's window.__showDay(day), once it is there.
+  void showDay(const std::string& day);
 
   /// Gives the page a new process, as soon as nothing is open or being typed in it: a process in
   /// the sandbox does not tell a screen reader that is younger than itself what happens.

@@ -122,23 +122,23 @@ void Window::rememberSize() {
 
 namespace {
 
-// "toto" becomes "toto.csv".
-std::optional<std::string> completed(const std::string& name) {
-  constexpr std::string_view kExtension = ".csv";
-  if (lowerCase(name).ends_with(kExtension)) return {};
-  return name + std::string(kExtension);
+// "toto" becomes "toto.csv" where that is the ending.
+std::optional<std::string> completed(const std::string& name, const std::string& ending) {
+  if (lowerCase(name).ends_with(ending)) return {};
+  return name + ending;
 }
 
 }  // namespace
 
 void Window::askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder) {
-  chooser_ = Gtk::FileChooserNative::create(
-      "Exporter les activités", *this, Gtk::FileChooser::Action::SAVE, "Enregistrer", "Annuler");
+  ending_ = suggestedName.substr(std::min(suggestedName.rfind('.'), suggestedName.size()));
+  chooser_ = Gtk::FileChooserNative::create("Exporter", *this, Gtk::FileChooser::Action::SAVE,
+                                            "Enregistrer", "Annuler");
   chooser_->set_modal(true);
   chooser_->set_current_name(suggestedName);
   const auto filter = Gtk::FileFilter::create();
-  filter->set_name("Tableau CSV");
-  filter->add_pattern("*.csv");
+  filter->set_name(ending_ == ".ics" ? "Agenda ICS" : "Tableau CSV");
+  filter->add_pattern("*" + ending_);
   chooser_->add_filter(filter);
   const auto documents = Glib::get_user_special_dir(Glib::UserDirectory::DOCUMENTS);
   if (!folder && !documents.empty()) folder = Gio::File::create_for_path(documents);
@@ -158,7 +158,7 @@ void Window::panelAnswered(int response) {
     return;
   }
   const auto folder = file->get_parent();
-  const auto name = completed(file->get_basename());
+  const auto name = completed(file->get_basename(), ending_);
   if (name && folder) file = folder->get_child(*name);
   // The panel has asked about the name that was typed only.
   if (name && file->query_exists()) {

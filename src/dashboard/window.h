@@ -36,8 +36,8 @@ class Window : public Gtk::ApplicationWindow {
   /// Opens or raises the window, by this token where it is not "".
   void comeToFront(const std::string& activationToken);
 
-  /// Asks where to save a table, at first in `folder` or with the user's documents; fileChosen
-  /// tells the answer.
+  /// Asks where to save a file, at first in `folder` or with the user's documents; what is chosen
+  /// ends as the suggested name does. fileChosen tells the answer.
   void askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder = {});
 
  protected:
@@ -57,6 +57,7 @@ class Window : public Gtk::ApplicationWindow {
   sigc::connection remembering_;
   gulong monitorsChanged_ = 0;
   Glib::RefPtr<Gtk::FileChooserNative> chooser_;  // while it is open
+  std::string ending_;                            // of what it asks about
 };
 
 }  // namespace orvanta

@@ -21,6 +21,9 @@ class SessionEvents {
   /// Begins to tell `listener`.
   void listen(SessionListener listener);
 
+  /// Whether the screen is locked, as far as is known.
+  bool locked() const { return locked_; }
+
   /// Lets the machine sleep now: to be called when what willSleep() asked for is done.
   void readyToSleep();
 

@@ -59,17 +59,20 @@ std::vector<ProjectSum> projectSums(const Tally<Sums::ProjectTotal>& byProj,
   return list;
 }
 
+AppSum appSum(const Agg::AppTotal& total) {
+  return {total.key.str(), total.seconds, largest(total.cats)};
+}
+
+DomainSum domainSum(const Agg::DomainTotal& total) {
+  return {{total.key.str(), total.seconds, largest(total.cats)}, total.app.str()};
+}
+
 Totals totalsOf(const Agg& agg, const Projects& projects) {
   Totals totals{.active = agg.active,
                 .byCategory = categorySums(agg.byCat),
                 .byProject = projectSums(agg.byProj, projects)};
-  for (const auto* app : agg.apps.bySeconds()) {
-    totals.apps.push_back({app->key.str(), app->seconds, largest(app->cats)});
-  }
-  for (const auto* domain : agg.domains.bySeconds()) {
-    totals.domains.push_back(
-        {{domain->key.str(), domain->seconds, largest(domain->cats)}, domain->app.str()});
-  }
+  for (const auto* app : agg.apps.bySeconds()) totals.apps.push_back(appSum(*app));
+  for (const auto* domain : agg.domains.bySeconds()) totals.domains.push_back(domainSum(*domain));
   return totals;
 }
 

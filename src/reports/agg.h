@@ -1,10 +1,12 @@
 // Sums over a list of spans.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
 #include "reports/report.h"
+#include "reports/shares.h"
 #include "reports/tally.h"
 #include "storage/ev.h"
 #include "storage/project.h"
@@ -44,9 +46,16 @@ struct Agg : Sums {
 
   void add(const Ev& ev);
 
-  Tally<AppTotal, TextHash> apps;
-  Tally<DomainTotal, TextHash> domains;
+  Shares<AppTotal> apps;
+  Shares<DomainTotal> domains;
 };
+
+/// Lets the extent reach to a span of activity; an absence changes nothing.
+inline void widen(Extent& extent, const Ev& ev) {
+  if (ev.idle) return;
+  extent.first = std::min(extent.first.value_or(ev.start), ev.start);
+  extent.last = std::max(extent.last.value_or(ev.end), ev.end);
+}
 
 /// The sums of a list.
 Agg aggregate(const std::vector<Ev>& events);
@@ -55,6 +64,8 @@ Agg aggregate(const std::vector<Ev>& events);
 std::vector<CategorySum> categorySums(const TextTally& byCat);
 std::vector<ProjectSum> projectSums(const Tally<Sums::ProjectTotal>& byProj,
                                     const Projects& projects);
+AppSum appSum(const Agg::AppTotal& total);
+DomainSum domainSum(const Agg::DomainTotal& total);
 Totals totalsOf(const Agg& agg, const Projects& projects);
 
 }  // namespace orvanta

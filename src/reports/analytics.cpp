@@ -14,12 +14,6 @@ namespace {
 
 constexpr int kDaysPerWeek = 7;
 
-void widen(Extent& extent, const Ev& ev) {
-  if (ev.idle) return;
-  extent.first = std::min(extent.first.value_or(ev.start), ev.start);
-  extent.last = std::max(extent.last.value_or(ev.end), ev.end);
-}
-
 // The longest run of activity without an idle span in between; time of which nothing is known does
 // not end a run. It lasts from the start of its first span to the end of its last, which need not
 // be the latest end. Spans come by start.
@@ -83,7 +77,11 @@ std::vector<Project> byName(const Projects& projects) {
 }  // namespace
 
 Analytics::Analytics(Database& db, Clock clock, Calendar calendar)
-    : db_(db), rules_(db), clock_(std::move(clock)), calendar_(std::move(calendar)) {}
+    : db_(db),
+      rules_(db),
+      clock_(std::move(clock)),
+      calendar_(std::move(calendar)),
+      search_(db, rules_, calendar_) {}
 
 DayReport Analytics::day(const Date& date) const {
   DayReport report;
@@ -186,8 +184,60 @@ std::vector<Suggestion> Analytics::suggestions() const {
   return finder.suggestions();
 }
 
+PeriodReport Analytics::period(const PeriodQuestion& question) const {
+  SpanReader reader(db_, rules_);
+  return periodReport(reader, calendar_, clock_(), question);
+}
+
+PeriodDays Analytics::periodDays(const DateRange& range, const ActivityFilter& filter) const {
+  SpanReader reader(db_, rules_);
+  return orvanta::periodDays(reader, calendar_, range, filter);
+}
+
+GapReport Analytics::gaps(const DateRange& dates, double least,
+                          const std::vector<TimeRange>& skipped) const {
+  SpanReader reader(db_, rules_);
+  return findGaps(reader, calendar_.pinned(), dates, least, skipped);
+}
+
+std::vector<Project> Analytics::likelyProjects(const TimeRange& gap) const {
+  SpanReader reader(db_, rules_);
+  return orvanta::likelyProjects(reader, calendar_, gap);
+}
+
+std::vector<GoalState> Analytics::goals(const std::vector<Goal>& goals, bool week) const {
+  SpanReader reader(db_, rules_);
+  return goalStates(reader, calendar_, clock_(), goals, week);
+}
+
+std::vector<GoalHistory> Analytics::goalHistory(const std::vector<Goal>& goals,
+                                                const DateRange& range) const {
+  SpanReader reader(db_, rules_);
+  return orvanta::goalHistory(reader, calendar_, clock_(), goals, range);
+}
+
+Sheet Analytics::sheet(const SheetQuestion& question) const {
+  SpanReader reader(db_, rules_);
+  bool whole = true;
+  const auto terms = loadTerms(db_, &whole);
+  auto sheet = sheetReport(reader, calendar_, terms, question);
+  sheet.whole = sheet.whole && whole;
+  return sheet;
+}
+
+SheetEntries Analytics::sheetEntries(const SheetQuestion& question) const {
+  SpanReader reader(db_, rules_);
+  return orvanta::sheetEntries(reader, calendar_, question);
+}
+
+std::vector<ProjectHours> Analytics::projectHours() const {
+  SpanReader reader(db_, rules_);
+  return orvanta::projectHours(reader, calendar_, clock_(), loadTerms(db_));
+}
+
 void Analytics::releaseMemory() const {
   rules_.release();
+  search_.releaseUnused();
   db_.releaseScanMemory();
 }
 
@@ -199,6 +249,15 @@ bool Analytics::exportCsv(const Date& from, const Date& to,
   if (range.start < range.end) reader.each(range, [&](const Ev& ev) { csv.add(ev); });
   csv.finish();
   return reader.whole();
+}
+
+bool Analytics::exportFound(const std::string& text,
+                            const std::function<void(std::string_view)>& write) const {
+  const auto book = rules_.book();
+  CsvWriter csv(calendar_, book->projects(), write);
+  const bool whole = search_.each(text, [&](const Ev& ev) { csv.add(ev); });
+  csv.finish();
+  return whole;
 }
 
 }  // namespace orvanta

@@ -22,5 +22,8 @@ struct CsvWritten {
 /// was. For links, pipes and devices see WholeFile.
 CsvWritten writeCsv(const Analytics& analytics, const Date& from, const Date& to,
                     const std::filesystem::path& file);
+/// The same of the spans that have all the words of a search.
+CsvWritten writeFoundCsv(const Analytics& analytics, const std::string& text,
+                         const std::filesystem::path& file);
 
 }  // namespace orvanta

@@ -34,35 +34,57 @@ struct Comparison {
         before(texts, change.before),
         after(texts, change.after) {}
 
-  void add(const Ev& ev, std::span<const ActivityTime> times) {
+  // Absent where nothing is to be known of its time.
+  std::optional<uint32_t> sort(const Ev& ev) {
+    if (!difference.concerns(ev)) return {};
     const Counted from(before.decide(ev));
-    const Counted to(after.decide(ev));
-    for (const auto& time : times) {
-      if (from.project && time.seconds > 0) projects.insert(*from.project);
-      sums.add(from, to, ev, time, What::Activity);
-    }
+    const auto place = sums.placeOf(from, Counted(after.decide(ev)), ev);
+    if (!place && !from.project) return {};
+    sorted.push_back({place, from.project});
+    return static_cast<uint32_t>(sorted.size() - 1);
   }
+  void add(uint32_t number, const ActivityTime& time) {
+    auto& activity = sorted[number];
+    activity.lasts = activity.lasts || time.seconds > 0;
+    if (activity.place) sums.add(*activity.place, time, What::Activity);
+  }
+
+  struct Sorted {
+    std::optional<EffectSums::Place> place;
+    std::optional<int64_t> project;  // before
+    bool lasts = false;
+  };
 
   const BookChange books;
   const BookDifference difference;
   Classifier before;
   Classifier after;
   EffectSums sums;
-  std::set<int64_t> projects;
+  std::vector<Sorted> sorted;
 };
 
 // False when not every activity could be read.
 bool compare(Database& db, StringPool& texts, const Calendar& calendar,
              std::span<Comparison> comparisons) {
+  struct Known {
+    Comparison* comparison;
+    uint32_t number;
+  };
+  std::vector<Known> known;          // one activity after the other
+  std::vector<std::size_t> ends{0};  // by number of the activity, from 1 on
   return Activities(db, texts, calendar)
       .each(
           [&](const Ev& ev) {
-            return std::any_of(comparisons.begin(), comparisons.end(),
-                               [&](const auto& one) { return one.difference.concerns(ev); });
-          },
-          [&](const Ev& ev, std::span<const ActivityTime> times) {
             for (auto& one : comparisons) {
-              if (comparisons.size() == 1 || one.difference.concerns(ev)) one.add(ev, times);
+              if (const auto number = one.sort(ev)) known.push_back({&one, *number});
+            }
+            if (known.size() == ends.back()) return Activities::kUnwanted;
+            ends.push_back(known.size());
+            return static_cast<uint32_t>(ends.size() - 1);
+          },
+          [&](uint32_t number, const ActivityTime& time) {
+            for (auto i = ends[number - 1]; i < ends[number]; ++i) {
+              known[i].comparison->add(known[i].number, time);
             }
           });
 }
@@ -103,7 +125,11 @@ std::vector<BookEffect> effectsOf(Database& db, const Calendar& calendar,
   const bool whole = compare(db, texts, calendar, comparisons);
   std::vector<BookEffect> effects;
   for (const auto& one : comparisons) {
-    effects.push_back({told(db, one, whole), {one.projects.begin(), one.projects.end()}});
+    std::set<int64_t> projects;
+    for (const auto& activity : one.sorted) {
+      if (activity.project && activity.lasts) projects.insert(*activity.project);
+    }
+    effects.push_back({told(db, one, whole), {projects.begin(), projects.end()}});
   }
   return effects;
 }
@@ -163,7 +189,9 @@ class ChangeEffect::Measuring {
   // Of a part of a span, or of all of it.
   void addPart(const Ev& ev, const Counted& from, const Counted& to, double start, double seconds,
                What what = What::Apart) {
-    comparison_.sums.add(from, to, ev,
+    const auto place = comparison_.sums.placeOf(from, to, ev);
+    if (!place) return;
+    comparison_.sums.add(*place,
                          {.month = months_.of(start),
                           .seconds = seconds,
                           .spans = 1,

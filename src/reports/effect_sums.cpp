@@ -25,9 +25,28 @@ void sortNets(std::vector<Net>& nets) {
 
 }  // namespace
 
-void EffectSums::add(const Counted& from, const Counted& to, const Ev& ev, const ActivityTime& time,
-                     What what) {
-  if (from == to) return;
+std::optional<EffectSums::Place> EffectSums::placeOf(const Counted& from, const Counted& to,
+                                                     const Ev& ev) {
+  if (from == to) return {};
+  const bool domain = !ev.domain.view().empty();
+  const auto label = domain ? ev.domain : ev.app;
+  auto& [totals, titles, places] = labels_.at(domain ? 1 : 0);
+  Place place{.move = moves_.placeOf({from.category, to.category, from.project, to.project}),
+              .label = totals.placeOf(label),
+              .title = kNone,
+              .domain = domain};
+  if (ev.title) {
+    constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
+    const auto hash = label.id() * kOdd ^ StringPool::hashOf(ev.title.view());
+    const auto next = static_cast<uint32_t>(titles.size());
+    const auto [at, isNew] = places.try_emplace(hash, next);
+    if (isNew) titles.push_back({.label = label});
+    place.title = at->second;
+  }
+  return place;
+}
+
+void EffectSums::add(const Place& place, const ActivityTime& time, What what) {
   const int sign = what == What::Taken ? -1 : 1;
   // Of a span that never ends no sum could tell.
   const double seconds = sign * (std::isfinite(time.seconds) ? time.seconds : 0);
@@ -35,22 +54,21 @@ void EffectSums::add(const Counted& from, const Counted& to, const Ev& ev, const
     total.seconds += seconds;
     total.spans += sign * time.spans;
   };
-  addTo(moves_[{from.category, to.category, from.project, to.project}]);
+  addTo(moves_.at(place.move));
 
-  auto& month = months_[time.month];
+  if (!latest_.second || latest_.first != time.month) {
+    latest_ = {time.month, &months_[time.month]};
+  }
+  auto& month = *latest_.second;
   addTo(month);
   month.taken = month.taken || what == What::Taken;
   if (what == What::Activity) month.first = std::min(month.first, time.first);
   if (what == What::Apart) month.apart = std::min(month.apart, time.first);
 
-  const bool domain = !ev.domain.view().empty();
-  const auto label = domain ? ev.domain : ev.app;
-  auto& [totals, titles] = labels_.at(domain ? 1 : 0);
-  addTo(totals[label]);
-  if (!ev.title) return;
-  constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
-  auto& title = titles[label.id() * kOdd ^ StringPool::hashOf(ev.title.view())];
-  title.label = label;
+  auto& labels = labels_.at(place.domain ? 1 : 0);
+  addTo(labels.totals.at(place.label));
+  if (place.title == kNone) return;
+  auto& title = labels.titles[place.title];
   title.example = time.example;
   addTo(title);
 }
@@ -138,7 +156,7 @@ void EffectSums::addExamples(Effect& effect, const TitleOf& titleOf) const {
   candidates.resize(most);
   for (const auto& [total, field] : candidates) {
     const TitleTotal* largest = nullptr;
-    for (const auto& [hash, title] : labels_.at(field).titles) {
+    for (const auto& title : labels_.at(field).titles) {
       const bool larger = !largest || title.seconds > largest->seconds;
       if (title.label == total->key && title.spans > 0 && larger) largest = &title;
     }

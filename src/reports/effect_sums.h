@@ -7,6 +7,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "classify/classifier.h"
@@ -32,15 +33,21 @@ struct Counted {
 /// added as something else.
 class EffectSums {
  public:
+  /// Where the time of one activity is added.
+  struct Place {
+    uint32_t move, label, title;  // kNone: of no title
+    bool domain;
+  };
+
   enum class What {
     Activity,  ///< whole
     Taken,     ///< spans of what was added as activity, to be added apart
     Apart
   };
 
-  /// What is like `ev` counted as `from` and counts as `to`, at these times.
-  void add(const Counted& from, const Counted& to, const Ev& ev, const ActivityTime& time,
-           What what);
+  /// Of what is like `ev`, counted as `from` and counts as `to`; absent where that is the same.
+  std::optional<Place> placeOf(const Counted& from, const Counted& to, const Ev& ev);
+  void add(const Place& place, const ActivityTime& time, What what);
 
   /// The first month in which something changed, where it is not known when: the first span of its
   /// activity may have been taken away.
@@ -75,8 +82,10 @@ class EffectSums {
   // What carries a domain, or an application and no domain.
   struct Labels {
     Tally<LabelTotal, TextHash> totals;
-    boost::unordered_flat_map<uint64_t, TitleTotal> titles;  // by hash
+    std::vector<TitleTotal> titles;
+    boost::unordered_flat_map<uint64_t, uint32_t> places;  // of titles, by hash
   };
+  static constexpr uint32_t kNone = UINT32_MAX;
 
   void addMoves(Effect& effect) const;
   void addNets(Effect& effect, const Projects& before, const Projects& after) const;
@@ -84,7 +93,8 @@ class EffectSums {
 
   MoveTally moves_;
   std::map<int, Month> months_;
-  std::array<Labels, 2> labels_;  // of applications and of domains
+  std::pair<int, Month*> latest_;  // of these
+  std::array<Labels, 2> labels_;   // of applications and of domains
 };
 
 }  // namespace orvanta

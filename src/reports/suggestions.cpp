@@ -41,7 +41,7 @@ SuggestionFinder::SuggestionFinder(const std::vector<Rule>& rules, const Project
 }
 
 void SuggestionFinder::add(const Ev& ev) {
-  if (ev.idle || ev.pid) return;
+  if (ev.idle || ev.pid || ev.app.view() == kManualApp) return;
   if (ev.domain) {
     domains_[ev.domain].seconds += ev.duration();
   } else {
@@ -52,8 +52,8 @@ void SuggestionFinder::add(const Ev& ev) {
 std::vector<Suggestion> SuggestionFinder::suggestions() const {
   // Distinct texts first, then by their lower-cased key: few strings are left to be lower-cased.
   Tally<Group> groups;
-  const auto gather = [&](const TextTally& tally, bool isDomain) {
-    for (const auto& [text, seconds] : tally.entries()) {
+  const auto gather = [&](const Shares<TextSeconds>& shares, bool isDomain) {
+    for (const auto& [text, seconds] : shares.entries()) {
       auto key = ruleKey(isDomain ? "domain" : "app", text.view());
       if (known_.contains(key)) continue;
       auto& group = groups[key];

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "reports/report.h"
+#include "reports/shares.h"
 #include "reports/tally.h"
 #include "storage/ev.h"
 #include "storage/project.h"
@@ -51,8 +52,8 @@ class SuggestionFinder {
 
   std::vector<Candidate> candidates_;
   std::set<std::string> known_;  // keys that rules send to a project
-  TextTally domains_;
-  TextTally apps_;
+  Shares<TextSeconds> domains_;
+  Shares<TextSeconds> apps_;
 };
 
 }  // namespace orvanta

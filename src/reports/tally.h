@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -25,17 +26,23 @@ class Tally {
   using Key = decltype(Entry::key);
 
   /// The entry of `key`, made when missing. Valid until the next one is made.
-  Entry& operator[](const Key& key) {
+  Entry& operator[](const Key& key) { return entries_[placeOf(key)]; }
+
+  /// The number of that entry, for at().
+  uint32_t placeOf(const Key& key) {
     if (index_.empty()) {
-      for (auto& entry : entries_) {
-        if (entry.key == key) return entry;
+      for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].key == key) return static_cast<uint32_t>(i);
       }
       if (entries_.size() < kFew) return add(key);
-      for (std::size_t i = 0; i < entries_.size(); ++i) index_.try_emplace(entries_[i].key, i);
+      for (std::size_t i = 0; i < entries_.size(); ++i) {
+        index_.try_emplace(entries_[i].key, static_cast<uint32_t>(i));
+      }
     }
-    const auto [at, isNew] = index_.try_emplace(key, entries_.size());
-    return isNew ? add(key) : entries_[at->second];
+    const auto [at, isNew] = index_.try_emplace(key, static_cast<uint32_t>(entries_.size()));
+    return isNew ? add(key) : at->second;
   }
+  Entry& at(uint32_t place) { return entries_[place]; }
 
   const std::vector<Entry>& entries() const { return entries_; }
 
@@ -59,14 +66,13 @@ class Tally {
   // Most tallies are of a handful of categories: looking through them is quicker than hashing.
   static constexpr std::size_t kFew = 8;
 
-  Entry& add(const Key& key) {
-    auto& entry = entries_.emplace_back();
-    entry.key = key;
-    return entry;
+  uint32_t add(const Key& key) {
+    entries_.emplace_back().key = key;
+    return static_cast<uint32_t>(entries_.size() - 1);
   }
 
   std::vector<Entry> entries_;
-  boost::unordered_flat_map<Key, std::size_t, Hash> index_;  // empty while there are few
+  boost::unordered_flat_map<Key, uint32_t, Hash> index_;  // empty while there are few
 };
 
 /// Seconds under one text.

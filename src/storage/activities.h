@@ -2,12 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "base/calendar.h"
 #include "base/string_pool.h"
 #include "storage/activity_chunk.h"
-#include "storage/activity_groups.h"
+#include "storage/activity_time.h"
 #include "storage/database.h"
 
 namespace orvanta {
@@ -18,25 +19,28 @@ namespace orvanta {
 /// throws nothing.
 class Activities {
  public:
-  using Wants = ActivityGroups::Wants;
-  using Take = ActivityGroups::Take;
+  static constexpr uint32_t kUnwanted = UINT32_MAX;
+  using Sort = std::function<uint32_t(const Ev&)>;
+  using Take = std::function<void(uint32_t number, const ActivityTime&)>;
 
   /// `db` and `texts` outlive it. Applications, domains and categories that it shows are in
   /// `texts`, as a Classifier needs them; months are those of `calendar`.
   Activities(Database& db, StringPool& texts, const Calendar& calendar = {})
       : db_(db), texts_(texts), calendar_(calendar) {}
 
-  /// Shows each activity, as a span without times and id, to `wants`, and those that it wants to
-  /// `take` with their months. One activity may be shown more than once, with a part of its spans
-  /// each time; each span is counted once, as a Snapshot of this thread sees the store. Titles,
-  /// addresses and months are valid during the call only. Neither may call into the database.
-  /// False when not all could be read.
-  bool each(const Wants& wants, const Take& take);
+  /// Shows each activity, as a span without times and id, to `sort`, which yields a number for it,
+  /// kUnwanted where nothing else is asked. Under that number its spans are told to `take`, some at
+  /// a time and each span once, as a Snapshot of this thread sees the store. One activity may be
+  /// shown more than once, and one that has no spans any more. Titles and addresses are valid
+  /// during the call only. Neither may call into the database. False when not all could be read.
+  bool each(const Sort& sort, const Take& take);
+
+  /// The same of the spans that start on the days of these stamps, as far as the index has them.
+  /// Yields the days that it had; they come in their order.
+  std::vector<int64_t> eachIndexed(const StampedDays& stamps, const Sort& sort, const Take& take);
 
  private:
-  // Yields the days that were told, in their order.
-  std::vector<int64_t> eachIndexed(const StampedDays& stamps, const Wants& wants, const Take& take);
-  bool eachOther(const std::vector<int64_t>& indexed, const Wants& wants, const Take& take);
+  bool eachOther(const std::vector<int64_t>& indexed, const Sort& sort, const Take& take);
 
   Database& db_;
   StringPool& texts_;

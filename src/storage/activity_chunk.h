@@ -7,10 +7,9 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "storage/ev.h"
+#include "storage/activity_list.h"
 
 namespace orvanta {
 
@@ -34,19 +33,12 @@ inline double startOfDay(int64_t day) {
   return static_cast<double>(day) * kSecondsOfDay;
 }
 
-/// The activities of kChunkDays days, and of each the time that it took on each day. Numbers as
-/// this machine writes them: the file is never taken elsewhere.
+/// The time that each activity took on each of kChunkDays days.
 struct ActivityChunk {
-  static constexpr uint32_t kNoText = UINT32_MAX;
-  struct Activity {
-    uint32_t app, domain, title, url, category;  // numbers of texts, or kNoText
-    uint32_t hasProject;
-    int64_t project;
-  };
   /// The spans of an activity that started on one day. Where a month may begin in some time zone,
   /// those of one quarter of an hour: so that `first` tells the month of all of them, in any zone.
   struct Record {
-    uint32_t activity;
+    uint32_t activity;  // its number in the ActivityList
     uint32_t spans;
     double seconds;
     double first;
@@ -58,21 +50,20 @@ struct ActivityChunk {
   };
 
   std::vector<Day> days;
-  std::vector<Activity> activities;
   std::vector<Record> records;
-  std::vector<uint64_t> textEnds;
-  std::string texts;
-
-  std::string_view text(uint32_t number) const {
-    const uint64_t begin = number == 0 ? 0 : textEnds[number - 1];
-    return {texts.data() + begin, textEnds[number] - begin};
-  }
+  /// The newest part of the list that these numbers are of; 0 when there are none.
+  uint64_t part = 0;
 
   /// All of the file. False when there is none that bytes() has made.
   bool read(const std::filesystem::path& file);
-  /// The days of a file whatever else is in it; absent when it is none.
-  static std::optional<StampedDays> daysOf(const std::filesystem::path& file);
   std::string bytes() const;
+
+  /// What a file holds true for, whatever else is in it.
+  struct Facts {
+    StampedDays days;
+    uint64_t part = 0;
+  };
+  static std::optional<Facts> factsOf(const std::filesystem::path& file);
 
  private:
   uint64_t checksum() const;
@@ -81,25 +72,22 @@ struct ActivityChunk {
 /// Makes a chunk of the rows of a statement over `events`, which come by their start.
 class ChunkMaker {
  public:
-  /// Spans of other days are passed over.
-  explicit ChunkMaker(const StampedDays& days);
+  /// Spans of other days are passed over. `numbers` outlive it.
+  ChunkMaker(const StampedDays& days, ActivityNumbers& numbers);
 
   void add(const Cursor& row);
   ActivityChunk finish();
 
  private:
-  uint32_t numberOf(const Ev& ev);
-
   ActivityChunk chunk_;
-  StringPool texts_;  // the chunk's, by the same numbers
+  ActivityNumbers& numbers_;
+  StringPool texts_;
   EvReader reader_;
-  std::vector<Text> list_;
-  boost::unordered_flat_map<uint64_t, uint32_t> numbers_;
   struct Latest {
-    int64_t bucket;
-    std::size_t record;
+    int64_t bucket = -1;
+    std::size_t record = 0;
   };
-  std::vector<Latest> latest_;  // by activity
+  boost::unordered_flat_map<uint32_t, Latest> latest_;  // by activity
   std::size_t day_ = 0;
 };
 

@@ -12,6 +12,8 @@ namespace orvanta {
 namespace fs = std::filesystem;
 namespace {
 
+constexpr auto kList = "liste";
+
 constexpr auto kSpansOfDays =
     "SELECT id,start,end,app,domain,title,url,idle,category,project_id FROM events "
     "WHERE start >= ? AND start < ? ORDER BY start";
@@ -69,19 +71,37 @@ std::optional<StampedDays> readStamps(const AskStore& ask) {
   return read ? std::optional(std::move(days)) : std::nullopt;
 }
 
+ActivityList activityList(const DataLocation& where) {
+  return ActivityList(activityFolder(where) / kList);
+}
+
+bool ActivityIndex::Truth::agrees(const std::optional<Facts>& facts) const {
+  return facts && includes(stamps, facts->days) &&
+         (facts->part == 0 || std::find(parts.begin(), parts.end(), facts->part) != parts.end());
+}
+
+std::optional<ActivityIndex::Truth> ActivityIndex::truth(Connection& store) const {
+  auto stamps = store ? readStamps(asking(store)) : std::nullopt;
+  if (!stamps) return {};
+  return Truth{std::move(*stamps), activityList(db_.location()).parts()};
+}
+
 // The file is read once, and known from then on.
-bool ActivityIndex::upToDate(int64_t chunk, const StampedDays& stamps, int64_t today) {
-  const auto [from, to] = daysOf(chunk, today);
-  const auto wanted = part(stamps, from, to);
-  if (static_cast<int64_t>(wanted.size()) < to - from) return false;
+const std::optional<ActivityChunk::Facts>& ActivityIndex::known(int64_t chunk) {
   const auto file = activityFile(db_.location(), chunk);
-  auto known = known_.find(chunk);
   std::error_code error;
-  if (known != known_.end() && !fs::exists(file, error)) known->second.clear();
-  if (known == known_.end()) {
-    known = known_.emplace(chunk, ActivityChunk::daysOf(file).value_or(StampedDays())).first;
-  }
-  return includes(known->second, wanted);
+  if (!fs::exists(file, error)) return known_[chunk] = Facts();
+  const auto known = known_.find(chunk);
+  if (known != known_.end() && known->second) return known->second;
+  return known_[chunk] = ActivityChunk::factsOf(file);
+}
+
+bool ActivityIndex::upToDate(int64_t chunk, const Truth& truth, int64_t today) {
+  const auto [from, to] = daysOf(chunk, today);
+  const auto wanted = part(truth.stamps, from, to);
+  if (static_cast<int64_t>(wanted.size()) < to - from) return false;
+  const auto& facts = known(chunk);
+  return truth.agrees(facts) && includes(facts->days, wanted);
 }
 
 // Of its own connection, so that no report waits for a thread that gives way to everybody. First
@@ -99,24 +119,29 @@ bool ActivityIndex::make(Connection& store, int64_t chunk, int64_t today) {
   runAtLowPriority([&, from = from, to = to] {
     const auto ask = asking(store);
     if (!ask("BEGIN", ignored)) return;
-    ChunkMaker maker(part(readStamps(ask).value_or(StampedDays()), from, to));
+    if (!numbers_) numbers_.emplace(activityList(db_.location()));
+    ChunkMaker maker(part(readStamps(ask).value_or(StampedDays()), from, to), *numbers_);
     auto* spans = store.prepared(kSpansOfDays);
     made = spans && spans->visitRows({startOfDay(from), startOfDay(to)},
                                      [&](const Cursor& row) { maker.add(row); }) == SQLITE_DONE;
     ask("COMMIT", ignored);
-    made = made && !writeOwnFile(activityFile(db_.location(), chunk), maker.finish().bytes());
+    // Until the list has what it names it is worth nothing; the other way round the list might keep
+    // what no file uses.
+    made = made && !writeOwnFile(activityFile(db_.location(), chunk), maker.finish().bytes()) &&
+           numbers_->store();
   });
   known_.erase(chunk);
+  if (!made) numbers_.reset();
   return made;
 }
 
 bool ActivityIndex::step() {
   const auto begin = std::exchange(next_, 0);
   Connection store(db_.location().file(), Connection::kForReports);
-  const auto stamps = store ? readStamps(asking(store)) : std::nullopt;
+  const auto truth = this->truth(store);
   const double now = clock_();
   constexpr auto kFirstDay = kFirstChunk * kChunkDays;
-  if (!stamps || !(now >= startOfDay(kFirstDay))) return false;
+  if (!truth || !(now >= startOfDay(kFirstDay))) return false;
   const auto today = dayOf(now);
   std::optional<double> first;
   auto* earliest = store.prepared(kEarliest);
@@ -124,31 +149,62 @@ bool ActivityIndex::step() {
   earliest->visitRows({startOfDay(kFirstDay), startOfDay(today)},
                       [&](const Cursor& row) { first = row.dbl(0); });
   if (!first) return false;
+  if (numbers_ && (truth->parts.empty() || truth->parts.back() != numbers_->part())) {
+    numbers_.reset();
+  }
   for (auto chunk = std::max(begin, dayOf(*first) / kChunkDays); chunk * kChunkDays < today;
        ++chunk) {
-    if (upToDate(chunk, *stamps, today)) continue;
+    if (upToDate(chunk, *truth, today)) continue;
+    if (!truth->agrees(known(chunk))) runAtLowPriority([this] { removeStale(); });
     if (!make(store, chunk, today)) return false;
     next_ = chunk + 1;
     return true;
   }
+  numbers_.reset();
   return false;
 }
 
-bool ActivityIndex::removeStale() {
+ActivityIndex::Files ActivityIndex::files() const {
   Connection store(db_.location().file(), Connection::kForReports);
-  const auto stamps = store ? readStamps(asking(store)) : std::nullopt;
-  bool clean = true;
+  const auto truth = this->truth(store);
+  Files files;
   std::error_code error;
   for (fs::directory_iterator entry(activityFolder(db_.location()), error), end;
        !error && entry != end; entry.increment(error)) {
-    const auto days = stamps ? ActivityChunk::daysOf(entry->path()) : std::nullopt;
-    if (days && includes(*stamps, *days)) continue;
+    if (entry->path().filename() == kList) continue;
+    const bool good = truth && truth->agrees(ActivityChunk::factsOf(entry->path()));
+    (good ? files.good : files.stale).push_back(entry->path());
+  }
+  return files;
+}
+
+bool ActivityIndex::removeStale() {
+  auto [good, stale] = files();
+  std::vector<bool> used;
+  ActivityChunk chunk;
+  for (const auto& file : good) {
+    if (!chunk.read(file)) {
+      stale.push_back(file);
+      continue;
+    }
+    for (const auto& record : chunk.records) {
+      if (used.size() <= record.activity) used.resize(std::size_t{record.activity} + 1);
+      used[record.activity] = true;
+    }
+  }
+  bool clean = activityList(db_.location()).keepOnly(used);
+  for (const auto& file : stale) {
     std::error_code failed;
-    fs::remove(entry->path(), failed);
+    fs::remove(file, failed);
     clean = clean && !failed;
   }
   known_.clear();
+  numbers_.reset();
   return clean;
+}
+
+bool ActivityIndex::removeIfStale() {
+  return files().stale.empty() || removeStale();
 }
 
 }  // namespace orvanta

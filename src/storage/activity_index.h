@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "base/clock.h"
 #include "storage/activity_chunk.h"
@@ -21,11 +22,15 @@ namespace orvanta {
 // day, and triggers remove it when a span of that day changes, whoever changes it. So all states of
 // a store in which a day has one stamp, also those that a backup brings back, have the same spans
 // on it. A file holds what a day adds up to, and its stamp: where the store has another one or
-// none, the spans themselves are read.
+// none, the spans themselves are read. The texts are in a list of their own: a file of days is only
+// removed, or made anew after another state of its days, when what no other one uses is out of
+// that.
 
 std::filesystem::path activityFolder(const DataLocation& where);
 /// The file of the days from chunk * kChunkDays on.
 std::filesystem::path activityFile(const DataLocation& where, int64_t chunk);
+/// What all of these are about.
+ActivityList activityList(const DataLocation& where);
 
 /// The days that have a stamp, in their order. `ask` is Database::scan or the like without
 /// parameters. None where the store has no such table; absent when that could not be read.
@@ -46,18 +51,34 @@ class ActivityIndex {
   /// store.
   bool step();
 
-  /// Removes the files that do not hold what the store does, so that nothing erased is left. False
-  /// when one cannot be removed.
+  /// Removes what does not hold true for the store, files and texts, so that nothing erased is
+  /// left. False when something cannot be removed.
   bool removeStale();
+  /// The same, in little time where no file is out of date.
+  bool removeIfStale();
 
  private:
-  bool upToDate(int64_t chunk, const StampedDays& stamps, int64_t today);
+  using Facts = ActivityChunk::Facts;
+  // What files are to agree with.
+  struct Truth {
+    StampedDays stamps;
+    std::vector<uint64_t> parts;
+    bool agrees(const std::optional<Facts>& facts) const;
+  };
+  struct Files {
+    std::vector<std::filesystem::path> good, stale;
+  };
+  std::optional<Truth> truth(Connection& store) const;
+  Files files() const;
+  const std::optional<Facts>& known(int64_t chunk);
+  bool upToDate(int64_t chunk, const Truth& truth, int64_t today);
   bool make(Connection& store, int64_t chunk, int64_t today);
 
   Database& db_;
   const Clock clock_;
-  std::map<int64_t, StampedDays> known_;  // what files hold, by chunk
-  int64_t next_ = 0;                      // chunk to be looked at
+  std::map<int64_t, std::optional<Facts>> known_;  // by chunk; absent of a file that is no good
+  std::optional<ActivityNumbers> numbers_;         // as long as there is more to do
+  int64_t next_ = 0;                               // chunk to be looked at
 };
 
 }  // namespace orvanta

@@ -69,6 +69,10 @@ int64_t roomFor(Transaction& change) {
   return std::clamp(store / kShare, kSmallestRoom, kLargestRoom);
 }
 
+bool fitsIn(int64_t room, const std::string& packed) {
+  return roomOf(packed.size()) <= room / 2;
+}
+
 void trim(Transaction& change, double now, int64_t room) {
   change.run("DELETE FROM changes WHERE at < ?", {now - kKeptFor});
   int64_t taken = 0;
@@ -93,7 +97,7 @@ void insert(Transaction& change, double now, const ChangeNote& note, const std::
   const auto room = roomFor(change);
   auto bytes = changeset.empty() ? std::string() : packed(changeset);
   // One that is larger than all that may be kept is listed and stays.
-  if (roomOf(bytes.size()) > room / 2) bytes.clear();
+  if (!fitsIn(room, bytes)) bytes.clear();
   const auto held = bytes.empty() ? std::nullopt : heldSpans(changeset);
   const auto words = wordsOf(changeset);
   const auto learned =
@@ -184,6 +188,10 @@ std::optional<std::vector<Change>> list(Database& db, double now, std::size_t mo
       {now - kKeptFor, static_cast<int64_t>(std::min<std::size_t>(most, INT32_MAX))},
       [&](const Cursor& row) { changes.push_back(read(row)); });
   return all ? std::optional(std::move(changes)) : std::nullopt;
+}
+
+bool fits(Transaction& change, const std::string& changeset) {
+  return fitsIn(roomFor(change), packed(changeset));
 }
 
 int64_t add(Transaction& change, double now, const ChangeNote& note, const std::string& changeset) {

@@ -39,6 +39,9 @@ inline constexpr auto kErase = "erase";
 /// The newest first. Absent when not all can be read.
 std::optional<std::vector<Change>> list(Database& db, double now, std::size_t most);
 
+/// Whether a difference is small enough to be kept, so that it can be taken back.
+bool fits(Transaction& change, const std::string& changeset);
+
 /// Yields its id. A table that is missing loses the entry, -1, but not the transaction.
 int64_t add(Transaction& change, double now, const ChangeNote& note, const std::string& changeset);
 

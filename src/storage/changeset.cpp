@@ -77,7 +77,8 @@ ChangeRecorder::ChangeRecorder(Transaction& change, Recorded what) : change_(cha
   sqlite3_session* raw = nullptr;
   int code = sqlite3session_create(change.connection(), "main", &raw);
   session_.reset(raw);
-  for (const auto* table : {"events", "projects", "rules", "rule_origins"}) {
+  for (const auto* table :
+       {"events", "projects", "rules", "rule_origins", "project_terms", "goals"}) {
     if (code == SQLITE_OK) code = sqlite3session_attach(raw, table);
   }
   if (what == Recorded::Settings && code == SQLITE_OK) {

@@ -15,7 +15,7 @@ namespace orvanta {
 
 /// What a recorder looks at.
 enum class Recorded {
-  Activity,  ///< spans, projects, rules and where these came from
+  Activity,  ///< spans, projects, rules and where these came from, goals
   Settings   ///< those too, and settings: whatever is written there is taken back with the rest
 };
 

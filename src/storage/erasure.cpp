@@ -6,6 +6,7 @@
 #include <iterator>
 #include <utility>
 
+#include "storage/past.h"
 #include "storage/schema.h"
 #include "storage/statement.h"
 
@@ -71,8 +72,17 @@ Erasure eraseTimes(const std::vector<TimeRange>& ranges) {
       steps.push_back({"DELETE FROM events WHERE start=? AND +end <= start", {range.start}});
     }
     std::move(steps.begin(), steps.end(), std::back_inserter(all.steps));
+  }
+  auto rest = forgetChanges(ranges).steps;
+  std::move(rest.begin(), rest.end(), std::back_inserter(all.steps));
+  return all;
+}
+
+Erasure forgetChanges(const std::vector<TimeRange>& times) {
+  Erasure all;
+  for (const auto& time : times) {
     all.steps.push_back({"DELETE FROM changes WHERE held_from <= ?2 AND held_to >= ?1",
-                         {range.start, range.end},
+                         {time.start, time.end},
                          true});
   }
   // What was measured may name anything.
@@ -94,6 +104,7 @@ Erasure stripTitlesBefore(double cutOff) {
 }
 
 int run(const Erasure& erasure, sqlite3* connection) {
+  addShowsSite(connection);
   const bool changes = Statement(connection, "SELECT 1 FROM changes").ok();
   for (const auto& [sql, args, ofChanges] : erasure.steps) {
     if (ofChanges && !changes) continue;

@@ -36,6 +36,9 @@ Erasure eraseTimes(const std::vector<TimeRange>& ranges);
 /// something leaves it.
 Erasure eraseTimesInCopy(const std::vector<TimeRange>& ranges);
 
+/// What the history of changes holds of these times, and of what was measured then.
+Erasure forgetChanges(const std::vector<TimeRange>& times);
+
 /// The titles and addresses of spans that ended before an instant (Unix seconds), with the changes
 /// whose way back holds some.
 Erasure stripTitlesBefore(double cutOff);

@@ -13,6 +13,12 @@ namespace orvanta {
 /// What a row without an application counts under.
 inline constexpr std::string_view kUnknownApp = "Inconnu";
 
+/// What a moment that the user added by hand has for an application, and for its id.
+inline constexpr std::string_view kManualApp = "Hors écran";
+inline constexpr std::string_view kManualBundle = "fr.quellvane.orvanta.manual";
+/// What another program has recorded has this for its application's id.
+inline constexpr std::string_view kImportBundle = "fr.quellvane.orvanta.import";
+
 /// A row of `events` and, once classified, what it counts as. A plain value; its texts live in the
 /// pool that it was read into.
 struct Ev {

@@ -49,12 +49,23 @@ std::vector<int64_t> entriesWithTexts(Database& db) {
   return ids;
 }
 
+// A sheet that was sent tells of projects by their numbers; terms stay when their project goes.
+constexpr auto kProjectsNamed =
+    "SELECT max(project_id) FROM project_terms UNION ALL "
+    "SELECT max(json_extract(line.value, '$.project_id')) FROM sheets, "
+    "json_each(iif(json_valid(content), content, '{}'), '$.rows') AS line "
+    "WHERE line.type = 'object'";
+
 }  // namespace
 
 int64_t freeId(Transaction& change, std::string_view table) {
   int64_t highest = 0;
   change.each(fmt::format("SELECT coalesce(max(id), 0) FROM {}", table), {},
               [&](const Cursor& row) { highest = std::max(highest, row.int_(0).value_or(0)); });
+  if (table == "projects") {
+    change.each(kProjectsNamed, {},
+                [&](const Cursor& row) { highest = std::max(highest, row.int_(0).value_or(0)); });
+  }
   for (const auto entry : entriesWithTexts(change.database())) {
     const auto kept = change_log::find(change, entry);
     if (kept) highest = std::max(highest, highestId(kept->changeset, table));

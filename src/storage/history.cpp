@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <exception>
+#include <set>
 #include <string_view>
 
 #include "storage/erased_words.h"
 #include "storage/erasure.h"
+#include "storage/ev.h"
+#include "storage/overlap.h"
 #include "storage/snapshot.h"
+#include "storage/touched_spans.h"
 
 namespace orvanta {
 namespace {
@@ -51,6 +55,34 @@ std::optional<std::string> erasedSince(Transaction& change, int64_t id, const To
                 [&](const Cursor&) { found = true; });
   }
   return found ? std::optional(erasure->second) : std::nullopt;
+}
+
+// Whether moments and imports that come back lie over what has been added there since. A moment may
+// lie in an absence.
+bool coverOthers(Transaction& change, const std::string& changeset) {
+  static const OverlapQuery kQuery("id, idle", "AND end > start");
+  const auto touched = touchedSpans(changeset);
+  const std::set<int64_t> own(touched.added.begin(), touched.added.end());
+  bool covered = false;
+  bool imported = false;
+  const auto look = [&](const Cursor& row) {
+    const bool counts = imported || row.int_(1) != 1;
+    covered = covered || (counts && !own.contains(row.int_(0).value_or(0)));
+  };
+  for (const auto id : touched.added) {
+    std::optional<TimeRange> moment;
+    change.each(
+        "SELECT start, end, bundle=?3 FROM events WHERE id=?1 AND (bundle=?2 AND idle=0 OR "
+        "bundle=?3)",
+        {id, kManualBundle, kImportBundle}, [&](const Cursor& row) {
+          moment = {row.dbl(0), row.dbl(1)};
+          imported = row.int_(2) == 1;
+        });
+    if (!moment) continue;
+    change.each(kQuery.longBefore, OverlapQuery::args(*moment), look);
+    change.each(kQuery.fromShortlyBefore, OverlapQuery::args(*moment), look);
+  }
+  return covered;
 }
 
 // The label of a change after which this one's rows are others: an erasure, or an earlier change
@@ -170,12 +202,12 @@ History::Rehearsal History::rehearse(const std::vector<std::function<void()>>& a
 }
 
 void History::erase(Transaction& change, const std::vector<TimeRange>& times,
-                    const ChangeNote& note) {
+                    const ChangeNote& note, const Erasure& erasure) {
   // First, so that no entry takes the number of one that goes.
   const bool kept = change_log::add(change, clock_(), note, {}) > 0;
   std::optional<ErasedWords> words;
   if (kept) words.emplace(change, times);
-  for (const auto& step : eraseTimes(times).steps) {
+  for (const auto& step : erasure.steps) {
     if (kept || !step.ofChanges) change.run(step.sql, step.args);
   }
   if (kept) words->drop();
@@ -195,6 +227,9 @@ History::Outcome History::turn(int64_t id, bool back) {
     Transaction within(db_);
     if (kept && change) applied = apply(within, kept->changeset, back);
     if (applied == Applied::All && !within.commit()) applied = Applied::Failed;
+  }
+  if (applied == Applied::All && !back && coverOthers(change, kept->changeset)) {
+    applied = Applied::Conflict;
   }
   if (applied == Applied::Conflict) {
     return {Outcome::Kind::Depends, change_log::inTheWay(change, id, kept->changeset)};

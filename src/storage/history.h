@@ -13,6 +13,7 @@
 #include "base/clock.h"
 #include "storage/change_log.h"
 #include "storage/changeset.h"
+#include "storage/erasure.h"
 #include "storage/transaction.h"
 
 namespace orvanta {
@@ -23,9 +24,9 @@ namespace orvanta {
 using Measure =
     std::function<std::function<std::string()>(Transaction& change, const std::string& changeset)>;
 
-/// Keeps, in the store itself, the rows of spans, rules, projects and settings as they were before
-/// and after each change, and puts them back: exactly, row by row, ids included. By the changesets
-/// of SQLite's session extension (sqlite.org/sessionintro.html). From any thread.
+/// Keeps, in the store itself, the rows of spans, rules, projects, goals and settings as they were
+/// before and after each change, and puts them back: exactly, row by row, ids included. By the
+/// changesets of SQLite's session extension (sqlite.org/sessionintro.html). From any thread.
 class History {
  public:
   using Work = std::function<ChangeNote(Transaction&)>;
@@ -41,7 +42,12 @@ class History {
 
   /// Erases, in the caller's transaction, all that was recorded in these times and what the entries
   /// hold of it. Its own entry cannot be taken back.
-  void erase(Transaction& change, const std::vector<TimeRange>& times, const ChangeNote& note);
+  void erase(Transaction& change, const std::vector<TimeRange>& times, const ChangeNote& note) {
+    erase(change, times, note, eraseTimes(times));
+  }
+  /// The same of only some of what was recorded in these times.
+  void erase(Transaction& change, const std::vector<TimeRange>& times, const ChangeNote& note,
+             const Erasure& erasure);
 
   struct Rehearsal {
     Written possible;    ///< whether a change could be tried; else the store tells why

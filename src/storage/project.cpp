@@ -26,6 +26,7 @@ Project Project::read(const Cursor& row) {
       .category = std::string(text("category").value_or(defaults.category)),
       .archived = row.int_(row.column("archived")) == 1,
       .keywords = parseKeywords(text("keywords").value_or("")),
+      .client = std::string(text("client").value_or("")),
   };
 }
 

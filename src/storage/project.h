@@ -20,6 +20,7 @@ struct Project {
   std::string category{textOf(Category::Travail)};  ///< what time on this project counts as
   bool archived = false;
   std::vector<std::string> keywords;  ///< see parseKeywords
+  std::string client;                 ///< "" for none
 
   /// Of a row with any columns.
   static Project read(const Cursor& row);

@@ -40,6 +40,27 @@ constexpr auto kSchema =
     // Their sizes are added up at every change.
     "CREATE INDEX IF NOT EXISTS idx_changes_at ON changes(at, bytes);";
 
+// What is agreed for projects, and timesheets as they were sent.
+constexpr auto kBilling =
+    "CREATE TABLE IF NOT EXISTS project_terms (\n"
+    "  project_id INTEGER PRIMARY KEY, currency TEXT NOT NULL, rate INTEGER,\n"
+    "  billable INTEGER NOT NULL, budget INTEGER, budget_from TEXT,\n"
+    "  rounding INTEGER, rounding_mode TEXT, rounding_scope TEXT);\n"
+    "CREATE TABLE IF NOT EXISTS sheets (\n"
+    "  id INTEGER PRIMARY KEY, created REAL NOT NULL, title TEXT NOT NULL,\n"
+    "  client TEXT NOT NULL, first_day TEXT NOT NULL, last_day TEXT NOT NULL,\n"
+    "  version INTEGER NOT NULL, project_id INTEGER, content TEXT NOT NULL);";
+
+// What is to be reached, and what the user was told of it.
+constexpr auto kGoals =
+    "CREATE TABLE IF NOT EXISTS goals (\n"
+    "  id INTEGER PRIMARY KEY, subject TEXT NOT NULL, name TEXT NOT NULL, project_id INTEGER,\n"
+    "  period TEXT NOT NULL, bound TEXT NOT NULL, seconds INTEGER NOT NULL,\n"
+    "  created REAL NOT NULL);\n"
+    "CREATE TABLE IF NOT EXISTS goal_told (\n"
+    "  id INTEGER PRIMARY KEY, goal_id INTEGER NOT NULL, day TEXT NOT NULL,\n"
+    "  percent INTEGER NOT NULL, UNIQUE (goal_id, day));";
+
 // Holds about one span a day, so that a range query finds the long spans that reach into it without
 // walking the history.
 const std::string kLongSpanIndex =
@@ -82,6 +103,8 @@ constexpr std::array<std::string_view, 11> kObjects{
     "idx_events_long", "idx_events_manual", "idx_events_start"};
 constexpr std::array<std::string_view, 6> kDaysObjects{
     "indexed_days", "day_added", "day_changed", "day_overwritten", "day_removed", "day_replaced"};
+constexpr std::array<std::string_view, 4> kOwnTables{"project_terms", "sheets", "goals",
+                                                     "goal_told"};
 constexpr auto kObsolete =
     "('ps_session','ps_last_import','ics_urls','use_calendar_app','port','poll_interval')";
 
@@ -128,9 +151,9 @@ void keepDays(Database& db, Transaction& change) {
 }  // namespace
 
 bool createSchema(sqlite3* connection) {
-  const auto text =
-      fmt::format("PRAGMA page_size=1024; BEGIN; {} {}; {}; {} PRAGMA user_version={}; COMMIT",
-                  kSchema, kLongSpanIndex, kManualIndex, kDays, kSchemaVersion);
+  const auto text = fmt::format(
+      "PRAGMA page_size=1024; BEGIN; {} {} {} {}; {}; {} PRAGMA user_version={}; COMMIT", kSchema,
+      kBilling, kGoals, kLongSpanIndex, kManualIndex, kDays, kSchemaVersion);
   return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
@@ -147,14 +170,17 @@ std::optional<StoreAge> ageOf(Database& db) {
   };
   const std::span tables(kObjects.begin(), 4);
   if (has(tables) && !has(kLaterColumns)) return StoreAge::Older;
-  const bool current = has(kObjects) && has(kDaysObjects) && !objects->contains("calendar_links") &&
-                       versionOf(db) >= kSchemaVersion && writesAhead(db) && settingsComplete(db);
+  const bool current = has(kObjects) && has(kDaysObjects) && has(kOwnTables) &&
+                       !objects->contains("calendar_links") && versionOf(db) >= kSchemaVersion &&
+                       writesAhead(db) && settingsComplete(db);
   return current ? StoreAge::Current : StoreAge::Unkempt;
 }
 
 Written migrate(Database& db) {
   Transaction change(db, Patience::None);
   change.exec(kSchema);
+  change.exec(kBilling);
+  change.exec(kGoals);
   const auto columns = names(db, "SELECT name FROM pragma_table_info('projects')");
   for (const std::string column : kLaterColumns) {
     if (!columns.contains(column))

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "base/number.h"
+#include "base/site.h"
 #include "base/text.h"
 
 namespace orvanta {
@@ -58,6 +59,16 @@ constexpr Setting kSettings[] = {
     ours("believed_time", "What the clock is known to have passed."),
     ours("store_notice", "What the user is still to be told of the store."),
     ours("store_erasing", "What is still to be erased from the backups."),
+    ours("pause", "Since when recording is paused, until when, and whether the user was reminded."),
+    ours("skipped_gaps", "Absences that the user wants to leave as they are."),
+    ours("ask_absence", "Minutes of absence from which on the user is asked for what; 0: never."),
+    {"excluded_apps",
+     "[]",
+     &Settings::excludedApps,
+     {},
+     {},
+     Writer::Program,
+     "Of these applications neither titles nor addresses are recorded."},
     ours("told_no_tray", "The user knows that this desktop has no tray."),
 };
 constexpr const char* kKinds[] = {"text", "number", "number", "flag", "choice", "list", "text"};
@@ -165,9 +176,15 @@ Settings Settings::unread() {
 }
 
 bool Settings::excludes(std::string_view domain) const {
-  return std::any_of(excludedDomains.begin(), excludedDomains.end(), [&](const auto& entry) {
-    return domain == entry || domain.ends_with("." + entry);
-  });
+  const auto site = siteOf(domain);
+  return std::any_of(excludedDomains.begin(), excludedDomains.end(),
+                     [&](const auto& entry) { return liesUnder(site, siteOf(entry)); });
+}
+
+bool Settings::excludesApp(std::string_view app) const {
+  if (excludedApps.empty()) return false;
+  const auto name = lowerCase(app);
+  return std::find(excludedApps.begin(), excludedApps.end(), name) != excludedApps.end();
 }
 
 std::span<const Setting> settingTable() {

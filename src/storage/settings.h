@@ -35,6 +35,7 @@ struct Settings {
   double minBlock = 0;       ///< seconds
   Privacy privacy = Privacy::Full;
   std::vector<std::string> excludedDomains;  ///< lower-cased
+  std::vector<std::string> excludedApps;     ///< lower-cased
   int64_t retentionDays = 0;
   bool onboarded = false;
   bool paused = false;
@@ -48,6 +49,8 @@ struct Settings {
 
   /// Whether `domain` is an excluded one or lies under it.
   bool excludes(std::string_view domain) const;
+  /// Whether an application of this name is an excluded one.
+  bool excludesApp(std::string_view app) const;
 };
 
 struct Bounds {

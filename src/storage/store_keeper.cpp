@@ -2,18 +2,16 @@
 
 #include <malloc.h>
 
-#include <boost/json/array.hpp>
-#include <boost/json/serialize.hpp>
 #include <chrono>
 #include <thread>
 #include <utility>
 
-#include "base/exact_json.h"
 #include "storage/file_connection.h"
 #include "storage/kept_stores.h"
 #include "storage/repair.h"
 #include "storage/schema.h"
 #include "storage/scrub.h"
+#include "storage/unfinished_erasure.h"
 
 namespace orvanta {
 namespace {
@@ -24,27 +22,6 @@ constexpr auto kAfterStart = 60s;  // a login has other things to do
 constexpr auto kCheckBudget = 10s;
 // Holds the last notice, which is of interest also after a restart.
 constexpr auto kNotice = "store_notice";
-// Holds the times that are still to be erased from the copies, [[start, end], …].
-constexpr auto kErasing = "store_erasing";
-
-std::string textOf(const std::vector<TimeRange>& times) {
-  boost::json::array list;
-  for (const auto& [start, end] : times) list.push_back(boost::json::array{start, end});
-  return boost::json::serialize(list);
-}
-
-std::vector<TimeRange> timesOf(const std::string& text) {
-  std::vector<TimeRange> times;
-  const auto list = parseJson(text);
-  if (!list || !list->is_array()) return times;
-  for (const auto& entry : list->get_array()) {
-    const auto* pair = entry.if_array();
-    if (!pair || pair->size() != 2 || !pair->at(0).is_number() || !pair->at(1).is_number())
-      continue;
-    times.push_back({pair->at(0).to_number<double>(), pair->at(1).to_number<double>()});
-  }
-  return times;
-}
 
 }  // namespace
 
@@ -67,9 +44,9 @@ void StoreKeeper::listen(Listener listener) {
 void StoreKeeper::start() {
   queue_.post([this] {
     resident_ = true;
-    const auto times = timesOf(db_.setting(kErasing));
-    if (!times.empty()) eraseEverywhere(times);
-    index_.removeStale();
+    const auto erasure = unfinished::erasure(db_);
+    if (!erasure.steps.empty()) eraseEverywhere(erasure);
+    index_.removeIfStale();
   });
   queue_.repeat(kAfterStart, 24h, [this] {
     queue_.stopRepeating();
@@ -228,19 +205,25 @@ RestoreResult StoreKeeper::restore(const std::filesystem::path& file) {
 }
 
 void StoreKeeper::remember(Transaction& change, const std::vector<TimeRange>& times) {
-  auto all = timesOf(db_.setting(kErasing));
-  all.insert(all.end(), times.begin(), times.end());
-  change.run("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)", {kErasing, textOf(all)});
+  unfinished::add(change, times);
+}
+
+void StoreKeeper::remember(Transaction& change, const Past& past) {
+  unfinished::add(change, past);
 }
 
 bool StoreKeeper::erase(const std::vector<TimeRange>& times) {
-  return wait<bool>([&] { return eraseEverywhere(times); });
+  return wait<bool>([&] { return eraseEverywhere(eraseTimesInCopy(times)); });
 }
 
-bool StoreKeeper::eraseEverywhere(const std::vector<TimeRange>& times) {
-  const bool clean = eraseFromCopies(eraseTimesInCopy(times)) &&
-                     removeDamagedStores(db_.location(), db_.log()).empty();
-  if (clean) db_.setSetting(kErasing, "").forget();
+bool StoreKeeper::erase(const Past& past) {
+  return wait<bool>([&] { return eraseEverywhere(erasePastInCopy(past)); });
+}
+
+bool StoreKeeper::eraseEverywhere(const Erasure& erasure) {
+  const bool clean =
+      eraseFromCopies(erasure) && removeDamagedStores(db_.location(), db_.log()).empty();
+  if (clean) unfinished::clear(db_);
   return clean;
 }
 

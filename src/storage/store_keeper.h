@@ -15,6 +15,7 @@
 #include "storage/activity_index.h"
 #include "storage/backups.h"
 #include "storage/database.h"
+#include "storage/past.h"
 #include "storage/restore.h"
 #include "storage/store_check.h"
 #include "storage/transaction.h"
@@ -75,6 +76,9 @@ class StoreKeeper {
   /// backups and stores that were put aside; damaged ones, from which nothing can be erased, are
   /// removed. False when something of it is left.
   bool erase(const std::vector<TimeRange>& times);
+  /// The same of the past of a site or an application.
+  void remember(Transaction& change, const Past& past);
+  bool erase(const Past& past);
   /// Another erasure, without waiting; damaged stores are left.
   void eraseLater(const Erasure& erasure);
 
@@ -89,7 +93,7 @@ class StoreKeeper {
   void indexStep();
   void renewed(const std::string& sentence);
   void noted(const std::string& sentence);
-  bool eraseEverywhere(const std::vector<TimeRange>& times);
+  bool eraseEverywhere(const Erasure& erasure);
   bool eraseFromCopies(const Erasure& erasure);
   template <class Result, class Work>
   Result wait(Work work);

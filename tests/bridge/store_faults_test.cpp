@@ -222,7 +222,9 @@ TEST_F(StoreFaults, AnotherProgramsLockIsWaitedForAndThenTold) {
     OtherProgram other{program->file()};
     std::future<json::value> answer = {};
   };
-  for (const auto held : {300ms, 5000ms}) {
+  // SQLite counts the naps of its wait, not the time: on a busy machine it gives up later than
+  // asked. So the long lock is held until everyone has given up.
+  for (const auto held : {300ms, 60'000ms}) {
     std::vector<std::unique_ptr<Run>> runs;
     for (const auto& op : ops()) runs.emplace_back(new Run{op});
     for (auto& run : runs) {
@@ -244,8 +246,9 @@ TEST_F(StoreFaults, AnotherProgramsLockIsWaitedForAndThenTold) {
         (void)run->program->core.tracker.current();
         slowest = std::max(slowest, std::chrono::steady_clock::now() - start);
       }
+      std::this_thread::sleep_for(1ms);
     }
-    EXPECT_LT(slowest, 500ms) << "what is read does not wait behind what is to be written";
+    EXPECT_LT(slowest, 2500ms) << "what is read does not wait behind what is to be written";
     for (auto& run : runs) EXPECT_EQ(run->other.ask("ROLLBACK"), "");
     for (auto& run : runs) {
       const bool stored = calledStored(run->answer.get());

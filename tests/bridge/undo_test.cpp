@@ -53,6 +53,8 @@ struct Undo : testing::Test, Program {
     const json::object range{{"start", start}, {"end", start + dice.upTo(40000) / 3.0}};
     json::object project{{"name", dice.oneOf(names)}, {"archived", dice.upTo(1)}};
     if (dice.oneIn(2)) project["id"] = 1 + dice.upTo(6);
+    if (dice.oneIn(2)) project["terms"] = json::object{{"rate", dice.upTo(3)}};
+    if (dice.oneIn(2)) project["client"] = dice.oneOf(names);
     const std::pair<const char*, json::object> changes[] = {
         {"events.assign", someTarget(dice, {{"ids", someSpans(dice)}})},
         {"events.assign", someTarget(dice, {{"ids", someSpans(dice)}})},
@@ -80,6 +82,7 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     store.db.run("DELETE FROM changes");
+    store.db.run("DELETE FROM project_terms");
     fillAtRandom(store.db, dice, kStart, 20000, {kStart + 7, kStart + 5000.5});
     ask("settings.set", {{"onboarded", 1}});
     Texts states{rows()};

@@ -20,8 +20,16 @@ class Life {
   void next() {
     desktop_.idle = away_ ? desktop_.idle + 2 : 0;
     if (--left_ <= 0) change();
+    // Reminders, slides.
+    if (away_ && dice_.oneIn(20)) desktop_.show("Rappel" + std::to_string(dice_.upTo(5)));
     recording_.tick();
+    constexpr double kThreshold = 180;
+    if (away_ && !desktop_.awake && desktop_.idle == kThreshold) {
+      absences.push_back(recording_.clock.now - kThreshold);
+    }
   }
+
+  std::vector<double> absences;  ///< the last input before each
 
  private:
   void change() {
@@ -87,6 +95,11 @@ TEST(Month, SpansFollowEachOtherAndAddUpToTheClock) {
     end = row.dbl(1);
     total += row.dbl(1) - row.dbl(0);
   });
+  EXPECT_GT(life.absences.size(), kTicks / 3000U);
+  for (const auto since : life.absences) {
+    const auto found = store.db.query("SELECT 1 FROM events WHERE idle=1 AND start=?", {since});
+    EXPECT_EQ(found.size(), 1U) << since - begin;
+  }
   EXPECT_GT(count, kTicks / 150);  // the life was a varied one
   // The clock may have been set back a few seconds just before the end.
   EXPECT_NEAR(total, clock.now - begin, 16);

@@ -3,10 +3,12 @@
 #include <fmt/ranges.h>
 #include <chrono>
 #include <memory>
+#include <set>
 
 #include "capture/span_log.h"
 #include "capture/trusted_time.h"
 #include "classify/assign_range.h"
+#include "support/children.h"
 #include "support/fault_vfs.h"
 #include "support/random_store.h"
 #include "support/recording.h"
@@ -49,7 +51,7 @@ struct Capture : Recording {
 // Four minutes of everything: other applications, titles, glances, a coffee and a nap.
 void act(Capture& capture, int step) {
   auto& [store, desktop, clock, live, engine] = static_cast<Recording&>(capture);
-  desktop.idle = step >= 60 && step < 66 ? 180 + 2 * (step - 60) : 0;
+  engine.setLocked(step >= 60 && step < 66);
   if (step % 5 == 0) {
     desktop.browse(fmt::format("https://site{}.fr/{}", step / 20, step), fmt::format("P {}", step));
   }
@@ -161,6 +163,53 @@ TEST(StoreTrouble, ADayWaitsInMemoryAndIsStoredInSteps) {
              std::chrono::duration<double, std::milli>(slowest).count());
   EXPECT_EQ(other.ask("SELECT count(*), min(start), max(end) FROM events"),
             fmt::format("{}|0.0|{}.0|\n", kept, kept * 10));
+}
+
+// Somebody leaves at second 40, and windows come to the front by themselves.
+void leave(Capture& capture, int step) {
+  capture.desktop.idle = step > 20 ? 2 * (step - 20) : 0;
+  if (step % 12 == 0) capture.desktop.show(fmt::format("Rappel {}", step));
+  capture.tick();
+}
+
+constexpr int kNoticed = 110;  // the step at which it is seen that nobody is there
+
+TEST(StoreTrouble, WhatIsTakenBackIsTakenBackLater) {
+  const auto spans = [](int from, int to) {
+    Capture capture;
+    OtherProgram other(capture.file());
+    for (int step = 0; step < 150; ++step) {
+      if (step == from) other.ask("BEGIN IMMEDIATE");
+      if (step == to) other.ask("ROLLBACK");
+      leave(capture, step);
+    }
+    capture.engine.finish();
+    return capture.spans();
+  };
+  const auto expected = spans(-1, -1);
+  EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 3) << expected;
+  for (const int from : {5, 30, 80, kNoticed - 1, kNoticed}) {
+    for (const int to : {kNoticed, kNoticed + 1, 149}) EXPECT_EQ(spans(from, to), expected) << from;
+  }
+}
+
+TEST(StoreTrouble, KilledWhileItTakesBackItHasDoneAllOfThatOrNothing) {
+  std::set<std::string> found;
+  for (int write = 1; write < 30; ++write) {
+    Capture capture;
+    for (int step = 0; step < kNoticed; ++step) leave(capture, step);
+    endOfChild([&] {
+      FaultVfs::fail(Fault::Kill, write);
+      leave(capture, kNoticed);
+    });
+    EXPECT_EQ(integrityOf(capture.file()), "ok|\n");
+    EXPECT_EQ(OtherProgram(capture.file())
+                  .ask("SELECT 1 FROM events a, events b WHERE a.id < b.id AND a.end > b.start"),
+              "");
+    found.insert(OtherProgram(capture.file()).ask("SELECT count(*), sum(idle) FROM events"));
+  }
+  EXPECT_EQ(found, (std::set<std::string>{"3|1|\n", "9|0|\n"}))
+      << "neither is there without the other";
 }
 
 TEST(StoreTrouble, AFileThatIsTakenAwayIsGoneOnWithoutLoss) {
@@ -300,7 +349,7 @@ TEST(StoreTrouble, WhatIsAssignedWhileItIsRecordedAddsUpToTheClock) {
       TimeRange range{begin + dice.upTo(240), 0};
       range.end = range.start + dice.upTo(100);
       ASSERT_TRUE(engine.hold(range));
-      range.end = std::min(range.end, engine.cut().value_or(range.end));
+      range.end = std::min(range.end, engine.limit().value_or(range.end));
       const bool fails = dice.oneIn(4);
       if (dice.oneIn(2)) capture.tick();
       {

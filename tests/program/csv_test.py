@@ -2,11 +2,14 @@
 
 import csv
 import datetime
+import math
 import os
 import sqlite3
 import xml.etree.ElementTree
 import zoneinfo
 from pathlib import Path
+
+import icalendar
 
 from desktop import ORVANTA
 from desktop_case import DesktopCase
@@ -30,6 +33,7 @@ FILTER = "Text - txt - csv (StarCalc)"
 # title from becoming a number or a formula.
 ALL_TEXT = "59,34,76,1," + "/".join(f"{column}/2" for column in range(1, 10)) + ",0,true"
 QUOTED_TEXT = "59,34,76,1,,0,true,true"
+FRENCH = "59,34,76,1,,1036,true,true"
 COMMAS = f"csv:{FILTER}:44,34,76,1,,0,true,false"
 
 OFFICE = "{urn:oasis:names:tc:opendocument:xmlns:office:1.0}"
@@ -146,7 +150,49 @@ class CsvTest(DesktopCase):
 
     def test_libreoffice_sees_times_numbers_and_text(self):
         """What the program quotes stays text, whatever it looks like; the rest can be summed."""
-        sheet = xml.etree.ElementTree.parse(self.converted("fods", QUOTED_TEXT))
+        rows = self.kinds(QUOTED_TEXT)
+        spans = len(self.expected)
+        self.assertEqual(rows[:spans + 1], [["string"] * 9] +
+                         [["date", "date", "float"] + ["string"] * 6] * spans)
+
+    def test_libreoffice_sums_the_timesheet(self):
+        """No project's name is a formula, and French decimals are numbers."""
+        text = self.run_orvanta("--sheet", f"{FROM}..{TO}", "--format", "csv")
+        self.file.write_text(text, encoding="utf-8", newline="")
+        rows = [row for row in self.kinds(FRENCH)[1:] if len(row) > 6][:len(NAMES) + 1]
+        self.assertEqual([row[1:2] + row[5:7] for row in rows],
+                         [["string", "float", "float"]] * (len(NAMES) + 1))
+
+    def test_calendars_take_the_timesheet(self):
+        """Each stretch of work is an event of its own, in universal time, whatever its project's name."""
+        asked = ("--sheet", f"{FROM}..{TO}", "--format", "ics")
+        run = self.desktop.run(self.desktop.orvanta, *asked).stdout
+        self.assertEqual(run.count(b"\n"), run.count(b"\r\n"))
+        for line in run.split(b"\r\n"):
+            self.assertLessEqual(len(line), 75)
+            line.decode("utf-8")  # no character is cut
+        events = icalendar.Calendar.from_ical(run).walk("VEVENT")
+        names = {}
+        for event in events:
+            start, end = (event[key].dt for key in ("DTSTART", "DTEND"))
+            self.assertEqual(start.tzinfo.utcoffset(start), datetime.timedelta())
+            self.assertEqual(event["TRANSP"], "TRANSPARENT")
+            names[str(event["SUMMARY"]).strip()] = (start.timestamp(), end.timestamp())
+        for number, name in NAMES.items():
+            # All but the first last a minute. icalendar misreads a backslash before an n.
+            start = START + (number - 1) * 7000.25
+            if number > 1 and name.isprintable() and len(name) < 200 and "\\n" not in name:
+                self.assertEqual(names[name.strip()], (
+                    int(start), math.ceil(start + 59.9 + 13 * (number - 1))), name)
+        keys = [event["UID"] for event in events]
+        self.assertEqual(len(set(keys)), len(keys))
+        again = self.desktop.run(self.desktop.orvanta, *asked).stdout
+        self.assertEqual([event["UID"] for event in icalendar.Calendar.from_ical(again).walk("VEVENT")],
+                         keys)
+
+    def kinds(self, input_filter):
+        """Of every row's cells what LibreOffice takes them for; none is a formula."""
+        sheet = xml.etree.ElementTree.parse(self.converted("fods", input_filter))
         rows = []
         for row in sheet.iter(TABLE + "table-row"):
             kinds = []
@@ -155,6 +201,4 @@ class CsvTest(DesktopCase):
                 kinds += [cell.get(OFFICE + "value-type", "string")] * int(
                     cell.get(TABLE + "number-columns-repeated", 1))
             rows.append(kinds)
-        spans = len(self.expected)
-        self.assertEqual(rows[:spans + 1], [["string"] * 9] +
-                         [["date", "date", "float"] + ["string"] * 6] * spans)
+        return rows

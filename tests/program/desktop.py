@@ -261,7 +261,10 @@ class Desktop(Recorded):
     def call(self, *words, env=None):
         """`orvanta --call …`: exit status and the answer."""
         done = self.run(self.orvanta, "--call", *words, env=env)
-        return done.returncode, json.loads(done.stdout.decode("utf-8"))
+        try:
+            return done.returncode, json.loads(done.stdout.decode("utf-8"))
+        except ValueError as error:  # which would not say why
+            raise AssertionError(f"no answer: {done}") from error
 
     def newest(self, seconds, meanwhile=None, **columns):
         """The newest span, once these are its values."""

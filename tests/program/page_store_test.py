@@ -49,7 +49,7 @@ class PageStoreTest(PageCase):
         self.assertLessEqual(abs(start - 10), 1)
         page.click(BAR + "//label[. = 'Loisir']")
         page.press("Tab")
-        page.type("Carnet")
+        page.choose("Carnet")
         page.click(button("Attribuer"))
         page.wait_for_text(TOAST, "Attribué : ")
         after = self.tables()

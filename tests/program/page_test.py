@@ -142,9 +142,9 @@ class PageTest(PageCase):
         page.wait_for_text("//dialog//h2", "Nouvelle règle")
         page.type("ATELIER")  # into the field that has the focus
         page.click("//dialog//label/span[. = 'Quand']")
-        page.type("App")
+        page.choose("App")
         page.click("//dialog//label/span[. = 'Catégorie']")
-        page.type("Loi")
+        page.choose("Loi")
         page.wait_for_text("//dialog", "2 activités, 50 min ces 30 derniers jours.")
         page.wait_for_text("//dialog", "50 min du passé changent")
         page.click(button("Enregistrer"))

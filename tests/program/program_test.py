@@ -14,7 +14,8 @@ from desktop_case import DesktopCase, children
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 APP = "Éditeur de thèmes"
-COMPLETIONS = os.path.abspath(os.path.join(os.path.dirname(__file__), "../../packaging/completions"))
+PACKAGING = os.path.abspath(os.path.join(os.path.dirname(__file__), "../../packaging"))
+COMPLETIONS = os.path.join(PACKAGING, "completions")
 
 
 class ProgramTest(DesktopCase):
@@ -47,6 +48,19 @@ class ProgramTest(DesktopCase):
         self.assertEqual(status, 0)
         self.assertIn(APP, self.apps(answer))
         self.assertEqual(os.listdir(elsewhere), [])
+
+    def test_call_is_told_when_what_runs_ends_before_it_answers(self):
+        for how in (signal.SIGKILL, signal.SIGTERM):
+            with self.subTest(how=how):
+                program = self.desktop.start_orvanta()
+                program.send_signal(signal.SIGSTOP)
+                call = self.desktop.spawn(ORVANTA, "--call", "day")
+                pass_time(1)
+                program.send_signal(how)
+                program.send_signal(signal.SIGCONT)
+                self.assertEqual(call.wait(timeout=10), 1)
+                self.assertIn('{"error":"Orvanta s’est arrêté avant de répondre"}', output_of(call))
+                program.wait(timeout=10)
 
     def test_answers_are_utf8_in_every_locale(self):
         self.record()
@@ -81,21 +95,22 @@ class ProgramTest(DesktopCase):
         self.assertRegex(done.stdout.decode(), r"\Aorvanta \d+\.\d+\.\d+\n\Z")
         done = self.desktop.run(ORVANTA, "--help")
         self.assertEqual((done.returncode, done.stderr), (0, b""))
-        options = re.findall(r"^ .*--(?!help-)([a-z-]+) ", done.stdout.decode(), re.MULTILINE)
+        options = re.findall(r"^ .*--(?!help-)([a-z-]+)[ =]", done.stdout.decode(), re.MULTILINE)
         self.assertGreater(len(options), 8)
         for words, status in ((["--oops"], 1), (["oops"], 2), (["--check", "oops"], 2)):
             done = self.desktop.run(ORVANTA, *words)
             self.assertEqual((words, done.returncode, done.stdout), (words, status, b""))
             self.assertIn("oops", done.stderr.decode())
         self.assertFalse(os.path.exists(self.desktop.database()))
-        for shell in ("orvanta", "_orvanta"):
-            with open(os.path.join(COMPLETIONS, shell), encoding="utf-8") as file:
-                completed = file.read()
-            self.assertEqual([name for name in options if f"--{name}" not in completed], [])
+        for told in ("completions/orvanta", "completions/_orvanta", "man/orvanta.1"):
+            with open(os.path.join(PACKAGING, told), encoding="utf-8") as file:
+                known = re.findall(r"--([a-z-]+)", file.read().replace("\\-", "-"))
+            self.assertEqual([name for name in options if name not in known], [], told)
         script = (f"source {COMPLETIONS}/orvanta; PATH={os.path.dirname(ORVANTA)}:$PATH; "
                   "COMP_WORDS=(orvanta %s); COMP_CWORD=%d; _orvanta; echo ${COMPREPLY[@]}")
-        for words, index, found in (("--re", 1, "--resume --restore"),
-                                    ("--call stat", 2, "status"), ("--call rules.pr", 2, "rules.preview")):
+        for words, index, found in (("--re", 1, "--resume --report --restore"),
+                                    ("--call stat", 2, "status"), ("--call rules.pr", 2, "rules.preview"),
+                                    ("--sheet 2026-10 --fo", 3, "--format")):
             done = self.desktop.run("bash", "-c", script % (words, index))
             self.assertEqual(done.stdout.decode().strip(), found)
 

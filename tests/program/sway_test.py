@@ -7,6 +7,7 @@ import shutil
 import time
 
 from desktop import ORVANTA, end, kill, output_of, wait_for
+from desktop_case import DesktopCase
 from tray_host import TrayHost
 from wayland_desktop import FIRST, TITLES, Scenario, WaylandDesktop
 
@@ -97,3 +98,35 @@ class SwayTest(Scenario):
         self.focus("titles")
         watch.wait_for(bundle=TITLES, title=FIRST)
         self.assertEqual(watch.end()["foreground"], "wlr-foreign-toplevel")
+
+
+class BarsTest(DesktopCase):
+    kind, programs = SwayDesktop, ("sway", "waybar", "i3blocks", "grim")
+
+    def colours(self):
+        """Of the screen."""
+        picture = self.desktop.run("grim", "-t", "ppm", "-").stdout
+        pixels = picture.split(b"\n", 3)[3]
+        return {pixels[at:at + 3].hex() for at in range(0, len(pixels), 3)}
+
+    def test_real_bars_follow_the_program(self):
+        desktop = self.desktop
+        desktop.start()
+        command = f"{desktop.orvanta} --bar"
+        colours = {"off": "123456", "active": "13ab35", "paused": "ab1337"}
+        config = {"modules-right": ["custom/orvanta"], "custom/orvanta": {
+            "exec": f"{command} waybar", "return-type": "json"}}
+        desktop.spawn("waybar", "-c", desktop.write("waybar.json", json.dumps(config)), "-s",
+                      desktop.write("waybar.css", "".join(
+                          f"#custom-orvanta.{name} {{ background: #{colour}; }}\n"
+                          for name, colour in colours.items())))
+        blocks = desktop.spawn("i3blocks", "-c", desktop.write("i3blocks", "\n".join((
+            "[orvanta]", f"command={command} i3blocks", "interval=persist", "format=json", ""))))
+        program = desktop.start_orvanta()
+        wait_for(lambda: colours["active"] in self.colours(), 20, "waybar shows the time")
+        desktop.run(desktop.orvanta, "--pause")
+        wait_for(lambda: colours["paused"] in self.colours(), 10, "waybar shows the pause")
+        self.assertNotIn(colours["active"], self.colours())
+        wait_for(lambda: "· pause" in output_of(blocks), 5, "i3blocks shows it")
+        end(program)
+        wait_for(lambda: not {*colours.values()} & self.colours(), 10, "nothing is left of it")

@@ -1,5 +1,7 @@
 """The other side of a tray: the watcher and the panel, as a test plays them."""
 
+import types
+
 import dbus
 import dbus.bus
 import dbus.mainloop.glib
@@ -36,18 +38,32 @@ class Watcher(dbus.service.Object):
 
 
 class Notifications(dbus.service.Object):
-    """The desktop's notes: `told` is what is in each."""
+    """The desktop's notes: `notes` are all of them, and `told` what is in each."""
 
     def __init__(self, host):
         super().__init__(host.bus, "/org/freedesktop/Notifications")
         host.bus.request_name("org.freedesktop.Notifications")
         self.told = []
+        self.notes = []
+        self.abilities = ["actions", "body"]
+
+    @dbus.service.method("org.freedesktop.Notifications", out_signature="as")
+    def GetCapabilities(self):
+        return self.abilities
 
     @dbus.service.method("org.freedesktop.Notifications", in_signature="susssasa{sv}i",
                          out_signature="u")
     def Notify(self, app, replaces, icon, summary, body, actions, hints, timeout):
         self.told.append(str(body))
+        words = [str(word) for word in actions]
+        self.notes.append(types.SimpleNamespace(
+            number=len(self.told), replaces=int(replaces), summary=str(summary), body=str(body),
+            actions=[*zip(words[::2], words[1::2])], hints=hints))
         return len(self.told)
+
+    @dbus.service.signal("org.freedesktop.Notifications", signature="us")
+    def ActivationToken(self, number, token):
+        """Lets a window of the program come to the front."""
 
     @dbus.service.signal("org.freedesktop.Notifications", signature="us")
     def ActionInvoked(self, number, action):

@@ -9,12 +9,14 @@ import urllib.request
 
 from desktop import ORVANTA, pass_time, wait_for
 
-# The first element of an XPath that a click in its middle would reach, and where that is.
+# The first element of an XPath that heeds a click and that one in its middle would reach, and where
+# that is.
 FIND = """
     const found = document.evaluate(arguments[0], document, null,
                                     XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
     for (let i = 0; i < found.snapshotLength; i++) {
         const element = found.snapshotItem(i);
+        if (element.matches(":disabled")) continue;
         element.scrollIntoView({block: "nearest"});
         const box = element.getBoundingClientRect();
         const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
@@ -125,6 +127,20 @@ class Page:
         wait_for(lambda: self.script(FOCUSED) is not None, 10, "a field has the focus")
         self.desktop.input("type", "--delay", "20", text)
         wait_for(lambda: self.script(FOCUSED).startswith(text), 10, f"{text} in the field")
+
+    def choose(self, text):
+        """In the list that has the focus, where letters that come slowly begin another search."""
+        def chosen():
+            self.desktop.input("type", "--delay", "20", text)
+            pass_time(1.2)  # what comes now begins another
+            return self.script(FOCUSED).startswith(text)
+        wait_for(chosen, 20, f"{text} in the list")
+
+    def choose_file(self, xpath, path):
+        """Gives the file to the input: the engine shows no panel while it is driven."""
+        found = self.request("POST", self.session + "/element", {"using": "xpath", "value": xpath})
+        self.request("POST", f"{self.session}/element/{next(iter(found.values()))}/value",
+                     {"text": path})
 
     def answer_panel(self, name, key, text=None):
         """Presses the key in the program's dialogue window of that name, where the text is typed before

@@ -193,7 +193,7 @@ class WindowTest(DesktopCase):
         page = Page(self.desktop)
         first = {given["path"]: given for given in page.script("return window.__first")}
         self.assertEqual(list(first), ["routes.list", "status", "store.status", "projects.list",
-                                       "day"])
+                                       "day", "goals.history"])
         for path in ("routes.list", "projects.list"):
             self.assertEqual(first[path]["answer"], page.ask(path), path)
         day = first["day"]
@@ -231,13 +231,31 @@ class WindowTest(DesktopCase):
         self.desktop.input("windowsize", window, str(width), str(height))
         wait_for(lambda: self.geometry() == (width, height), 10, "the new size")
 
-    def test_answers_that_came_late_are_not_shown_later(self):
+    def start_dashboard(self):
+        """With the real page, but without the program; returns the program's end of the socket."""
         del self.desktop.env["ORVANTA_WEB"]
         ours, theirs = socket.socketpair()
         self.addCleanup(ours.close)
         with theirs:
             self.desktop.spawn(ORVANTA + "-dashboard", f"--socket={theirs.fileno()}",
                                fds=(theirs.fileno(),))
+        return ours
+
+    def test_the_day_of_a_note_is_shown(self):
+        ours = self.start_dashboard()
+        asked = bytearray()
+
+        def is_asked(day):
+            while select.select([ours], [], [], 0)[0]:
+                asked.extend(ours.recv(1 << 16))
+            return b'"date":"%b"' % day.encode() in asked
+        ours.sendall(b'show ""\nday "2026-01-15"\n')
+        wait_for(lambda: is_asked("2026-01-15"), 20, "as soon as the page is there")
+        ours.sendall(b'day "2026-02-28"\n')
+        wait_for(lambda: is_asked("2026-02-28"), 10, "and in the page that is there")
+
+    def test_answers_that_came_late_are_not_shown_later(self):
+        ours = self.start_dashboard()
 
         def is_status_asked():
             ready, _, _ = select.select([ours], [], [], 0)

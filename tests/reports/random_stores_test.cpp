@@ -1,52 +1,24 @@
 #include "bridge/report_json.h"
 #include "reports/analytics.h"
 #include "reports/spans.h"
-#include "support/fake_desktop.h"
 #include "support/naive_reports.h"
-#include "support/random_store.h"
+#include "support/random_places.h"
 
 namespace orvanta::test {
 namespace {
-
-struct Place {
-  const char* zone;
-  std::vector<const char*> dates;  // the clock is changed on most of them
-};
-const std::vector<Place> kPlaces{
-    {"Europe/Paris", {"2024-03-31", "2024-10-27", "2024-12-31", "2024-07-14"}},
-    {"America/New_York", {"2024-03-10", "2024-11-03", "2024-02-29"}},
-    {"America/Santiago", {"2024-04-06", "2024-09-08", "2023-12-31"}},  // midnight is skipped
-    {"Africa/Cairo", {"2024-04-26", "2024-10-31"}},                    // and here
-};
 
 void expectSame(const json::object& actual, const json::object& expected) {
   EXPECT_EQ(actual.size(), expected.size());
   for (const auto& [key, value] : expected) EXPECT_EQ(actual.at(key), value) << key;
 }
 
-// Each seed is a store of its own in one file.
-struct RandomStores : testing::Test {
+struct RandomStores : RandomPlaces {
   template <class Compare>
   void forEachSeed(unsigned count, const Compare& compare) {
-    for (unsigned seed = 0; seed < count && !HasFailure(); ++seed) {
-      SCOPED_TRACE("seed " + std::to_string(seed));
-      Dice dice(seed);
-      const auto& place = dice.oneOf(kPlaces);
-      const LocalZone local(place.zone);
-      const Analytics analytics(store.db, clock.read(),
-                                Calendar(Glib::TimeZone::create(place.zone)));
-      compare(dice, analytics, naiveDay(dice.oneOf(place.dates)));
-    }
+    RandomPlaces::forEachSeed(count, [&](Dice& dice, const Calendar& calendar, int day) {
+      compare(dice, Analytics(store.db, clock.read(), calendar), day);
+    });
   }
-  // Midnights around a day.
-  static std::vector<double> edges(int firstDay, int lastDay) {
-    std::vector<double> list;
-    for (int day = firstDay; day <= lastDay; ++day) list.push_back(naiveStart(day));
-    return list;
-  }
-
-  TempStore store;
-  FakeClock clock;
 };
 
 TEST_F(RandomStores, GiveTheSameDayAsTheNaiveReport) {

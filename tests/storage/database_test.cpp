@@ -62,7 +62,7 @@ TEST_F(DatabaseTest, FirstStartMakesEverythingForTheOwnerOnly) {
   const auto where = folder.location();
   EXPECT_TRUE(log.lines().empty());
   EXPECT_EQ(db.allSettings(), defaultSettings());
-  EXPECT_EQ(db.query("SELECT 1 FROM sqlite_master WHERE type='table'").size(), 7U);
+  EXPECT_EQ(db.query("SELECT 1 FROM sqlite_master WHERE type='table'").size(), 11U);
   EXPECT_EQ(db.query("PRAGMA journal_mode").front().str("journal_mode"), "wal");
   EXPECT_EQ(db.query("PRAGMA page_size").front().int_("page_size"), 1024);
   EXPECT_EQ(modeOf(where.dir), 0700U);

@@ -48,6 +48,15 @@ struct SalvageTest : testing::Test {
     execute(store, "UPDATE events SET title = title || hex(zeroblob(900)) WHERE id % 50 = 3");
     execute(store, "DELETE FROM events WHERE id BETWEEN 40 AND 60");
     execute(store, "INSERT INTO indexed_days VALUES (99, 7)");
+    execute(
+        store,
+        "INSERT INTO project_terms VALUES (1,'EUR',8550,1,36000,'2026-01-01',15,'up','day'),"
+        "(2,'CHF',NULL,0,NULL,NULL,NULL,NULL,NULL);"
+        "INSERT INTO goals VALUES (1,'site','a.fr',NULL,'day','most',3600,1.5e9),"
+        "(2,'project','',7,'week','least',36000,1600000000);"
+        "INSERT INTO goal_told VALUES (1,1,'2026-10-01',80),(2,2,'2026-09-28',100);"
+        "INSERT INTO sheets VALUES (3,1.5e9,'Octobre','Ada','2026-10-01','2026-10-31',2,NULL,"
+        "'{\"rows\":[]}'),(4,1600000000,'','','2026-10-01','2026-10-31',1,7,hex(zeroblob(900)))");
     execute(store, "PRAGMA wal_checkpoint(TRUNCATE)");
     if (more > 0) fillStore(store, more, 1'000'000 + spans * 10);
     return {bytesIn(file), bytesIn(walOf(file))};
@@ -61,7 +70,8 @@ struct SalvageTest : testing::Test {
 
   // As in the store that the bytes were put into.
   void expectSame() const {
-    for (const auto* table : {"events", "projects", "rules", "settings"}) {
+    for (const auto* table : {"events", "projects", "rules", "settings", "project_terms", "sheets",
+                              "goals", "goal_told"}) {
       const auto sql = std::string("SELECT * FROM ") + table;
       EXPECT_EQ(saved(sql), rowsOf(folder_.path() / "same.db", sql));
     }
@@ -185,17 +195,16 @@ void readInto(Rows& rows, const FileConnection& store, const std::string& sql) {
     const bool sound = times && row.dbl(1) <= row.dbl(2);
     // Every column is read; text that damage has put in one of numbers may become a number.
     constexpr int kIdle = 8;
-    for (int i = 1; i < std::min(kIdle, row.columns()); ++i) {
+    const int last = row.columns() - 1;  // the row id, whatever damage makes of the first column
+    for (int i = 1; i < std::min(kIdle, last); ++i) {
       const auto value = row.value(i);
       if (value.integer()) text += fmt::format("{}|", static_cast<double>(*value.integer()));
       if (value.real()) text += fmt::format("{}|", *value.real());
       if (value.text()) text += std::string(value.text()->c_str()) + "|";
       if (value.isNull()) text += "-|";
     }
-    // Damage to the table's definition may make a column of its own of the key.
-    const auto id = row.int_(0);
-    if (id && sound && std::abs(row.dbl(1)) < 2e11 && std::abs(row.dbl(2)) < 2e11) {
-      rows[*id].insert(text);
+    if (sound && std::abs(row.dbl(1)) < 2e11 && std::abs(row.dbl(2)) < 2e11) {
+      rows[row.int_(last).value_or(0)].insert(text);
     }
   });
 }
@@ -207,10 +216,11 @@ Rows readable(const fs::path& file, bool& whole) {
   whole = store && rowsOf(store, "PRAGMA quick_check") == Texts{"ok|"};
   if (!store) return rows;
   sqlite3_db_config(store.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  const std::string select = "SELECT * FROM events ";
-  readInto(rows, store, select + "NOT INDEXED ORDER BY id LIMIT 5000");
-  readInto(rows, store, select + "NOT INDEXED ORDER BY id DESC LIMIT 5000");
-  for (int id = 1; id <= 420; ++id) readInto(rows, store, select + fmt::format("WHERE id={}", id));
+  const std::string select = "SELECT *, rowid FROM events ";
+  readInto(rows, store, select + "NOT INDEXED ORDER BY rowid LIMIT 5000");
+  readInto(rows, store, select + "NOT INDEXED ORDER BY rowid DESC LIMIT 5000");
+  for (int id = 1; id <= 420; ++id)
+    readInto(rows, store, select + fmt::format("WHERE rowid={}", id));
   return rows;
 }
 
@@ -306,7 +316,7 @@ TEST_P(DamagedStores, GiveUpEveryRowThatSqliteCanReadAndStayAsTheyAre) {
     EXPECT_TRUE(checkStore(fresh_, {.full = true}).whole);
     const auto fresh = FileConnection::reading(fresh_);
     Rows found;
-    readInto(found, fresh, "SELECT * FROM events");
+    readInto(found, fresh, "SELECT *, rowid FROM events");
     for (const auto& [id, texts] : rows) {
       ASSERT_TRUE(found.contains(id)) << id << " " << *texts.begin() << report.sentence;
       EXPECT_TRUE(texts.contains(*found[id].begin())) << id;

@@ -23,7 +23,9 @@ namespace json = boost::json;
 struct FakeShell : Shell {
   void post(std::function<void()> task) override { task(); }
   void quit() override { asked.emplace_back("quit"); }
-  void showDashboard(const std::string& token) override { asked.push_back("show " + token); }
+  void showDashboard(const std::string& token, const std::string& /*day*/) override {
+    asked.push_back("show " + token);
+  }
   void prepareDashboard() override { asked.emplace_back("prepare"); }
   void refreshMenu() override { asked.emplace_back("menu"); }
   void tell(const std::string& sentence) override { asked.push_back("tell " + sentence); }

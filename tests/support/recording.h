@@ -17,7 +17,7 @@ struct Recording {
   TempStore store;
   FakeDesktop desktop;
   FakeClock clock;
-  LiveState live{clock.read(), false};
+  LiveState live{clock.read()};
   Engine engine{store.db, desktop.collectors, live, clock.read(), clock.uptime()};
 };
 

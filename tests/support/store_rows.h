@@ -56,7 +56,8 @@ inline constexpr auto kLegacyTables =
 /// All rows of these tables, exactly; random identifiers by their length. Without the figures of a
 /// change, which are stored after it.
 inline std::string rowsOf(const std::filesystem::path& file,
-                          const Texts& tables = {"events", "rules", "projects", "settings"}) {
+                          const Texts& tables = {"events", "rules", "projects", "project_terms",
+                                                 "settings"}) {
   OtherProgram other(file);
   std::string text;
   for (const auto& table : tables) {

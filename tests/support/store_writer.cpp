@@ -79,7 +79,7 @@ class StoreWriter {
     TimeRange range{begin_ + dice_.upTo(static_cast<int>(clock_.now - begin_)) - 300.5, 0};
     range.end = range.start + dice_.upTo(600);
     if (!engine_->hold(range)) return;
-    range.end = std::min(range.end, engine_->cut().value_or(range.end));
+    range.end = std::min(range.end, engine_->limit().value_or(range.end));
     const bool changed = bool{program_.core.history.record([&](Transaction& change) {
       orvanta::assignRange(change, range, fmt::format("c{}", dice_.upTo(3)), project);
       return ChangeNote{.kind = "assignRange"};
@@ -98,7 +98,7 @@ class StoreWriter {
   test::Program program_;
   test::FakeClock clock_;
   const double begin_;
-  LiveState live_{clock_.read(), false};
+  LiveState live_{clock_.read()};
   std::unique_ptr<Engine> engine_;
   test::Dice dice_{std::random_device()()};
   int away_ = 0;

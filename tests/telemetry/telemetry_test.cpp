@@ -9,6 +9,7 @@
 #include <set>
 
 #include "base/gobject_ref.h"
+#include "support/documents.h"
 #include "support/fake_desktop.h"
 #include "support/temp_store.h"
 #include "telemetry/version.h"
@@ -228,6 +229,9 @@ TEST_F(TelemetryTest, OneErrorADayIsToldAndCutShort) {
   EXPECT_EQ(service.events.at(0).at("error").as_string(), characters.substr(0, 500 * 2));
   EXPECT_EQ(service.events.at(1).at("error"), "sql: no such column: nonsense");
   EXPECT_EQ(service.events.at(1).at("install_id"), "mine");
+  std::multiset<std::string> fields;
+  for (const auto& field : service.events.at(1).as_object()) fields.insert(field.key());
+  EXPECT_EQ(namesOf(tablesOf("confidentialite.md").at("Ce qui peut quitter l’ordinateur")), fields);
   store.db.setErrorReport({});
 }
 

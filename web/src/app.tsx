@@ -1,8 +1,10 @@
 import type { ComponentChildren, RefObject } from "preact";
 import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
-import type { Day, Status } from "./bridge/routes";
+import type { DateRange, Day, Status } from "./bridge/routes";
 import { type Loaded, useAnswer } from "./client";
+import { everything, saveFilter } from "./model/filter";
 import { loadPlace, savePlace, type Place } from "./model/place";
+import { current, rangeOf, stepped } from "./model/range";
 import { addDays, dayOf } from "./model/time";
 import { Guard } from "./ui/guard";
 import { Header } from "./ui/header";
@@ -11,14 +13,18 @@ import { Button, Failure, titleId } from "./ui/parts";
 import { useRegions } from "./ui/regions";
 import { useRoving } from "./ui/roving";
 import { Said } from "./ui/said";
+import { useSearchKey } from "./ui/use_search_key";
 import { useShortcuts } from "./ui/shortcuts";
+import { useShownDay } from "./ui/shown_day";
 import { StoreBanner, StoreNotice } from "./ui/store_banner";
 import { type Notice, NoticeProvider, Toast, useSend } from "./ui/toast";
+import { Guide } from "./views/guide";
 import type { ViewProps } from "./views/props";
 import { viewOf, views } from "./views/registry";
 import { LearntPanel } from "./views/rules/pending_rules";
 import { learntSentence, usePending } from "./views/rules/use_pending";
 import { ShortcutHelp } from "./views/shortcut_help";
+import { SearchDialog } from "./views/search/search_dialog";
 import { Welcome } from "./views/welcome";
 
 export function App() {
@@ -43,22 +49,20 @@ function Page({ place, go }: PageProps) {
   const send = useSend();
   const status = useAnswer("status", {}, 3);
   const { pending, shown, putOff } = usePending();
-  const [help, setHelp] = useState(false);
+  const [over, setOver] = useState<Over>(null);
+  useSearchKey(() => setOver("search"));
   const [welcome, setWelcome] = useState(false);
   const today = dayOf(status.answer?.now ?? Date.now() / 1000);
-  const day = place.day !== null && place.day <= today ? place.day : today;
-
-  const onDay = (to: Day, view = place.view) => go({ view, day: to >= today ? null : to });
+  const { step, back, ...ways } = useWays(place, go, today);
+  useShownDay(ways.onOpenDay);
   const props: ViewProps = {
     status: status.answer,
-    day,
     today,
     pending,
-    onDay,
-    onOpenDay: (to) => onDay(to, "day"),
+    ...ways,
     onWelcome: () => setWelcome(true),
   };
-  const { id, dated = 0, component: View } = viewOf(place.view);
+  const { id, component: View } = viewOf(place.view);
 
   const welcoming = status.answer !== undefined && (!status.answer.onboarded || welcome);
   const [main, arrive] = useArrival(id, welcoming);
@@ -71,10 +75,11 @@ function Page({ place, go }: PageProps) {
   const togglePause = () => send(status.answer?.paused ? "tracker.resume" : "tracker.pause", {});
   useShortcuts({
     ...Object.fromEntries(views.map((view) => [view.key, () => toView(view.id)])),
-    "?": () => setHelp(true),
-    a: () => go({ day: null }),
-    ArrowLeft: () => dated > 0 && onDay(addDays(day, -dated)),
-    ArrowRight: () => dated > 0 && onDay(addDays(day, dated)),
+    "?": () => setOver("keys"),
+    F1: () => setOver("guide"),
+    a: back,
+    ArrowLeft: () => step(-1),
+    ArrowRight: () => step(1),
     "Shift+P": togglePause,
   });
 
@@ -97,7 +102,8 @@ function Page({ place, go }: PageProps) {
         version={status.answer?.version}
         waiting={pending.length}
         onView={(view) => go({ view })}
-        onHelp={() => setHelp(true)}
+        onSearch={() => setOver("search")}
+        onHelp={() => setOver("keys")}
       />
       <div class="body">
         <Header status={status.answer} onToggle={togglePause} />
@@ -115,9 +121,31 @@ function Page({ place, go }: PageProps) {
         </div>
         <Said class="sr-only" text={shown.length > 0 && learntSentence(shown.length)} />
       </div>
-      {help && <ShortcutHelp onClose={() => setHelp(false)} />}
+      <OverPage over={over} onOpenDay={ways.onOpenDay} onClose={() => setOver(null)} />
     </div>
   );
+}
+
+/** The days that the views show, and the ways to others. */
+function useWays(place: Place, go: PageProps["go"], today: Day) {
+  const { dated = 0 } = viewOf(place.view);
+  const day = place.day !== null && place.day <= today ? place.day : today;
+  const month = rangeOf("month", today);
+  const range = place.range !== null && place.range.from <= today ? place.range : month;
+  const onDay = (to: Day, view = place.view) => go({ view, day: to >= today ? null : to });
+  const onRange = (to: DateRange) => {
+    if (to.from <= today) go({ range: to.from === month.from && to.to === month.to ? null : to });
+  };
+  const onOpenDay: ViewProps["onOpenDay"] = (to, filter) => {
+    if (filter) saveFilter({ ...everything, ...filter });
+    onDay(to, "day");
+  };
+  const step = (direction: -1 | 1) => {
+    if (dated === 0) return false;
+    return dated === "range" ? onRange(stepped(range, direction)) : onDay(addDays(day, dated * direction));
+  };
+  const back = () => (dated === "range" ? onRange(current(range, today)) : go({ day: null }));
+  return { day, range, onDay, onRange, onOpenDay, step, back };
 }
 
 interface MainProps {
@@ -158,10 +186,11 @@ interface SidebarProps {
   /** How many learnt rules nobody has confirmed. */
   waiting: number;
   onView: (view: string) => void;
+  onSearch: () => void;
   onHelp: () => void;
 }
 
-function Sidebar({ view, version, waiting, onView, onHelp }: SidebarProps) {
+function Sidebar({ view, version, waiting, onView, onSearch, onHelp }: SidebarProps) {
   const nav = useRoving<HTMLElement>("column");
   return (
     <nav class="side" aria-label="Vues" data-region ref={nav}>
@@ -197,6 +226,10 @@ function Sidebar({ view, version, waiting, onView, onHelp }: SidebarProps) {
         ))}
       </ul>
       <div class="side-foot">
+        <button type="button" class="nav" title="Retrouver (Ctrl+K)" aria-keyshortcuts="Control+K" onClick={onSearch}>
+          <Icon name="search" />
+          <span>Retrouver</span>
+        </button>
         <button type="button" class="nav" title="Raccourcis clavier (?)" onClick={onHelp}>
           <Icon name="keyboard" />
           <span>Raccourcis</span>
@@ -235,4 +268,19 @@ function Banners({ status }: { status: Status }) {
       )}
     </>
   );
+}
+
+/** The one thing that lies over the page. */
+type Over = "search" | "keys" | "guide" | null;
+
+interface OverProps {
+  over: Over;
+  onOpenDay: ViewProps["onOpenDay"];
+  onClose: () => void;
+}
+
+function OverPage({ over, onOpenDay, onClose }: OverProps) {
+  if (over === "search") return <SearchDialog {...{ onOpenDay, onClose }} />;
+  if (over === "keys") return <ShortcutHelp onClose={onClose} />;
+  return over === "guide" ? <Guide onClose={onClose} /> : null;
 }

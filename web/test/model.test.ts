@@ -61,6 +61,21 @@ test("a filter ignores case and accents, and hides time away while it narrows", 
   assert.equal(found({ text: "equipe REUNION" }), 1);
   assert.equal(found({ project: 3 }), 1);
   assert.equal(found({ text: "absent" }), 0);
+  assert.equal(found({ client: { name: "Musée", projects: [3, 4] } }), 1);
+  assert.equal(found({ client: { name: "Musée", projects: [] } }), 0, "what has no project has no client");
+});
+
+test("an hour of the clock has every block that touches it, twice where the clock goes back", () => {
+  // In Paris three o’clock became two at 01:00 UTC.
+  const at = (time: string) => Date.parse(`2026-10-25T${time}Z`) / 1000;
+  const blocks = [
+    block({ start: at("00:10:00"), end: at("00:20:00") }), // 02:10
+    block({ start: at("01:10:00"), end: at("01:20:00") }), // 02:10 again
+    block({ start: at("01:50:00"), end: at("03:10:00") }), // 02:50 to 04:10
+    block({ start: at("02:00:00"), end: at("02:00:05") }), // 03:00
+  ];
+  const found = (hour: number) => filterBlocks(blocks, { ...everything, hour }).map((one) => blocks.indexOf(one));
+  assert.deepEqual([1, 2, 3, 4, 5].map(found), [[], [0, 1, 2], [2, 3], [2], []]);
 });
 
 const segment = (start: number, end: number, cat: Segment["cat"] = "travail"): Segment => ({
@@ -220,7 +235,7 @@ test("an effect in words: what is gained first, French figures, only what there 
     "+ 1 768 h Boutique, − 35 min Atelier, − 576 h Loisir, depuis nov. 2024.",
   );
   assert.deepEqual(
-    filledMonths(effect).map(({ month, seconds }) => `${month} ${seconds}`),
+    filledMonths(effect.months).map(({ month, seconds }) => `${month} ${seconds}`),
     ["2024-11 60", "2024-12 0", "2025-01 0", "2025-02 120"],
   );
   assert.equal(effectText({ ...effect, spans: 0 }), "Rien ne change dans le passé.");

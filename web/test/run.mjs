@@ -1,5 +1,6 @@
 // The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "day",
-// "effects", "settings", "store" and "layout" (in a real browser); all of them without arguments.
+// "period", "effects", "settings", "goals", "store", "moments"
+// and "layout" (in a real browser); all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -39,9 +40,12 @@ const suites = {
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
   day: () => run("--test", join(here, "day.test.mjs")),
+  period: () => run("--test", join(here, "period.test.mjs")),
   effects: () => run("--test", join(here, "effects.test.mjs")),
   settings: () => run("--test", join(here, "settings.test.mjs")),
+  goals: () => run("--test", join(here, "goals.test.mjs")),
   store: () => run("--test", join(here, "store.test.mjs")),
+  moments: () => run("--test", join(here, "moments.test.mjs")),
   layout: () => run("--test", join(here, "layout.test.mjs")),
 };
 const wanted = process.argv.length > 2 ? process.argv.slice(2) : Object.keys(suites);

@@ -59,6 +59,61 @@ const unfold = (page, place) => page.locator(`${place} .effect-fold > summary`).
 const rowAction = (row, index) => (page) =>
   page.locator(".project-row", { hasText: row }).locator("button").nth(index).click();
 
+// Two projects that are billed, by one client.
+const bill = async (page) => {
+  const say = page.program.ask.bind(page.program);
+  const terms = { currency: "EUR", rate: 8550, billable: true, budget: 360_000, budget_from: "2026-11-01", rounding: 15 };
+  for (const project of (await say("projects.list")).filter(({ id }) => id === 1 || id === 3)) {
+    const { id, name, color, category, keywords } = project;
+    await say("projects.save", { id, name, color, category, keywords, client: "Galerie Lumière", terms });
+  }
+  await page.reload();
+  await page.waitForSelector("[data-view]");
+};
+// The sheet of the month is frozen, and then no more as it was.
+const frozen = async (page) => {
+  await bill(page);
+  await page.program.ask("sheets.freeze", { from: "2026-11-01", to: "2026-11-30" });
+  await page.program.ask("events.assign", { ids: await idsOf(page, "2026-11-17"), category: "travail", project_id: 1 });
+  await page.reload();
+  await page.locator(".frozen .link").first().click();
+  await page.waitForSelector(".sheet-diff");
+};
+const unfrozen = async (page) => {
+  for (const { id } of await page.program.ask("sheets.list")) await page.program.ask("sheets.delete", { id });
+  await takeBack(3)(page);
+};
+
+// A goal of each sort: reached, on the way, exceeded.
+const goals = (view) => async (page) => {
+  const wishes = [
+    { subject: "category", value: "travail", bound: "least", period: "day", seconds: 6 * 3600 },
+    { subject: "category", value: "loisir", bound: "most", period: "day", seconds: 1800 },
+    { subject: "project", project_id: 3, bound: "least", period: "week", seconds: 7200 },
+    { subject: "site", value: "youtube.com", bound: "most", period: "week", seconds: 4 * 3600 },
+  ];
+  for (const wish of wishes) await page.program.ask("goals.save", wish);
+  await page.reload();
+  await page.waitForSelector(view);
+};
+const table = [
+  "Début;Fin;Tâche;Projet",
+  "2026-09-07 09:00;2026-09-07 12:30;Entretien <b>client</b>;Conseil",
+  "2026-10-12 14:00;2026-10-12 17:15;Rapport;Conseil",
+  "2026-11-19 10:00;2026-11-19 11:00;Déjà là;Portfolio",
+  "hier;2026-10-13 10:00;?;",
+].join("\n");
+const importing = async (page) => {
+  const file = { name: "heures d’avant.csv", mimeType: "text/csv", buffer: Buffer.from(table) };
+  await page.locator('input[type="file"]').setInputFiles(file);
+  await page.waitForSelector(".months");
+};
+
+const year = async (page) => {
+  await page.getByText("Année", { exact: true }).click();
+  await page.getByLabel("Ce que les barres montrent").selectOption("app");
+};
+
 // What is done in a view: its name, the view's id, the doing. Those that write take it back themselves.
 const acts = [
   ["jour-bloc", "day", (page) => block(page, 1)],
@@ -116,6 +171,17 @@ const acts = [
     },
     takeBack(4),
   ],
+  [
+    "jour-absence",
+    "day",
+    async (page) => {
+      await page.getByRole("listbox").evaluate((list) => list.scrollIntoView());
+      await page.locator(".block.idle").first().click();
+      await page.waitForSelector(".offered");
+    },
+  ],
+  ["jour-moment", "day", (page) => page.keyboard.press("n")],
+  ["semaine-trous", "week", (page) => page.keyboard.press("t")],
   ["jour-calendrier", "day", (page) => page.keyboard.press("c")],
   [
     "jour-supprimer",
@@ -125,6 +191,27 @@ const acts = [
       await page.keyboard.press("Delete");
     },
   ],
+  ["jour-objectifs", "day", goals(".goals"), takeBack(4)],
+  ["reglages-objectifs", "settings", async (page) => (await goals(".goal-row")(page), await section("Objectifs et limites")(page)), takeBack(4)],
+  ["objectif-editeur", "settings", (page) => press(page, "Ajouter un objectif…")],
+  ["periode-objectifs", "period", async (page) => (await goals(".goal-days")(page), await section("Objectifs et limites")(page)), takeBack(4)],
+  ["importer", "settings", importing],
+  [
+    "exclure",
+    "day",
+    async (page) => {
+      await block(page, 1);
+      await press(page, "Exclure…");
+      await page.getByRole("radio").last().check();
+    },
+  ],
+  ["periode-jours", "period", (page) => page.locator(".period-lists .share").first().click()],
+  ["periode-calendrier", "period", (page) => page.keyboard.press("c")],
+  ["feuille-client", "sheet", bill, takeBack(2)],
+  ["feuille-figer", "sheet", (page) => press(page, "Figer…")],
+  ["feuille-figee", "sheet", frozen, unfrozen],
+  ["feuille-a-ranger", "sheet", (page) => page.locator(".to-file").click()],
+  ["projets-clients", "projects", bill, takeBack(2)],
   ["projet-editeur", "projects", (page) => page.locator(".row-actions button").first().click()],
   [
     "projet-mots-cles",
@@ -181,7 +268,30 @@ const acts = [
     },
   ],
   ["quitter", "settings", (page) => press(page, "Quitter Orvanta")],
+  [
+    "retrouver",
+    "week",
+    async (page) => {
+      await page.keyboard.press("Control+k");
+      await page.keyboard.type("le monde");
+      await page.locator(".found-row").first().waitFor();
+      await page.waitForTimeout(300); // the answer to the last key
+      await page.keyboard.press("ArrowDown");
+    },
+  ],
+  [
+    "retrouver-attribuer",
+    "day",
+    async (page) => {
+      await page.keyboard.press("Control+k");
+      await page.keyboard.type("github");
+      await page.locator(".found-row").first().click();
+      await press(page, "Attribuer…");
+      await page.locator(".effect-now").waitFor();
+    },
+  ],
   ["raccourcis", "day", (page) => page.keyboard.press("?")],
+  ["guide", "day", (page) => page.keyboard.press("F1")],
 ];
 
 /**
@@ -200,6 +310,7 @@ export async function listScenes(stage) {
       scenes: [...all(), ...acts.map(([name, id, act, after]) => ({ name, view: of(id), act, after }))],
     },
     { open: { make: ["--kind", "odd", "--days", "2"] }, scenes: all("-etrange") },
+    { open: { make: ["--days", "730"] }, scenes: [{ name: "periode-annee", view: of("period"), act: year }] },
     { open: { make: ["--blocks", "400"] }, scenes: [{ name: "jour-400", view: of("day") }] },
     { open: { make: ["--kind", "empty"] }, scenes: all("-vide") },
     { open: { blind: true }, scenes: [{ name: "jour-sans-titres", view: of("day") }] },

@@ -16,7 +16,7 @@ const banner = (page) => page.locator(".store-trouble");
 const shown = async (locator) => plain(await locator.innerText());
 const toast = (page, text) => page.locator(".toast", { hasText: text }).waitFor();
 const writes = (page) =>
-  page.asked.splice(0).filter(([route]) => /^(events|rules|projects|changes)\.(?!list|preview|pending|origins)/.test(route));
+  page.asked.splice(0).filter(([route]) => /^(events|rules|projects|changes)\.(?!list|preview|pending|origins|hours|terms)/.test(route));
 const view = async (page, key, title) => {
   await page.keyboard.press(key);
   await page.getByRole("heading", { level: 1, name: title }).waitFor();

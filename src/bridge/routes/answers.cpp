@@ -44,6 +44,14 @@ Date dateIn(Core& core, const Body& body, std::string_view key) {
   return date ? *date : core.analytics.today();
 }
 
+DateRange datesIn(Core& core, const Body& body) {
+  const auto from = dateIn(core, body, "from");
+  const DateRange range{from, body.s("to") ? dateIn(core, body, "to") : from};
+  if (range.to < range.from) throw AppError("la fin de la période précède son début");
+  if (range.days() > kMostDays) throw AppError("période trop longue : vingt ans au plus");
+  return range;
+}
+
 TimeRange rangeIn(const Body& body) {
   const auto start = body.d("start");
   const auto end = body.d("end");
@@ -57,6 +65,12 @@ std::optional<std::string> projectName(Core& core, const std::optional<int64_t>&
   core.db.each("SELECT name FROM projects WHERE id=?", {*id},
                [&](const Cursor& row) { name = row.str(0); });
   return name;
+}
+
+boost::json::object unwritten(const std::string& problem) {
+  return {{"ok", true},
+          {"written", false},
+          {"message", "L’export n’a pas pu être écrit : " + problem + "."}};
 }
 
 std::string_view storedText(const std::string& text) {

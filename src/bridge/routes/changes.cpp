@@ -64,9 +64,9 @@ using Act = std::function<void()>;
 
 // Only what record() makes, and nothing before it: else more would be done than can be taken back.
 Act actOf(Core& core, const json::value* path, const json::value* arguments) {
-  static constexpr std::array<std::string_view, 8> kRehearsable{
-      "rules.save",      "rules.delete",     "rules.defaults", "projects.save",
-      "projects.delete", "projects.archive", "events.assign",  "events.assignRange"};
+  static constexpr std::array<std::string_view, 9> kRehearsable{
+      "rules.save",       "rules.delete",  "rules.defaults",     "projects.save", "projects.delete",
+      "projects.archive", "events.assign", "events.assignRange", "moments.add"};
   const auto* name = path ? path->if_string() : nullptr;
   const bool known = name && std::find(kRehearsable.begin(), kRehearsable.end(),
                                        std::string_view(*name)) != kRehearsable.end();
@@ -144,10 +144,10 @@ json::value redo(Core& core, const Body& body) {
 }
 
 constexpr Route kRoutes[]{
-    {"changes.preview", RouteKind::Read, preview},
-    {"changes.list", RouteKind::Read, list},
-    {"changes.undo", RouteKind::Write, undo},
-    {"changes.redo", RouteKind::Write, redo},
+    {"changes.preview", RouteKind::Read, preview, "path, body, steps"},
+    {"changes.list", RouteKind::Read, list, "limit"},
+    {"changes.undo", RouteKind::Write, undo, "id"},
+    {"changes.redo", RouteKind::Write, redo, "id"},
 };
 
 }  // namespace

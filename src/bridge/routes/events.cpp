@@ -159,10 +159,10 @@ json::value explain(Core& core, const Body& body) {
 }
 
 constexpr Route kRoutes[]{
-    {"events.explain", RouteKind::Read, explain},
-    {"events.assign", RouteKind::Write, assign},
-    {"events.assignRange", RouteKind::Write, assignRange},
-    {"events.delete", RouteKind::Ask, remove},
+    {"events.explain", RouteKind::Read, explain, "ids"},
+    {"events.assign", RouteKind::Write, assign, "ids, category, project_id, clear"},
+    {"events.assignRange", RouteKind::Write, assignRange, "start, end, category, project_id"},
+    {"events.delete", RouteKind::Ask, remove, "ids, start, end, preview"},
 };
 
 }  // namespace

@@ -117,12 +117,12 @@ constexpr Route kRoutes[]{
     {"permissions.status", RouteKind::Read, status},
     {"permissions.sources", RouteKind::Read, sources},
     {"permissions.browsers", RouteKind::Read, browsers},
-    {"permissions.connectBrowser", RouteKind::Write, connectBrowser},
-    {"permissions.openBrowserPage", RouteKind::Ask, openBrowserPage},
+    {"permissions.connectBrowser", RouteKind::Write, connectBrowser, "bundle"},
+    {"permissions.openBrowserPage", RouteKind::Ask, openBrowserPage, "bundle, step"},
     {"permissions.requestAccessibility", RouteKind::Read, requestAccessibility},
-    {"permissions.testBrowser", RouteKind::Ask, testBrowser},
+    {"permissions.testBrowser", RouteKind::Ask, testBrowser, "bundle"},
     {"permissions.openAutomation", RouteKind::Read, openAutomation},
-    {"launchAtLogin", RouteKind::Write, launchAtLogin},
+    {"launchAtLogin", RouteKind::Write, launchAtLogin, "enabled"},
 };
 
 }  // namespace

@@ -41,6 +41,9 @@ json::value status(Core& core, const Body& /*body*/) {
       {"version", core.telemetry.appVersion()},
       {"update", newer ? json::value({{"version", newer->version}, {"url", newer->url}})
                        : json::value(nullptr)}};
+  if (const auto pause = tracker.pause(); pause && pause->until && tracker.paused()) {
+    answer["paused_until"] = *pause->until;
+  }
   if (const auto check = core.telemetry.updateCheck(); check != UpdateCheck::None) {
     answer["update_check"] = textOf(check);
   }
@@ -55,13 +58,20 @@ json::value status(Core& core, const Body& /*body*/) {
 json::value routesList(Core& /*core*/, const Body& /*body*/) {
   json::array list;
   for (const auto* route : Router::routes()) {
-    list.push_back({{"name", route->name}, {"kind", nameOf(route->kind)}});
+    list.push_back(
+        {{"name", route->name}, {"kind", nameOf(route->kind)}, {"arguments", route->arguments}});
   }
   return list;
 }
 
 json::value pause(Core& core, const Body& /*body*/) {
   return told(core, core.tracker.setPaused(true));
+}
+
+json::value pauseFor(Core& core, const Body& body) {
+  const auto until = pauseEnd(body.s("length").value_or(""), core.clock(), core.calendar);
+  if (!until) throw AppError(kNoPauseLength);
+  return told(core, core.tracker.setPaused(true, until), {{"ok", true}, {"until", *until}});
 }
 
 json::value resume(Core& core, const Body& /*body*/) {
@@ -110,11 +120,12 @@ constexpr Route kRoutes[]{
     {"status", RouteKind::Read, status},
     {"routes.list", RouteKind::Read, routesList},
     {"tracker.pause", RouteKind::Write, pause},
+    {"tracker.pauseFor", RouteKind::Write, pauseFor},
     {"tracker.resume", RouteKind::Write, resume},
-    {"tracker.project", RouteKind::Write, setProject},
-    {"telemetry.set", RouteKind::Write, setTelemetry},
+    {"tracker.project", RouteKind::Write, setProject, "project_id"},
+    {"telemetry.set", RouteKind::Write, setTelemetry, "enabled"},
     {"update.check", RouteKind::Read, checkUpdate},
-    {"openURL", RouteKind::Read, openUrl},
+    {"openURL", RouteKind::Read, openUrl, "url"},
     {"revealData", RouteKind::Read, revealData},
     {"quit", RouteKind::Read, quit},
 };

@@ -2,9 +2,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/text.h"
 #include "bridge/change_labels.h"
 #include "bridge/routes/routes.h"
+#include "bridge/terms.h"
 #include "classify/kept_time.h"
+#include "classify/rule_set.h"
 #include "storage/free_id.h"
 
 namespace orvanta {
@@ -23,6 +26,16 @@ void keepId(Core& core, int64_t id) {
   core.highestProject = std::max<int64_t>(core.highestProject, id);
 }
 
+// What only some who save a project know of: left as it is where it is not sent.
+void saveMore(Transaction& change, int64_t id, const Body& body,
+              const std::optional<ProjectTerms>& terms) {
+  if (body.find("client")) {
+    const auto client = unlessBlank(body.trimmed("client").value_or(""));
+    change.run("UPDATE projects SET client=? WHERE id=?", {client, id});
+  }
+  if (terms) saveTerms(change, id, *terms);
+}
+
 json::value save(Core& core, const Body& body) {
   const Project usual;
   const auto name = body.trimmed("name").value_or("");
@@ -31,6 +44,7 @@ json::value save(Core& core, const Body& body) {
   const auto id = body.i("id");
   const Args common{name, body.s("color").value_or(usual.color),
                     body.s("category").value_or(usual.category), body.trimmed("keywords")};
+  const auto terms = termsIn(body);
   int64_t added = 0;
   const auto written = core.history.record([&](Transaction& change) {
     auto args = common;
@@ -47,7 +61,9 @@ json::value save(Core& core, const Body& body) {
           "INSERT INTO projects(name, color, category, keywords, id, created) VALUES (?1,?2,?3,?4,"
           "?5,?6)",
           args);
+      dropTerms(change, added);  // of a project that had this number before
     }
+    saveMore(change, id.value_or(added), body, terms);
     return ChangeNote{.kind = "project.save", .label = labels::projectSaved(name)};
   });
   if (id) {
@@ -59,6 +75,32 @@ json::value save(Core& core, const Body& body) {
   if (!written) throw AppError(core.db.whyNot(written));
   keepId(core, added);
   return {{"ok", true}, {"id", added}};
+}
+
+json::value terms(Core& core, const Body& /*body*/) {
+  bool whole = true;
+  const auto projects = loadProjects(core.db, &whole);
+  const auto terms = loadTerms(core.db, &whole);
+  if (!whole) throw AppError(troubleOr(core, "le fichier des données ne peut pas être lu"));
+  json::array list;
+  for (const auto& [id, project] : projects) {
+    const auto found = terms.find(id);
+    auto object = termsJson(found == terms.end() ? ProjectTerms() : found->second);
+    object["project_id"] = id;
+    object["client"] = project.client;
+    list.push_back(std::move(object));
+  }
+  return list;
+}
+
+json::value hours(Core& core, const Body& /*body*/) {
+  const auto terms = loadTerms(core.db);
+  json::array list;
+  for (const auto& hours : core.analytics.projectHours()) {
+    const auto found = terms.find(hours.project);
+    list.push_back(hoursJson(hours, found == terms.end() ? ProjectTerms() : found->second));
+  }
+  return list;
 }
 
 json::value remove(Core& core, const Body& body) {
@@ -111,9 +153,12 @@ json::value archive(Core& core, const Body& body) {
 
 constexpr Route kRoutes[]{
     {"projects.list", RouteKind::Read, list},
-    {"projects.save", RouteKind::Write, save},
-    {"projects.delete", RouteKind::Write, remove},
-    {"projects.archive", RouteKind::Write, archive},
+    {"projects.save", RouteKind::Write, save,
+     "id, name, color, category, keywords, archived, client, terms"},
+    {"projects.delete", RouteKind::Write, remove, "id"},
+    {"projects.archive", RouteKind::Write, archive, "id, keep"},
+    {"projects.terms", RouteKind::Read, terms},
+    {"projects.hours", RouteKind::Read, hours},
 };
 
 }  // namespace

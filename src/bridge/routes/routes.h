@@ -13,15 +13,22 @@
 #include "bridge/body.h"
 #include "bridge/core.h"
 #include "bridge/router.h"
+#include "reports/date_range.h"
 
 namespace orvanta {
 
 using RouteTable = std::span<const Route>;
 RouteTable programRoutes();
 RouteTable reportRoutes();
+RouteTable searchRoutes();
+RouteTable sheetRoutes();
 RouteTable projectRoutes();
+RouteTable goalRoutes();
+RouteTable importRoutes();
 RouteTable ruleRoutes();
 RouteTable eventRoutes();
+RouteTable exclusionRoutes();
+RouteTable momentRoutes();
 RouteTable changeRoutes();
 RouteTable settingsRoutes();
 RouteTable permissionRoutes();
@@ -29,6 +36,9 @@ RouteTable storeRoutes();
 
 /// The kind of a change of settings, which the program follows when it is taken back.
 inline constexpr std::string_view kSettingsChange = "settings";
+
+/// Stores what the user chose, as a change that can be taken back.
+Written chooseSettings(Core& core, const SettingTexts& chosen);
 
 /// The answer of what was done.
 inline boost::json::object done() {
@@ -48,10 +58,17 @@ std::string troubleOr(Core& core, const std::string& otherwise);
 /// The date of this name; today when it is absent or none.
 Date dateIn(Core& core, const Body& body, std::string_view key = "date");
 
+/// The dates "from" to "to", both included; today, or the first alone, where they are absent or
+/// none. Throws when the last is before the first, or they are too many.
+DateRange datesIn(Core& core, const Body& body);
+
 /// "start" and "end"; throws without them.
 TimeRange rangeIn(const Body& body);
 
 std::optional<std::string> projectName(Core& core, const std::optional<int64_t>& id);
+
+/// The answer to an export that could not be written, and why.
+boost::json::object unwritten(const std::string& problem);
 
 /// What the store keeps of a text: it ends at a NUL.
 std::string_view storedText(const std::string& text);

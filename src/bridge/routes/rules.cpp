@@ -105,10 +105,15 @@ json::value confirm(Core& core, const Body& body) {
 }
 
 constexpr Route kRoutes[]{
-    {"rules.list", RouteKind::Read, list},          {"rules.preview", RouteKind::Read, preview},
-    {"rules.save", RouteKind::Write, save},         {"rules.delete", RouteKind::Write, remove},
-    {"rules.defaults", RouteKind::Write, defaults}, {"rules.origins", RouteKind::Read, origins},
-    {"rules.pending", RouteKind::Read, pending},    {"rules.confirm", RouteKind::Write, confirm},
+    {"rules.list", RouteKind::Read, list},
+    {"rules.preview", RouteKind::Read, preview,
+     "field, pattern, category, project_id, replaces, from, to, all"},
+    {"rules.save", RouteKind::Write, save, "field, pattern, category, project_id"},
+    {"rules.delete", RouteKind::Write, remove, "id"},
+    {"rules.defaults", RouteKind::Write, defaults},
+    {"rules.origins", RouteKind::Read, origins},
+    {"rules.pending", RouteKind::Read, pending},
+    {"rules.confirm", RouteKind::Write, confirm, "ids"},
 };
 
 }  // namespace

@@ -20,20 +20,6 @@ json::value describe(Core& /*core*/, const Body& /*body*/) {
   return describeSettings();
 }
 
-// What the user chose, and can take back.
-Written choose(Core& core, const SettingTexts& chosen) {
-  return core.db.setSettings(chosen, [&](const auto& write) {
-    return core.history.record(
-        [&](Transaction& change) {
-          write(change);
-          std::vector<std::string_view> keys;
-          for (const auto& [key, value] : chosen) keys.push_back(key);
-          return ChangeNote{.kind = std::string(kSettingsChange), .label = labels::settings(keys)};
-        },
-        Recorded::Settings);
-  });
-}
-
 json::value set(Core& core, const Body& body) {
   SettingTexts values;
   SettingTexts chosen;
@@ -42,7 +28,7 @@ json::value set(Core& core, const Body& body) {
     (labels::nameOfSetting(key).empty() ? values : chosen)[key] = plainText(value);
   }
   auto written = values.empty() ? Written::stored() : core.db.setSettings(values);
-  if (written && !chosen.empty()) written = choose(core, chosen);
+  if (written && !chosen.empty()) written = chooseSettings(core, chosen);
   values.merge(chosen);
   core.tracker.startRetention();
   auto answer = done();
@@ -59,11 +45,24 @@ json::value onboardingDone(Core& core, const Body& /*body*/) {
 constexpr Route kRoutes[]{
     {"settings.get", RouteKind::Read, get},
     {"settings.describe", RouteKind::Read, describe},
-    {"settings.set", RouteKind::Write, set},
+    {"settings.set", RouteKind::Write, set, ""},
     {"onboarding.done", RouteKind::Write, onboardingDone},
 };
 
 }  // namespace
+
+Written chooseSettings(Core& core, const SettingTexts& chosen) {
+  return core.db.setSettings(chosen, [&](const auto& write) {
+    return core.history.record(
+        [&](Transaction& change) {
+          write(change);
+          std::vector<std::string_view> keys;
+          for (const auto& [key, value] : chosen) keys.push_back(key);
+          return ChangeNote{.kind = std::string(kSettingsChange), .label = labels::settings(keys)};
+        },
+        Recorded::Settings);
+  });
+}
 
 RouteTable settingsRoutes() {
   return kRoutes;

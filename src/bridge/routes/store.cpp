@@ -92,8 +92,8 @@ constexpr Route kRoutes[]{
     {"store.status", RouteKind::Read, status},
     {"store.backup", RouteKind::Ask, backUp},
     {"store.check", RouteKind::Ask, check},
-    {"store.restorePreview", RouteKind::Ask, restorePreview},
-    {"store.restore", RouteKind::Ask, restore},
+    {"store.restorePreview", RouteKind::Ask, restorePreview, "file"},
+    {"store.restore", RouteKind::Ask, restore, "file"},
 };
 
 }  // namespace

@@ -77,7 +77,7 @@ export interface Project {
   keywords: string;
 }
 
-interface Report {
+export interface Report {
   /** Why the report is not whole, as a French sentence. */
   incomplete?: string;
 }

@@ -9,16 +9,46 @@ import type {
   UnixTime,
   WeekReport,
 } from "./reports";
+import type { Activity, DateRange, PeriodBy, PeriodDays, PeriodGroup, PeriodReport } from "./periods";
+import type {
+  FrozenSheet,
+  ProjectHours,
+  ProjectTerms,
+  Sheet,
+  SheetDiff,
+  SheetFormat,
+  SheetQuestion,
+  Terms,
+} from "./sheets";
 import type { Effect, PendingRule, RuleOrigin } from "./effects";
+import type { Goal, GoalHistory, GoalWish } from "./goals";
+import type {
+  ExclusionPreview,
+  ExclusionSubject,
+  ImportPreview,
+  ImportQuestion,
+  PastWish,
+  Rejected,
+} from "./imports";
+import type { MomentRoutes } from "./moments";
 import type { Explanation, RuleField, RulePreview, RuleRow, SpanCount } from "./rules";
-import type { Backup, Change, RestorePreview, StoreStatus, StoreTrouble, Unstored } from "./store";
+import type { Found } from "./search";
+import type { Backup, Change, Ok, RestorePreview, StoreStatus, StoreTrouble, Unstored } from "./store";
 
 export type * from "./effects";
+export type * from "./goals";
+export type * from "./imports";
+export type * from "./moments";
+export type * from "./periods";
 export type * from "./reports";
 export type * from "./rules";
+export type * from "./search";
+export type * from "./sheets";
 
 export interface Status {
   paused: boolean;
+  /** When it goes on by itself; absent of a pause without an end. */
+  paused_until?: UnixTime;
   current: {
     app: string;
     domain: string | null;
@@ -115,13 +145,16 @@ export interface BrowserState {
   }[];
 }
 
-interface Ok extends Unstored {
-  ok: true;
-}
 type Saved = Ok & { id: number };
 interface Attempt {
   ok: boolean;
   error: string | null;
+}
+interface Exported {
+  /** False where somebody thought better of it. */
+  ok: boolean;
+  written?: boolean;
+  message?: string;
 }
 type Nothing = Record<string, never>;
 type OnDay = { date?: Day };
@@ -143,21 +176,58 @@ export type Step = { [R in Rehearsed]: { path: R; body: Body<R> } }[Rehearsed];
 export type RouteKind = "read" | "write" | "ask";
 
 /** One line a route: what it takes, what it answers. */
-export interface Routes {
+export interface Routes extends MomentRoutes {
   status: [Nothing, Status];
-  "routes.list": [Nothing, { name: string; kind: RouteKind }[]];
+  "routes.list": [Nothing, { name: string; kind: RouteKind; arguments: string }[]];
   day: [OnDay, DayReport];
   week: [OnDay, WeekReport];
   recap: [OnDay, RecapReport];
+  period: [DateRange & { by?: PeriodBy; group?: PeriodGroup; compare?: boolean }, PeriodReport];
+  "period.days": [DateRange & Activity, PeriodDays];
+  sheet: [SheetQuestion, Sheet];
+  /** Of the sheet asked for, or of the one that was kept. */
+  "sheet.text": [(SheetQuestion | { id: number }) & { format: SheetFormat }, { name: string; text: string }];
+  "sheet.export": [(SheetQuestion | { id: number }) & { format: SheetFormat }, Exported];
+  "sheets.list": [Nothing, FrozenSheet[]];
+  "sheets.freeze": [SheetQuestion & { title?: string }, Saved & { version: number }];
+  "sheets.get": [{ id: number }, FrozenSheet & { sheet: Sheet }];
+  "sheets.diff": [{ id: number }, SheetDiff];
+  "sheets.delete": [{ id: number }, Ok];
+  /** What has all of these words, of all years. */
+  "search.find": [{ text: string; before?: Day; days?: number }, Found];
+  /** All of it, as far as that many can be changed at once. */
+  "search.spans": [{ text: string }, { ids: number[]; duration: Seconds; more: boolean }];
+  "search.export": [{ text: string }, Exported];
   suggestions: [Nothing, Suggestion[]];
   "projects.list": [Nothing, ProjectRow[]];
   "projects.save": [
-    { id?: number; name: string; color: string; category: string; archived?: 0 | 1; keywords: string },
+    {
+      id?: number;
+      name: string;
+      color: string;
+      category: string;
+      archived?: 0 | 1;
+      keywords: string;
+      /** These two stay as they are where they are not sent. */
+      client?: string;
+      terms?: Terms;
+    },
     Saved,
   ];
   "projects.delete": [{ id: number }, Ok];
   /** Puts a project away; `keep` gives it, by hand, what its keywords gave it. */
   "projects.archive": [{ id: number; keep: boolean }, Ok & SpanCount];
+  "projects.terms": [Nothing, ProjectTerms[]];
+  "projects.hours": [Nothing, ProjectHours[]];
+  "goals.list": [Nothing, Goal[]];
+  "goals.save": [GoalWish, Saved];
+  "goals.delete": [{ id: number }, Ok];
+  "goals.history": [DateRange, GoalHistory[]];
+  "import.preview": [ImportQuestion, ImportPreview];
+  "import.run": [
+    ImportQuestion & { create_projects: boolean },
+    Ok & SpanCount & { projects?: number; rejected?: Rejected[] },
+  ];
   "rules.list": [Nothing, RuleRow[]];
   "rules.save": [
     { field: RuleField; pattern: string; category: string | null; project_id: number | null },
@@ -195,6 +265,10 @@ export interface Routes {
     // The message tells of a copy that could not be cleaned.
     Ok & { deleted: number; seconds: Seconds; message?: string },
   ];
+  "exclusions.preview": [ExclusionSubject, ExclusionPreview];
+  /** What is blanked or erased is so for good, in the backups too. */
+  "exclusions.add": [ExclusionSubject & { past: PastWish }, Ok & SpanCount & { message?: string }];
+  "exclusions.remove": [ExclusionSubject, Ok];
   /** Changes nothing: measures what these changes would do. */
   "changes.preview": [
     Step | { steps: Step[] },
@@ -232,7 +306,7 @@ export interface Routes {
   "telemetry.set": [{ enabled: boolean }, Ok & { enabled: boolean }];
   "update.check": [Nothing, Ok];
   "onboarding.done": [Nothing, Ok];
-  export: [{ from: Day; to: Day }, { ok: boolean; written?: boolean; message?: string }];
+  export: [{ from: Day; to: Day }, Exported];
   openURL: [{ url: string }, Ok];
   /** The message tells where the folder is when nothing shows folders. */
   revealData: [Nothing, Ok & { shown?: false; message?: string }];

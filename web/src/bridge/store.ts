@@ -79,3 +79,7 @@ export interface Unstored {
   stored?: boolean;
   message?: string;
 }
+
+export interface Ok extends Unstored {
+  ok: true;
+}

@@ -1,5 +1,5 @@
 // Changes that the program can take back: it keeps their history, the page remembers their numbers.
-import type { UnixTime } from "../bridge/routes";
+import type { Answer, MomentRange, UnixTime } from "../bridge/routes";
 import type { Change } from "../bridge/store";
 import type { Client } from "../client";
 import { load, save } from "./stored";
@@ -91,4 +91,14 @@ export async function assignRange(
     category: target.category,
     project_id: target.projectId,
   });
+}
+
+/** Gives what is idle or empty of these ranges to a moment with that note. */
+export async function addMoment(
+  client: Client,
+  ranges: MomentRange[],
+  title: string,
+  { category, projectId }: Target,
+): Promise<Answer<"moments.add">> {
+  return client.call("moments.add", { ranges, title: title.trim(), category, project_id: projectId });
 }

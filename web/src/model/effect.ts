@@ -50,8 +50,10 @@ export function sinceWhen({ since, months }: Effect): string {
   return `${months.length === 1 ? "en" : "depuis"} ${monthShort(dayOf(since))}`.replaceAll(" ", nbsp);
 }
 
+export type MonthTime = Effect["months"][number];
+
 /** Every month from the first to the last, also those in which nothing moves. */
-export function filledMonths({ months }: Effect): Effect["months"] {
+export function filledMonths(months: readonly MonthTime[]): MonthTime[] {
   const [first, last] = [months[0], months[months.length - 1]];
   if (!first || !last) return [];
   const known = new Map(months.map(({ month, seconds }) => [month, seconds]));

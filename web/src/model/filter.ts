@@ -8,11 +8,28 @@ export interface Filter {
   project: number | null;
   app: string | null;
   domain: string | null;
+  /** By its projects, as they were when it was chosen. */
+  client: { name: string; projects: number[] } | null;
+  /** Of the clock: what has any of it. */
+  hour: number | null;
   /** Time away is listed too. */
   idle: boolean;
 }
 
-export const everything: Filter = { text: "", cat: null, project: null, app: null, domain: null, idle: true };
+/** In the place of a project: what has none, and of it what is work or may be. */
+export const noProject = 0;
+export const toFile = -1;
+
+export const everything: Filter = {
+  text: "",
+  cat: null,
+  project: null,
+  app: null,
+  domain: null,
+  client: null,
+  hour: null,
+  idle: true,
+};
 
 /** Without case and accents. */
 export function fold(text: string): string {
@@ -22,8 +39,22 @@ export function fold(text: string): string {
 export function isFiltering(filter: Filter): boolean {
   return (
     filter.text.trim() !== "" ||
-    [filter.cat, filter.project, filter.app, filter.domain].some((part) => part !== null)
+    [filter.cat, filter.project, filter.app, filter.domain, filter.client, filter.hour].some(
+      (part) => part !== null,
+    )
   );
+}
+
+function isOf(project: number, { pid, cat }: Block): boolean {
+  if (project === toFile) return pid === null && cat !== "loisir" && cat !== "autre";
+  return project === noProject ? pid === null : pid === project;
+}
+
+// Hour by hour, as the clock shows them: where it is put back, one comes twice.
+function isIn(hour: number, { start, end }: Block): boolean {
+  for (let at = start; at < end; at = (Math.floor(at / 900) + 1) * 900)
+    if (new Date(at * 1000).getHours() === hour) return true;
+  return false;
 }
 
 export function filterBlocks(blocks: readonly Block[], filter: Filter): readonly Block[] {
@@ -33,9 +64,11 @@ export function filterBlocks(blocks: readonly Block[], filter: Filter): readonly
   return blocks.filter((block) => {
     if (block.idle) return filter.idle && !filtering;
     if (filter.cat !== null && block.cat !== filter.cat) return false;
-    if (filter.project !== null && block.pid !== filter.project) return false;
+    if (filter.project !== null && !isOf(filter.project, block)) return false;
     if (filter.app !== null && block.app !== filter.app) return false;
     if (filter.domain !== null && block.domain !== filter.domain) return false;
+    if (filter.client !== null && !filter.client.projects.includes(block.pid ?? noProject)) return false;
+    if (filter.hour !== null && !isIn(filter.hour, block)) return false;
     if (words.length === 0) return true;
     const text = fold(`${block.app} ${block.domain ?? ""} ${(block.title ?? "").slice(0, 2000)}`);
     return words.every((word) => text.includes(word));

@@ -1,6 +1,6 @@
 // Where the user is in the page, kept so that a reopened window shows the same place. The day is kept
 // only until midnight: whoever opens the window in the morning wants to see today.
-import type { Day } from "../bridge/routes";
+import type { DateRange, Day } from "../bridge/routes";
 import { load, save } from "./stored";
 import { dayOf, isDay } from "./time";
 
@@ -9,19 +9,23 @@ export interface Place {
   view: string;
   /** The day shown; null follows today. The week and the recap show the week that holds it. */
   day: Day | null;
+  /** The days of the period and of the timesheet; null follows this month. */
+  range: DateRange | null;
 }
 
 const key = "place";
 const today = () => dayOf(Date.now() / 1000);
 
 function valid(value: unknown): boolean {
-  const { view, day } = (value ?? {}) as Partial<Place>;
-  return typeof view === "string" && (day === null || isDay(day));
+  const { view, day, range = null } = (value ?? {}) as Partial<Place>;
+  const isRange = range === null || (isDay(range.from) && isDay(range.to) && range.from <= range.to);
+  return typeof view === "string" && (day === null || isDay(day)) && isRange;
 }
 
 export function loadPlace(): Place {
-  const { view, day, left } = load<Place & { left?: Day }>(key, { view: "day", day: null }, valid);
-  return { view, day: left === today() ? day : null };
+  const nowhere = { view: "day", day: null, range: null };
+  const { view, day, range, left } = load<Place & { left?: Day }>(key, nowhere, valid);
+  return left === today() ? { view, day, range: range ?? null } : { ...nowhere, view };
 }
 
 export function savePlace(place: Place): void {

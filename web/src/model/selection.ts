@@ -18,9 +18,7 @@ export function isSelected(selection: Selection, block: Block): boolean {
 }
 
 export function selectedBlocks(selection: Selection, blocks: readonly Block[]): Block[] {
-  return selection.ids.size === 0
-    ? []
-    : blocks.filter((block) => !block.idle && isSelected(selection, block));
+  return selection.ids.size === 0 ? [] : blocks.filter((block) => isSelected(selection, block));
 }
 
 /** Where a remembered block is now; -1 when it is gone. */
@@ -32,7 +30,8 @@ export type Mode = "only" | "toggle" | "range" | "move";
 
 /**
  * The selection after the block at `index` was clicked or reached: alone, in addition, from the anchor
- * to here, or without being selected. Time away can be reached but not selected.
+ * to here, or without being selected. Time away is selected where it is meant: by itself, or as an end of
+ * what is selected together; between two activities it is left out.
  */
 export function select(selection: Selection, blocks: readonly Block[], index: number, mode: Mode): Selection {
   const block = blocks[index];
@@ -43,8 +42,9 @@ export function select(selection: Selection, blocks: readonly Block[], index: nu
     const anchor = indexOf(blocks, selection.anchor);
     const from = anchor < 0 ? index : anchor;
     const span = blocks.slice(Math.min(from, index), Math.max(from, index) + 1);
+    const meant = block.idle || blocks[from]?.idle === true;
     return {
-      ids: idsOf(span),
+      ids: idsOf(meant ? span : activities(span)),
       active: id,
       anchor: anchor < 0 ? id : selection.anchor,
     };
@@ -62,9 +62,13 @@ export function select(selection: Selection, blocks: readonly Block[], index: nu
 }
 
 export function selectAll(blocks: readonly Block[], selection: Selection): Selection {
-  return { ...selection, ids: idsOf(blocks) };
+  return { ...selection, ids: idsOf(activities(blocks)) };
+}
+
+function activities(blocks: readonly Block[]): Block[] {
+  return blocks.filter((block) => !block.idle);
 }
 
 function idsOf(blocks: readonly Block[]): Set<number> {
-  return new Set(blocks.filter((block) => !block.idle).flatMap((block) => block.ids));
+  return new Set(blocks.flatMap((block) => block.ids));
 }

@@ -31,6 +31,14 @@ export function since(time: UnixTime, now: UnixTime): string {
   return dayOf(time) === dayOf(now) ? `depuis ${clock(time)}` : `depuis ${moment(time, now)}`;
 }
 
+/** "jusqu’à 14:30", "jusqu’à demain, 04:00", "jusqu’au 12 novembre 2026, 09:00" */
+export function until(time: UnixTime, now: UnixTime): string {
+  const day = dayOf(time);
+  const today = dayOf(now);
+  if (day === today) return `jusqu’à ${clock(time)}`;
+  return `jusqu’${day === addDays(today, 1) ? "à demain" : `au ${dateOnly(day)}`}, ${clock(time)}`;
+}
+
 /** "du 3 mars 2024 au 19 novembre 2026" */
 export function covered({ first, last }: Pick<StoreContent, "first" | "last">): string {
   if (first === null || last === null) return "rien d’enregistré";

@@ -98,6 +98,11 @@ export function readClock(text: string): { hours: number; minutes: number } | nu
   return hours < 24 && minutes < 60 ? { hours, minutes } : null;
 }
 
+/** "de 9 à 10 h" */
+export function hourName(hour: number): string {
+  return `de ${hour} à ${hour + 1}${nbsp}h`;
+}
+
 const clockFormat = new Intl.DateTimeFormat("fr-FR", { hour: "2-digit", minute: "2-digit" });
 
 /** "09:12" */
@@ -129,6 +134,10 @@ export const monthShort = formatter({ month: "short", year: "numeric" });
 /** "lun." */
 export const weekdayShort = formatter({ weekday: "short" });
 const dayAndMonth = formatter({ day: "numeric", month: "long" });
+/** "19 nov." */
+export const dayShort = formatter({ day: "numeric", month: "short" });
+/** "nov." */
+export const monthOnly = formatter({ month: "short" });
 
 /** "du 16 au 22 novembre 2026", "du 28 septembre au 4 octobre 2026" */
 export function weekName(monday: Day): string {

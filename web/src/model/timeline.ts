@@ -124,7 +124,11 @@ export function path(rects: readonly { x: number; width: number }[], y: number, 
 }
 
 /** Index of the segment at an instant, or of the nearest one that is at most `slack` seconds away. */
-export function segmentAt(segments: readonly Segment[], time: UnixTime, slack: number): number {
+export function segmentAt(
+  segments: readonly { start: UnixTime; end: UnixTime }[],
+  time: UnixTime,
+  slack: number,
+): number {
   let low = 0;
   let high = segments.length;
   while (low < high) {

@@ -1,8 +1,19 @@
 import { useEffect, useId, useRef, useState } from "preact/hooks";
-import type { Day } from "../bridge/routes";
-import { addDays, addMonths, capitalize, firstOfMonth, longDay, mondayOf, monthName } from "../model/time";
+import type { Answer, Day } from "../bridge/routes";
+import { useAnswer } from "../client";
+import {
+  addDays,
+  addMonths,
+  capitalize,
+  duration,
+  firstOfMonth,
+  longDay,
+  mondayOf,
+  monthName,
+} from "../model/time";
 import { Icon, type IconName } from "./icons";
 import { Button, IconButton } from "./parts";
+import { usePopover } from "./popover";
 import { Said } from "./said";
 
 interface CalendarProps {
@@ -20,10 +31,22 @@ const steps: Record<string, (day: Day) => Day> = {
   End: (day) => addDays(mondayOf(day), 6),
   PageUp: (day) => addMonths(day, -1),
   PageDown: (day) => addMonths(day, 1),
+  "Shift+PageUp": (day) => addMonths(day, -12),
+  "Shift+PageDown": (day) => addMonths(day, 12),
 };
+const jumps = {
+  before: [
+    ["farLeft", "Année précédente", -12],
+    ["left", "Mois précédent", -1],
+  ],
+  after: [
+    ["right", "Mois suivant", 1],
+    ["farRight", "Année suivante", 12],
+  ],
+} as const;
 const weekdays = ["lundi", "mardi", "mercredi", "jeudi", "vendredi", "samedi", "dimanche"];
 
-/** A month to pick a day from; days to come cannot be picked. */
+/** A month to pick a day from, each tinted by what was done on it; days to come cannot be picked. */
 function Calendar({ day, today, onPick }: CalendarProps) {
   const [cursor, setCursor] = useState(day);
   const grid = useRef<HTMLTableElement>(null);
@@ -32,13 +55,15 @@ function Calendar({ day, today, onPick }: CalendarProps) {
   const start = mondayOf(first);
   const weeks = [0, 1, 2, 3, 4, 5].map((week) => weekdays.map((_, i) => addDays(start, week * 7 + i)));
 
+  const recorded = useAnswer("period.days", { from: start, to: addDays(start, 41) }).answer;
+
   useEffect(() => {
     grid.current?.querySelector<HTMLElement>('[tabindex="0"]')?.focus();
   }, [cursor]);
 
   const move = (to: Day) => setCursor(to > today ? today : to);
   const onKeyDown = (event: KeyboardEvent) => {
-    const step = steps[event.key];
+    const step = steps[event.shiftKey && event.key.startsWith("Page") ? `Shift+${event.key}` : event.key];
     if (!step) return;
     event.preventDefault();
     event.stopPropagation();
@@ -48,20 +73,9 @@ function Calendar({ day, today, onPick }: CalendarProps) {
   return (
     <div class="calendar">
       <div class="calendar-head">
-        <IconButton
-          kind="ghost square"
-          icon="left"
-          label="Mois précédent"
-          onClick={() => move(addMonths(cursor, -1))}
-        />
+        <Jumps list={jumps.before} {...{ cursor, today }} onMove={move} />
         <Said id={heading} text={capitalize(monthName(cursor))} />
-        <IconButton
-          kind="ghost square"
-          icon="right"
-          label="Mois suivant"
-          disabled={addMonths(first, 1) > today}
-          onClick={() => move(addMonths(cursor, 1))}
-        />
+        <Jumps list={jumps.after} {...{ cursor, today }} onMove={move} />
       </div>
       <table role="grid" aria-labelledby={heading} ref={grid} onKeyDown={onKeyDown}>
         <thead>
@@ -77,7 +91,7 @@ function Calendar({ day, today, onPick }: CalendarProps) {
           {weeks.map((week) => (
             <tr>
               {week.map((date) => (
-                <DayCell {...{ date, day, today, cursor, onPick }} />
+                <DayCell {...{ date, day, today, cursor, recorded, onPick }} />
               ))}
             </tr>
           ))}
@@ -87,7 +101,37 @@ function Calendar({ day, today, onPick }: CalendarProps) {
   );
 }
 
-function DayCell({ date, day, today, cursor, onPick }: CalendarProps & { date: Day; cursor: Day }) {
+interface JumpsProps {
+  list: readonly (readonly [IconName, string, number])[];
+  cursor: Day;
+  today: Day;
+  onMove: (to: Day) => void;
+}
+
+function Jumps({ list, cursor, today, onMove }: JumpsProps) {
+  return (
+    <span>
+      {list.map(([icon, label, by]) => (
+        <IconButton
+          key={by}
+          icon={icon}
+          label={label}
+          disabled={by > 0 && addMonths(firstOfMonth(cursor), by) > today}
+          onClick={() => onMove(addMonths(cursor, by))}
+        />
+      ))}
+    </span>
+  );
+}
+
+interface CellProps extends CalendarProps {
+  date: Day;
+  cursor: Day;
+  recorded: Answer<"period.days"> | undefined;
+}
+
+function DayCell({ date, day, today, cursor, recorded, onPick }: CellProps) {
+  const done = recorded?.days.find((one) => one.date === date);
   const chosen = date === day ? " chosen" : "";
   const now = date === today ? " today" : "";
   const outside = date.slice(0, 7) === cursor.slice(0, 7) ? "" : " outside";
@@ -95,11 +139,12 @@ function DayCell({ date, day, today, cursor, onPick }: CalendarProps & { date: D
     <td aria-selected={date === day}>
       <button
         type="button"
-        class={`day${chosen}${now}${outside}`}
+        class={`day${chosen}${now}${outside}${done ? ` level-${done.level}` : ""}`}
         tabIndex={date === cursor ? 0 : -1}
         disabled={date > today}
         // As it is seen, "1" for the first.
-        aria-label={longDay(date).replace("1er", "1")}
+        aria-label={`${longDay(date).replace("1er", "1")}${done ? `, ${duration(done.duration)}` : ""}`}
+        title={done && duration(done.duration)}
         aria-current={date === today ? "date" : undefined}
         onClick={() => onPick(date)}
       >
@@ -118,36 +163,9 @@ interface DayButtonProps extends CalendarProps {
 
 /** A button that opens the calendar under itself. */
 export function DayButton({ label, text, icon, id, day, today, onPick }: DayButtonProps) {
-  const [open, setOpen] = useState(false);
-  const root = useRef<HTMLDivElement>(null);
-  const close = () => {
-    setOpen(false);
-    root.current?.querySelector("button")?.focus();
-  };
-  useEffect(() => {
-    if (!open) return;
-    root.current?.querySelector(".popover")?.scrollIntoView({ block: "nearest" });
-    const outside = (event: Event) => {
-      if (event.target instanceof Node && !root.current?.contains(event.target)) setOpen(false);
-    };
-    document.addEventListener("pointerdown", outside);
-    document.addEventListener("focusin", outside);
-    return () => {
-      document.removeEventListener("pointerdown", outside);
-      document.removeEventListener("focusin", outside);
-    };
-  }, [open]);
+  const { root, open, setOpen, close, onKeyDown } = usePopover();
   return (
-    <div
-      class="popover-root"
-      ref={root}
-      onKeyDown={(event) => {
-        if (event.key !== "Escape" || !open) return;
-        event.stopPropagation();
-        event.preventDefault();
-        close();
-      }}
-    >
+    <div class="popover-root" ref={root} onKeyDown={onKeyDown}>
       <Button
         kind={text ? "" : "square"}
         id={id}

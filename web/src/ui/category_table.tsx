@@ -2,15 +2,16 @@ import type { ByCategory } from "../bridge/routes";
 import { categories, categoryLabel } from "../model/categories";
 import { duration } from "../model/time";
 
-interface Props {
+interface TableProps {
   caption: string;
   /** What a row stands for: "Heure", "Jour". */
   head: string;
-  rows: readonly { name: string; parts: ByCategory }[];
+  columns: readonly string[];
+  rows: readonly { name: string; cells: readonly string[] }[];
 }
 
 /** What a chart shows, for those who do not see it. */
-export function CategoryTable({ caption, head, rows }: Props) {
+export function ChartTable({ caption, head, columns, rows }: TableProps) {
   return (
     <div class="sr-only">
       <table>
@@ -18,24 +19,41 @@ export function CategoryTable({ caption, head, rows }: Props) {
         <thead>
           <tr>
             <th scope="col">{head}</th>
-            {categories.map((cat) => (
-              <th scope="col" key={cat}>
-                {categoryLabel(cat)}
+            {columns.map((name, index) => (
+              <th scope="col" key={index}>
+                <bdi>{name}</bdi>
               </th>
             ))}
           </tr>
         </thead>
         <tbody>
-          {rows.map(({ name, parts }, index) => (
+          {rows.map(({ name, cells }, index) => (
             <tr key={index}>
               <th scope="row">{name}</th>
-              {categories.map((cat) => (
-                <td key={cat}>{duration(parts[cat] ?? 0)}</td>
+              {cells.map((text, at) => (
+                <td key={at}>{text}</td>
               ))}
             </tr>
           ))}
         </tbody>
       </table>
     </div>
+  );
+}
+
+interface Props extends Pick<TableProps, "caption" | "head"> {
+  rows: readonly { name: string; parts: ByCategory }[];
+}
+
+export function CategoryTable({ rows, ...rest }: Props) {
+  return (
+    <ChartTable
+      {...rest}
+      columns={categories.map(categoryLabel)}
+      rows={rows.map(({ name, parts }) => ({
+        name,
+        cells: categories.map((cat) => duration(parts[cat] ?? 0)),
+      }))}
+    />
   );
 }

@@ -124,15 +124,22 @@ export function FormError({ text }: { text: string }) {
   );
 }
 
+interface FootProps {
+  error: string;
+  /** What sending the form is called. */
+  action?: string;
+  onClose: () => void;
+}
+
 /** What ends the form of an editor: what is wrong, and the two ways out. */
-export function EditorFoot({ error, onClose }: { error: string; onClose: () => void }) {
+export function EditorFoot({ error, action = "Enregistrer", onClose }: FootProps) {
   return (
     <>
       <FormError text={error} />
       <footer class="dialog-foot">
         <Button onClick={onClose}>Annuler</Button>
         <Button type="submit" kind="primary">
-          Enregistrer
+          {action}
         </Button>
       </footer>
     </>

@@ -1,18 +1,37 @@
 import type { ProjectRow, Status } from "../bridge/routes";
 import { useAnswer } from "../client";
+import { until } from "../model/store";
 import { clip, clock, duration } from "../model/time";
 import { Icon } from "./icons";
+import { Menu } from "./menu";
 import { Button, Foreign, ProjectSelect } from "./parts";
 import { useSend } from "./toast";
+
+const lengths = [
+  ["15m", "15 min"],
+  ["1h", "1 heure"],
+  ["demain", "Jusqu’à demain"],
+  ["", "Sans fin"],
+] as const;
 
 function Now({ status }: { status: Status }) {
   const current = status.current;
   if (status.paused) {
+    const end = status.paused_until;
     return (
       <p class="now paused">
         <span class="pulse" aria-hidden="true" />
-        <b>Suivi en pause</b>
-        <span class="quiet">Rien n’est enregistré.</span>
+        {end === undefined ? (
+          <>
+            <b>Suivi en pause</b>
+            <span class="quiet">Rien n’est enregistré.</span>
+          </>
+        ) : (
+          <b>
+            <span class="hide-narrow">En pause </span>
+            {until(end, status.now)}
+          </b>
+        )}
       </p>
     );
   }
@@ -76,6 +95,23 @@ function CurrentProject({ status }: { status: Status }) {
   );
 }
 
+function PauseButton({ status, onToggle }: { status: Status; onToggle: () => void }) {
+  const send = useSend();
+  return (
+    <div class="button-group">
+      <Button kind={status.paused ? "primary" : ""} title="Maj + P" onClick={onToggle}>
+        <Icon name={status.paused ? "play" : "pause"} />
+        {status.paused ? "Reprendre" : "Pause"}
+      </Button>
+      <Menu
+        label="Durée de la pause"
+        items={lengths}
+        onPick={(length) => (length ? send("tracker.pauseFor", { length }) : send("tracker.pause", {}))}
+      />
+    </div>
+  );
+}
+
 /** What is tracked now, and the two things that can be said about it at any time. */
 export function Header({ status, onToggle }: { status: Status | undefined; onToggle: () => void }) {
   return (
@@ -84,10 +120,7 @@ export function Header({ status, onToggle }: { status: Status | undefined; onTog
         <>
           <Now status={status} />
           <CurrentProject status={status} />
-          <Button kind={status.paused ? "primary" : ""} title="Maj + P" onClick={onToggle}>
-            <Icon name={status.paused ? "play" : "pause"} />
-            {status.paused ? "Reprendre" : "Pause"}
-          </Button>
+          <PauseButton {...{ status, onToggle }} />
         </>
       )}
     </header>

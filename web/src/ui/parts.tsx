@@ -179,6 +179,12 @@ export interface ShareRow {
   duration: Seconds;
   color?: string;
   parts?: [string, Seconds][];
+  /** Of a row of categories. */
+  cat?: string;
+  /** Beside the time that it took before, "+ 1 h 02". */
+  change?: string | undefined;
+  /** Nothing stands behind it that could be shown. */
+  closed?: boolean;
 }
 
 export function projectRows(projects: readonly ProjectTime[]): ShareRow[] {
@@ -198,6 +204,8 @@ interface ShareListProps {
   shown?: number;
   chosen?: string | null;
   onChoose?: (key: string) => void;
+  /** Opens what is behind a row, instead of choosing it. */
+  onOpen?: (row: ShareRow) => void;
 }
 
 const narrow = matchMedia("(max-width: 1020px)");
@@ -216,10 +224,11 @@ export function ShareList({
   shown = shownEntries(),
   chosen,
   onChoose,
+  onOpen,
 }: ShareListProps) {
   const [all, setAll] = useState(false);
   const list = useRoving<HTMLElement>("column");
-  const longest = rows[0]?.duration ?? 0;
+  const longest = Math.max(...rows.map((row) => row.duration), 0);
   const parts = useMemo(
     () =>
       shares(
@@ -238,11 +247,13 @@ export function ShareList({
           const content = (
             <>
               <span class="share-name">
+                {row.cat !== undefined && <CategoryMark cat={row.cat} />}
                 {row.color !== undefined && <ProjectDot color={row.color} />}
                 <Foreign text={row.name} length={80} />
               </span>
+              {row.change && <span class="quiet share-change">{row.change}</span>}
               <b>{duration(row.duration)}</b>
-              <span class="quiet share-part">{parts[index]}</span>
+              {!row.change && <span class="quiet share-part">{parts[index]}</span>}
               <span class="share-bar" aria-hidden="true">
                 <ShareBar row={row} width={longest > 0 ? row.duration / longest : 0} />
               </span>
@@ -250,12 +261,13 @@ export function ShareList({
           );
           return (
             <li key={row.key}>
-              {onChoose ? (
+              {(onChoose || onOpen) && !row.closed ? (
                 <button
                   type="button"
                   class="share"
-                  aria-pressed={chosen === row.key}
-                  onClick={() => onChoose(row.key)}
+                  aria-pressed={onChoose && chosen === row.key}
+                  aria-haspopup={onOpen && "dialog"}
+                  onClick={() => (onOpen ? onOpen(row) : onChoose?.(row.key))}
                 >
                   {content}
                 </button>
@@ -312,6 +324,7 @@ export function ProjectSelect({ label, title, none, projects, value, onChange }:
 }
 
 interface SelectProps {
+  id?: string;
   label?: string | undefined;
   title?: string | undefined;
   value: string;
@@ -320,9 +333,10 @@ interface SelectProps {
   onChange: (value: string) => void;
 }
 
-export function Select({ label, title, value, options, onChange }: SelectProps) {
+export function Select({ id, label, title, value, options, onChange }: SelectProps) {
   return (
     <select
+      id={id}
       class="select"
       aria-label={label}
       title={title}

@@ -12,13 +12,27 @@ interface Props {
   back: string;
   day: Day;
   today: Day;
+  /** Nothing comes after it. */
   isCurrent: boolean;
+  /** It is where `back` leads, if that is not the same. */
+  isNow?: boolean;
   onStep: (direction: -1 | 1) => void;
   onDay: (day: Day) => void;
 }
 
 /** The name of the day or week shown, and the ways to others. */
-export function PeriodBar({ title, previous, next, back, day, today, isCurrent, onStep, onDay }: Props) {
+export function PeriodBar({
+  title,
+  previous,
+  next,
+  back,
+  day,
+  today,
+  isCurrent,
+  isNow = isCurrent,
+  onStep,
+  onDay,
+}: Props) {
   useShortcuts({ c: () => document.getElementById("calendar")?.click() });
   const bar = useRoving<HTMLDivElement>("row");
   return (
@@ -42,7 +56,7 @@ export function PeriodBar({ title, previous, next, back, day, today, isCurrent, 
       </div>
       <ViewTitle text={title} />
       <DayButton label="Choisir une date" icon="day" id="calendar" day={day} today={today} onPick={onDay} />
-      <Button disabled={isCurrent} title={`${back} (A)`} onClick={() => onDay(today)}>
+      <Button disabled={isNow} title={`${back} (A)`} onClick={() => onDay(today)}>
         {back}
       </Button>
     </div>

@@ -2,26 +2,33 @@
 import type { RefObject } from "preact";
 import { useLayoutEffect, useRef } from "preact/hooks";
 
-/** Beside or under each other; in a grid, each list item or row holds several beside each other. */
-type Shape = "row" | "column" | "grid";
+/**
+ * Beside or under each other; in a grid, each list item or row holds several beside each other. In a table
+ * Home and End stay in the row, as in any; with Ctrl they lead to its corners.
+ */
+type Shape = "row" | "column" | "grid" | "table";
 
 const rowOf = (control: HTMLElement) => control.closest("li, [role=row]");
 
 function controlsIn(group: HTMLElement): HTMLElement[] {
   const all = group.querySelectorAll<HTMLElement>(":is(button, input[type=checkbox]):enabled");
-  return [...all].filter((one) => one.getClientRects().length > 0);
+  // What one of them opened is no part of the group.
+  const own = (one: HTMLElement) => one.closest(".popover") === group.closest(".popover");
+  return [...all].filter((one) => own(one) && one.getClientRects().length > 0);
 }
 
 // Where a key leads: undefined when it means nothing here, the control itself at an edge.
 function reached(all: HTMLElement[], from: HTMLElement, key: string, shape: Shape): HTMLElement | undefined {
+  const within = shape === "table" && !key.startsWith("Control+");
+  const ends = within ? all.filter((one) => rowOf(one) === rowOf(from)) : all;
+  if (/^(Control\+)?Home$/.test(key)) return ends[0];
+  if (/^(Control\+)?End$/.test(key)) return ends[ends.length - 1];
   const at = all.indexOf(from);
-  if (key === "Home") return all[0];
-  if (key === "End") return all[all.length - 1];
   const beside = { ArrowLeft: -1, ArrowRight: 1 }[key];
   const under = { ArrowUp: -1, ArrowDown: 1 }[key];
   const by = shape === "row" ? beside : shape === "column" ? under : (beside ?? under);
   if (by === undefined) return undefined;
-  if (shape !== "grid") return all[at + by] ?? from;
+  if (shape === "row" || shape === "column") return all[at + by] ?? from;
   const row = rowOf(from);
   if (beside) return all[at + by] && rowOf(all[at + by]!) === row ? all[at + by] : from;
   // The same column of the next row that has one.
@@ -64,11 +71,11 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
     };
     const onKey = (event: KeyboardEvent) => {
       const { target, key, ctrlKey, metaKey, altKey, shiftKey } = event;
-      if (event.defaultPrevented || ctrlKey || metaKey || altKey || shiftKey) return;
+      if (event.defaultPrevented || (ctrlKey && shape !== "table") || metaKey || altKey || shiftKey) return;
       // Where the mouse put the focus, arrows mean what they mean on the page.
       if (!(target instanceof HTMLElement) || !target.matches(":focus-visible")) return;
       const all = controlsIn(group);
-      const next = all.includes(target) && reached(all, target, key, shape);
+      const next = all.includes(target) && reached(all, target, ctrlKey ? `Control+${key}` : key, shape);
       if (!next) return;
       event.preventDefault();
       next.focus();
@@ -79,6 +86,10 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
     group.addEventListener("focusin", onFocus);
     group.addEventListener("keydown", onKey);
     return () => {
+      // The whole group goes, and with it what has the focus.
+      const main = group.contains(document.activeElement) && group.closest<HTMLElement>("main");
+      if (main)
+        queueMicrotask(() => document.activeElement === document.body && main.focus({ preventScroll: true }));
       observer.disconnect();
       group.removeEventListener("focusin", onFocus);
       group.removeEventListener("keydown", onKey);

@@ -54,7 +54,7 @@ export function useShortcuts(handlers: Record<string, () => boolean | void>): vo
       const name = keyNames(event).find((candidate) => candidate in latest.current);
       const handler = name && latest.current[name];
       if (!handler || takesKeys(event.target, name)) return;
-      if (name !== "?" && name !== "Escape" && !name.startsWith("Arrow") && !singleKeysOn()) return;
+      if (!/^(\?|F1|Escape|Arrow.*)$/.test(name) && !singleKeysOn()) return;
       if (handler() !== false) event.preventDefault();
     };
     window.addEventListener("keydown", onKey);

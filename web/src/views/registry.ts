@@ -3,11 +3,13 @@ import type { ComponentType } from "preact";
 import type { IconName } from "../ui/icons";
 import { DayView } from "./day/day";
 import { HistoryView } from "./history/history";
+import { PeriodView } from "./period/period";
 import { ProjectsView } from "./projects/projects";
 import type { ViewProps } from "./props";
 import { RecapView } from "./recap";
 import { RulesView } from "./rules/rules";
 import { SettingsView } from "./settings/settings";
+import { SheetView } from "./sheet/sheet";
 import { WeekView } from "./week";
 
 interface View {
@@ -17,8 +19,8 @@ interface View {
   /** Leads there when it is pressed alone. */
   key: string;
   icon: IconName;
-  /** How many days it shows, where it shows some. */
-  dated?: 1 | 7;
+  /** How many days it shows, where it shows some; or those of the range. */
+  dated?: 1 | 7 | "range";
   component: ComponentType<ViewProps>;
 }
 
@@ -28,6 +30,8 @@ export const views: readonly View[] = [
   today,
   { id: "week", title: "Semaine", key: "s", icon: "week", dated: 7, component: WeekView },
   { id: "recap", title: "Bilan", key: "b", icon: "recap", dated: 7, component: RecapView },
+  { id: "period", title: "Période", key: "e", icon: "period", dated: "range", component: PeriodView },
+  { id: "sheet", title: "Feuille de temps", key: "f", icon: "sheet", dated: "range", component: SheetView },
   { id: "projects", title: "Projets", key: "p", icon: "projects", component: ProjectsView },
   { id: "rules", title: "Règles", key: "r", icon: "rules", component: RulesView },
   { id: "history", title: "Historique", key: "h", icon: "history", component: HistoryView },

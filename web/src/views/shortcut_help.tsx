@@ -16,9 +16,9 @@ const groups: Group[] = [
   {
     title: "Dates",
     keys: [
-      ["← →", "Jour ou semaine d’avant, d’après"],
+      ["← →", "Jour, semaine, période d’avant, d’après"],
       ["A", "Aujourd’hui"],
-      ["C", "Calendrier"],
+      ["C", "Calendrier ; mois avec Page préc. ou suiv., année avec Maj"],
     ],
   },
   {
@@ -28,13 +28,15 @@ const groups: Group[] = [
       ["← ↑ → ↓", "D’un élément du groupe à l’autre"],
       ["Début, Fin", "Premier, dernier du groupe"],
       ["F6", "Partie suivante ; avec Maj, précédente"],
+      ["Ctrl + K", "Retrouver, dans toutes les années"],
       ["/", "Rechercher"],
-      ["N", "Nouveau projet, nouvelle règle"],
+      ["N", "Nouveau projet, nouvelle règle, nouveau moment"],
       ["Maj + P", "Mettre en pause, reprendre"],
       ["Ctrl + Z", "Annuler ; avec Maj, rétablir"],
       ["Ctrl + + −", "Agrandir, réduire la page"],
       ["Ctrl + 0", "Taille normale de la page"],
       ["?", "Cette aide"],
+      ["F1", "Guide"],
     ],
   },
   {
@@ -49,6 +51,16 @@ const groups: Group[] = [
       ["Entrée", "Choisir catégorie et projet"],
       ["Suppr", "Supprimer pour de bon"],
       ["Échap", "Tout désélectionner"],
+    ],
+  },
+  {
+    title: "Trous de la semaine",
+    keys: [
+      ["T", "Aller aux trous à remplir"],
+      ["↑ ↓", "Trou précédent, suivant"],
+      ["1 2 3", "Donner au projet proposé"],
+      ["Entrée", "Autre projet, note"],
+      ["I", "Ignorer"],
     ],
   },
   {

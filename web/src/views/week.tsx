@@ -1,19 +1,22 @@
-import type { WeekReport } from "../bridge/routes";
+import type { UnixTime, WeekReport } from "../bridge/routes";
 import { activeTime, categories, categoryClass, categoryLabel } from "../model/categories";
+import { scaleOf } from "../model/scale";
 import { addDays, capitalize, clock, count, duration, plainDay, weekdayShort } from "../model/time";
 import { CategoryTable } from "../ui/category_table";
 import { Button, CategoryBar, CategoryLegend, Empty, projectRows, ShareList } from "../ui/parts";
 import { useRoving } from "../ui/roving";
+import { Gaps } from "./moments/gaps";
 import type { ViewProps } from "./props";
 import { WeekPage } from "./week_page";
 
 export function WeekView(props: ViewProps) {
-  const { today, onDay, onOpenDay } = props;
+  const { today, status, onDay, onOpenDay } = props;
+  const now = status?.now ?? Date.now() / 1000;
   return (
     <WeekPage {...props} route="week" name="Semaine">
       {(week, isCurrent) => {
         const active = week.days.reduce((sum, one) => sum + one.active, 0);
-        if (active > 0) return <Week {...{ week, active, today, onOpenDay }} />;
+        if (active > 0) return <Week {...{ week, active, today, now, onOpenDay }} />;
         if (week.incomplete) return <Empty title="Rien n’a pu être lu pour cette semaine." />;
         return (
           <Empty title={isCurrent ? "La semaine commence." : "Rien d’enregistré cette semaine-là."}>
@@ -30,9 +33,10 @@ export function WeekView(props: ViewProps) {
 interface WeekProps extends Pick<ViewProps, "today" | "onOpenDay"> {
   week: WeekReport;
   active: number;
+  now: UnixTime;
 }
 
-function Week({ week, active, today, onOpenDay }: WeekProps) {
+function Week({ week, active, today, now, onOpenDay }: WeekProps) {
   const daysActive = week.days.filter((one) => one.active > 0).length;
   return (
     <>
@@ -62,22 +66,15 @@ function Week({ week, active, today, onOpenDay }: WeekProps) {
           shown={12}
         />
       </div>
+      <Gaps {...{ today, now }} monday={week.monday} />
     </>
   );
 }
 
-// Lines every so many hours, about five of them.
-function gridStep(hours: number): number {
-  return [1, 2, 3, 4].find((step) => hours / step <= 5) ?? 6;
-}
-
 /** Seven columns of stacked categories; each is a button that opens its day. */
-function Chart({ week, today, onOpenDay }: Omit<WeekProps, "active">) {
+function Chart({ week, today, onOpenDay }: Omit<WeekProps, "active" | "now">) {
   const list = useRoving<HTMLOListElement>("row");
-  const longest = Math.max(...week.days.map((day) => activeTime(day.by_category)), 3600);
-  const step = gridStep(longest / 3600);
-  const top = Math.ceil(longest / 3600 / step) * step * 3600;
-  const lines = Array.from({ length: top / 3600 / step }, (_, index) => (index + 1) * step);
+  const { top, lines } = scaleOf(week.days.map((day) => activeTime(day.by_category)));
   return (
     <section class="week-chart" aria-label="Jours de la semaine">
       <div class="week-grid" aria-hidden="true">

@@ -5,7 +5,7 @@ import { amount, categoryNets, type Net, projectNets, signed, sinceWhen } from "
 import { plainDomain, typeset } from "../../model/time";
 import { CategoryMark, CategoryName, Icon, ProjectDot } from "../icons";
 import { Foreign, ProjectName } from "../parts";
-import { MonthBars } from "./month_bars";
+import { EffectMonths } from "./month_bars";
 
 // Beside each other in two columns, under each other what fits in three lines.
 const shown = 3;
@@ -39,7 +39,7 @@ export function EffectStrip({ effect, none = "Rien ne change dans le passé." }:
         <Nets title="Projets" nets={projectNets(effect)} same="inchangés" />
         <Nets title="Catégories" nets={categoryNets(effect)} same="inchangées" />
       </div>
-      <MonthBars effect={effect} />
+      <EffectMonths effect={effect} />
       <details class="effect-more">
         <summary>
           <Icon name="right" />

@@ -1,15 +1,27 @@
 import type { Effect } from "../../bridge/routes";
 import { categoryClass } from "../../model/categories";
-import { amount, categoryNets, filledMonths, projectNets } from "../../model/effect";
+import { amount, categoryNets, filledMonths, type MonthTime, projectNets } from "../../model/effect";
 import { monthName, monthShort } from "../../model/time";
 import { projectColor } from "../icons";
 
 const height = 30;
 const step = 10;
 
-/** How much moves in each month, in the colour of the project, or else the category, that it is about; a table for those who do not see it. */
-export function MonthBars({ effect }: { effect: Effect }) {
-  const months = filledMonths(effect);
+/** How much moves in each month, in the colour of the project, or else the category, that it is about. */
+export function EffectMonths({ effect }: { effect: Effect }) {
+  return <MonthBars known={effect.months} caption="Temps qui change, par mois" {...colorOf(effect)} />;
+}
+
+interface Props {
+  known: readonly MonthTime[];
+  caption: string;
+  cat?: string | undefined;
+  color?: string | undefined;
+}
+
+/** Time by month, those without any included; a table for those who do not see it. */
+export function MonthBars({ known, caption, cat, color }: Props) {
+  const months = filledMonths(known);
   const [first, last] = [months[0], months[months.length - 1]];
   if (!first || !last) return null;
   const most = months.reduce((a, b) => (b.seconds > a.seconds ? b : a));
@@ -26,8 +38,8 @@ export function MonthBars({ effect }: { effect: Effect }) {
         viewBox={`0 0 ${months.length * step} ${height}`}
         preserveAspectRatio="none"
         aria-hidden="true"
-        class={colorOf(effect).cat}
-        style={{ color: colorOf(effect).color, maxWidth: width }}
+        class={cat}
+        style={{ color, maxWidth: width }}
       >
         {months.map((month, index) => (
           <rect
@@ -50,9 +62,9 @@ export function MonthBars({ effect }: { effect: Effect }) {
         {months.length > 1 && <span>{monthShort(day(last))}</span>}
       </p>
       <table class="sr-only">
-        <caption>Temps qui change, par mois</caption>
+        <caption>{caption}</caption>
         <tbody>
-          {effect.months.map((month) => (
+          {known.map((month) => (
             <tr key={month.month}>
               <th scope="row">{monthName(day(month))}</th>
               <td>{amount(month.seconds)}</td>

@@ -1,12 +1,13 @@
-import { useEffect, useState } from "preact/hooks";
 import type { Block, Day, Project, RuleFacts } from "../../bridge/routes";
-import { categoryOptions, isAssignable } from "../../model/categories";
+import { isGap } from "../../model/away";
 import type { Target } from "../../model/changes";
 import { leftOut } from "../../model/day_list";
-import { count, duration, plainDomain } from "../../model/time";
-import { CategoryMark } from "../../ui/icons";
-import { Button, Foreign, IconButton, ProjectName, ProjectSelect, Segmented } from "../../ui/parts";
+import { clock, count, duration, plainDomain } from "../../model/time";
+import { Button, Foreign, IconButton, ProjectName } from "../../ui/parts";
+import { TargetFields } from "../../ui/target_fields";
+import { AwayFields } from "./away_fields";
 import { RangeFields } from "./range_fields";
+import { type Choice, isFilling } from "./use_assign";
 import type { Picked } from "./use_picked";
 import { Why } from "./why";
 
@@ -14,31 +15,38 @@ interface Props {
   day: Day;
   picked: Picked;
   projects: readonly Project[];
+  choice: Choice;
+  onChange: (part: Partial<Choice>) => void;
   onAssign: (target: Target) => void;
   onNewRule: (block: Block) => void;
   onEditRule: (rule: RuleFacts) => void;
   onEditProject: (id: number) => void;
   onChoose: () => void;
-  onDelete: () => void;
+  onExclude: (block: Block) => void;
+  /** Absent where there is nothing that could be. */
+  onDelete: (() => void) | undefined;
   onClose: () => void;
 }
 
 /** What to make of the selected blocks, or of the range dragged over the timeline. */
 export function AssignBar(props: Props) {
-  const { picked, projects, onAssign, onDelete, onClose, onNewRule, onEditRule, onEditProject, onChoose } = props;
+  const { picked, projects, choice, onChange, onAssign, onExclude, onDelete, onClose, onNewRule, onEditRule } = props;
+  const { onEditProject, onChoose } = props;
   const { blocks, range, time } = picked;
-  const [target, setTarget] = useTarget(picked);
-  const one = !range && blocks.length === 1 ? blocks[0] : undefined;
-  const toAutomatic = target.category === null && target.projectId === null;
+  const one = !range && blocks.length === 1 && picked.away.length === 0 ? blocks[0] : undefined;
+  const toAutomatic = choice.category === null && choice.projectId === null;
   const isAutomatic = blocks.every((block) => !block.manual);
+  const isNoted = isFilling(picked, choice) && choice.note.trim() !== "";
+  const changes = isFilling(picked, choice) ? !toAutomatic || isNoted : time > 0;
+  const isAway = time === 0 && picked.awayTime > 0;
   return (
     <form
-      class={one || range ? "assign tall" : "assign"}
+      class={one || range || picked.away.length > 0 ? "assign tall" : "assign"}
       aria-label="Attribuer la sélection"
       data-region
       onSubmit={(event) => {
         event.preventDefault();
-        onAssign(target);
+        onAssign(choice);
       }}
       onKeyDown={(event) => {
         if (event.key === "Escape") onClose();
@@ -46,9 +54,16 @@ export function AssignBar(props: Props) {
     >
       <What {...props} one={one} />
       <div class="assign-end">
-        <Button kind="danger small" title="Suppr" onClick={onDelete}>
-          Supprimer…
-        </Button>
+        {one && (
+          <Button kind="small" onClick={() => onExclude(one)}>
+            Exclure…
+          </Button>
+        )}
+        {onDelete && (
+          <Button kind="danger small" title="Suppr" onClick={onDelete}>
+            Supprimer…
+          </Button>
+        )}
         <IconButton
           kind="ghost square"
           icon="close"
@@ -58,31 +73,16 @@ export function AssignBar(props: Props) {
         />
       </div>
       {one && <Why key={one.ids[0]} block={one} {...{ onEditRule, onEditProject, onChoose }} />}
+      <AwayFields {...props} onGive={onAssign} />
       <div class="assign-how">
-        <TargetFields target={target} projects={projects} onChange={setTarget} />
-        <Button type="submit" kind="primary" disabled={time === 0 || (toAutomatic && isAutomatic)}>
-          {toAutomatic && !isAutomatic ? "Rendre automatique" : "Attribuer"}
+        <TargetFields target={choice} projects={projects} onChange={onChange} />
+        <Button type="submit" kind="primary" disabled={!changes || (toAutomatic && isAutomatic && !isNoted)}>
+          {toAutomatic && !isAutomatic ? "Rendre automatique" : isAway ? "Ajouter" : "Attribuer"}
         </Button>
         {one && <Button onClick={() => onNewRule(one)}>Créer une règle…</Button>}
       </div>
     </form>
   );
-}
-
-// What is to be given: at first what all the blocks have been given by hand already.
-function useTarget({ blocks, range }: Picked) {
-  const state = useState<Target>({ category: null, projectId: null });
-  const what = range ? `${range.start}` : blocks.map((block) => block.ids[0]).join(",");
-  useEffect(() => {
-    const [first] = blocks;
-    const same =
-      first &&
-      !range &&
-      blocks.every((block) => block.cat === first.cat && block.pid === first.pid && block.manual);
-    const category = same && isAssignable(first.cat) ? first.cat : null;
-    state[1]({ category, projectId: same ? first.pid : null });
-  }, [what]);
-  return state;
 }
 
 function What({ day, picked, projects, one }: Props & { one: Block | undefined }) {
@@ -97,9 +97,9 @@ function What({ day, picked, projects, one }: Props & { one: Block | undefined }
       {range ? (
         <RangeFields day={day} range={range} onRange={pickRange} />
       ) : (
-        <b>{one ? <Foreign text={plainDomain(one.domain ?? one.app)} length={40} /> : count(blocks.length, "bloc")}</b>
+        <b>{one ? <Foreign text={plainDomain(one.domain ?? one.app)} length={40} /> : nameOfAway(picked)}</b>
       )}
-      <p class="quiet">{time > 0 ? `${duration(time)}${range ? " d’activité" : ""}` : "aucune activité"}</p>
+      <p class="quiet">{lengths(picked)}</p>
       {project && (
         <span class="assign-project">
           <span class="sr-only">Projet </span>
@@ -122,48 +122,17 @@ function What({ day, picked, projects, one }: Props & { one: Block | undefined }
   );
 }
 
-const categoryChoices = [
-  { value: null, label: "Auto", title: "Selon les règles (0)" },
-  ...categoryOptions.map(([cat, label], index) => ({
-    value: cat,
-    label: (
-      <>
-        <CategoryMark cat={cat} />
-        {label}
-      </>
-    ),
-    title: `${label} (${index + 1})`,
-  })),
-];
-
-interface TargetFieldsProps {
-  target: Target;
-  projects: readonly Project[];
-  onChange: (target: Target) => void;
+function nameOfAway({ blocks, away, selected }: Picked): string {
+  if (blocks.length > 0) return count(blocks.length, "bloc");
+  const [first] = away;
+  if (away.length !== 1 || !first) return count(away.length, "absence");
+  const what = selected.some(isGap) ? "Rien d’enregistré" : "Inactif";
+  return `${what}, ${clock(first.start)} – ${clock(first.end)}`;
 }
 
-function TargetFields({ target, projects, onChange }: TargetFieldsProps) {
-  const { category, projectId } = target;
-  // A project's time counts as the project's category, unless another was chosen.
-  const chooseProject = (id: number | null) => {
-    const usual = projects.find((project) => project.id === id)?.category;
-    onChange({ category: category ?? (isAssignable(usual) ? usual : null), projectId: id });
-  };
-  return (
-    <>
-      <Segmented
-        legend="Catégorie"
-        choices={categoryChoices}
-        value={category}
-        onChange={(cat) => onChange({ ...target, category: cat })}
-      />
-      <ProjectSelect
-        label="Projet"
-        none="Sans projet"
-        projects={projects}
-        value={projectId}
-        onChange={chooseProject}
-      />
-    </>
-  );
+// Of activity and of time away, as far as there is any.
+function lengths({ range, time, awayTime }: Picked): string {
+  if (time === 0) return awayTime < 1 ? "aucune activité" : `${duration(awayTime)}${range ? " sans activité" : ""}`;
+  if (range) return `${duration(time)} d’activité`;
+  return duration(time) + (awayTime > 0 ? ` et ${duration(awayTime)} d’absence` : "");
 }

@@ -1,5 +1,6 @@
 import { useEffect, useId, useLayoutEffect, useRef } from "preact/hooks";
 import type { Block, Project } from "../../bridge/routes";
+import { isGap } from "../../model/away";
 import { categoryLabel } from "../../model/categories";
 import type { DayList, Session } from "../../model/day_list";
 import { indexOf, isSelected, type Mode, select, selectAll, type Selection } from "../../model/selection";
@@ -119,7 +120,7 @@ function Rows({ list, projects, selection, onSelect, onOpen, prefix, active, inS
             project={session && session.pid === block.pid ? undefined : projectOf(block.pid)}
             inSession={session !== null}
             count={blocks.length}
-            selected={!block.idle && isSelected(selection, block)}
+            selected={isSelected(selection, block)}
             active={own === active}
             onClick={(event) => {
               const mode: Mode = event.shiftKey ? "range" : event.ctrlKey || event.metaKey ? "toggle" : "only";
@@ -234,7 +235,8 @@ interface RowProps {
 function Row({ id, block, project, inSession, at, index, count, selected, active, ...ways }: RowProps) {
   const { app, title, idle } = block;
   const domain = block.domain && plainDomain(block.domain);
-  const kinds = ["block", idle && "idle", active && "active", inSession && "inside"];
+  const empty = isGap(block);
+  const kinds = ["block", idle && "idle", empty && "gap", active && "active", inSession && "inside"];
   return (
     <div
       id={id}
@@ -257,7 +259,7 @@ function Row({ id, block, project, inSession, at, index, count, selected, active
         {!idle && <span class="sr-only">{categoryLabel(block.cat)}</span>}
       </span>
       {idle ? (
-        <span class="block-what quiet">Inactif</span>
+        <span class="block-what quiet">{empty ? "Rien d’enregistré" : "Inactif"}</span>
       ) : (
         <span class="block-what" title={title ? clip(title, 500) : undefined}>
           <b>

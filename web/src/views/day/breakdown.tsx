@@ -2,6 +2,7 @@ import type { AppTime, Totals } from "../../bridge/routes";
 import type { Filter } from "../../model/filter";
 import { plainDomain } from "../../model/time";
 import { projectRows, ShareList, type ShareRow } from "../../ui/parts";
+import { ExcludeLink } from "../exclude/exclude_link";
 
 type Narrowing = "project" | "app" | "domain";
 
@@ -39,15 +40,22 @@ export function Breakdown({ totals, filter, onFlip }: Props) {
         onChoose={(id) => onFlip("project", Number(id))}
       />
       {named.map(([name, times, title, empty]) => (
-        <ShareList
-          key={name}
-          title={title}
-          rows={rows(totals[times])}
-          total={totals.active}
-          empty={empty}
-          chosen={filter[name]}
-          onChoose={(one) => onFlip(name, one)}
-        />
+        <div key={name}>
+          <ShareList
+            title={title}
+            rows={rows(totals[times])}
+            total={totals.active}
+            empty={empty}
+            chosen={filter[name]}
+            onChoose={(one) => onFlip(name, one)}
+          />
+          {filter[name] !== null && (
+            <ExcludeLink
+              subject={name === "domain" ? { site: filter[name] } : { app: filter[name] }}
+              onDone={() => onFlip(name, null)}
+            />
+          )}
+        </div>
       ))}
     </div>
   );

@@ -1,4 +1,5 @@
 import { Button, Empty } from "../../ui/parts";
+import { useShortcuts } from "../../ui/shortcuts";
 import { useSend } from "../../ui/toast";
 
 interface Props {
@@ -8,11 +9,18 @@ interface Props {
   incomplete: boolean;
   onToday: () => void;
   onYesterday: () => void;
+  onAdd: () => void;
 }
 
 /** What stands for a day without anything recorded. */
-export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: Props) {
+export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday, onAdd }: Props) {
   const send = useSend();
+  useShortcuts({ n: onAdd });
+  const add = (
+    <Button title="Ajouter un moment (N)" onClick={onAdd}>
+      Ajouter un moment…
+    </Button>
+  );
   if (incomplete) return <Empty title="Rien n’a pu être lu pour ce jour." />;
   if (isToday && paused) {
     return (
@@ -21,6 +29,7 @@ export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: 
         <Button kind="primary" onClick={() => send("tracker.resume", {})}>
           Reprendre le suivi
         </Button>
+        {add}
       </Empty>
     );
   }
@@ -29,6 +38,7 @@ export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: 
       <Empty title="La journée commence.">
         <p>Travaillez comme d’habitude : les premières minutes apparaîtront ici d’elles-mêmes.</p>
         <Button onClick={onYesterday}>Voir hier</Button>
+        {add}
       </Empty>
     );
   }
@@ -36,6 +46,7 @@ export function EmptyDay({ isToday, paused, incomplete, onToday, onYesterday }: 
     <Empty title="Rien d’enregistré ce jour-là.">
       <p>L’ordinateur était éteint, ou le suivi en pause.</p>
       <Button onClick={onToday}>Revenir à aujourd’hui</Button>
+      {add}
     </Empty>
   );
 }

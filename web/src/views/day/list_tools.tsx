@@ -1,8 +1,9 @@
 import type { Block, Project, Totals } from "../../bridge/routes";
 import { categoryLabel } from "../../model/categories";
-import { type Filter, isFiltering } from "../../model/filter";
-import { clip, count, duration, plainDomain } from "../../model/time";
+import { type Filter, isFiltering, noProject, toFile } from "../../model/filter";
+import { clip, count, duration, hourName, plainDomain } from "../../model/time";
 import { Icon } from "../../ui/icons";
+import { Button } from "../../ui/parts";
 import { useRoving } from "../../ui/roving";
 import { Said } from "../../ui/said";
 
@@ -18,21 +19,30 @@ interface Props {
   whole: Totals | null;
   onChange: (part: Partial<Filter>) => void;
   onReset: () => void;
+  /** Adds a moment that was not recorded. */
+  onAdd: () => void;
 }
 
 function sumOf(blocks: readonly Block[]): number {
   return blocks.reduce((sum, block) => sum + block.duration, 0);
 }
 
+function projectLabel(wanted: number, projects: readonly Project[]): string {
+  if (wanted === noProject) return "Sans projet";
+  if (wanted === toFile) return "Sans projet, à ranger";
+  return projects.find(({ id }) => id === wanted)?.name ?? "Projet supprimé";
+}
+
 /** Search, and what the list is narrowed to. */
-export function ListTools({ filter, projects, blocks, whole, onChange, onReset }: Props) {
+export function ListTools({ filter, projects, blocks, whole, onChange, onReset, onAdd }: Props) {
   const active = blocks.filter(({ idle }) => !idle);
-  const project = projects.find(({ id }) => id === filter.project);
   const narrowed: [string | null | undefined, Partial<Filter>][] = [
     [filter.cat && categoryLabel(filter.cat), { cat: null }],
-    [filter.project === null ? null : (project?.name ?? "Projet supprimé"), { project: null }],
+    [filter.project === null ? null : projectLabel(filter.project, projects), { project: null }],
     [filter.app, { app: null }],
     [filter.domain && plainDomain(filter.domain), { domain: null }],
+    [filter.client?.name, { client: null }],
+    [filter.hour === null ? null : hourName(filter.hour), { hour: null }],
   ];
   const tools = useRoving<HTMLDivElement>("row");
   return (
@@ -63,6 +73,9 @@ export function ListTools({ filter, projects, blocks, whole, onChange, onReset }
         </button>
       )}
       <span class="spacer" />
+      <Button kind="small" title="Ajouter un moment (N)" onClick={onAdd}>
+        Ajouter un moment…
+      </Button>
       <label class="check">
         <input
           type="checkbox"

@@ -1,5 +1,6 @@
 import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
+import { isGap } from "../../model/away";
 import { categories, categoryLabel } from "../../model/categories";
 import { hours, segmentAt, type View } from "../../model/timeline";
 import { clock, duration, longDay, plainDomain } from "../../model/time";
@@ -14,6 +15,8 @@ import { Zoom } from "./zoom";
 
 interface Props {
   report: DayReport;
+  /** Its blocks and its time away. */
+  rows: readonly Block[];
   now: UnixTime | null;
   picked: Picked;
   /** On to the choice of category and project, for what was picked just now. */
@@ -21,19 +24,22 @@ interface Props {
 }
 
 /** The day from left to right, one lane a category; projects as a thin strip beneath. */
-export function Timeline({ report, now, picked, onOpen }: Props) {
+export function Timeline({ report, rows, now, picked, onOpen }: Props) {
   const { segments } = report;
-  const { range, pickRange, pickBlocks } = picked;
+  const { range, pickRange, pickBlocks, pickAway } = picked;
   const plot = useRef<HTMLDivElement>(null);
   const scale = useScale(report, plot);
   useWheel(plot, scale);
   const [cursor, setCursor] = useState<number | null>(null);
   const [focused, setFocused] = useState(false);
   const current = cursor === null ? undefined : segments[cursor];
-  const { hover, dragged, leave, handlers } = usePointer(scale, segments, pickRange, (index, extend) => {
+  const absences = useMemo(() => rows.filter(({ idle }) => idle), [rows]);
+  const { hover, dragged, leave, handlers } = usePointer(scale, segments, absences, pickRange, (index, extend, time) => {
     setCursor(index);
     const segment = segments[index ?? -1];
+    const row = awayAt(absences, time);
     if (segment) pickBlocks(segment.start, segment.end, extend);
+    else if (row) pickAway(row, extend);
     else pickRange(null);
   });
   useEffect(() => {
@@ -46,8 +52,8 @@ export function Timeline({ report, now, picked, onOpen }: Props) {
   });
 
   const under = hover === null ? undefined : segments[segmentAt(segments, hover, 2 * scale.perPixel)];
-  const away = hover === null ? undefined : awayAt(report.blocks, hover);
-  const tip = under ?? away ?? (focused ? current : undefined);
+  const away = hover === null ? undefined : awayAt(absences, hover);
+  const tip = under ?? (away && asSegment(away)) ?? (focused ? current : undefined);
   return (
     <section class="timeline" aria-label="Chronologie" data-sticky>
       <Lanes />
@@ -218,10 +224,13 @@ function describe({ start, end, cat, pid, top }: Segment, projects: readonly Pro
     .join(", ");
 }
 
-// Time away, as if it were a segment.
-function awayAt(blocks: readonly Block[], time: UnixTime): Segment | undefined {
-  const block = blocks.find((one) => one.idle && one.start <= time && time < one.end);
-  return block && { start: block.start, end: block.end, cat: "inactif", pid: null, top: [] };
+function awayAt(absences: readonly Block[], time: UnixTime): Block | undefined {
+  return absences.find((one) => one.start <= time && time < one.end);
+}
+
+function asSegment(away: Block): Segment {
+  const { start, end, cat, pid } = away;
+  return { start, end, cat, pid, top: isGap(away) ? ["Rien d’enregistré"] : [] };
 }
 
 // The segments drawn as one with this one, being too thin on this scale.

@@ -12,7 +12,7 @@ export function useBar(list: RefObject<HTMLElement | null>, onLeave: () => void)
   const origin = useRef<HTMLElement | null>(null);
   const enter = () => {
     origin.current = document.activeElement instanceof HTMLElement ? document.activeElement : null;
-    document.querySelector<HTMLElement>(".assign .clock, .assign input:checked")?.focus();
+    document.querySelector<HTMLElement>(".assign .clock, .assign .note, .assign input:checked")?.focus();
   };
   const focusList = () => {
     const blocks = list.current?.querySelector<HTMLElement>(".blocks");

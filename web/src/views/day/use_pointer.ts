@@ -19,8 +19,9 @@ interface Pointer {
 export function usePointer(
   scale: Scale,
   segments: readonly Segment[],
+  away: readonly Range[],
   onRange: (range: Range | null) => void,
-  onClick: (index: number | null, extend: boolean) => void,
+  onClick: (index: number | null, extend: boolean, time: UnixTime) => void,
 ): Pointer {
   const { perPixel, timeAt } = scale;
   const [hover, setHover] = useState<UnixTime | null>(null);
@@ -29,13 +30,14 @@ export function usePointer(
   const drag = useRef<{ from: UnixTime; x: number; range: Range | null } | null>(null);
   const leave = () => setHover(null);
 
-  // Edges of segments attract; elsewhere whole minutes.
+  // Edges of segments and of time away attract, the nearest one first; elsewhere whole minutes.
   const snapped = (time: UnixTime) => {
-    const near = segments[segmentAt(segments, time, 6 * perPixel)];
-    for (const edge of near ? [near.start, near.end] : []) {
-      if (Math.abs(edge - time) < 6 * perPixel) return edge;
-    }
-    return Math.round(time / 60) * 60;
+    const reach = 6 * perPixel;
+    const near = [segments, away].flatMap((list: readonly Range[]) => list[segmentAt(list, time, reach)] ?? []);
+    const [edge] = near
+      .flatMap(({ start, end }) => [start, end])
+      .sort((a, b) => Math.abs(a - time) - Math.abs(b - time));
+    return edge !== undefined && Math.abs(edge - time) < reach ? edge : Math.round(time / 60) * 60;
   };
   const onPointerDown = (event: PointerEvent) => {
     if (event.button !== 0) return;
@@ -57,8 +59,9 @@ export function usePointer(
     drag.current = null;
     setDragged(null);
     if (range) return onRange(range.end > range.start ? range : null);
-    const index = segmentAt(segments, timeAt(event), 4 * perPixel);
-    onClick(index < 0 ? null : index, event.shiftKey);
+    const time = timeAt(event);
+    const index = segmentAt(segments, time, 4 * perPixel);
+    onClick(index < 0 ? null : index, event.shiftKey, time);
   };
   const onPointerCancel = () => {
     drag.current = null;

@@ -15,7 +15,10 @@ const kinds: [string, IconName, string][] = [
   ["rule", "rules", "Règle"],
   ["project", "projects", "Projet"],
   ["setting", "settings", "Réglage"],
+  ["goal", "activity", "Objectif"],
+  ["import", "restore", "Import"],
   ["erase", "trash", "Suppression"],
+  ["moments.", "plus", "Moment"],
 ];
 
 /** A change, and the way back from it or to it again. */

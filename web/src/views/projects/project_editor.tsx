@@ -1,13 +1,16 @@
 import { useState } from "preact/hooks";
-import type { ProjectRow, Step } from "../../bridge/routes";
+import type { ProjectRow, ProjectTerms, Step } from "../../bridge/routes";
 import { errorText, useClient } from "../../client";
 import { categoryOptions, isAssignable } from "../../model/categories";
+import { clientOf, clientsOf } from "../../model/clients";
+import { readTerms, termsText } from "../../model/terms";
 import { isolated } from "../../model/time";
 import { Dialog, EditorFoot, Form } from "../../ui/dialog";
 import { EffectPreview } from "../../ui/effect/effect_preview";
 import { Select } from "../../ui/parts";
 import { Said } from "../../ui/said";
 import { useUndoable } from "../../ui/toast";
+import { ClientField, TermsFields } from "./terms_fields";
 
 /** Told apart by most people with a colour vision deficiency too, and dark enough for either theme. */
 const palette: [string, string][] = [
@@ -112,10 +115,19 @@ interface Props {
   /** Absent for a new one. */
   project?: ProjectRow | undefined;
   others: readonly ProjectRow[];
+  /** What is agreed for each; undefined where that is not known, and so stays as it is. */
+  terms?: readonly ProjectTerms[] | undefined;
   onClose: () => void;
 }
 
-export function ProjectEditor({ project, others, onClose }: Props) {
+// What is agreed for a project, as it is being typed; nothing, where nobody knows it.
+function useTerms({ project, terms }: Pick<Props, "project" | "terms">) {
+  const known = terms?.find(({ project_id }) => project_id === project?.id);
+  const [text, setText] = useState(project && !known ? null : termsText(known));
+  return [text, setText] as const;
+}
+
+export function ProjectEditor({ project, others, terms, onClose }: Props) {
   const client = useClient();
   const undoable = useUndoable();
   const blank = blankProject(others.length);
@@ -125,6 +137,8 @@ export function ProjectEditor({ project, others, onClose }: Props) {
     category: isAssignable(project?.category) ? project.category : blank.category,
     keywords: project?.keywords ?? "",
   });
+  const [whose, setWhose] = useState(project ? clientOf(project) : "");
+  const [agreed, setAgreed] = useTerms({ project, terms });
   const [error, setError] = useState("");
 
   const name = fields.name.trim();
@@ -143,9 +157,11 @@ export function ProjectEditor({ project, others, onClose }: Props) {
   const save = async () => {
     if (name === "") return setError("Donnez un nom au projet.");
     if (isTaken) return setError("Un projet porte déjà ce nom.");
+    const read = agreed && readTerms(agreed);
+    if (typeof read === "string") return setError(read);
     try {
       await undoable(
-        () => client.call("projects.save", body),
+        () => client.call("projects.save", { ...body, client: whose.trim(), ...(read && { terms: read }) }),
         () => ({ text: `« ${isolated(name, 60)} » est enregistré.` }),
       );
       onClose();
@@ -166,6 +182,16 @@ export function ProjectEditor({ project, others, onClose }: Props) {
                 setError("");
               }}
             />
+            <ClientField client={whose} clients={clientsOf(others)} onChange={setWhose} />
+            {agreed && (
+              <TermsFields
+                terms={agreed}
+                onChange={(part) => {
+                  setAgreed({ ...agreed, ...part });
+                  setError("");
+                }}
+              />
+            )}
           </div>
           <EffectPreview
             steps={project || body.keywords !== "" ? steps : null}

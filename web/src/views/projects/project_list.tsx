@@ -1,23 +1,25 @@
-import type { ProjectRow, RecapReport, Seconds } from "../../bridge/routes";
+import type { ProjectHours, ProjectRow, ProjectTerms, Seconds } from "../../bridge/routes";
+import { byClient } from "../../model/clients";
 import { clip, duration } from "../../model/time";
 import { CategoryName, type IconName, ProjectDot } from "../../ui/icons";
 import { Foreign, IconButton } from "../../ui/parts";
 import { useRoving } from "../../ui/roving";
+import { Budget } from "./budget";
 
 export type Actions = Record<"onEdit" | "onArchive" | "onDelete", (project: ProjectRow) => void>;
 
 interface Props {
   title: string;
   rows: readonly ProjectRow[];
-  recap: RecapReport | undefined;
+  /** What each took, and what is agreed for it; undefined until that is counted. */
+  hours: readonly ProjectHours[] | undefined;
+  terms: readonly ProjectTerms[] | undefined;
   actions: Actions;
 }
 
-/** Projects, and how much of this week and of the one before was theirs. */
-export function ProjectList({ title, rows, recap, actions }: Props) {
-  const time = (id: number, week: "current" | "previous") =>
-    recap?.[week].by_project.find((project) => project.id === id)?.duration ?? 0;
-  const list = useRoving<HTMLUListElement>("grid");
+/** Projects under their clients, how much of this month and of the one before was theirs, what is left. */
+export function ProjectList({ title, rows, hours, terms, actions }: Props) {
+  const groups = byClient(rows);
   return (
     <section class="project-list">
       <h2>
@@ -26,32 +28,60 @@ export function ProjectList({ title, rows, recap, actions }: Props) {
       <div class="project-row head" aria-hidden="true">
         <span>Nom</span>
         <span>Catégorie</span>
-        <span class="number">Cette semaine</span>
-        <span class="number">La précédente</span>
+        <span class="number">Ce mois-ci</span>
+        <span class="number">Le dernier</span>
+        <span>Budget</span>
         <span />
       </div>
-      <ul role="list" ref={list}>
-        {rows.map((project) => (
-          <li key={project.id} class="project-row">
-            <Name {...project} />
-            <CategoryName cat={project.category ?? "travail"} />
-            <span class="number">
-              <span class="sr-only">Cette semaine </span>
-              <Time seconds={time(project.id, "current")} />
-            </span>
-            <span class="number quiet">
-              <span class="sr-only">la précédente </span>
-              <Time seconds={time(project.id, "previous")} />
-            </span>
-            <RowActions project={project} {...actions} />
-          </li>
-        ))}
-      </ul>
+      {groups.map(({ client, rows: own }) => (
+        <Group
+          key={client}
+          heading={groups.length > 1 || client !== "" ? client || "Sans client" : null}
+          rows={own}
+          {...{ hours, terms, actions }}
+        />
+      ))}
     </section>
   );
 }
 
-function Name({ color, name, keywords }: ProjectRow) {
+function Group({ heading, rows, hours, terms, actions }: Omit<Props, "title"> & { heading: string | null }) {
+  const list = useRoving<HTMLUListElement>("grid");
+  return (
+    <>
+      {heading !== null && (
+        <h3 class="project-client">
+          <Foreign text={heading} length={120} />
+        </h3>
+      )}
+      <ul role="list" ref={list}>
+        {rows.map((project) => {
+          const own = hours?.find(({ project_id }) => project_id === project.id);
+          return (
+            <li key={project.id} class="project-row">
+              <Name {...project} rate={terms?.find(({ project_id }) => project_id === project.id)} />
+              <CategoryName cat={project.category ?? "travail"} />
+              <span class="number">
+                <span class="sr-only">Ce mois-ci </span>
+                <Time seconds={own?.this_month} />
+              </span>
+              <span class="number quiet">
+                <span class="sr-only">le mois dernier </span>
+                <Time seconds={own?.last_month} />
+              </span>
+              <Budget hours={own} />
+              <RowActions project={project} {...actions} />
+            </li>
+          );
+        })}
+      </ul>
+    </>
+  );
+}
+
+function Name({ color, name, client, keywords, rate }: ProjectRow & { rate: ProjectTerms | undefined }) {
+  const cost = rate?.billable === false ? "non facturable" : rate?.rate_text;
+  const notes = [cost, client, keywords].filter((note) => note?.trim());
   return (
     <span class="project-name">
       <ProjectDot color={color} />
@@ -59,9 +89,9 @@ function Name({ color, name, keywords }: ProjectRow) {
         <b>
           <Foreign text={name} length={120} />
         </b>
-        {keywords && (
-          <span class="quiet keywords" title={clip(keywords, 500)}>
-            <Foreign text={keywords} />
+        {notes.length > 0 && (
+          <span class="quiet keywords" title={clip(notes.join(" · "), 500)}>
+            <Foreign text={notes.join(" · ")} />
           </span>
         )}
       </span>
@@ -69,7 +99,8 @@ function Name({ color, name, keywords }: ProjectRow) {
   );
 }
 
-function Time({ seconds }: { seconds: Seconds }) {
+function Time({ seconds }: { seconds: Seconds | undefined }) {
+  if (seconds === undefined) return null;
   return seconds > 0 ? <>{duration(seconds)}</> : <span class="quiet">–</span>;
 }
 

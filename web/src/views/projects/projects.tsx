@@ -15,7 +15,9 @@ import { Suggestions } from "./suggestions";
 
 export function ProjectsView() {
   const { answer: projects, error, reload } = useAnswer("projects.list", {});
-  const { answer: recap } = useAnswer("recap", {});
+  const { answer: terms } = useAnswer("projects.terms", {});
+  // The last, because it may have to count all that was ever recorded.
+  const { answer: hours } = useAnswer("projects.hours", {});
   const [editing, setEditing] = useState<ProjectRow | "new" | null>(null);
   const [deleting, setDeleting] = useState<ProjectRow | null>(null);
   const [moving, setMoving] = useState<ProjectRow | null>(null);
@@ -24,7 +26,7 @@ export function ProjectsView() {
   const actions: Actions = { onEdit: setEditing, onArchive: setMoving, onDelete: setDeleting };
   const listed = (title: string, archived: boolean) => {
     const rows = (projects ?? []).filter((project) => (project.archived === 1) === archived);
-    return rows.length > 0 && <ProjectList {...{ title, rows, recap, actions }} />;
+    return rows.length > 0 && <ProjectList {...{ title, rows, hours, terms, actions }} />;
   };
   return (
     <div class="view listing">
@@ -52,6 +54,7 @@ export function ProjectsView() {
         <ProjectEditor
           project={editing === "new" ? undefined : editing}
           others={projects ?? []}
+          terms={terms}
           onClose={() => setEditing(null)}
         />
       )}

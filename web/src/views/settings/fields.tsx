@@ -51,7 +51,8 @@ export function Row({ label, help, htmlFor, wide, error, children }: RowProps) {
 
 /** What shows some of the settings, and what the program says of each. */
 export interface SettingsProps {
-  settings: Settings;
+  /** The program notes excluded applications once there was one. */
+  settings: Settings & { excluded_apps?: string };
   rows: readonly SettingRow[];
 }
 

@@ -4,6 +4,7 @@ import { readList } from "../../model/settings";
 import { count } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { useSend } from "../../ui/toast";
+import { AppExclusions } from "./app_exclusions";
 import { DomainList } from "./domain_list";
 import { NumberField, Row, type SettingsProps } from "./fields";
 
@@ -44,6 +45,7 @@ export function PrivacyRows(props: SettingsProps) {
         }
         onSave={async (domains) => void (await client.call("settings.set", { excluded_domains: domains }))}
       />
+      <AppExclusions apps={readList(settings.excluded_apps ?? "[]") ?? []} />
       <RetentionField {...props} />
     </>
   );

@@ -4,8 +4,10 @@ import { Confirm } from "../../ui/dialog";
 import { Button, Failure, ViewTitle } from "../../ui/parts";
 import type { ViewProps } from "../props";
 import { BrowserRows } from "./browsers";
+import { GoalRows } from "../goals/goal_rows";
 import { Export } from "./export";
 import { Row, Section } from "./fields";
+import { ImportRow } from "./import/import_row";
 import { DesktopRows } from "./permissions";
 import { PrivacyRows } from "./privacy";
 import { StoreRows } from "./store";
@@ -32,12 +34,16 @@ export function SettingsView({ status, today, onWelcome }: ViewProps) {
           </Section>
         </>
       )}
+      <Section title="Objectifs et limites">
+        <GoalRows />
+      </Section>
       <Section title="Ce que ce bureau permet">
         <DesktopRows />
         <BrowserRows />
       </Section>
       <Section title="Données">
         <Export today={today} />
+        <ImportRow />
         <StoreRows status={status} />
       </Section>
       <Section title="Télémétrie et mises à jour">

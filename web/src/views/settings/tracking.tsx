@@ -1,6 +1,9 @@
+import { useId } from "preact/hooks";
 import { useAnswer, useClient } from "../../client";
-import { useAttempt, useNotice } from "../../ui/toast";
-import { NumberField, type SettingsProps, Switch } from "./fields";
+import { duration } from "../../model/time";
+import { Select } from "../../ui/parts";
+import { useAttempt, useNotice, useSend } from "../../ui/toast";
+import { NumberField, Row, type SettingsProps, Switch } from "./fields";
 
 /** What counts as an activity, and when Orvanta starts. */
 export function TrackingRows(props: SettingsProps) {
@@ -28,8 +31,35 @@ export function TrackingRows(props: SettingsProps) {
         unit="secondes"
         {...props}
       />
+      <AbsenceRow />
       <LaunchSwitch />
     </>
+  );
+}
+
+const delays = [5, 10, 15, 30, 60];
+
+function AbsenceRow() {
+  const id = useId();
+  const send = useSend();
+  const minutes = useAnswer("absence.get", {}).answer?.ask_minutes;
+  const offered = minutes === undefined || minutes === 0 || delays.includes(minutes) ? delays : [...delays, minutes].sort((a, b) => a - b);
+  return (
+    <Row
+      label="Au retour, demander ce que c’était"
+      help="Une notification propose les projets les plus probables ; un clic leur donne l’absence."
+      htmlFor={id}
+    >
+      <Select
+        id={id}
+        value={String(minutes ?? 0)}
+        options={[
+          ["0", "Jamais"],
+          ...offered.map((length) => [String(length), `Après ${duration(length * 60)}`] as const),
+        ]}
+        onChange={(value) => send("absence.set", { ask_minutes: Number(value) })}
+      />
+    </Row>
   );
 }
 

@@ -1,0 +1,160 @@
+import { useEffect, useLayoutEffect, useState } from "preact/hooks";
+import { useClient } from "../../client";
+import { isAssignable } from "../../model/categories";
+import { type Hit, hits, moved, ruleFor } from "../../model/search";
+import { clip } from "../../model/time";
+import { Dialog } from "../../ui/dialog";
+import { Icon } from "../../ui/icons";
+import { Button, Failure } from "../../ui/parts";
+import { useAttempt, useNotice } from "../../ui/toast";
+import { DeleteDialog } from "../day/delete_dialog";
+import type { ViewProps } from "../props";
+import { RuleEditor } from "../rules/rule_editor";
+import { FoundHead } from "./found_head";
+import { FoundRows, rowId } from "./found_rows";
+import { GiveDialog } from "./give_dialog";
+import { useFound } from "./use_found";
+
+interface Props {
+  onOpenDay: ViewProps["onOpenDay"];
+  onClose: () => void;
+}
+
+type Act = "give" | "rule" | "delete";
+const list = "found-list";
+
+/** Finds anything again, of all years: Ctrl+K from everywhere. */
+export function SearchDialog({ onOpenDay, onClose }: Props) {
+  const [typed, setTyped] = useState("");
+  const { found, days, fetchMore, error, reload } = useFound(typed);
+  const rows = hits(days);
+  const [at, setAt] = useState(-1);
+  const [act, setAct] = useState<Act | null>(null);
+  const hit = rows[at];
+  const something = typed.trim() !== "" && found !== undefined && found.text !== "";
+  useEffect(() => setAt(-1), [found?.text]);
+  useLayoutEffect(() => document.getElementById(rowId(at))?.scrollIntoView({ block: "nearest" }), [at]);
+
+  const open = ({ day, row }: Hit) => {
+    onClose();
+    onOpenDay(day.date, { hour: new Date(row.start * 1000).getHours() });
+  };
+  const onKeyDown = (event: KeyboardEvent) => {
+    if (event.ctrlKey && event.key.toLowerCase() === "k") {
+      event.preventDefault();
+      (event.currentTarget as HTMLInputElement).select();
+    }
+    if (event.isComposing || event.ctrlKey || event.altKey) return;
+    if (event.key === "ArrowDown" || event.key === "ArrowUp") {
+      event.preventDefault();
+      setAt(moved(at, event.key === "ArrowDown" ? 1 : -1, rows.length));
+    }
+    // What is seen may still be of the text before.
+    const first = found?.text === typed.trim() ? (hit ?? rows[0]) : hit;
+    if (event.key === "Enter" && first) open(first);
+  };
+  return (
+    <>
+      <Dialog title="Retrouver" onClose={onClose} wide>
+        <div class="dialog-body found">
+          <label class="search wide">
+            <Icon name="search" />
+            <input
+              class="input"
+              autoFocus
+              maxLength={200}
+              role="combobox"
+              aria-expanded={rows.length > 0}
+              aria-controls={list}
+              aria-autocomplete="list"
+              aria-activedescendant={hit ? rowId(at) : undefined}
+              aria-label="Retrouver"
+              placeholder="Projet, site, application, titre, note ou adresse"
+              value={typed}
+              onInput={(event) => setTyped(event.currentTarget.value)}
+              onKeyDown={onKeyDown}
+            />
+          </label>
+          {error && <Failure text={error} retry={reload} />}
+          {something ? (
+            <>
+              <FoundHead found={found} />
+              <FoundRows id={list} days={days} hits={rows} at={at} onPick={setAt} onOpen={open} />
+              {fetchMore && <Button onClick={fetchMore}>Jours plus anciens</Button>}
+            </>
+          ) : (
+            <p class="quiet found-hint">
+              Toutes les années, sans égard aux accents ni aux majuscules. Tous les mots comptent ; entre
+              guillemets, ils se suivent.
+            </p>
+          )}
+        </div>
+        {something && rows.length > 0 && (
+          <Acts text={found.text} hit={hit} onOpen={open} onAct={setAct} />
+        )}
+      </Dialog>
+      {hit && found && act && <Acting {...{ act, hit }} found={found} onClose={() => setAct(null)} />}
+    </>
+  );
+}
+
+interface ActsProps {
+  text: string;
+  hit: Hit | undefined;
+  onOpen: (hit: Hit) => void;
+  onAct: (act: Act) => void;
+}
+
+function Acts({ text, hit, onOpen, onAct }: ActsProps) {
+  const client = useClient();
+  const attempt = useAttempt();
+  const notify = useNotice();
+  const save = () =>
+    void attempt(async () => {
+      const { ok } = await client.call("search.export", { text });
+      if (ok) notify({ text: "Exporté\u00a0: tout ce qui est trouvé." });
+    });
+  return (
+    <footer class="dialog-foot found-acts">
+      <Button title="CSV" onClick={save}>
+        Exporter tout…
+      </Button>
+      <Button kind="danger" disabled={!hit} onClick={() => onAct("delete")}>
+        Supprimer…
+      </Button>
+      <Button disabled={!hit} onClick={() => onAct("rule")}>
+        Créer une règle…
+      </Button>
+      <Button disabled={!hit} onClick={() => onAct("give")}>
+        Attribuer…
+      </Button>
+      <Button kind="primary" disabled={!hit} title="Entrée" onClick={() => hit && onOpen(hit)}>
+        Ouvrir le jour
+      </Button>
+    </footer>
+  );
+}
+
+interface ActingProps {
+  act: Act;
+  hit: Hit;
+  found: NonNullable<ReturnType<typeof useFound>["found"]>;
+  onClose: () => void;
+}
+
+function Acting({ act, hit, found, onClose }: ActingProps) {
+  const { row } = hit;
+  if (act === "give") return <GiveDialog text={found.text} row={row} onClose={onClose} />;
+  if (act === "delete")
+    return (
+      <DeleteDialog
+        what={`« ${clip(row.title || row.domain || row.app, 60)}\u00a0» de ce jour`}
+        spans={{ ids: row.ids }}
+        onDeleted={onClose}
+        onClose={onClose}
+      />
+    );
+  const category = isAssignable(row.category) ? row.category : null;
+  const rule = ruleFor(found.text, hit, found.subjects);
+  return <RuleEditor draft={{ ...rule, category, projectId: row.project_id }} onClose={onClose} />;
+}
