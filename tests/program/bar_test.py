@@ -34,6 +34,7 @@ class BarTest(DesktopCase):
         self.last_class(waybar, "off")
         self.desktop.spawn(ORVANTA)
         self.last_class(waybar, "paused")
+        self.last_class(watch, "paused")
         self.assertTrue(self.lines(watch)[-1]["paused"])
         # Who only looks on costs nothing while nothing changes, and sets nothing.
         before, cpu = len(self.lines(waybar)), cpu_seconds(waybar.pid)
