@@ -10,6 +10,7 @@
 #include "app/icon_theme.h"
 #include "app/retention_schedule.h"
 #include "base/display_text.h"
+#include "base/memory.h"
 #include "classify/defaults.h"
 
 namespace orvanta {
@@ -19,6 +20,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kMenuPeriod = 5s;
 constexpr auto kHourlyPeriod = 3600s;
+constexpr auto kStarted = 10s;      // what only a start needs is no longer needed
 constexpr auto kPanelStarts = 20s;  // at login a panel may come later than we do
 // In the settings table while the user has been told that this desktop has no tray.
 constexpr auto kToldNoTray = "told_no_tray";
@@ -67,6 +69,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     refreshMenu();
   });
   mainThread_.every(kHourlyPeriod, [this] { everyHour(); });
+  mainThread_.after(kStarted, giveBackMemory);
 }
 
 void AppDelegate::openDashboardAtLaunch(bool asked, const std::string& activationToken) {
@@ -99,6 +102,7 @@ void AppDelegate::everyHour() {
   if (retentionDue(core_.clock(), retentionApplied_)) applyRetention();
   core_.telemetry.daily();
   core_.keeper.hourly();
+  giveBackMemory();
 }
 
 // Told once when it begins, and once when it is over.

@@ -1,10 +1,9 @@
 #include "app/services.h"
 
-#include <malloc.h>
-
 #include <utility>
 
 #include "app/application.h"
+#include "base/memory.h"
 #include "base/program_files.h"
 #include "classify/defaults.h"
 
@@ -21,7 +20,7 @@ Services::Services(DataLock held, Shell& shell, const std::function<void()>& end
           ownProgram("orvanta-dashboard"), core,
           [this] {
             core.analytics.releaseMemory();
-            malloc_trim(0);
+            giveBackMemory();
           },
           systemLog),
       sessionClient(sessionBus, kApplicationId, [this, endSession] {

@@ -1,11 +1,10 @@
 #include "storage/store_keeper.h"
 
-#include <malloc.h>
-
 #include <chrono>
 #include <thread>
 #include <utility>
 
+#include "base/memory.h"
 #include "storage/file_connection.h"
 #include "storage/kept_stores.h"
 #include "storage/repair.h"
@@ -151,7 +150,7 @@ void StoreKeeper::indexStep() {
     std::this_thread::sleep_for(std::chrono::steady_clock::now() - begin);
     queue_.post([this] { indexStep(); });
   } else if (std::exchange(indexing_, false)) {
-    malloc_trim(0);
+    giveBackMemory();
   }
 }
 
