@@ -13,6 +13,7 @@
 #include "support/program.h"
 #include "support/random_store.h"
 #include "support/store_rows.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -131,7 +132,7 @@ TEST_F(ImportTest, AnyFileFillsOnlyWhatIsEmptyAndIsTakenBackRowByRow) {
       "SELECT count(*) FROM events a JOIN events b ON a.id <> b.id AND b.end > b.start AND "
       "a.start < b.end AND b.start < a.end WHERE a.bundle = 'fr.quellvane.orvanta.import'";
   int imported[3] = {};
-  for (unsigned seed = 0; seed < 300; ++seed) {
+  for (unsigned seed = 0; seed < times(300U); ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     const int kind = static_cast<int>(seed % 3);
@@ -163,7 +164,7 @@ TEST_F(ImportTest, AnyFileFillsOnlyWhatIsEmptyAndIsTakenBackRowByRow) {
     ASSERT_EQ(ask("changes.undo", {{"id", id}}), done());
     ASSERT_EQ(difference(before, rows()), "");
   }
-  for (const int files : imported) EXPECT_GT(files, 45);
+  for (const int files : imported) EXPECT_GT(files, times(45));
 }
 
 TEST_F(ImportTest, TablesAsOthersWriteThem) {

@@ -4,6 +4,7 @@
 #include "support/program.h"
 #include "support/random_store.h"
 #include "support/store_rows.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -88,7 +89,7 @@ TEST_F(Moments, FillWhatIsIdleOrEmptyAndTellWhatWasTaken) {
 }
 
 TEST_F(Moments, NeverOverlapAndGoBackRowByRow) {
-  for (unsigned seed = 0; seed < 150; ++seed) {
+  for (unsigned seed = 0; seed < times(150U); ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     store.db.exec("DELETE FROM events; DELETE FROM changes");

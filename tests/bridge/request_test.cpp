@@ -6,6 +6,7 @@
 
 #include "support/program.h"
 #include "support/random_store.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -162,7 +163,7 @@ TEST(Request, AHundredThousandHostileEnvelopesAreEachAnsweredOrIgnored) {
   }
   Hostile hostile(20260329);
   int answered = 0;
-  for (int i = 0; i < 100000; ++i) {
+  for (int i = 0; i < times(100000); ++i) {
     const auto text = hostile.envelope();
     auto request = parseRequest(text);
     if (!request) continue;
@@ -180,7 +181,7 @@ TEST(Request, AHundredThousandHostileEnvelopesAreEachAnsweredOrIgnored) {
       program.shell.asked.clear();
     }
   }
-  EXPECT_GT(answered, 50000);
+  EXPECT_GT(answered, times(50000));
 
   const auto nested = [](int depth) {
     return R"({"id": 1, "path": "day", "body": {"date": )" + std::string(depth, '[') +

@@ -1,15 +1,12 @@
 // A month of ticks through the real engine and store.
 #include "support/random_store.h"
 #include "support/recording.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kTicks = 100'000;  // an instrumented month takes minutes
-#else
-constexpr int kTicks = 1'300'000;
-#endif
+constexpr int kTicks = kInstrumented ? 100'000 : 1'300'000;  // an instrumented month takes minutes
 
 // A user who works in a dozen applications, watches, leaves, locks, sleeps and sets the clock a
 // little.

@@ -13,6 +13,7 @@
 #include "support/random_store.h"
 #include "support/recording.h"
 #include "support/store_rows.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -20,11 +21,7 @@ namespace {
 using namespace std::chrono_literals;
 using SteadyClock = std::chrono::steady_clock;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr auto kLate = 500ms;
-#else
-constexpr auto kLate = 50ms;
-#endif
+constexpr auto kLate = kInstrumented ? 500ms : 50ms;
 
 // Recorded spans without their ids, by start.
 std::string spansIn(const fs::path& file) {

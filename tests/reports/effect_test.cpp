@@ -6,6 +6,7 @@
 #include "support/program.h"
 #include "support/random_store.h"
 #include "support/store_rows.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -269,7 +270,7 @@ struct Effects : testing::Test, Program {
 TEST_F(Effects, AreTheDifferenceOfTwoClassificationsBeforeAndAfter) {
   std::map<std::string, int> effective;
   std::size_t learned = 0;
-  for (unsigned seed = 0; seed < 2000 && !HasFailure(); ++seed) {
+  for (unsigned seed = 0; seed < times(2000U) && !HasFailure(); ++seed) {
     fill(seed, [&](Dice& dice) {
       const auto steps = someChange(dice);
       SCOPED_TRACE(steps.front().path + json::serialize(steps.front().body));
@@ -297,12 +298,12 @@ TEST_F(Effects, AreTheDifferenceOfTwoClassificationsBeforeAndAfter) {
     });
   }
   EXPECT_EQ(effective.size(), 8U);
-  EXPECT_GT(learned, 20U);
+  EXPECT_GT(learned, times(20U));
 }
 
 TEST_F(Effects, OfArchivingAreNoneWhereTheTimeIsKept) {
   int64_t kept = 0;
-  for (unsigned seed = 0; seed < 500 && !HasFailure(); ++seed) {
+  for (unsigned seed = 0; seed < times(500U) && !HasFailure(); ++seed) {
     fill(seed, [&](Dice& dice) {
       // Saved once more, it would be another one.
       store.db.run("UPDATE projects SET category='autre' WHERE category=''");
@@ -330,7 +331,7 @@ TEST_F(Effects, OfArchivingAreNoneWhereTheTimeIsKept) {
       EXPECT_EQ(difference(stored, rows()), "");
     });
   }
-  EXPECT_GT(kept, 300);
+  EXPECT_GT(kept, times(300));
   EXPECT_EQ(call("projects.archive", R"({"id":77})").at("error"), "projet inconnu");
   EXPECT_EQ(call("projects.archive").at("error"), "id manquant");
 }

@@ -6,6 +6,7 @@
 #include "support/fake_desktop.h"
 #include "support/naive_reports.h"
 #include "support/random_places.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -126,7 +127,7 @@ void expectParts(const PeriodReport& report, const std::vector<double>& parts,
 struct PeriodTest : RandomPlaces {};
 
 TEST_F(PeriodTest, IsTheSumOfItsDays) {
-  forEachSeed(1200, [&](Dice& dice, const Calendar& calendar, int day) {
+  forEachSeed(times(1200U), [&](Dice& dice, const Calendar& calendar, int day) {
     fillAtRandom(store.db, dice, naiveStart(day - 9) + dice.upTo(900000), 90000,
                  edges(day - 7, day + 7));
     store.db.run("UPDATE projects SET client = iif(id % 3 = 0, 'Rex', 'Ada') WHERE id % 3 < 2");
@@ -168,7 +169,7 @@ TEST_F(PeriodTest, IsTheSumOfItsDays) {
 }
 
 TEST_F(PeriodTest, DaysTellOfAnythingWhenItWas) {
-  forEachSeed(300, [&](Dice& dice, const Calendar& calendar, int day) {
+  forEachSeed(times(300U), [&](Dice& dice, const Calendar& calendar, int day) {
     fillAtRandom(store.db, dice, naiveStart(day - 3) + dice.upTo(200000), 3000,
                  edges(day - 3, day + 3));
     store.db.run("UPDATE projects SET client = 'Ada' WHERE id % 2");
@@ -198,7 +199,7 @@ TEST_F(PeriodTest, DaysTellOfAnythingWhenItWas) {
 }
 
 TEST_F(PeriodTest, TheTimesheetCountsTheSameHours) {
-  forEachSeed(300, [&](Dice& dice, const Calendar& calendar, int day) {
+  forEachSeed(times(300U), [&](Dice& dice, const Calendar& calendar, int day) {
     fillAtRandom(store.db, dice, naiveStart(day - 3) + dice.upTo(200000), 3000,
                  edges(day - 3, day + 3));
     const auto projects = loadProjects(store.db);

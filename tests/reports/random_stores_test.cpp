@@ -3,6 +3,7 @@
 #include "reports/spans.h"
 #include "support/naive_reports.h"
 #include "support/random_places.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -23,7 +24,7 @@ struct RandomStores : RandomPlaces {
 
 TEST_F(RandomStores, GiveTheSameDayAsTheNaiveReport) {
   const char* shortestBlocks[] = {"60", "60", "0", "12.5", "-1", "", "soixante"};
-  forEachSeed(2000, [&](Dice& dice, const Analytics& analytics, int day) {
+  forEachSeed(times(2000U), [&](Dice& dice, const Analytics& analytics, int day) {
     const auto midnights = edges(day, day + 1);
     fillAtRandom(store.db, dice, midnights[0] - 30000 + dice.upTo(100000), 300, midnights);
     store.db.setSetting("min_block_seconds", dice.oneOf(shortestBlocks));
@@ -40,7 +41,7 @@ TEST_F(RandomStores, GiveTheSameDayAsTheNaiveReport) {
 }
 
 TEST_F(RandomStores, GiveTheSameWeekAndRecapAsTheNaiveReports) {
-  forEachSeed(2000, [&](Dice& dice, const Analytics& analytics, int day) {
+  forEachSeed(times(2000U), [&](Dice& dice, const Analytics& analytics, int day) {
     const int monday = naiveMonday(day);
     fillAtRandom(store.db, dice, naiveStart(monday - 9) + dice.upTo(900000), 90000,
                  edges(monday - 7, monday + 7));

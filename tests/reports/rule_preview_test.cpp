@@ -4,6 +4,7 @@
 #include "support/naive_reports.h"
 #include "support/program.h"
 #include "support/random_store.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -135,7 +136,7 @@ void save(Program& program, json::object rule) {
 
 TEST_F(RuleTelling, ThePreviewIsWhatSavingTheRuleDoes) {
   std::set<std::pair<bool, bool>> changes;
-  for (unsigned seed = 0; seed < 2000 && !HasFailure(); ++seed) {
+  for (unsigned seed = 0; seed < times(2000U) && !HasFailure(); ++seed) {
     fill(seed, [&](Dice& dice) {
       auto rule = randomRule(dice);
       const auto known = ask("rules.list", {}).as_array();
@@ -174,7 +175,7 @@ TEST_F(RuleTelling, AnExplanationNamesWhoDecided) {
     return std::tuple(span.cat, span.catBy, span.catRule, span.pid, span.pidBy, span.pidRule,
                       span.keyword);
   };
-  for (unsigned seed = 0; seed < 500 && !HasFailure(); ++seed) {
+  for (unsigned seed = 0; seed < times(500U) && !HasFailure(); ++seed) {
     fill(seed, [&](Dice& dice) {
       auto spans = naiveSpans(store.db, -1e11, 1e11);
       std::erase_if(spans, [](const NaiveSpan& span) { return span.end > 1e10; });

@@ -16,6 +16,7 @@
 #include "support/random_store.h"
 #include "support/store_files.h"
 #include "support/store_rows.h"
+#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -230,7 +231,7 @@ struct Random : TempStore {
 
 TEST(Activities, AreThoseOfAllSpansWhateverHappens) {
   int indexed = 0;
-  for (unsigned seed = 0; seed < 30; ++seed) {
+  for (unsigned seed = 0; seed < times(30U); ++seed) {
     Random store(seed);
     for (int round = 0; round < 25; ++round) {
       for (int i = store.dice.upTo(2); i > 0; --i) store.index();
@@ -249,7 +250,7 @@ TEST(Activities, AreThoseOfAllSpansWhateverHappens) {
     }
     indexed += fs::exists(activityFolder(store.db.location())) ? 1 : 0;
   }
-  EXPECT_GT(indexed, 15);
+  EXPECT_GT(indexed, times(15));
 }
 
 struct ActivityIndexTest : testing::Test, TempStore {
