@@ -31,6 +31,13 @@ constexpr std::chrono::milliseconds kDelay(1000);
 
 }  // namespace
 
+std::optional<WindowClaims> toldByKwin(const Reply& report) {
+  const auto text = [&](std::size_t index) {
+    return validUtf8(argument<std::string>(report, index));
+  };
+  return WindowClaims::told(text(0), text(1), text(2), parseNumber<int32_t>(text(3)).value_or(0));
+}
+
 KwinScript::KwinScript(const Bus& session, std::function<bool()> needed, Log log)
     : bus_(session),
       needed_(std::move(needed)),
@@ -77,12 +84,9 @@ void KwinScript::called(const std::string& sender, const Reply& arguments) {
   if (sender != kwin_.owner()) {
     throw Gio::DBus::Error(Gio::DBus::Error::ACCESS_DENIED, "Only KWin reports");
   }
-  const auto text = [&](std::size_t index) {
-    return validUtf8(argument<std::string>(arguments, index));
-  };
+  auto window = toldByKwin(arguments);
   setReadable(true);
-  publish(WindowClaims::told(text(0), text(1), text(2),
-                             static_cast<int32_t>(parseNumber(text(3)).value_or(0))));
+  publish(std::move(window));
 }
 
 std::string KwinScript::writeScript() const {

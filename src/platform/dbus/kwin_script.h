@@ -15,6 +15,10 @@
 
 namespace orvanta::dbus {
 
+/// The window that our script reports: four texts, application, class, title and process number.
+/// Throws what argument() throws.
+std::optional<WindowClaims> toldByKwin(const Reply& report);
+
 /// Loads a small script into KWin (Plasma 5 and 6), which calls our object on the session bus when
 /// the active window or its title changes. Loads it again when KWin has restarted, and unloads it
 /// at the end. Made on the main thread.
