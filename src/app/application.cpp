@@ -263,4 +263,9 @@ std::optional<std::filesystem::path> Application::saveAs(const std::string& sugg
   return window ? window->saveAs(suggestedName) : std::nullopt;
 }
 
+std::optional<std::filesystem::path> Application::chooseFile() {
+  auto* window = window_.load();
+  return window ? window->chooseFile() : std::nullopt;
+}
+
 }  // namespace orvanta

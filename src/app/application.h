@@ -55,6 +55,7 @@ class Application : public Gio::Application, public Shell {
   void openFile(const std::filesystem::path& file) override;
   bool reveal(const std::filesystem::path& file) override;
   std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) override;
+  std::optional<std::filesystem::path> chooseFile() override;
 
   /// After run(): whether this was the session's instance, and not one that handed its command line
   /// to that.

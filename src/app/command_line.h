@@ -20,6 +20,7 @@ class CommandLine : public Shell {
   std::optional<std::filesystem::path> saveAs(const std::string& /*suggestedName*/) override {
     return {};
   }
+  std::optional<std::filesystem::path> chooseFile() override { return {}; }
 };
 
 }  // namespace orvanta

@@ -85,12 +85,13 @@ std::optional<int> runCommand(const Options& options) {
     return unexpected(options.value("client") ? "--client" : "--format");
   }
   const bool tells = options.has("report") || options.has("sheet") || options.has("search");
-  if (tells || options.has("export") || options.has("backup") || options.has("restore") ||
-      options.has("check"))
+  if (tells || options.has("export") || options.has("backup") || options.has("take-all") ||
+      options.has("restore") || options.has("check"))
     finishSwapOfStore();
   if (tells) return tellOfPeriod(options);
   if (options.has("export")) return exportCsv(words);
   if (options.has("backup")) return backupCommand(words);
+  if (options.has("take-all")) return takeAllCommand(words);
   if (options.has("restore")) return restoreCommand(words);
   if (options.has("bar") || options.has("watch")) return followCommand(options);
   if (options.has("once")) return unexpected("--once");

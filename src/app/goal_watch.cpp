@@ -6,22 +6,20 @@
 
 namespace orvanta {
 
-bool GoalWatch::due(const std::vector<Goal>& goals) {
+const std::vector<GoalState>& GoalWatch::look() {
   constexpr double kPeriod = 60;  // seconds
   const double now = clock_();
   const auto date = analytics_.today();
   const auto revision = db_.revision();
-  const bool others = goals != goals_ || date != date_;
-  if (!others && (revision == revision_ || std::abs(now - looked_) < kPeriod)) return false;
+  const bool due = date != date_ || (revision != revision_ && std::abs(now - looked_) >= kPeriod);
+  if (!due && revision == goalsRevision_) return states_;
+  auto goals = loadGoals(db_);
+  if (!goals) return states_;
+  goalsRevision_ = revision;
+  if (!due && *goals == goals_) return states_;
   looked_ = now;
   revision_ = revision;
   date_ = date;
-  return true;
-}
-
-const std::vector<GoalState>& GoalWatch::look() {
-  auto goals = loadGoals(db_);
-  if (!goals || !due(*goals)) return states_;
   goals_ = std::move(*goals);
   states_ = analytics_.goals(goals_, false);
   for (const auto& state : states_) tell(state);

@@ -26,12 +26,11 @@ class GoalWatch {
   GoalWatch(Database& db, const Analytics& analytics, Tell show, Clock clock)
       : db_(db), analytics_(analytics), show_(std::move(show)), clock_(std::move(clock)) {}
 
-  /// To be called every few seconds. Reads spans at most once a minute, unless the goals or the day
-  /// are others. Yields how far the goals were then.
+  /// To be called every few seconds. Reads nothing while nothing is written, and spans at most once
+  /// a minute, unless the goals or the day are others. Yields how far the goals were then.
   const std::vector<GoalState>& look();
 
  private:
-  bool due(const std::vector<Goal>& goals);
   void tell(const GoalState& state);
 
   Database& db_;
@@ -39,8 +38,9 @@ class GoalWatch {
   const Tell show_;
   const Clock clock_;
 
-  double looked_ = 0;  // Unix seconds
-  int64_t revision_ = -1;
+  double looked_ = 0;           // Unix seconds
+  int64_t revision_ = -1;       // of the store, when spans were read
+  int64_t goalsRevision_ = -1;  // when the goals were
   Date date_;
   std::vector<Goal> goals_;
   std::vector<GoalState> states_;

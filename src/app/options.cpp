@@ -30,6 +30,7 @@ constexpr std::array kOptions{
     Option{"sheet", "PÉRIODE : affiche la feuille de temps ; voir --client et --format"},
     Option{"check", "dit si la base et ses sauvegardes sont intactes"},
     Option{"backup", "FICHIER : copie la base, vérifiée, dans un nouveau fichier"},
+    Option{"take-all", "FICHIER : tout emporter vers un autre ordinateur, dans un nouveau fichier"},
     Option{"restore", "FICHIER : remet cette copie à la place de la base, qui est gardée"},
     Option{"connect-browsers", "prépare les navigateurs, dit comment ajouter l’extension"},
     Option{"accessibility", "active l’accessibilité du bureau, pour lire l’onglet sans extension"},

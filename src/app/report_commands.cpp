@@ -10,6 +10,7 @@
 #include "app/period_text.h"
 #include "base/display_text.h"
 #include "base/exact_json.h"
+#include "base/folded.h"
 #include "base/text.h"
 #include "base/whole_file.h"
 #include "bridge/sheet_files.h"
@@ -45,7 +46,7 @@ std::optional<DateRange> periodIn(const std::vector<std::string>& words, const c
 
 bool isClient(const Projects& projects, const std::string& name) {
   return std::any_of(projects.begin(), projects.end(), [&](const auto& project) {
-    return lowerCase(project.second.client) == lowerCase(name);
+    return folded(project.second.client) == folded(trimBlanks(name));
   });
 }
 

@@ -8,6 +8,7 @@
 #include "storage/backup_names.h"
 #include "storage/backups.h"
 #include "storage/data_lock.h"
+#include "storage/moving.h"
 #include "storage/restore.h"
 #include "storage/store_check.h"
 #include "storage/store_copy.h"
@@ -52,6 +53,24 @@ bool printCheck(const std::string& name, const fs::path& file) {
   return check.whole;
 }
 
+// Never replaces a file. `target` is what it is called.
+int copyTo(const std::vector<std::string>& words, const DataLocation& where, const char* usage,
+           decltype(backUpTo)& copyStoreTo, fs::path& target) {
+  if (words.size() != 1 || words.front().empty()) return wrongWords(usage);
+  std::error_code error;
+  if (!fs::exists(where.file(), error)) return failed("il n’y a encore rien à sauvegarder");
+  target = words.front();
+  if (fs::is_directory(target, error)) target /= backupName(wallClock(), 1, Calendar());
+  // What is there may be the only copy of something.
+  if (fs::exists(fs::symlink_status(target, error))) {
+    return failed(fmt::format("{} existe déjà", target.string()));
+  }
+  const auto copy = copyStoreTo(where.file(), target, {});
+  if (!copy.made) return failed("sauvegarde impossible : " + copy.error);
+  fmt::print("Sauvegardé dans {} : {}\n", target.string(), inWords(readStoreFacts(target)));
+  return kDone;
+}
+
 }  // namespace
 
 int checkCommand(const DataLocation& where) {
@@ -67,20 +86,20 @@ int checkCommand(const DataLocation& where) {
   return whole ? kDone : kFailed;
 }
 
-int backupCommand(const std::vector<std::string>& words, const DataLocation& where) {
-  if (words.size() != 1 || words.front().empty()) return wrongWords("--backup FICHIER");
-  std::error_code error;
-  if (!fs::exists(where.file(), error)) return failed("il n’y a encore rien à sauvegarder");
-  fs::path target = words.front();
-  if (fs::is_directory(target, error)) target /= backupName(wallClock(), 1, Calendar());
-  // What is there may be the only copy of something.
-  if (fs::exists(fs::symlink_status(target, error))) {
-    return failed(fmt::format("{} existe déjà", target.string()));
-  }
-  const auto copy = backUpTo(where.file(), target);
-  if (!copy.made) return failed("sauvegarde impossible : " + copy.error);
-  fmt::print("Sauvegardé dans {} : {}\n", target.string(), inWords(readStoreFacts(target)));
+int takeAllCommand(const std::vector<std::string>& words, const DataLocation& where) {
+  fs::path target;
+  const auto status = copyTo(words, where, "--take-all FICHIER", takeAll, target);
+  if (status != kDone) return status;
+  fmt::print(
+      "Sur l’autre ordinateur : « Reprendre un fichier » dans l’accueil ou dans Réglages → "
+      "Données, ou orvanta --restore {}\n",
+      target.filename().string());
   return kDone;
+}
+
+int backupCommand(const std::vector<std::string>& words, const DataLocation& where) {
+  fs::path target;
+  return copyTo(words, where, "--backup FICHIER", backUpTo, target);
 }
 
 int restoreCommand(const std::vector<std::string>& words, const DataLocation& where) {

@@ -1,4 +1,5 @@
-// `orvanta --check`, `--backup FILE`, `--restore FILE`: the store as a file, without the program.
+// `orvanta --check`, `--backup FILE`, `--take-all FILE`, `--restore FILE`: the store as a file,
+// without the program.
 #pragma once
 
 #include <string>
@@ -20,6 +21,10 @@ int checkCommand(const DataLocation& where = DataLocation::ofUser());
 /// with today's date. Never replaces a file. The program may run meanwhile.
 int backupCommand(const std::vector<std::string>& words,
                   const DataLocation& where = DataLocation::ofUser());
+
+/// The same of all that goes to another machine, see moving.h.
+int takeAllCommand(const std::vector<std::string>& words,
+                   const DataLocation& where = DataLocation::ofUser());
 
 /// Puts the store `words[0]` in the place of today's, which is kept. Refused while the program
 /// runs.

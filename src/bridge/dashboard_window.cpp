@@ -184,16 +184,25 @@ SerialQueue::Task DashboardWindow::saying(std::function<std::string()> line) {
 }
 
 std::optional<std::filesystem::path> DashboardWindow::saveAs(const std::string& suggestedName) {
+  return asked("save " + json::serialize(json::value(suggestedName)));
+}
+
+std::optional<std::filesystem::path> DashboardWindow::chooseFile() {
+  return asked("choose");
+}
+
+// One at a time: the window shows one panel.
+std::optional<std::filesystem::path> DashboardWindow::asked(const std::string& line) {
   Saved saved;
   auto file = saved.get_future();
   {
     const std::lock_guard lock(savedMutex_);
-    if (ending_) return {};
+    if (ending_ || saved_) return {};
     saved_ = std::move(saved);
   }
-  mainThread_.post([this, suggestedName] {
+  mainThread_.post([this, line] {
     if (process_) {
-      process_->channel->send("save " + json::serialize(json::value(suggestedName)));
+      process_->channel->send(line);
     } else {
       fileChosen({});
     }

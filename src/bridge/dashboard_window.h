@@ -53,6 +53,8 @@ class DashboardWindow {
   /// when cancelled or without a dashboard; "" for a place that has no path here. From any thread
   /// but the main thread.
   std::optional<std::filesystem::path> saveAs(const std::string& suggestedName);
+  /// The same about a store file that is there.
+  std::optional<std::filesystem::path> chooseFile();
 
   /// Runs `task` between the page's requests to this route, on their queue.
   void post(const std::string& route, SerialQueue::Task task);
@@ -67,6 +69,7 @@ class DashboardWindow {
   void received(const std::string& line);
   void answerLater(const std::string& envelope);
   SerialQueue::Task saying(std::function<std::string()> line);
+  std::optional<std::filesystem::path> asked(const std::string& line);
   void fileChosen(std::optional<std::filesystem::path> file);
 
   const std::filesystem::path program_;

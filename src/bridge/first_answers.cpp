@@ -16,10 +16,13 @@ std::string firstAnswers(Core& core) {
     boost::json::object body;
   };
   const auto today = core.analytics.today().iso();
-  const Question questions[]{
-      {"routes.list", {}},        {"status", {}},
-      {"store.status", {}},       {"projects.list", {}},
-      {"day", {{"date", today}}}, {"goals.history", {{"from", today}, {"to", today}}}};
+  const Question questions[]{{"routes.list", {}},
+                             {"page.marks", {}},
+                             {"status", {}},
+                             {"store.status", {}},
+                             {"projects.list", {}},
+                             {"day", {{"date", today}}},
+                             {"goals.history", {{"from", today}, {"to", today}}}};
   std::string list;
   for (const auto& [path, body] : questions) {
     const auto given = answer(core.router, path, body);

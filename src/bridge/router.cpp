@@ -25,10 +25,10 @@ std::string_view nameOf(RouteKind kind) {
 std::span<const Route* const> Router::routes() {
   static const auto kAll = [] {
     std::vector<const Route*> all;
-    for (const auto table :
-         {programRoutes(), reportRoutes(), searchRoutes(), sheetRoutes(), projectRoutes(),
-          goalRoutes(), importRoutes(), ruleRoutes(), eventRoutes(), momentRoutes(),
-          exclusionRoutes(), changeRoutes(), settingsRoutes(), permissionRoutes(), storeRoutes()}) {
+    for (const auto table : {programRoutes(), reportRoutes(), searchRoutes(), sheetRoutes(),
+                             projectRoutes(), goalRoutes(), importRoutes(), ruleRoutes(),
+                             eventRoutes(), momentRoutes(), exclusionRoutes(), changeRoutes(),
+                             settingsRoutes(), permissionRoutes(), storeRoutes(), pageRoutes()}) {
       for (const auto& route : table) all.push_back(&route);
     }
     return all;

@@ -39,6 +39,8 @@ class Shell {
   /// Lets the user choose where to save, and blocks until then; not on the main thread. Absent when
   /// that was cancelled or there is no window to ask in; "" for a place that has no path here.
   virtual std::optional<std::filesystem::path> saveAs(const std::string& suggestedName) = 0;
+  /// Likewise, a store file that is there.
+  virtual std::optional<std::filesystem::path> chooseFile() = 0;
 };
 
 }  // namespace orvanta

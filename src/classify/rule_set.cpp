@@ -111,12 +111,14 @@ auto into(Projects& projects) {
 Projects loadProjects(Database& db, bool* whole) {
   Projects projects;
   if (!db.scan(kProjects, {}, into(projects)) && whole) *whole = false;
+  spellClientsAlike(projects);
   return projects;
 }
 
 Projects loadProjects(Transaction& change) {
   Projects projects;
   change.each(kProjects, {}, into(projects));
+  spellClientsAlike(projects);
   return projects;
 }
 

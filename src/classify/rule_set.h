@@ -30,7 +30,7 @@ std::string ruleKey(std::string_view field, std::string_view pattern);
 /// ASCII letters.
 bool replaces(const Rule& saved, const Rule& other);
 
-/// All projects, archived ones included; `whole` as above.
+/// All projects, archived ones included, their clients spelled alike; `whole` as above.
 Projects loadProjects(Database& db, bool* whole = nullptr);
 /// As the transaction has left them.
 Projects loadProjects(Transaction& change);

@@ -97,6 +97,8 @@ class Dashboard {
       resolve(rest);
     } else if (verb == "save") {
       if (const auto name = textIn(rest)) window_.askWhereToSave(*name);
+    } else if (verb == "choose") {
+      window_.askForStore();
     }
   }
 

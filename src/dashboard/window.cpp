@@ -128,18 +128,38 @@ std::optional<std::string> completed(const std::string& name, const std::string&
   return name + ending;
 }
 
+Glib::RefPtr<Gtk::FileFilter> filterOf(const std::string& ending) {
+  const auto filter = Gtk::FileFilter::create();
+  filter->set_name(ending == ".ics"  ? "Agenda ICS"
+                   : ending == ".db" ? "Données d’Orvanta"
+                   : ending.empty()  ? "Tous les fichiers"
+                                     : "Tableau CSV");
+  filter->add_pattern("*" + ending);
+  return filter;
+}
+
 }  // namespace
 
 void Window::askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder) {
   ending_ = suggestedName.substr(std::min(suggestedName.rfind('.'), suggestedName.size()));
   chooser_ = Gtk::FileChooserNative::create("Exporter", *this, Gtk::FileChooser::Action::SAVE,
                                             "Enregistrer", "Annuler");
-  chooser_->set_modal(true);
   chooser_->set_current_name(suggestedName);
-  const auto filter = Gtk::FileFilter::create();
-  filter->set_name(ending_ == ".ics" ? "Agenda ICS" : "Tableau CSV");
-  filter->add_pattern("*" + ending_);
-  chooser_->add_filter(filter);
+  chooser_->add_filter(filterOf(ending_));
+  ask(std::move(folder));
+}
+
+void Window::askForStore() {
+  ending_.clear();
+  chooser_ = Gtk::FileChooserNative::create("Reprendre un fichier", *this,
+                                            Gtk::FileChooser::Action::OPEN, "Ouvrir", "Annuler");
+  chooser_->add_filter(filterOf(".db"));
+  chooser_->add_filter(filterOf(""));
+  ask({});
+}
+
+void Window::ask(Glib::RefPtr<Gio::File> folder) {
+  chooser_->set_modal(true);
   const auto documents = Glib::get_user_special_dir(Glib::UserDirectory::DOCUMENTS);
   if (!folder && !documents.empty()) folder = Gio::File::create_for_path(documents);
   try {

@@ -40,6 +40,9 @@ class Window : public Gtk::ApplicationWindow {
   /// ends as the suggested name does. fileChosen tells the answer.
   void askWhereToSave(const std::string& suggestedName, Glib::RefPtr<Gio::File> folder = {});
 
+  /// Asks for a store file that is there. fileChosen tells the answer.
+  void askForStore();
+
  protected:
   bool on_close_request() override;
 
@@ -48,6 +51,7 @@ class Window : public Gtk::ApplicationWindow {
   void fitMonitors();
   void rememberSoon();
   void rememberSize();
+  void ask(Glib::RefPtr<Gio::File> folder);
   void panelAnswered(int response);
 
   const Listener listener_;

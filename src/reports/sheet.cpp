@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "base/folded.h"
 #include "base/text.h"
 #include "reports/local_days.h"
 #include "reports/spans.h"
@@ -19,10 +20,10 @@ using DaySeconds = std::vector<double>;
 class Wanted {
  public:
   Wanted(const SheetQuestion& question, const Projects& projects) {
-    const auto client = question.client ? lowerCase(*question.client) : std::string();
+    const auto client = question.client ? folded(trimBlanks(*question.client)) : "";
     for (const auto& [id, project] : projects) {
       const bool asked = (!question.project || id == *question.project) &&
-                         (!question.client || lowerCase(project.client) == client);
+                         (!question.client || folded(project.client) == client);
       if (asked) projects_.emplace(id, &project);
     }
   }

@@ -119,6 +119,12 @@ FileConnection FileConnection::writing(const fs::path& file) {
   return connection;
 }
 
+FileConnection FileConnection::inMemory() {
+  FileConnection connection;
+  connection.open(":memory:", SQLITE_OPEN_READWRITE);
+  return connection;
+}
+
 int FileConnection::code() const {
   return handle_ ? sqlite3_errcode(get()) : code_;
 }

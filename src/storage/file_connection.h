@@ -28,6 +28,9 @@ class FileConnection {
   /// To read and write. Makes no file.
   static FileConnection writing(const std::filesystem::path& file);
 
+  /// An empty database without a file.
+  static FileConnection inMemory();
+
   explicit operator bool() const { return handle_ != nullptr; }
   sqlite3* get() const { return handle_.get(); }
   /// SQLite's code and words for what went wrong last.

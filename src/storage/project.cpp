@@ -1,5 +1,6 @@
 #include "storage/project.h"
 
+#include "base/folded.h"
 #include "base/text.h"
 
 namespace orvanta {
@@ -14,6 +15,14 @@ std::vector<std::string> parseKeywords(std::string_view list) {
     list.remove_prefix(comma == std::string_view::npos ? list.size() : comma + 1);
   }
   return keywords;
+}
+
+void spellClientsAlike(Projects& projects) {
+  std::map<std::string, std::string> spellings;
+  for (auto& [id, project] : projects) {
+    const std::string client(trimBlanks(project.client));
+    project.client = spellings.emplace(folded(client), client).first->second;
+  }
 }
 
 Project Project::read(const Cursor& row) {

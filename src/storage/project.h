@@ -29,6 +29,10 @@ struct Project {
 /// By id, archived ones included.
 using Projects = std::map<int64_t, Project>;
 
+/// Gives the clients whose names differ in case, accents or blanks around them alone the spelling
+/// of the project that was made first, without them. Nothing is stored.
+void spellClientsAlike(Projects& projects);
+
 /// The keywords of a comma-separated list: trimmed of spaces and tabs, lower-cased, in order. Those
 /// of fewer than 3 characters would catch everything and are left out.
 std::vector<std::string> parseKeywords(std::string_view list);

@@ -6,6 +6,7 @@
 
 #include "storage/coverage.h"
 #include "storage/file_connection.h"
+#include "storage/moving.h"
 #include "storage/store_copy.h"
 
 namespace orvanta {
@@ -63,10 +64,15 @@ RestoreResult restoreStore(const DataLocation& where, const fs::path& backup,
                       : "interrompu");
   }
   const fs::path ready = store.string() + ".restauration";
-  fs::remove(ready, error);  // of one that was killed
+  removeDatabase(ready);  // of one that was killed
   const auto copy =
       copyStore(backup, ready, {.stop = options.stop, .freeSpace = options.freeSpace});
   if (!copy.made) return failed(copy.stopped ? "interrompu" : copy.error);
+  options.afterStep();
+  if (const auto why = makeOurs(ready); !why.empty()) {
+    removeDatabase(ready);
+    return failed("cette sauvegarde n’est pas utilisable : " + why);
+  }
   options.afterStep();
   const auto swapped = replaceStore(store, ready,
                                     {.why = "avant-restauration",

@@ -48,8 +48,9 @@ struct RestoreOptions {
   std::function<void()> afterStep = [] {};  ///< see Aside
 };
 
-/// Checks the backup, copies it beside the store and then swaps the two, see store_swap.h: today's
-/// file is kept as "orvanta.db.avant-restauration-DATE". Until the swap nothing is changed, and a
+/// Checks the backup, which may be anybody's file, copies it beside the store, makes the copy ours
+/// (see moving.h) and then swaps the two, see store_swap.h: today's file is kept as
+/// "orvanta.db.avant-restauration-DATE". Until the swap nothing is changed, and a
 /// kill during it loses neither. The backup stays. Nobody may have the store open.
 RestoreResult restoreStore(const DataLocation& where, const std::filesystem::path& backup,
                            const RestoreOptions& options);

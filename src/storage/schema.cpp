@@ -169,10 +169,11 @@ std::optional<StoreAge> ageOf(Database& db) {
     });
   };
   const std::span tables(kObjects.begin(), 4);
-  if (has(tables) && !has(kLaterColumns)) return StoreAge::Older;
+  if (has(tables) && (!has(kLaterColumns) || versionOf(db) < kSchemaVersion))
+    return StoreAge::Older;
   const bool current = has(kObjects) && has(kDaysObjects) && has(kOwnTables) &&
-                       !objects->contains("calendar_links") && versionOf(db) >= kSchemaVersion &&
-                       writesAhead(db) && settingsComplete(db);
+                       !objects->contains("calendar_links") && writesAhead(db) &&
+                       settingsComplete(db);
   return current ? StoreAge::Current : StoreAge::Unkempt;
 }
 

@@ -27,7 +27,7 @@ bool createSchema(sqlite3* connection);
 
 enum class StoreAge {
   New,      ///< nothing in it yet
-  Older,    ///< columns of a later version are missing
+  Older,    ///< of an earlier form
   Unkempt,  ///< something else is missing, or an old setting too many
   Current,  ///< nothing is to be written
 };

@@ -70,6 +70,7 @@ constexpr Setting kSettings[] = {
      Writer::Program,
      "Of these applications neither titles nor addresses are recorded."},
     ours("told_no_tray", "The user knows that this desktop has no tray."),
+    ours("page_marks", "What the page keeps of its user's choices, a JSON object."),
 };
 constexpr const char* kKinds[] = {"text", "number", "number", "flag", "choice", "list", "text"};
 

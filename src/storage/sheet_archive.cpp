@@ -9,7 +9,19 @@ constexpr auto kColumns =
     "SELECT id, created, title, client, first_day, last_day, version, content FROM sheets ";
 constexpr auto kListed =
     "SELECT id, created, title, client, first_day, last_day, version, NULL FROM sheets "
-    "ORDER BY created DESC, id DESC";
+    "WHERE content <> '' ORDER BY created DESC, id DESC";
+// Of the same sheet as ?1.
+constexpr auto kNewer =
+    "SELECT 1 FROM sheets AS newer, sheets AS one WHERE one.id = ?1 AND "
+    "newer.client = one.client AND newer.first_day = one.first_day AND "
+    "newer.last_day = one.last_day AND newer.project_id IS one.project_id AND "
+    "newer.version > one.version";
+// It was sent under its number, which no other may have: that stays of the newest.
+constexpr auto kEmpty = "UPDATE sheets SET title = '', content = '' WHERE id = ?";
+// A newer one has the higher number now.
+constexpr auto kForgetEmpty =
+    "DELETE FROM sheets WHERE content = '' AND client = ? AND first_day = ? AND last_day = ? AND "
+    "project_id IS ?";
 
 FrozenSheet read(const Cursor& row) {
   enum { kId, kCreated, kTitle, kClient, kFrom, kTo, kVersion, kContent };
@@ -38,6 +50,7 @@ Written freezeSheet(Database& db, FrozenSheet& sheet, const std::optional<int64_
       "content) VALUES (?,?,?,?,?,?,?,?)",
       {sheet.created, sheet.title, sheet.client, sheet.from, sheet.to, sheet.version, project,
        sheet.content});
+  change.run(kForgetEmpty, {sheet.client, sheet.from, sheet.to, project});
   return change.commit();
 }
 
@@ -49,15 +62,19 @@ std::optional<std::vector<FrozenSheet>> frozenSheets(Database& db) {
 
 std::optional<FrozenSheet> frozenSheet(Database& db, int64_t id) {
   std::optional<FrozenSheet> found;
-  db.each(std::string(kColumns) + "WHERE id=?", {id},
+  db.each(std::string(kColumns) + "WHERE id=? AND content <> ''", {id},
           [&](const Cursor& row) { found = read(row); });
   return found;
 }
 
 Written deleteSheet(Database& db, int64_t id, bool& found) {
   Transaction change(db);
-  change.run("DELETE FROM sheets WHERE id=?", {id});
-  found = change.changes() > 0;
+  found = false;
+  change.each("SELECT 1 FROM sheets WHERE id = ? AND content <> ''", {id},
+              [&](const Cursor&) { found = true; });
+  bool newest = true;
+  change.each(kNewer, {id}, [&](const Cursor&) { newest = false; });
+  change.run(newest ? kEmpty : "DELETE FROM sheets WHERE id = ?", {id});
   return change.commit();
 }
 

@@ -10,7 +10,7 @@
 
 namespace orvanta {
 
-/// A row of `sheets`: nothing that happens later changes it.
+/// A row of `sheets`: nothing that happens later changes it. One without content was deleted.
 struct FrozenSheet {
   int64_t id = 0;
   double created = 0;  ///< Unix seconds
@@ -31,7 +31,8 @@ std::optional<std::vector<FrozenSheet>> frozenSheets(Database& db);
 /// Absent when there is none.
 std::optional<FrozenSheet> frozenSheet(Database& db, int64_t id);
 
-/// For good. `found` tells whether there was one.
+/// For good, but for its number where that is the highest: none is given again. `found` tells
+/// whether there was one.
 Written deleteSheet(Database& db, int64_t id, bool& found);
 
 }  // namespace orvanta

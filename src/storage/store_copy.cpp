@@ -164,7 +164,11 @@ CopyResult backUpTo(const fs::path& store, const fs::path& target, const CopyOpt
   removeDatabase(temporary);
   auto result = copyStore(store, temporary, options);
   if (!result.made) return result;
-  result.made = renameToNew(temporary, target) && syncToDisk(folder);
+  errno = 0;
+  result.made = (!options.finish || options.finish(temporary)) &&
+                (options.replace ? std::rename(temporary.c_str(), target.c_str()) == 0
+                                 : renameToNew(temporary, target)) &&
+                syncToDisk(folder);
   if (!result.made) {
     result.error = errno == EEXIST ? "le fichier existe déjà" : "le fichier ne peut pas être créé";
     removeDatabase(temporary);

@@ -23,6 +23,10 @@ struct CopyResult {
 struct CopyOptions {
   std::stop_token stop;
   FreeSpace freeSpace = orvanta::freeSpace;
+  // Of backUpTo() alone:
+  bool replace = false;  ///< what already has the name goes once the copy is good
+  /// Changes the good copy before it gets its name; false when that failed.
+  std::function<bool(const std::filesystem::path& copy)> finish;
 };
 
 /// Copies the store as it is at one moment to the new file `target`, which only the user may read,

@@ -5,8 +5,10 @@
 #include <utility>
 
 #include "base/memory.h"
+#include "storage/backup_names.h"
 #include "storage/file_connection.h"
 #include "storage/kept_stores.h"
+#include "storage/moving.h"
 #include "storage/repair.h"
 #include "storage/schema.h"
 #include "storage/scrub.h"
@@ -175,6 +177,21 @@ StoreKeeper::Made StoreKeeper::backUp() {
 StoreCheck StoreKeeper::check() {
   return wait<StoreCheck>(
       [&] { return checkStore(db_.location().file(), {.full = true, .stop = stop_.get_token()}); });
+}
+
+CopyResult StoreKeeper::takeAll(const std::filesystem::path& target) {
+  return wait<CopyResult>(
+      [&] { return orvanta::takeAll(db_.location().file(), target, {.stop = stop_.get_token()}); });
+}
+
+void StoreKeeper::pick(const std::filesystem::path& file) {
+  const std::lock_guard lock(pickedMutex_);
+  picked_ = Backup{file, modifiedAt(file), bytesOf(file)};
+}
+
+std::optional<Backup> StoreKeeper::picked() {
+  const std::lock_guard lock(pickedMutex_);
+  return picked_;
 }
 
 RestorePreview StoreKeeper::preview(const std::filesystem::path& file) {

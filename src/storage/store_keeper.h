@@ -66,6 +66,14 @@ class StoreKeeper {
 
   StoreCheck check();
 
+  /// All that goes to another machine, see moving.h.
+  CopyResult takeAll(const std::filesystem::path& target);
+
+  /// A file of the user's choice that may be restored like one of the backups, instead of the one
+  /// picked before.
+  void pick(const std::filesystem::path& file);
+  std::optional<Backup> picked();
+
   RestorePreview preview(const std::filesystem::path& file);
   RestoreResult restore(const std::filesystem::path& file);
 
@@ -108,6 +116,8 @@ class StoreKeeper {
   bool resident_ = false;  // this and the next only touched on the queue
   bool indexing_ = false;
   std::atomic<bool> repairing_ = false;
+  std::mutex pickedMutex_;  // guards the next
+  std::optional<Backup> picked_;
   SerialQueue queue_{"orvanta.keeper"};  // last: it ends before what its tasks use
 };
 

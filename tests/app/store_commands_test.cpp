@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "storage/data_lock.h"
+#include "storage/store_check.h"
 #include "support/store_files.h"
 
 namespace orvanta::test {
@@ -75,6 +76,23 @@ TEST_F(StoreCommands, BackupNeverReplacesAFile) {
   EXPECT_EQ(backup({folder_.path() / "stick"}).status, 0);
   EXPECT_EQ(namesIn(folder_.path() / "stick").size(), 1U);
   EXPECT_EQ(backup({folder_.path() / "no" / "folder.db"}).status, 1);
+}
+
+TEST_F(StoreCommands, WhatIsTakenAlongIsRestoredElsewhere) {
+  const auto file = folder_.path() / "tout.db";
+  const auto take = [&](const Texts& words) {
+    return listenTo([&] { return takeAllCommand(words, where_); });
+  };
+  EXPECT_EQ(take({}).status, 2);
+  EXPECT_EQ(take({file}).status, 1) << "nothing to take";
+  fillStore(newStore(where_.file()), 100);
+  const auto taken = take({file});
+  EXPECT_EQ(taken.status, 0) << taken.errors;
+  EXPECT_TRUE(holds(taken.output, "orvanta --restore tout.db"));
+  EXPECT_EQ(take({file}).status, 1) << "it is there already";
+  fs::remove_all(where_.dir);
+  EXPECT_EQ(restore({file}).status, 0);
+  EXPECT_EQ(readStoreFacts(where_.file()).spans, 100);
 }
 
 TEST_F(StoreCommands, RestoreWaitsForTheProgramToEndAndKeepsTodaysFile) {

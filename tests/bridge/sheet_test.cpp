@@ -55,6 +55,38 @@ struct SheetTest : testing::Test, Program {
   }
 };
 
+TEST_F(SheetTest, ClientsThatDifferInCaseOrAccentsAreOne) {
+  store.db.exec("UPDATE projects SET client = ' ADÀ ' WHERE id = 2");
+  const auto made = sheet(R"(, "client": "ada")");
+  EXPECT_EQ(made.at("rows").as_array().size(), 2U);
+  ASSERT_EQ(made.at("clients").as_array().size(), 1U);
+  EXPECT_EQ(made.at("clients").at(0).at("client"), "Ada");
+  const auto period = call("period", std::string("{") + kBoth + "}");
+  EXPECT_EQ(period.at("by_client").as_array().size(), 1U);
+  const auto projects = call("projects.list").as_array();
+  EXPECT_TRUE(std::any_of(projects.begin(), projects.end(), [](const auto& project) {
+    return project.at("client") == " ADÀ ";
+  })) << "what is stored stays";
+}
+
+TEST_F(SheetTest, ADeletedVersionsNumberIsNotGivenAgain) {
+  const auto freeze = [&] { return call("sheets.freeze", std::string("{") + kBoth + "}"); };
+  const auto list = [&] { return call("sheets.list").as_array().size(); };
+  const auto remove = [&](const json::value& sheet) {
+    return ask("sheets.delete", {{"id", sheet.at("id")}}).as_object().contains("ok");
+  };
+  const auto first = freeze();
+  const auto second = freeze();
+  EXPECT_TRUE(remove(second));
+  EXPECT_FALSE(remove(second)) << "it is gone";
+  EXPECT_EQ(list(), 1U);
+  EXPECT_TRUE(ask("sheets.get", {{"id", second.at("id")}}).as_object().contains("error"));
+  EXPECT_EQ(freeze().at("version"), 3);
+  EXPECT_TRUE(remove(first));
+  EXPECT_EQ(list(), 1U);
+  EXPECT_EQ(store.db.query("SELECT 1 FROM sheets").size(), 1U) << "no more rows than needed";
+}
+
 TEST_F(SheetTest, CountsWhatItPrints) {
   const auto made = sheet();
   const auto& rows = made.at("rows");

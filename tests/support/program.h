@@ -42,8 +42,14 @@ struct FakeShell : Shell {
     return saveTo;
   }
 
+  std::optional<fs::path> chooseFile() override {
+    asked.emplace_back("choose");
+    return chosen;
+  }
+
   Texts asked;  ///< in order
   std::optional<fs::path> saveTo;
+  std::optional<fs::path> chosen;
   bool showsFolders = true;
 };
 

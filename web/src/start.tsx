@@ -2,6 +2,7 @@ import { render } from "preact";
 import { App } from "./app";
 import type { Bridge } from "./bridge/bridge";
 import { Client, ClientProvider } from "./client";
+import { recall, remember } from "./model/stored";
 import { followContrast } from "./ui/media";
 
 declare global {
@@ -11,6 +12,7 @@ declare global {
   }
 }
 
+const milliseconds = 1000;
 const unrest = "dialog, [role=dialog], .assign, .learnt:focus-within, .welcome, .toast, :is(input, select):focus";
 
 /** Draws the page, answered by `bridge`. */
@@ -19,12 +21,20 @@ export function start(bridge: Bridge): void {
   const root = document.getElementById("page");
   if (!root) throw new Error("no root element");
   const client = new Client(bridge);
+  const draw = () => {
+    render(
+      <ClientProvider value={client}>
+        <App />
+      </ClientProvider>,
+      root,
+    );
+    client.grow();
+  };
   window.__atRest = () => !document.querySelector(unrest);
-  render(
-    <ClientProvider value={client}>
-      <App />
-    </ClientProvider>,
-    root,
-  );
-  client.grow();
+  const marks = bridge.first?.("page.marks", {});
+  if (marks) remember(bridge, marks);
+  if (marks) return draw();
+  // A program that is slow to answer, or cannot, keeps nobody from the page.
+  const patience = new Promise((done) => setTimeout(done, milliseconds));
+  void Promise.race([recall(bridge), patience]).catch(() => {}).then(draw);
 }

@@ -1,9 +1,10 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import type { Block, Segment, WeekSummary } from "../src/bridge/routes";
+import type { Block, ProjectRow, Segment, WeekSummary } from "../src/bridge/routes";
 import { effectText, filledMonths } from "../src/model/effect";
 import type { Change } from "../src/bridge/store";
 import { nextAct } from "../src/model/changes";
+import { byClient, clientsOf } from "../src/model/clients";
 import { everything, filterBlocks } from "../src/model/filter";
 import { changes } from "../src/model/recap";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
@@ -250,4 +251,18 @@ test("what is next in the history: past what cannot be taken back, and again in 
   assert.deepEqual(ids("redo", change(2, false), change(1, true)), []);
   assert.deepEqual(ids("redo", change(2, true), change(1, true)), [1]);
   assert.deepEqual(ids("undo", change(2, true)), []);
+});
+
+test("clients that differ in case or accents are one, spelled as the first project does", () => {
+  const names = ["Éole", "Ada", "EOLE ", null, "ada"];
+  const projects = names.map((client, index) => ({ id: names.length - index, client }) as ProjectRow);
+  assert.deepEqual(clientsOf(projects), ["ada", "EOLE"]);
+  assert.deepEqual(
+    byClient(projects).map(({ client, rows }) => [client, rows.map(({ id }) => id)]),
+    [
+      ["ada", [4, 1]],
+      ["EOLE", [5, 3]],
+      ["", [2]],
+    ],
+  );
 });

@@ -1,6 +1,6 @@
-// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "day",
-// "period", "effects", "settings", "goals", "store", "moments"
-// and "layout" (in a real browser); all of them without arguments.
+// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "keyboard",
+// "rules", "day", "period", "effects", "settings", "goals", "store", "moments" and "layout" (in a real browser); all of
+// them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -39,6 +39,8 @@ const suites = {
   types: () => run("node_modules/typescript/bin/tsc", "--noEmit") && run("lint.mjs") && run("texts.mjs", "--check"),
   units,
   page: () => run("--test", join(here, "page.test.mjs")),
+  keyboard: () => run("--test", join(here, "keyboard.test.mjs")),
+  rules: () => run("--test", join(here, "rules.test.mjs")),
   day: () => run("--test", join(here, "day.test.mjs")),
   period: () => run("--test", join(here, "period.test.mjs")),
   effects: () => run("--test", join(here, "effects.test.mjs")),

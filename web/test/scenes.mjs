@@ -360,6 +360,8 @@ async function settled(page) {
 export async function show(page, { view, act }) {
   watched(page.program);
   await page.evaluate(() => localStorage.clear());
+  for (const key of Object.keys(await page.program.ask("page.marks")))
+    await page.program.ask("page.mark", { key, value: null });
   await page.reload();
   await page.waitForSelector(view ? "[data-view]" : "h1");
   await settled(page);

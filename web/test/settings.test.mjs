@@ -1,7 +1,7 @@
 // What the settings say and do, in a real browser over the store of a made-up month.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { openStage } from "./browser.mjs";
+import { complaints, openStage } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -70,6 +70,46 @@ test("the look for a newer version tells what it found, and when it found nothin
   told[0] = { update_check: "done", update: { version: "9.1", url: "https://exemple.fr" } };
   await look.click();
   await page.getByRole("button", { name: "Voir Orvanta 9.1" }).waitFor();
+  await page.context().close();
+});
+
+test("what another machine took along is shown, then in place with the choices of its page", async () => {
+  const page = await open({ reducedMotion: "reduce" });
+  const ask = page.program.ask.bind(page.program);
+  await ask("page.mark", { key: "periodGroup", value: "client" });
+  const { file } = await ask("store.backup");
+  await ask("page.mark", { key: "periodGroup", value: null });
+  await ask("projects.save", { name: "Entre-temps" });
+  // Nobody chooses a file here; any backup will do.
+  const picked = [{ ok: false }, { error: "Ce fichier n’est pas sur cet ordinateur." }, { ok: true, file }];
+  page.program.ask = async (path, body) =>
+    path === "store.pick" ? (picked.length > 1 ? picked.shift() : picked[0]) : ask(path, body);
+  await page.keyboard.press("g");
+  const take = page.getByRole("button", { name: "Reprendre un fichier…" });
+  const dialog = page.getByRole("dialog", { name: "Reprendre ce fichier" });
+  const confirm = dialog.getByRole("button", { name: "Reprendre", exact: true });
+  await take.click();
+  await page.waitForTimeout(200);
+  assert.equal(await dialog.count(), 0, "the user thought better of it");
+  await take.click();
+  await page.locator(".field-error", { hasText: "sur cet ordinateur" }).waitFor();
+  await take.click();
+  await dialog.getByText("Le fichier actuel n’est pas effacé").waitFor();
+  assert.deepEqual(await complaints(page), []);
+  await confirm.click();
+  await page.locator(".toast", { hasText: "Repris" }).waitFor();
+  assert.ok(!(await ask("projects.list")).some(({ name }) => name === "Entre-temps"));
+  await page.keyboard.press("e");
+  await page.getByRole("heading", { name: "Période", level: 1 }).waitFor();
+  assert.equal(await page.getByLabel("Ce que les barres montrent").inputValue(), "client");
+
+  await page.keyboard.press("g");
+  await page.getByRole("button", { name: "Revoir l’accueil" }).click();
+  await take.click();
+  await dialog.getByText("Le fichier actuel n’est pas effacé").waitFor();
+  assert.deepEqual(await complaints(page), []);
+  await confirm.click();
+  await page.waitForSelector(".side");
   await page.context().close();
 });
 

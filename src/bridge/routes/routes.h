@@ -33,6 +33,7 @@ RouteTable changeRoutes();
 RouteTable settingsRoutes();
 RouteTable permissionRoutes();
 RouteTable storeRoutes();
+RouteTable pageRoutes();
 
 /// The kind of a change of settings, which the program follows when it is taken back.
 inline constexpr std::string_view kSettingsChange = "settings";

@@ -16,9 +16,10 @@ json::object factsJson(const StoreFacts& facts) {
           {"rules", facts.rules}};
 }
 
-// Only what is in our own list: a page names no other file.
+// Only what is in our own list, or the user has picked: a page names no other file.
 Backup knownBackup(Core& core, const Body& body) {
   const auto file = body.s("file").value_or("");
+  if (auto picked = core.keeper.picked(); picked && picked->file.string() == file) return *picked;
   for (auto& backup : core.keeper.backups()) {
     if (backup.file.string() == file) return backup;
   }
@@ -57,6 +58,25 @@ json::value backUp(Core& core, const Body& /*body*/) {
   return answer;
 }
 
+json::value takeAll(Core& core, const Body& /*body*/) {
+  const auto file = core.shell.saveAs("orvanta_" + core.analytics.today().iso() + ".db");
+  if (!file) return {{"ok", false}};
+  if (file->empty()) return unwritten("cet endroit n’est pas un dossier de cet ordinateur");
+  const auto copy = core.keeper.takeAll(*file);
+  if (!copy.made) {
+    throw AppError("Tout emporter : " + (copy.stopped ? "interrompu" : copy.error) + ".");
+  }
+  return {{"ok", true}, {"file", file->string()}, {"size", copy.bytes}};
+}
+
+json::value pick(Core& core, const Body& /*body*/) {
+  const auto file = core.shell.chooseFile();
+  if (!file) return {{"ok", false}};
+  if (file->empty()) throw AppError("Ce fichier n’est pas sur cet ordinateur.");
+  core.keeper.pick(*file);
+  return {{"ok", true}, {"file", file->string()}};
+}
+
 json::value check(Core& core, const Body& /*body*/) {
   const auto check = core.keeper.check();
   if (!check.finished) throw AppError("La vérification n’a pas pu être menée à bien.");
@@ -69,7 +89,11 @@ json::value check(Core& core, const Body& /*body*/) {
 json::value restorePreview(Core& core, const Body& body) {
   const auto backup = knownBackup(core, body);
   const auto preview = core.keeper.preview(backup.file);
-  if (!preview.backup.whole) throw AppError("Cette sauvegarde ne peut pas être lue en entier.");
+  if (!preview.backup.whole) {
+    const auto& problems = preview.backup.problems;
+    throw AppError("Ce fichier ne peut pas être repris\u00a0: " +
+                   (problems.empty() ? "interrompu" : problems.front()) + ".");
+  }
   auto answer = factsJson(preview.backup.facts);
   answer["file"] = backup.file.string();
   answer["time"] = backup.time;
@@ -91,6 +115,8 @@ json::value restore(Core& core, const Body& body) {
 constexpr Route kRoutes[]{
     {"store.status", RouteKind::Read, status},
     {"store.backup", RouteKind::Ask, backUp},
+    {"store.takeAll", RouteKind::Ask, takeAll},
+    {"store.pick", RouteKind::Ask, pick},
     {"store.check", RouteKind::Ask, check},
     {"store.restorePreview", RouteKind::Ask, restorePreview, "file"},
     {"store.restore", RouteKind::Ask, restore, "file"},

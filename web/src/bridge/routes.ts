@@ -279,9 +279,15 @@ export interface Routes extends MomentRoutes {
   "changes.redo": [{ id: number }, Ok];
   "store.status": [Nothing, StoreStatus];
   "store.backup": [Nothing, Ok & Backup];
+  /** `file` and `size` once the user has chosen a place. */
+  "store.takeAll": [Nothing, { ok: boolean; file?: string; size?: number; written?: false; message?: string }];
+  /** A file of the user's choice, which "store.restore" takes then. */
+  "store.pick": [Nothing, { ok: boolean; file?: string }];
   "store.check": [Nothing, { ok: boolean; message: string; problems: string[] }];
   "store.restorePreview": [{ file: string }, RestorePreview];
   "store.restore": [{ file: string }, Ok & { kept: string | null }];
+  "page.marks": [Nothing, Record<string, unknown>];
+  "page.mark": [{ key: string; value: unknown }, Ok];
   // Beside these, what the program itself notes.
   "settings.get": [Nothing, Settings & Record<string, string>];
   "settings.describe": [Nothing, SettingRow[]];

@@ -1,16 +1,55 @@
-// What the page remembers between two openings. Losing it loses no data of the user's.
+// What the page remembers between two openings. The user's choices are kept by the program, so that they go
+// wherever the data go; where the user is in the page stays with the window.
+import type { Bridge } from "../bridge/bridge";
+
+const choices = ["acts", "ignoredSuggestions", "periodGroup", "putOff", "sheet", "singleKeys"] as const;
+const isChoice = (key: string): boolean => (choices as readonly string[]).includes(key);
+
+let marks: Record<string, unknown> = {};
+let keep: (key: string, value: unknown) => void = () => {};
 
 export function load<T>(key: string, fallback: T, valid: (value: unknown) => boolean): T {
-  try {
-    const text = localStorage.getItem(`orvanta.${key}`);
-    const value: unknown = text === null ? undefined : JSON.parse(text);
-    return valid(value) ? (value as T) : fallback;
-  } catch {
-    return fallback;
-  }
+  const value = isChoice(key) ? marks[key] : inWindow(key);
+  return valid(value) ? (value as T) : fallback;
 }
 
 export function save(key: string, value: unknown): void {
+  if (!isChoice(key)) return saveInWindow(key, value);
+  marks = { ...marks, [key]: value };
+  keep(key, value);
+}
+
+/** Before the page is drawn, and when the store has become another. Fails as the bridge does. */
+export async function recall(bridge: Bridge): Promise<void> {
+  remember(bridge, await bridge.call("page.marks", {}));
+}
+
+/** The same with what came with the page. */
+export function remember(bridge: Bridge, answer: Record<string, unknown>): void {
+  marks = { ...answer };
+  // What could not be kept is lost with the window.
+  keep = (key, value) => void bridge.call("page.mark", { key, value }).catch(() => {});
+  for (const key of choices) moveIn(key);
+}
+
+// An earlier version kept the choices with the window.
+function moveIn(key: string): void {
+  const value = inWindow(key);
+  if (value === undefined) return;
+  if (!(key in marks)) save(key, value);
+  localStorage.removeItem(`orvanta.${key}`);
+}
+
+function inWindow(key: string): unknown {
+  try {
+    const text = localStorage.getItem(`orvanta.${key}`);
+    return text === null ? undefined : JSON.parse(text);
+  } catch {
+    return undefined;
+  }
+}
+
+function saveInWindow(key: string, value: unknown): void {
   try {
     localStorage.setItem(`orvanta.${key}`, JSON.stringify(value));
   } catch {

@@ -2,7 +2,7 @@ import type { Project, ProjectRow } from "../bridge/routes";
 import { categoryOptions, isAssignable } from "../model/categories";
 import type { Target } from "../model/changes";
 import { CategoryMark } from "./icons";
-import { ProjectSelect, Segmented } from "./parts";
+import { ProjectSelect, Segmented, Select } from "./parts";
 
 const choices = [
   { value: null, label: "Auto", title: "Selon les règles (0)" },
@@ -52,5 +52,30 @@ export function TargetFields({ target, projects, onChange }: Props) {
         onChange={(id) => onChange(towards(projects.find((project) => project.id === id), category))}
       />
     </>
+  );
+}
+
+/** The same as two fields of a form; without a category it is the project's. */
+export function TargetSelects({ target, projects, onChange }: Props) {
+  return (
+    <div class="field-row">
+      <label class="field grow">
+        <span>Catégorie</span>
+        <Select
+          value={target.category ?? ""}
+          options={[["", "Celle du projet"], ...categoryOptions]}
+          onChange={(category) => onChange({ ...target, category: category || null })}
+        />
+      </label>
+      <label class="field grow">
+        <span>Projet</span>
+        <ProjectSelect
+          none="Sans projet"
+          projects={projects}
+          value={target.projectId}
+          onChange={(projectId) => onChange({ ...target, projectId })}
+        />
+      </label>
+    </div>
   );
 }

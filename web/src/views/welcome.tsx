@@ -9,7 +9,8 @@ import { useTask } from "../ui/task";
 import { useNotice } from "../ui/toast";
 import { blankProject, type Fields, ProjectFields } from "./projects/project_editor";
 import { BrowserRows } from "./settings/browsers";
-import { Switch } from "./settings/fields";
+import { Row, Switch } from "./settings/fields";
+import { useTakeIn } from "./settings/moving";
 import { DesktopRows } from "./settings/permissions";
 
 const steps = ["Ce qui est noté", "Ce bureau", "Un projet"];
@@ -43,7 +44,7 @@ export function Welcome({ status, banner, onDone }: Props) {
               </li>
             ))}
           </ol>
-          {step === 0 && <Recorded db={status.db} launch={launch} />}
+          {step === 0 && <Recorded db={status.db} launch={launch} onTaken={onDone} />}
           {step === 1 && <Desktop />}
           {step === 2 ? (
             <FirstProject
@@ -123,7 +124,14 @@ function Foot({ onBack, children }: { onBack: false | (() => void); children: Co
   );
 }
 
-function Recorded({ db, launch }: { db: string; launch: Launch }) {
+interface RecordedProps {
+  db: string;
+  launch: Launch;
+  onTaken: () => void;
+}
+
+function Recorded({ db, launch, onTaken }: RecordedProps) {
+  const taking = useTakeIn(onTaken);
   return (
     <>
       <Head
@@ -152,6 +160,14 @@ function Recorded({ db, launch }: { db: string; launch: Launch }) {
           on={launch.wanted}
           onChange={launch.setWanted}
         />
+        <Row
+          label="Vous venez d’un autre ordinateur ?"
+          help="« Tout emporter » y écrit un fichier, dans Réglages → Données."
+          error={taking.error}
+        >
+          <Button onClick={taking.pick}>Reprendre un fichier…</Button>
+          {taking.dialog}
+        </Row>
       </div>
     </>
   );

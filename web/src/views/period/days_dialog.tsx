@@ -1,6 +1,6 @@
 import type { DateRange, Day, Seconds } from "../../bridge/routes";
 import { useAnswer } from "../../client";
-import { clientOf } from "../../model/clients";
+import { clientOf, sameClient } from "../../model/clients";
 import type { Filter } from "../../model/filter";
 import type { Behind } from "../../model/period";
 import { rangeName } from "../../model/range";
@@ -52,7 +52,7 @@ function useWholeFilter(filter: Behind["filter"]): Partial<Filter> | undefined {
   return (
     projects && {
       ...filter,
-      client: { name, projects: projects.filter((one) => clientOf(one) === name).map(({ id }) => id) },
+      client: { name, projects: projects.filter((one) => sameClient(clientOf(one), name)).map(({ id }) => id) },
     }
   );
 }

@@ -1,6 +1,7 @@
 import { useState } from "preact/hooks";
 import type { RuleRow, Suggestion } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
+import { fingerprint } from "../../model/fingerprint";
 import { load, save } from "../../model/stored";
 import { clip, count, duration, isolated } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
@@ -12,10 +13,13 @@ import { fieldLabel } from "../rules/labels";
 
 const key = "ignoredSuggestions";
 const most = 8;
-const id = ({ field, name, project_id }: Suggestion) => `${field}|${name}|${project_id}`;
+// Not what it is about: a site that is erased everywhere would be kept here.
+const id = ({ field, name, project_id }: Suggestion) => fingerprint(`${field}|${name}|${project_id}`);
 
+// An earlier version kept them as they are.
 function ignored(): string[] {
-  return load<string[]>(key, [], Array.isArray);
+  const all = load<unknown[]>(key, [], Array.isArray);
+  return all.map((one) => (String(one).includes("|") ? fingerprint(String(one)) : String(one)));
 }
 
 /** Time of the last two weeks that looks as if it belonged to a project. */

@@ -1,10 +1,10 @@
 import { useState } from "preact/hooks";
 import type { ProjectRow, RuleField } from "../../bridge/routes";
 import { useAnswer } from "../../client";
-import { categoryOptions } from "../../model/categories";
 import { Dialog, EditorFoot, Form } from "../../ui/dialog";
 import { EffectPreview } from "../../ui/effect/effect_preview";
-import { ProjectSelect, Select } from "../../ui/parts";
+import { Select } from "../../ui/parts";
+import { TargetSelects } from "../../ui/target_fields";
 import { useTask } from "../../ui/task";
 import { type RuleDraft, stepsOf, useSaveRule } from "./draft";
 import { fieldOptions } from "./labels";
@@ -88,25 +88,11 @@ function RuleFields({ rule, projects, onChange }: FieldsProps) {
           />
         </label>
       </div>
-      <div class="field-row">
-        <label class="field grow">
-          <span>Catégorie</span>
-          <Select
-            value={rule.category ?? ""}
-            options={[["", "Celle du projet"], ...categoryOptions]}
-            onChange={(category) => onChange({ category: category || null })}
-          />
-        </label>
-        <label class="field grow">
-          <span>Projet</span>
-          <ProjectSelect
-            none="Sans projet"
-            projects={projects}
-            value={rule.projectId}
-            onChange={(projectId) => onChange({ projectId })}
-          />
-        </label>
-      </div>
+      <TargetSelects
+        target={{ category: rule.category, projectId: rule.projectId }}
+        projects={projects}
+        onChange={onChange}
+      />
     </>
   );
 }

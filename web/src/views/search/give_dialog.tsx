@@ -1,13 +1,14 @@
 import { useState } from "preact/hooks";
 import type { FoundRow, Step } from "../../bridge/routes";
 import { useAnswer, useClient } from "../../client";
-import { categoryOptions, isAssignable } from "../../model/categories";
+import { isAssignable } from "../../model/categories";
 import type { Target } from "../../model/changes";
 import { amount } from "../../model/effect";
 import { duration } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { EffectPreview } from "../../ui/effect/effect_preview";
-import { ProjectSelect, Segmented, Select } from "../../ui/parts";
+import { Segmented } from "../../ui/parts";
+import { TargetSelects } from "../../ui/target_fields";
 import { useUndoable } from "../../ui/toast";
 
 interface Props {
@@ -57,25 +58,7 @@ export function GiveDialog({ text, row, onClose }: Props) {
       ) : (
         <Segmented legend="Quoi" choices={choices} value={whole} onChange={setWhole} />
       )}
-      <div class="field-row">
-        <label class="field grow">
-          <span>Catégorie</span>
-          <Select
-            value={target.category ?? ""}
-            options={[["", "Celle du projet"], ...categoryOptions]}
-            onChange={(category) => setTarget({ ...target, category: category || null })}
-          />
-        </label>
-        <label class="field grow">
-          <span>Projet</span>
-          <ProjectSelect
-            none="Sans projet"
-            projects={projects}
-            value={target.projectId}
-            onChange={(projectId) => setTarget({ ...target, projectId })}
-          />
-        </label>
-      </div>
+      <TargetSelects {...{ target, projects }} onChange={setTarget} />
       <EffectPreview steps={given && ids ? [step] : null} hint="Choisissez une catégorie ou un projet." />
     </Confirm>
   );

@@ -3,6 +3,7 @@ import type { Seconds, UnixTime } from "../../bridge/routes";
 import type { Backup, StoreContent } from "../../bridge/store";
 import { useAnswer, useClient } from "../../client";
 import { fileSize, moment } from "../../model/store";
+import { recall } from "../../model/stored";
 import { capitalize, clip, count, dateOnly, dayOf, duration } from "../../model/time";
 import { Confirm } from "../../ui/dialog";
 import { useNotice } from "../../ui/toast";
@@ -30,6 +31,7 @@ export function RestoreDialog({ backups, now, onClose }: Props) {
       onConfirm={async () => {
         if (!chosen) return;
         await client.call("store.restore", { file: chosen.file });
+        await recall(client);
         // Where the file of before is, the notice over the page tells.
         notify({ text: `Restauré : sauvegarde faite ${moment(chosen.time, now)}.` });
       }}
@@ -55,7 +57,7 @@ export function RestoreDialog({ backups, now, onClose }: Props) {
           </fieldset>
           <div class="preview" role="status">
             {chosen ? (
-              <Preview key={chosen.file} file={chosen.file} onReady={() => setReady(chosen.file)} />
+              <RestorePreview key={chosen.file} file={chosen.file} onReady={() => setReady(chosen.file)} />
             ) : (
               <p class="quiet">Choisissez-en une pour voir ce qui changerait.</p>
             )}
@@ -66,13 +68,14 @@ export function RestoreDialog({ backups, now, onClose }: Props) {
   );
 }
 
-function Preview({ file, onReady }: { file: string; onReady: () => void }) {
+/** What would change if this file took the place of today's; told when it can. */
+export function RestorePreview({ file, onReady }: { file: string; onReady: () => void }) {
   const { answer, error } = useAnswer("store.restorePreview", { file });
   useEffect(() => {
     if (answer) onReady();
   }, [answer]);
   if (error) return <p class="field-error">{error}</p>;
-  if (!answer) return <p class="quiet">Lecture de la sauvegarde…</p>;
+  if (!answer) return <p class="quiet">Lecture du fichier…</p>;
   return (
     <>
       <Comparison now={answer.current} then={answer} />

@@ -8,6 +8,7 @@ import { GoalRows } from "../goals/goal_rows";
 import { Export } from "./export";
 import { Row, Section } from "./fields";
 import { ImportRow } from "./import/import_row";
+import { MovingRow } from "./moving";
 import { DesktopRows } from "./permissions";
 import { PrivacyRows } from "./privacy";
 import { StoreRows } from "./store";
@@ -45,6 +46,7 @@ export function SettingsView({ status, today, onWelcome }: ViewProps) {
         <Export today={today} />
         <ImportRow />
         <StoreRows status={status} />
+        <MovingRow />
       </Section>
       <Section title="Télémétrie et mises à jour">
         <TelemetryRows status={status} />

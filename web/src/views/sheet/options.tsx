@@ -1,6 +1,6 @@
 import type { DateRange, HourUnit, PeriodBy, RoundingStep } from "../../bridge/routes";
 import { useAnswer } from "../../client";
-import { clientsOf } from "../../model/clients";
+import { clientsOf, sameClient } from "../../model/clients";
 import type { Options } from "../../model/sheet";
 import { finenesses } from "../../model/range";
 import { clip } from "../../model/time";
@@ -21,7 +21,8 @@ export function SheetOptions({ options, range, by, onChange }: Props) {
   const { answer: projects = [] } = useAnswer("projects.list", {});
   const clients = clientsOf(projects);
   // One that was chosen once, and has no project any more.
-  if (options.client !== null && !clients.includes(options.client)) clients.push(options.client);
+  const chosen = clients.find((one) => sameClient(one, options.client ?? "")) ?? options.client;
+  if (chosen !== null && !clients.includes(chosen)) clients.push(chosen);
   const fine = finenesses(range);
   const { columns, hours, rounding, mode, scope } = options;
   return (
@@ -29,7 +30,7 @@ export function SheetOptions({ options, range, by, onChange }: Props) {
       {clients.length > 0 && (
         <Select
           label="Client"
-          value={options.client ?? ""}
+          value={chosen ?? ""}
           options={[["", "Tous les clients"], ...clients.map((name) => [name, clip(name, 60)] as const)]}
           onChange={(client) => onChange({ client: client === "" ? null : client })}
         />
