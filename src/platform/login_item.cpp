@@ -62,6 +62,8 @@ std::optional<std::string> LoginItem::set(bool on) const {
   file->set_string(kGroup, "Name", "Orvanta");
   file->set_string(kGroup, "Comment", "Suivi d’activité personnel");
   file->set_string(kGroup, "Exec", quoted(program_.string()));
+  // No desktop is to complain once the program's package is gone.
+  file->set_string(kGroup, "TryExec", program_.string());
   file->set_string(kGroup, "Icon", kApplicationId);
   file->set_boolean(kGroup, "X-GNOME-Autostart-enabled", true);
   return writeOwnFile(file_, file->to_data());

@@ -290,6 +290,7 @@ TEST_F(RouterTest, TheLoginItemIsAnAutostartEntry) {
   EXPECT_EQ(call("launchAtLogin", R"({"enabled": true})"), on);
   const auto entry = bytesIn(store.db.location().dir / "autostart/fr.quellvane.orvanta.desktop");
   EXPECT_TRUE(holds(entry, R"(Exec="/opt/Mes \\"outils\\"/orv\\$")"));
+  EXPECT_TRUE(holds(entry, "\nTryExec=/opt/Mes \"outils\"/orv$\n"));
   EXPECT_EQ(call("permissions.status").at("launch_at_login"), true);
   EXPECT_EQ(call("launchAtLogin", R"({"enabled": false})").at("enabled"), false);
   EXPECT_EQ(call("launchAtLogin", R"({"enabled": false})").at("ok"), true);
