@@ -136,6 +136,20 @@ test("a site is excluded with its past, an application from now on", async () =>
   await page.keyboard.press("g");
   await button(page, "Ne plus exclure thunderbird").click();
   await button(page, "Ne plus exclure thunderbird").waitFor({ state: "detached" });
+
+  // Where a site is named by hand, it is asked the same of what was recorded; of nothing there is no question.
+  const field = page.getByLabel("Sites exclus");
+  await field.fill("https://jamais-vu.example/");
+  await page.keyboard.press("Enter");
+  await button(page, "Ne plus exclure jamais-vu.example").waitFor();
+  assert.equal(await dialog.count(), 0);
+  await field.fill("youtube.com");
+  await page.keyboard.press("Enter");
+  await dialog.getByLabel("Effacer aussi son nom").check();
+  await button(dialog, "Exclure et effacer les titres").click();
+  await button(page, "Ne plus exclure youtube.com").waitFor();
+  assert.equal(await field.inputValue(), "");
+  assert.equal((await page.program.ask("exclusions.preview", { site: "youtube.com" })).spans, 0);
   await page.context().close();
 });
 
