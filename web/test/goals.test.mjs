@@ -153,6 +153,32 @@ test("a site is excluded with its past, an application from now on", async () =>
   await page.context().close();
 });
 
+test("what was found is excluded, and all of it erased for good", async () => {
+  const page = await stage.open();
+  await page.keyboard.press("Control+k");
+  await page.getByRole("combobox", { name: "Retrouver" }).fill("le monde");
+  const first = page.locator(".found-row").first();
+  await first.click();
+  await button(page, "Exclure…").click();
+  const dialog = page.getByRole("dialog").last();
+  await dialog.getByText(/^Exclure .?lemonde\.fr/).waitFor();
+  await button(dialog, "Exclure").click();
+  await toast(page).filter({ hasText: /Exclu.+lemonde\.fr/ }).waitFor();
+
+  const known = await page.program.ask("search.erase", { text: "le monde", preview: true });
+  assert.equal(known.seconds, (await page.program.ask("search.find", { text: "le monde" })).duration);
+  await button(page, "Effacer tout…").click();
+  await dialog.getByText(`(${known.spans} activités), du`).waitFor();
+  assert.match(plain(await dialog.innerText()), /du \p{L}+ \d+(er)? \p{L}+ 2026, \d\d:\d\d au .+\s+C’est définitif\./su);
+  assert.deepEqual(await complaints(page), []);
+  await button(dialog, "Effacer tout pour de bon").click();
+  await page.getByText("Rien de tel n’a été enregistré.").last().waitFor();
+  assert.match(await text(toast(page).last()), new RegExp(`Effacé pour de bon : ${known.spans} activités`));
+  assert.equal((await page.program.ask("search.find", { text: "le monde" })).first, null);
+  await page.waitForFunction(() => document.activeElement.getAttribute("aria-label") === "Retrouver");
+  await page.context().close();
+});
+
 test("nothing was wrong in the browser, and every answer is of the shape that is declared", () => {
   assert.deepEqual(stage.errors, []);
   assert.equal(stage.shapes.complaints(), "");
