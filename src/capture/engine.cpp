@@ -1,6 +1,7 @@
 #include "capture/engine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace orvanta {
@@ -11,6 +12,7 @@ constexpr double kSlow = 120.0;            // longer than that is no slowness of
 constexpr double kUnknown = 1209600.0;     // two weeks: nobody knows what happened meanwhile
 constexpr double kForgetProject = 3600.0;  // a gap after which the user starts something new
 constexpr double kFlushEvery = 10.0;       // at most this much is lost in a crash
+constexpr double kAway = 30.0;             // without input, from which on it is kept since when
 constexpr double kJitter = 0.05;           // by which a tick may follow the last one too early
 constexpr double kFallsAsleep = 60.0;      // at most, after it was said
 
@@ -27,10 +29,19 @@ Engine::Engine(Database& db, const Collectors& collectors, LiveState& live, Cloc
       foreground_(db, collectors),
       lastTick_(clock_()),
       lastUptime_(uptime_()) {
-  // What an earlier run recorded stays its own: idle time is not back-dated into it.
+  readLastEnd();
+}
+
+// What an earlier run recorded stays its own: idle time is not back-dated into it.
+void Engine::readLastEnd() {
   db_.each("SELECT max(end) FROM events", {}, [this](const Cursor& row) { lastEnd_ = row.dbl(0); });
   if (lastEnd_ > lastTick_) lastEnd_ = 0;
   log_.settle(lastEnd_);
+}
+
+void Engine::takeUp() {
+  last_input::endKilledRun(db_);
+  readLastEnd();
 }
 
 double Engine::steadyNow() {
@@ -38,7 +49,7 @@ double Engine::steadyNow() {
   if (now >= lastTick_) return now;
   if (lastTick_ - now <= kGap) return lastTick_;
   startAfresh(now);
-  lastEnd_ = lastPresence_ = 0;
+  lastEnd_ = lastPresence_ = lastFilm_ = 0;
   lastTick_ = now;
   return now;
 }
@@ -139,9 +150,13 @@ Engine::Observation Engine::observe(double now) {
   watching_ = false;
   if (locked_) return {Sample::idleSample(), now};
   const double idle = collectors_.idleSeconds();
-  if (idle < settings.idleThreshold) return {foreground_.sample(), now};
+  lastInput_ = now - idle;
+  if (idle < settings.idleThreshold) {
+    if (idle >= kAway && collectors_.mediaPlaying()) lastFilm_ = now;
+    return {foreground_.sample(), now};
+  }
   if (collectors_.mediaPlaying()) {
-    lastPresence_ = now;
+    lastFilm_ = lastPresence_ = now;
     watching_ = true;
     return {foreground_.sample(), now};
   }
@@ -232,6 +247,7 @@ void Engine::closeSpan(double at) {
   describe();
   lastEnd_ = std::max(open_->start(), at);
   log_.close(lastEnd_);
+  log_.setLastInput({});
   if (open_->sample().idle) {
     log_.settle(lastEnd_);
   } else {
@@ -250,10 +266,22 @@ void Engine::heartbeat(double now) {
 void Engine::flush(double now) {
   if (now - open_->lastFlush < kFlushEvery - kJitter) return;
   describe();
+  noteInput(now);
   log_.extend(now);
   log_.write().forget();
   open_->lastFlush = now;
   publish();
+}
+
+// For the next run, should this one be killed before anybody is back, or known to be away.
+void Engine::noteInput(double now) {
+  std::optional<double> input;
+  if (!open_->sample().idle && !watching_) {
+    const double at = std::max({lastInput_, lastFilm_, log_.settled()});
+    // Whole seconds, so that it is stored once.
+    if (now - at >= kAway) input = std::ceil(at);
+  }
+  log_.setLastInput(input);
 }
 
 void Engine::describe() {

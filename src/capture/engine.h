@@ -37,6 +37,10 @@ class Engine {
   Engine(Database& db, const Collectors& collectors, LiveState& live, Clock clock,
          UptimeClock uptime = machineUptime);
 
+  /// Before the first tick of whoever keeps the store: what an earlier run recorded while nobody
+  /// was there ends with the last input, should that run have been killed.
+  void takeUp();
+
   /// One observation. Call every kTickSeconds.
   void tick();
 
@@ -90,6 +94,7 @@ class Engine {
   Break breakBefore(double now) const;
   void startAfresh(double now);
   bool asleep();
+  void readLastEnd();
   void keepUp();
   double closingTime();
   void bridgeGap(double now);
@@ -103,6 +108,7 @@ class Engine {
   void closeSpan(double at);
   void heartbeat(double now);
   void flush(double now);
+  void noteInput(double now);
   void describe();
   void publish();
 
@@ -119,9 +125,11 @@ class Engine {
   std::optional<double> asleepSince_;  // of the uptime without sleep
   double lastTick_;
   Uptime lastUptime_;
-  double lastKeptUp_ = 0;    // of the uptime without sleep
-  double lastEnd_ = 0;       // end of the last closed span: nothing is recorded before it again
-  double lastPresence_ = 0;  // when a playing video last told that somebody is watching
+  double lastKeptUp_ = 0;  // of the uptime without sleep
+  double lastEnd_ = 0;     // end of the last closed span: nothing is recorded before it again
+  double lastInput_ = 0;
+  double lastFilm_ = 0;      // when something last played while there was no input
+  double lastPresence_ = 0;  // when that last told that somebody is watching
   bool watching_ = false;    // nothing else tells of somebody
   Absences absences_;
   std::optional<OpenSpan> open_;

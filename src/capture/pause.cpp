@@ -40,11 +40,18 @@ std::optional<double> secondsOf(std::string_view length) {
 }
 
 // The wall's hour, also on a day when the clock is changed in the night.
-double tomorrowMorning(double now, const Calendar& calendar) {
-  const auto midnight = calendar.startOf(calendar.dateOf(now).plusDays(1));
+double morningOf(const Date& date, const Calendar& calendar) {
+  const auto midnight = calendar.startOf(date);
   const auto shown = static_cast<double>(calendar.wallSeconds(midnight + kMorning) -
                                          calendar.wallSeconds(midnight));
   return midnight + kMorning + (kMorning - shown);
+}
+
+// Who is still up after midnight means the morning that comes.
+double nextMorning(double now, const Calendar& calendar) {
+  const auto today = calendar.dateOf(now);
+  const double morning = morningOf(today, calendar);
+  return now < morning ? morning : morningOf(today.plusDays(1), calendar);
 }
 
 }  // namespace
@@ -75,7 +82,7 @@ SettingTexts storedTexts(const std::optional<Pause>& pause) {
 }
 
 std::optional<double> pauseEnd(std::string_view length, double now, const Calendar& calendar) {
-  if (length == "demain") return tomorrowMorning(now, calendar);
+  if (length == "demain") return nextMorning(now, calendar);
   const auto seconds = secondsOf(length);
   if (!seconds || *seconds < kMinute || *seconds > kLongest) return {};
   return now + *seconds;

@@ -27,8 +27,8 @@ std::optional<Pause> storedPause(const SettingTexts& texts, double now);
 SettingTexts storedTexts(const std::optional<Pause>& pause);
 
 /// When a pause ends that begins now and lasts as long as the word says: "15m", "1h", "1h30", or
-/// "demain": until four in the morning, when the day before is over for most. Absent for anything
-/// else, and for more than 31 days.
+/// "demain": until it is four in the morning next, when the day before is over for most. Absent for
+/// anything else, and for more than 31 days.
 inline constexpr auto kNoPauseLength =
     "durée de pause illisible : par exemple 15m, 1h, 1h30 ou demain";
 std::optional<double> pauseEnd(std::string_view length, double now, const Calendar& calendar);

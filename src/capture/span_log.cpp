@@ -121,6 +121,7 @@ Written SpanLog::write(Patience patience) {
     // Those of the other file are not ours to change.
     std::erase_if(entries_, [&](const Entry& entry) { return entry.bare; });
     for (auto& entry : entries_) entry.id = -1;
+    keptInput_ = {.span = -1};  // whatever that one keeps
     dropGone();
   }
   do {
@@ -136,16 +137,21 @@ Written SpanLog::writeSome(Patience patience) {
   if (waiting() == 0) return Written::stored();
   Transaction change(db_, patience);
   std::vector<std::pair<Entry*, int64_t>> rows;
+  int64_t open = openId();
   // Rows go last, so that what comes in their place is not given their ids.
   for (const bool gone : {false, true}) {
     for (auto& entry : entries_) {
       if (rows.size() == kMostAtOnce) break;
       if (entry.gone != gone || !entry.kept || stored(entry)) continue;
       rows.emplace_back(&entry, put(change, entry));
+      if (open_ && &entry == &entries_.back()) open = rows.back().second;
     }
   }
+  const auto input = inputToKeep(open);
+  if (input != keptInput_) last_input::keep(change, input);
   auto written = change.commit();
   if (!written) return written;
+  keptInput_ = input;
   for (const auto& [entry, id] : rows) {
     entry->id = id;
     entry->storedEnd = entry->span.end;
@@ -153,6 +159,11 @@ Written SpanLog::writeSome(Patience patience) {
   }
   dropGone();
   return written;
+}
+
+last_input::Kept SpanLog::inputToKeep(int64_t open) const {
+  if (!lastInput_ || open < 1) return {};
+  return {open, *lastInput_};
 }
 
 // Only its times may still change.

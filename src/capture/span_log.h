@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "capture/last_input.h"
 #include "storage/transaction.h"
 
 namespace orvanta {
@@ -47,6 +48,10 @@ class SpanLog {
   void settle(double until);
   double settled() const { return settled_; }
 
+  /// Nobody has been there since then, for whatever reason the open span goes on; absent while
+  /// somebody is. Stored with what is written next, see last_input.
+  void setLastInput(std::optional<double> at) { lastInput_ = at; }
+
   /// Stores what waits, the oldest first, in one transaction: as much as a tick has time for, or
   /// all of it with the usual patience. Fails when something still waits.
   Written write(Patience patience = Patience::None);
@@ -80,6 +85,7 @@ class SpanLog {
 
   bool stored(const Entry& entry) const;
   Written writeSome(Patience patience);
+  last_input::Kept inputToKeep(int64_t open) const;
   // Above all ids, and above 0: those of moments that were added by hand are below.
   int64_t insert(Transaction& change, const Entry& entry) const;
   int64_t put(Transaction& change, const Entry& entry) const;
@@ -98,6 +104,8 @@ class SpanLog {
   std::size_t bytes_ = 0;
   double settled_ = 0;
   int64_t generation_ = 0;  // of the file that the ids belong to
+  std::optional<double> lastInput_;
+  last_input::Kept keptInput_;  // in the store
 };
 
 }  // namespace orvanta

@@ -19,6 +19,7 @@ Tracker::Tracker(Database& db, const Collectors& collectors, Clock clock, Uptime
 
 void Tracker::start() {
   using std::chrono::seconds;
+  queue_.post([this] { engine_.takeUp(); });
   queue_.repeat(seconds(1), seconds(2), [this] { engine_.tick(); });
   db_.log()("Orvanta: capture démarrée (" + db_.location().file().string() + ")");
 }

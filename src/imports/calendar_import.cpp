@@ -2,75 +2,17 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
+#include <vector>
 
 #include "base/text.h"
+#include "imports/calendar_lines.h"
 #include "imports/import_times.h"
 #include "imports/read_import.h"
+#include "imports/recurrence.h"
 
 namespace orvanta {
 namespace {
-
-// A line of a calendar file: NAME;PARAMETER=…:VALUE.
-struct Property {
-  std::string name;  // lower-cased
-  std::string parameters;
-  std::string value;
-};
-
-// One after the other: a file of nothing but line ends would be a hundred times as large in a list.
-class Lines {
- public:
-  explicit Lines(std::string_view text) : text_(text) {}
-
-  // Long lines go on in the next, which then begins with a blank.
-  bool next() {
-    if (text_.empty()) return false;
-    number_ = read_ + 1;
-    line_ = piece();
-    while (text_.starts_with(' ') || text_.starts_with('\t')) line_ += piece().substr(1);
-    return true;
-  }
-  const std::string& line() const { return line_; }
-  std::size_t number() const { return number_; }
-
- private:
-  std::string_view piece() {
-    const auto end = std::min(text_.find('\n'), text_.size());
-    auto piece = text_.substr(0, end);
-    text_.remove_prefix(std::min(end + 1, text_.size()));
-    ++read_;
-    if (piece.ends_with('\r')) piece.remove_suffix(1);
-    return piece;
-  }
-
-  std::string_view text_;
-  std::size_t read_ = 0;
-  std::string line_;
-  std::size_t number_ = 0;  // of its first piece, counted from 1
-};
-
-std::optional<Property> propertyIn(std::string_view line) {
-  bool quoted = false;
-  std::size_t colon = 0;
-  for (; colon < line.size() && (quoted || line[colon] != ':'); ++colon) {
-    if (line[colon] == '"') quoted = !quoted;
-  }
-  if (colon == line.size()) return {};
-  const auto head = line.substr(0, colon);
-  const auto end = std::min(head.find(';'), head.size());
-  return Property{lowerCase(head.substr(0, end)), std::string(head.substr(end)),
-                  std::string(line.substr(colon + 1))};
-}
-
-std::string plainText(std::string_view value) {
-  std::string text;
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    const bool escaped = value[i] == '\\' && i + 1 < value.size();
-    if (escaped) ++i;
-    text += escaped && (value[i] == 'n' || value[i] == 'N') ? ' ' : value[i];
-  }
-  return text;
-}
 
 std::optional<Calendar> zoneIn(const std::string& parameters) {
   constexpr std::string_view kZone = "tzid=";
@@ -123,39 +65,34 @@ std::optional<double> periodOf(std::string_view text) {
   return any ? std::optional(seconds) : std::nullopt;
 }
 
+// Some of the times at which an event would come again.
+using Instants = std::vector<double>;
+
 class Event {
  public:
-  void add(Property property) { properties_.try_emplace(property.name, std::move(property)); }
-
-  void finish(Imported& imported, const Calendar& calendar, std::size_t line) const {
-    const auto* begins = find("dtstart");
-    if (!begins) return imported.reject("sans début", line);
-    if (lowerCase(begins->parameters).find("value=date") != std::string::npos &&
-        begins->value.find('T') == std::string::npos)
-      return imported.reject("journée entière", line);
-    if (text("status") == "CANCELLED") return imported.reject("annulé", line);
-    const auto start = momentOf(*begins, calendar);
-    if (!start) return imported.reject("début illisible", line);
-    const auto* ends = find("dtend");
-    const auto* lasts = find("duration");
-    std::optional<double> end;
-    if (ends) end = momentOf(*ends, calendar);
-    if (!ends && lasts) {
-      if (const auto seconds = periodOf(lasts->value)) end = *start + *seconds;
+  void add(Property property) {
+    if (property.name == "exdate") {
+      exceptions_.push_back(std::move(property));
+    } else {
+      properties_.try_emplace(property.name, std::move(property));
     }
-    if (!end) return imported.reject("ni fin ni durée lisible", line);
-    // Of an event that comes again and again only the first is there.
-    if (find("rrule")) imported.reject("répétitions, dont seule la première est prise", line);
-    imported.take({.start = *start,
-                   .end = *end,
-                   .app = "Agenda",
-                   .title = text("summary"),
-                   .url = {},
-                   .domain = {},
-                   .category = {},
-                   .project = {}},
-                  line);
   }
+
+  bool comesAgain() const { return find("rrule") != nullptr; }
+  std::string uid() const { return text("uid"); }
+  // Which of the others' times it takes the place of.
+  std::optional<double> replaces(const Calendar& calendar) const {
+    const auto* replaced = find("recurrence-id");
+    return replaced ? momentOf(*replaced, calendar) : std::nullopt;
+  }
+
+  struct Repeating {
+    double now;
+    const Instants& replaced;
+    std::size_t& looks;
+  };
+  void finish(Imported& imported, const Calendar& calendar, std::size_t line,
+              const Repeating& repeating) const;
 
  private:
   const Property* find(const std::string& name) const {
@@ -166,18 +103,141 @@ class Event {
     const auto* property = find(name);
     return property ? plainText(property->value) : std::string();
   }
+  std::optional<double> end(double start, const Calendar& calendar) const;
+  void repeat(Imported& imported, const ImportedEvent& first, const Calendar& calendar,
+              std::size_t line, const Repeating& repeating) const;
+  Instants exceptions(const Calendar& calendar, double secondsOfDay) const;
 
   std::map<std::string, Property> properties_;
+  std::vector<Property> exceptions_;
+};
+
+std::optional<double> Event::end(double start, const Calendar& calendar) const {
+  if (const auto* ends = find("dtend")) return momentOf(*ends, calendar);
+  const auto* lasts = find("duration");
+  const auto seconds = lasts ? periodOf(lasts->value) : std::nullopt;
+  return seconds ? std::optional(start + *seconds) : std::nullopt;
+}
+
+void Event::finish(Imported& imported, const Calendar& calendar, std::size_t line,
+                   const Repeating& repeating) const {
+  const auto* begins = find("dtstart");
+  if (!begins) return imported.reject("sans début", line);
+  if (lowerCase(begins->parameters).find("value=date") != std::string::npos &&
+      begins->value.find('T') == std::string::npos)
+    return imported.reject("journée entière", line);
+  if (text("status") == "CANCELLED") return imported.reject("annulé", line);
+  const auto start = momentOf(*begins, calendar);
+  if (!start) return imported.reject("début illisible", line);
+  const auto until = end(*start, calendar);
+  if (!until) return imported.reject("ni fin ni durée lisible", line);
+  ImportedEvent event{.start = *start,
+                      .end = *until,
+                      .app = "Agenda",
+                      .title = text("summary"),
+                      .url = {},
+                      .domain = {},
+                      .category = {},
+                      .project = {}};
+  if (comesAgain()) return repeat(imported, event, calendar, line, repeating);
+  imported.take(std::move(event), line);
+}
+
+// At the same time of the wall's clock, also when that is changed.
+void Event::repeat(Imported& imported, const ImportedEvent& first, const Calendar& calendar,
+                   std::size_t line, const Repeating& repeating) const {
+  const auto& begins = *find("dtstart");
+  const auto written = writtenTime(begins.value, false);
+  const auto zone = written && written->instant ? Calendar(Glib::TimeZone::create_utc())
+                                                : zoneIn(begins.parameters).value_or(calendar);
+  const auto date = zone.dateOf(first.start);
+  const double seconds = static_cast<double>(zone.wallSeconds(first.start)) -
+                         static_cast<double>(Date().daysUntil(date)) * 86400;
+  const auto rule = Recurrence::parse(find("rrule")->value, date);
+  if (!rule) {
+    imported.reject("répétitions d’un autre genre, dont seule la première est prise", line);
+    return imported.take(first, line);
+  }
+  auto left = exceptions(zone, seconds);
+  left.insert(left.end(), repeating.replaced.begin(), repeating.replaced.end());
+  std::sort(left.begin(), left.end());
+  const auto last = rule->until.empty() ? std::nullopt
+                    : rule->until.find('T') == std::string_view::npos
+                        ? momentOf({"until", "", std::string(rule->until) + "T235959"}, zone)
+                        : momentOf({"until", "", std::string(rule->until)}, zone);
+  std::size_t seen = 0;
+  rule->each(date, zone.dateOf(repeating.now), repeating.looks, [&](const Date& day) {
+    const double at = seen == 0 ? first.start : instantOf(zone, day, seconds);
+    const bool over = (last && at > *last) || at > repeating.now;
+    if ((over && seen > 0) || (rule->count && seen == *rule->count)) return false;
+    ++seen;
+    if (std::binary_search(left.begin(), left.end(), at)) return true;
+    auto event = first;
+    event.end += at - event.start;
+    event.start = at;
+    imported.take(std::move(event), line);
+    return imported.events.size() < kMostImported;
+  });
+  if (repeating.looks == 0) imported.reject("trop de répétitions", line);
+}
+
+// Also those that name a day only.
+Instants Event::exceptions(const Calendar& calendar, double secondsOfDay) const {
+  Instants list;
+  for (const auto& property : exceptions_) {
+    for (std::string_view rest = property.value; !rest.empty();) {
+      const auto end = std::min(rest.find(','), rest.size());
+      const Property one{property.name, property.parameters, std::string(rest.substr(0, end))};
+      rest.remove_prefix(std::min(end + 1, rest.size()));
+      const auto written = writtenTime(one.value, false);
+      const bool day = written && written->date && !written->time;
+      const auto at = day ? std::optional(instantOf(calendar, *written->date, secondsOfDay))
+                          : momentOf(one, calendar);
+      if (at) list.push_back(*at);
+    }
+  }
+  return list;
+}
+
+// Those that come again wait until all is read: others may take the place of some of their times.
+class Events {
+ public:
+  Events(const Calendar& calendar, double now, Imported& imported)
+      : calendar_(calendar), now_(now), imported_(imported) {}
+
+  void add(Event event, std::size_t line) {
+    if (const auto at = event.replaces(calendar_)) replaced_[event.uid()].push_back(*at);
+    if (event.comesAgain()) {
+      repeating_.emplace_back(std::move(event), line);
+    } else {
+      event.finish(imported_, calendar_, line, {now_, {}, looks_});
+    }
+  }
+
+  void finish() {
+    for (const auto& [event, line] : repeating_) {
+      event.finish(imported_, calendar_, line, {now_, replaced_[event.uid()], looks_});
+    }
+  }
+
+ private:
+  const Calendar& calendar_;
+  const double now_;
+  Imported& imported_;
+  std::size_t looks_ = 300'000;  // for all of a file, some tenths of a second
+  std::vector<std::pair<Event, std::size_t>> repeating_;
+  std::map<std::string, Instants> replaced_;
 };
 
 }  // namespace
 
-Imported readCalendarFile(std::string_view text, const Calendar& calendar) {
+Imported readCalendarFile(std::string_view text, const Calendar& calendar, double now) {
   Imported imported{.kind = ImportKind::Ics, .problem = {}};
+  Events events(calendar, now, imported);
   std::optional<Event> event;
   std::size_t begun = 0;
   int inner = 0;  // an alarm within has a duration of its own
-  for (Lines lines(text); lines.next();) {
+  for (CalendarLines lines(text); lines.next();) {
     auto property = propertyIn(lines.line());
     if (!property) continue;
     const auto what = lowerCase(property->value);
@@ -187,7 +247,7 @@ Imported readCalendarFile(std::string_view text, const Calendar& calendar) {
       if (ofEvent) begun = lines.number();
       inner = ofEvent ? 0 : inner + 1;
     } else if (property->name == "end") {
-      if (ofEvent && event) event->finish(imported, calendar, begun);
+      if (ofEvent && event) events.add(std::move(*event), begun);
       if (ofEvent) event.reset();
       inner = ofEvent ? 0 : inner - 1;
     } else if (event && inner == 0) {
@@ -195,6 +255,7 @@ Imported readCalendarFile(std::string_view text, const Calendar& calendar) {
     }
   }
   if (event) imported.reject("fichier coupé", begun);
+  events.finish();
   return imported;
 }
 

@@ -12,6 +12,7 @@ namespace orvanta {
 struct ImportChoice {
   std::optional<Mapping> mapping;  ///< of a table; guessed where it is absent
   std::optional<bool> monthFirst;
+  double now = 0;  ///< what comes again in a calendar is told up to then, Unix seconds
 };
 
 /// A calendar, a list of events in JSON, or a table: whatever the text looks like. Our own export
@@ -20,7 +21,7 @@ Imported readImport(std::string_view text, const Calendar& calendar, const Impor
 
 // The three of them.
 Imported readTable(std::string_view text, const Calendar& calendar, const ImportChoice& choice);
-Imported readCalendarFile(std::string_view text, const Calendar& calendar);
+Imported readCalendarFile(std::string_view text, const Calendar& calendar, double now);
 Imported readEvents(std::string_view text, const Calendar& calendar);
 
 /// The columns by their names, in French or English.

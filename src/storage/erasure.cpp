@@ -6,14 +6,13 @@
 #include <iterator>
 #include <utility>
 
+#include "storage/erased_times.h"
 #include "storage/past.h"
 #include "storage/schema.h"
 #include "storage/statement.h"
 
 namespace orvanta {
 namespace {
-
-constexpr double kSameInstant = 0.001;  // seconds
 
 // The ids of the spans that began before the range and reach into it, by two short walks along an
 // index each, see OverlapQuery. ?1 and ?2 are the range, ?3 is its start less the length of a long
@@ -44,7 +43,16 @@ std::string withoutIndex(std::string sql) {
   return sql;
 }
 
+void append(Erasure& all, Erasure more) {
+  std::move(more.steps.begin(), more.steps.end(), std::back_inserter(all.steps));
+}
+
 }  // namespace
+
+void addErasing(sqlite3* connection) {
+  addShowsSite(connection);
+  addRestOf(connection);
+}
 
 Erasure eraseRange(const TimeRange& range) {
   if (!std::isfinite(range.start) || !std::isfinite(range.end) || !(range.start < range.end)) {
@@ -67,32 +75,49 @@ Erasure eraseRange(const TimeRange& range) {
 Erasure eraseTimes(const std::vector<TimeRange>& ranges) {
   Erasure all;
   for (const auto& range : ranges) {
-    auto steps = eraseRange(range).steps;
-    if (steps.empty()) {
-      steps.push_back({"DELETE FROM events WHERE start=? AND +end <= start", {range.start}});
+    auto part = eraseRange(range);
+    if (part.steps.empty()) {
+      part.steps.push_back({"DELETE FROM events WHERE start=? AND +end <= start", {range.start}});
     }
-    std::move(steps.begin(), steps.end(), std::back_inserter(all.steps));
+    append(all, std::move(part));
   }
-  auto rest = forgetChanges(ranges).steps;
-  std::move(rest.begin(), rest.end(), std::back_inserter(all.steps));
+  append(all, forgetChanges(ranges));
+  return all;
+}
+
+Erasure eraseSpans(const std::vector<int64_t>& ids, const std::vector<TimeRange>& times) {
+  Erasure all{{{"DELETE FROM events WHERE id IN (SELECT value FROM json_each(?))",
+                {fmt::format("[{}]", fmt::join(ids, ","))}}}};
+  append(all, forgetChanges(times));
   return all;
 }
 
 Erasure forgetChanges(const std::vector<TimeRange>& times) {
-  Erasure all;
-  for (const auto& time : times) {
-    all.steps.push_back({"DELETE FROM changes WHERE held_from <= ?2 AND held_to >= ?1",
-                         {time.start, time.end},
-                         true});
+  // Also what only touches them.
+  std::vector<TimeRange> near;
+  for (const auto& [start, end] : times) {
+    near.push_back({start - 2 * kSameInstant, end + 2 * kSameInstant});
   }
-  // What was measured may name anything.
-  all.steps.push_back({"UPDATE changes SET examples=NULL WHERE examples IS NOT NULL", {}, true});
-  return all;
+  return {{{"DELETE FROM changes WHERE rest_of(?, held_from, held_to) IS NOT NULL",
+            {timesText(near)},
+            true},
+           // What was measured may name anything.
+           {"UPDATE changes SET examples=NULL WHERE examples IS NOT NULL", {}, true}}};
 }
 
+// Through all spans, however many the ranges are.
 Erasure eraseTimesInCopy(const std::vector<TimeRange>& ranges) {
-  auto all = eraseTimes(ranges);
-  all.steps.push_back({"DELETE FROM changes WHERE words IS NOT NULL", {}, true});
+  const auto times = timesText(ranges);
+  Erasure all{{
+      {"INSERT INTO events(start,end,app,bundle,title,url,domain,idle,category,project_id) "
+       "SELECT json_extract(rest.value, '$[0]'), json_extract(rest.value, '$[1]'), app, bundle, "
+       "title, url, domain, idle, category, project_id "
+       "FROM events, json_each(rest_of(?1, start, end)) AS rest",
+       {times}},
+      {"DELETE FROM events WHERE rest_of(?, start, end) IS NOT NULL", {times}},
+      {"DELETE FROM changes WHERE words IS NOT NULL", {}, true},
+  }};
+  append(all, forgetChanges(ranges));
   return all;
 }
 
@@ -104,7 +129,7 @@ Erasure stripTitlesBefore(double cutOff) {
 }
 
 int run(const Erasure& erasure, sqlite3* connection) {
-  addShowsSite(connection);
+  addErasing(connection);
   const bool changes = Statement(connection, "SELECT 1 FROM changes").ok();
   for (const auto& [sql, args, ofChanges] : erasure.steps) {
     if (ofChanges && !changes) continue;

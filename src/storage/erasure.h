@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -32,8 +33,12 @@ Erasure eraseRange(const TimeRange& range);
 /// the history of changes holds of them.
 Erasure eraseTimes(const std::vector<TimeRange>& ranges);
 
-/// The same in a copy of the store, whose history of changes is not looked through: whatever names
-/// something leaves it.
+/// Just these spans, which were recorded in these times, and what the history of changes holds of
+/// the times.
+Erasure eraseSpans(const std::vector<int64_t>& ids, const std::vector<TimeRange>& times);
+
+/// The times in a copy of the store, whose history of changes is not looked through: whatever names
+/// something leaves it. What is cut has other ids there.
 Erasure eraseTimesInCopy(const std::vector<TimeRange>& ranges);
 
 /// What the history of changes holds of these times, and of what was measured then.
@@ -42,6 +47,10 @@ Erasure forgetChanges(const std::vector<TimeRange>& times);
 /// The titles and addresses of spans that ended before an instant (Unix seconds), with the changes
 /// whose way back holds some.
 Erasure stripTitlesBefore(double cutOff);
+
+/// Erasures ask functions of ours; a connection that runs one is given them by this. run() does it
+/// itself.
+void addErasing(sqlite3* connection);
 
 /// Runs it in the caller's transaction. SQLITE_OK, or the code of the first step that failed; the
 /// connection then holds the message. An index that is named and that the file lacks is done

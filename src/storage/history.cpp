@@ -207,6 +207,7 @@ void History::erase(Transaction& change, const std::vector<TimeRange>& times,
   const bool kept = change_log::add(change, clock_(), note, {}) > 0;
   std::optional<ErasedWords> words;
   if (kept) words.emplace(change, times);
+  if (change) addErasing(change.connection());
   for (const auto& step : erasure.steps) {
     if (kept || !step.ofChanges) change.run(step.sql, step.args);
   }

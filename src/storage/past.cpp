@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "base/site.h"
-#include "base/time_ranges.h"
 
 namespace orvanta {
 namespace {
@@ -55,14 +54,9 @@ PastSpans spansOf(const Past& past) {
   return {"app = ?1 AND idle = 0", past.app};
 }
 
-// A site of years has tens of thousands of spans, and each of these ranges goes through the
-// history.
 Erasure erasePast(const Past& past, const std::vector<TimeRange>& times) {
-  constexpr double kHour = 3600;
-  std::vector<TimeRange> hours;
-  for (const auto& time : times) hours.push_back({time.start, time.end + kHour});
   Erasure all{{rowsOf(past)}};
-  auto rest = forgetChanges(joined(std::move(hours))).steps;
+  auto rest = forgetChanges(times).steps;
   std::move(rest.begin(), rest.end(), std::back_inserter(all.steps));
   return all;
 }

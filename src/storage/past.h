@@ -25,8 +25,7 @@ bool showsSite(std::string_view site, std::optional<std::string_view> domain,
                std::optional<std::string_view> url);
 
 /// Statements by which the site's spans are found ask this function of SQL: shows_site(site,
-/// domain, url). To be called before on every connection that runs one; run(Erasure) does it
-/// itself.
+/// domain, url). Part of addErasing().
 void addShowsSite(sqlite3* connection);
 
 /// What chooses its spans, as a condition on ?1.

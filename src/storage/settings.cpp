@@ -57,6 +57,7 @@ constexpr Setting kSettings[] = {
     ours("telemetry_last_heartbeat", "The day of the last sending."),
     ours("telemetry_last_error", "The day of the last error that was sent."),
     ours("believed_time", "What the clock is known to have passed."),
+    ours("last_input", "The span that goes on without input, and since when."),
     ours("store_notice", "What the user is still to be told of the store."),
     ours("store_erasing", "What is still to be erased from the backups."),
     ours("pause", "Since when recording is paused, until when, and whether the user was reminded."),

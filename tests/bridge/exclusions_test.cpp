@@ -1,4 +1,5 @@
-// What is not to be known of a site or an application, also of what was recorded of it.
+// What is not to be known of a site, an application or anything that is found, also of what was
+// recorded of it.
 #include "support/files.h"
 #include "support/program.h"
 
@@ -97,12 +98,48 @@ TEST_F(ExclusionsTest, WithoutThePastItIsAChoiceThatCanBeTakenBack) {
   EXPECT_EQ(shown(), before);
 }
 
+TEST_F(ExclusionsTest, WhatIsFoundIsErasedFromEveryFileAndNothingElse) {
+  const auto project = call("projects.save", R"({"name": "Étude zq5"})").at("id");
+  ask("events.assign", {{"ids", json::array{5}}, {"project_id", project}});
+  span(1020, "Musique", "Autre", nullptr, nullptr);  // at the same time as the first
+  span(1120, "Musique", "Autre", nullptr, nullptr);
+  store.db.run("INSERT INTO events(start,end,app,title,idle) VALUES (1700,1700,'A','Vu zq7',0)",
+               {});
+  call("store.backup");
+  const auto backup = call("store.status").at("backups").at(0).at("file");
+  ASSERT_GT(holding("zq7"), 1U);
+
+  const auto found = call("search.find", R"({"text": "ZQ7", "wait": true})");
+  const auto preview = call("search.erase", R"({"text": "ZQ7", "preview": true})");
+  EXPECT_EQ(json::serialize(preview),
+            R"({"ok":true,"spans":5,"seconds":2E2,"first":1E3,"last":1.7E3})");
+  EXPECT_EQ(preview.at("seconds"), found.at("duration"));
+  EXPECT_EQ(call("search.spans", R"({"text": "ZQ7"})").at("ids").as_array().size(), 5U);
+  EXPECT_EQ(call("search.erase", R"({"text": "ZQ7"})"), preview);
+  EXPECT_EQ(holding("zq7"), 0U);
+  // By its project's name, which the store keeps.
+  EXPECT_EQ(call("search.erase", R"({"text": "etude zq5"})").at("spans"), 1);
+  const std::string rest = "1500-1550 Firefox Visible autre.fr\n1600-1650 Journal Cher zq8\n";
+  EXPECT_EQ(shown(), "1020-1070 Musique Autre\n1120-1170 Musique Autre\n" + rest);
+  const auto changes = call("changes.list");
+  EXPECT_EQ(changes.at(1).at("label"), "Suppression : 5 activités");
+  EXPECT_EQ(changes.at(1).at("undoable"), false);
+
+  const auto entries = changes.as_array().size();
+  for (const auto* nothing : {R"({"text": "zq7"})", R"({"text": " « » "})", "{}"}) {
+    EXPECT_EQ(call("search.erase", nothing).at("spans"), 0) << nothing;
+  }
+  EXPECT_EQ(call("changes.list").as_array().size(), entries);
+  EXPECT_EQ(ask("store.restore", {{"file", backup}}).at("ok"), true);
+  EXPECT_EQ(shown(), "1050-1070 Musique Autre\n1150-1170 Musique Autre\n" + rest)
+      << "a copy has lost the whole time";
+}
+
 TEST_F(ExclusionsTest, WhatACopyWasNotRidOfIsErasedAtTheNextStart) {
   call("store.backup");
   const Past past{.site = "école.fr", .time = true};
   {
     Transaction change(store.db);
-    addShowsSite(change.connection());
     core.history.erase(change, {{1000, 1350}}, {.kind = change_log::kErase},
                        erasePast(past, {{1000, 1350}}));
     core.keeper.remember(change, past);

@@ -1,6 +1,8 @@
 // What other programs have recorded: whatever the file, nothing is lost and nothing overlaps.
 #include <sys/stat.h>
 
+#include <fmt/ranges.h>
+
 #include <climits>
 #include <fstream>
 
@@ -22,7 +24,10 @@ constexpr double kStart = 1'699'900'000;
 
 struct ImportTest : testing::Test, Program {
   std::string rows() { return rowsOf(store.db.location().file()); }
-  Imported read(const std::string& text) { return readImport(text, calendar, {}); }
+  Imported read(const std::string& text) {
+    constexpr double kNow = 1'768'435'200;  // 2026-01-15 in the morning
+    return readImport(text, calendar, {.mapping = {}, .monthFirst = {}, .now = kNow});
+  }
   // "start-end title" of each event, times from kDay on.
   std::string events(const std::string& text) {
     constexpr double kDay = 1'761'343'200;  // 2025-10-25 in Paris; the clocks go back a day later
@@ -101,6 +106,10 @@ struct RandomFile {
       text += dice.oneIn(3)
                   ? "DTEND:hier\r\n"
                   : fmt::format("DURATION:PT{}M\r\n", dice.upTo(dice.oneIn(9) ? 9000 : 90));
+      const char* rules[] = {"FREQ=DAILY",           "FREQ=WEEKLY;BYDAY=MO,WE;COUNT=3",
+                             "FREQ=MONTHLY;COUNT=2", "FREQ=DAILY;COUNT=-1;INTERVAL=99999999999",
+                             "FREQ=HOURLY",          "FREQ=DAILY;UNTIL=hier"};
+      if (dice.oneIn(4)) text += fmt::format("RRULE:{}\r\nEXDATE:x,,\r\n", dice.oneOf(rules));
       text += "SUMMARY:" + title() + "\r\n " + title() + "\r\nEND:VEVENT\r\n";
     }
     return text + "END:VCALENDAR";
@@ -213,6 +222,71 @@ TEST_F(ImportTest, CalendarsAndListsOfEvents) {
       {"timestamp":"2025-10-25T08:00:00+02:00","duration":9,"data":{"status":"afk"}}]}}})"),
             "28800-28860.5 T\n");
   EXPECT_FALSE(read("[" + std::string(100'000, '[')).problem.empty());
+}
+
+TEST_F(ImportTest, WhatComesAgainInACalendarIsThereEachTime) {
+  const struct {
+    const char *start, *more, *times;
+  } cases[] = {
+      // The clocks go back on the 26th.
+      {"20251024T090000", "RRULE:FREQ=DAILY;COUNT=3", "10-24 09:00, 10-25 09:00, 10-26 09:00"},
+      {"20251024T090000Z", "RRULE:FREQ=DAILY;COUNT=3", "10-24 11:00, 10-25 11:00, 10-26 10:00"},
+      {"20251024T090000", "RRULE:FREQ=DAILY;INTERVAL=2;UNTIL=20251028T080000Z",
+       "10-24 09:00, 10-26 09:00, 10-28 09:00"},
+      {"20251024T090000", "RRULE:FREQ=DAILY;BYDAY=MO,TU,WE,TH,FR;UNTIL=20251028",
+       "10-24 09:00, 10-27 09:00, 10-28 09:00"},
+      {"20251024T090000",
+       "EXDATE:20251027T090000,20251029T090000\nEXDATE;VALUE=DATE:20251031\n"
+       "RRULE:FREQ=WEEKLY;COUNT=5;BYDAY=MO,FR",
+       "10-24 09:00, 11-03 09:00, 11-07 09:00"},
+      {"20251024T090000", "RRULE:FREQ=WEEKLY;INTERVAL=2;COUNT=4;BYDAY=FR,SU",
+       "10-24 09:00, 10-26 09:00, 11-07 09:00, 11-09 09:00"},
+      {"20251024T090000", "RRULE:WKST=SU;FREQ=WEEKLY;INTERVAL=2;COUNT=4;BYDAY=FR,SU",
+       "10-24 09:00, 11-02 09:00, 11-07 09:00, 11-16 09:00"},
+      {"20250831T233000", "RRULE:FREQ=MONTHLY;BYMONTHDAY=31",  // up to now
+       "08-31 23:30, 10-31 23:30, 12-31 23:30"},
+      {"20251231T100000", "RRULE:FREQ=WEEKLY", "12-31 10:00, 01-07 10:00, 01-14 10:00"},
+      {"20260301T100000", "RRULE:FREQ=WEEKLY", "03-01 10:00"},
+      // One of them took place at another time, one not at all.
+      {"20251024T090000",
+       "UID:a\nRRULE:FREQ=DAILY;COUNT=4\nDTEND:20251024T100000\nEND:VEVENT\nBEGIN:VEVENT\nUID:a\n"
+       "RECURRENCE-ID:20251025T090000\nDTSTART:20251025T140000\nDURATION:PT1H\nEND:VEVENT\n"
+       "BEGIN:VEVENT\nUID:a\nRECURRENCE-ID:20251026T090000\nDTSTART:20251026T090000\n"
+       "STATUS:CANCELLED",
+       "10-25 14:00, 10-24 09:00, 10-27 09:00"},
+      // Of what is told otherwise the first alone.
+      {"20251024T090000", "RRULE:FREQ=YEARLY", "10-24 09:00"},
+      {"20251024T090000", "RRULE:FREQ=MONTHLY;BYDAY=4FR", "10-24 09:00"},
+      {"20251024T090000", "RRULE:FREQ=WEEKLY;INTERVAL=0", "10-24 09:00"},
+      {"20251024T090000", "RRULE:COUNT=3", "10-24 09:00"},
+  };
+  const auto file = [](const std::string& start, const std::string& more) {
+    return "BEGIN:VEVENT\nDTSTART:" + start + "\nDURATION:PT1H\n" + more + "\nEND:VEVENT\n";
+  };
+  for (const auto& [start, more, times] : cases) {
+    const auto found = read("BEGIN:VCALENDAR\n" + file(start, more));
+    Texts list;
+    for (const auto& event : found.events) {
+      EXPECT_EQ(event.end - event.start, 3600);
+      list.push_back(calendar.dateOf(event.start).iso().substr(5) + " " +
+                     calendar.wallTime(event.start));
+    }
+    EXPECT_EQ(fmt::format("{}", fmt::join(list, ", ")), times) << more;
+    const bool first = list.size() == 1 && std::string(start) < "2026";
+    EXPECT_EQ(found.rejected.contains("répétitions d’un autre genre, dont seule la première est "
+                                      "prise"),
+              first)
+        << more;
+  }
+  // Whatever a file asks for, it is over soon.
+  std::string many = "BEGIN:VCALENDAR\n";
+  for (int i = 0; i < 20'000; ++i) {
+    many += file(i % 2 == 0 ? "00010101T000000" : "19900101T000000",
+                 "RRULE:FREQ=DAILY;INTERVAL=" + std::to_string(1 + i % 7) + ";BYDAY=MO");
+  }
+  const auto most = read(many);
+  EXPECT_LE(most.events.size(), kMostImported);
+  EXPECT_TRUE(most.rejected.contains("trop de répétitions"));
 }
 
 TEST_F(ImportTest, OurOwnExportComesBackAsItWas) {

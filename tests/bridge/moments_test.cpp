@@ -267,5 +267,26 @@ TEST_F(Moments, APauseMayHaveAnEnd) {
   EXPECT_EQ(call("status").at("paused"), false);
 }
 
+TEST_F(Moments, TomorrowBeginsAtFourInTheMorning) {
+  const double four = kNow + 4 * 3600 + 2800;
+  const double spring = calendar.startOf({2026, 3, 29});  // a night without its third hour
+  const double autumn = calendar.startOf({2026, 10, 25});
+  const struct {
+    double now;
+    double until;
+  } cases[] = {{kNow + 2799, four},
+               {kNow + 2800 + 1800, four},  // half past midnight
+               {four - 1, four},
+               {four, four + 86400},
+               {spring - 1, spring + 3 * 3600},
+               {spring + 1800, spring + 3 * 3600},
+               {autumn + 1800, autumn + 5 * 3600}};
+  for (const auto& [now, until] : cases) {
+    clock.now = now;
+    const auto answer = ask("tracker.pauseFor", {{"length", "demain"}});
+    EXPECT_EQ(answer, json::value({{"ok", true}, {"until", until}})) << now;
+  }
+}
+
 }  // namespace
 }  // namespace orvanta::test

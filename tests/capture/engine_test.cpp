@@ -143,6 +143,46 @@ TEST(Engine, ADayIsStoredAsItWasSpent) {
   }
 }
 
+TEST(Engine, AKilledRunEndsWithTheLastInput) {
+  const struct {
+    const char *what, *day, *sql, *spans;
+  } cases[] = {
+      {"of the time without input nothing stays", "A 60 away 100", "", "A 2-60"},
+      {"nor of what came to the front by itself", "A 20 B 40 away 20 C 60 D 50", "",
+       "A 2-22, B 22-60"},
+      {"unless somebody has said what it was", "A 40 away B 60 C 60",
+       "UPDATE events SET category='travail' WHERE app='C'", "A 2-40, C 102-152"},
+      {"a short while is none", "A 60 away 20", "", "A 2-72"},
+      {"who is back was there", "A 60 away 100 back 20", "", "A 2-172"},
+      {"also in another window", "A 60 away 100 back B 22", "", "A 2-162, B 162-182"},
+      {"a film is watched", "film=1 A 60 away 100", "", "A 2-152"},
+      {"until it ends", "A 60 away film=1 60 film=0 60", "", "A 2-120"},
+      {"what was before a pause stays", "A 60 away 60 pause 2 resume 60", "", "A 2-120"},
+      {"another program has gone on since", "A 60 away 100",
+       "INSERT INTO events(start,end,app,idle) VALUES (2e9,2e9,'Z',0)", "A 2-152, Z 3e+08-3e+08"},
+  };
+  for (const auto& [what, day, sql, spans] : cases) {
+    Life life;
+    life.spend(day);
+    life.store.db.exec(sql);
+    Engine next(life.store.db, life.desktop.collectors, life.live, life.clock.read(),
+                life.clock.uptime());
+    next.takeUp();
+    EXPECT_EQ(life.spans(), spans) << what;
+    next.takeUp();
+    EXPECT_EQ(life.spans(), spans) << what;
+    EXPECT_EQ(life.store.db.setting("last_input"), "") << what;
+  }
+  // One that ended by itself has said all; one that is still away goes on from there.
+  Life life;
+  life.spend("A 60 away 100");
+  life.engine.finish();
+  Engine next(life.store.db, life.desktop.collectors, life.live, life.clock.read(),
+              life.clock.uptime());
+  next.takeUp();
+  EXPECT_EQ(life.spans(), "A 2-160");
+}
+
 TEST_F(EngineTest, SomebodyWhoIsBackIsToldOncePerAbsence) {
   Texts told;
   engine.setReturned([&](const TimeRange& absence) {

@@ -106,6 +106,46 @@ TEST(Erasure, KeepsWhatASpanWasInBothOfItsParts) {
             (Texts{"9|A|-|-|d|", "10|A|T|u|d|"}));
 }
 
+// Start, end and title.
+Texts timesOf(const FileConnection& store) {
+  return rowsOf(store, "SELECT round(start, 2), round(end, 2), title FROM events ORDER BY 1, 2, 3");
+}
+
+TEST(Erasure, ManyRangesAtOnceLeaveInACopyWhatOneAfterTheOtherDoes) {
+  TempFolder folder;
+  const auto store = newStore(folder.path() / "s.db");
+  const auto copy = newStore(folder.path() / "c.db");
+  const double lengths[] = {0, 0.5, 1, 10.5, 600, 90000};
+  for (unsigned seed = 0; seed < 40; ++seed) {
+    Dice dice(seed);
+    std::vector<TimeRange> ranges;
+    for (int i = dice.upTo(60); i > 0; --i) {
+      const double start = dice.upTo(40000) + 0.1 * dice.upTo(3);
+      ranges.push_back({start, start + dice.oneOf(lengths) / (dice.oneIn(2) ? 1 : 100)});
+    }
+    for (const auto* each : {&store, &copy}) execute(*each, "DELETE FROM events");
+    for (int i = 0; i < 60; ++i) {
+      // Often where a range begins.
+      const bool known = !ranges.empty() && dice.oneIn(3);
+      const double start =
+          known ? ranges[static_cast<std::size_t>(dice.upTo(1000)) % ranges.size()].start
+                : dice.upTo(40000);
+      const double end =
+          dice.oneIn(20) ? std::numeric_limits<double>::infinity() : start + dice.oneOf(lengths);
+      for (const auto* each : {&store, &copy}) {
+        each->each("INSERT INTO events(start,end,app,title,idle) VALUES (?,?,'A',?,0)",
+                   {start, end, "T" + std::to_string(i)}, [](const Cursor&) {});
+      }
+    }
+    erase(store, eraseTimes(ranges));
+    erase(copy, eraseTimesInCopy(ranges));
+    EXPECT_EQ(timesOf(copy), timesOf(store)) << "seed " << seed;
+    const auto rows = rowsOf(copy, "SELECT * FROM events");
+    erase(copy, eraseTimesInCopy(ranges));
+    EXPECT_EQ(rowsOf(copy, "SELECT * FROM events"), rows) << "seed " << seed;
+  }
+}
+
 // A title that grows while its span is recorded makes rows move between pages.
 Texts recordWithGrowingTitles(const FileConnection& store, Dice& dice) {
   execute(store, "PRAGMA secure_delete=ON");

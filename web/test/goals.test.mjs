@@ -136,6 +136,46 @@ test("a site is excluded with its past, an application from now on", async () =>
   await page.keyboard.press("g");
   await button(page, "Ne plus exclure thunderbird").click();
   await button(page, "Ne plus exclure thunderbird").waitFor({ state: "detached" });
+
+  // Where a site is named by hand, it is asked the same of what was recorded; of nothing there is no question.
+  const field = page.getByLabel("Sites exclus");
+  await field.fill("https://jamais-vu.example/");
+  await page.keyboard.press("Enter");
+  await button(page, "Ne plus exclure jamais-vu.example").waitFor();
+  assert.equal(await dialog.count(), 0);
+  await field.fill("youtube.com");
+  await page.keyboard.press("Enter");
+  await dialog.getByLabel("Effacer aussi son nom").check();
+  await button(dialog, "Exclure et effacer les titres").click();
+  await button(page, "Ne plus exclure youtube.com").waitFor();
+  assert.equal(await field.inputValue(), "");
+  assert.equal((await page.program.ask("exclusions.preview", { site: "youtube.com" })).spans, 0);
+  await page.context().close();
+});
+
+test("what was found is excluded, and all of it erased for good", async () => {
+  const page = await stage.open();
+  await page.keyboard.press("Control+k");
+  await page.getByRole("combobox", { name: "Retrouver" }).fill("le monde");
+  const first = page.locator(".found-row").first();
+  await first.click();
+  await button(page, "Exclure…").click();
+  const dialog = page.getByRole("dialog").last();
+  await dialog.getByText(/^Exclure .?lemonde\.fr/).waitFor();
+  await button(dialog, "Exclure").click();
+  await toast(page).filter({ hasText: /Exclu.+lemonde\.fr/ }).waitFor();
+
+  const known = await page.program.ask("search.erase", { text: "le monde", preview: true });
+  assert.equal(known.seconds, (await page.program.ask("search.find", { text: "le monde" })).duration);
+  await button(page, "Effacer tout…").click();
+  await dialog.getByText(`(${known.spans} activités), du`).waitFor();
+  assert.match(plain(await dialog.innerText()), /du \p{L}+ \d+(er)? \p{L}+ 2026, \d\d:\d\d au .+\s+C’est définitif\./su);
+  assert.deepEqual(await complaints(page), []);
+  await button(dialog, "Effacer tout pour de bon").click();
+  await page.getByText("Rien de tel n’a été enregistré.").last().waitFor();
+  assert.match(await text(toast(page).last()), new RegExp(`Effacé pour de bon : ${known.spans} activités`));
+  assert.equal((await page.program.ask("search.find", { text: "le monde" })).first, null);
+  await page.waitForFunction(() => document.activeElement.getAttribute("aria-label") === "Retrouver");
   await page.context().close();
 });
 

@@ -290,6 +290,17 @@ const acts = [
       await page.locator(".effect-now").waitFor();
     },
   ],
+  [
+    "retrouver-effacer",
+    "week",
+    async (page) => {
+      await page.keyboard.press("Control+k");
+      await page.keyboard.type("le monde");
+      await page.locator(".found-row").first().click();
+      await press(page, "Effacer tout…");
+      await page.getByText("activités), du").waitFor();
+    },
+  ],
   ["raccourcis", "day", (page) => page.keyboard.press("?")],
   ["guide", "day", (page) => page.keyboard.press("F1")],
 ];

@@ -141,13 +141,7 @@ json::value remove(Core& core, const Body& body) {
     return change.commit();
   });
   if (!written) return told(core, written, {{"ok", true}, {"deleted", 0}, {"seconds", 0}});
-  core.shell.refreshMenu();
-  if (!core.keeper.erase(times)) {
-    answer["message"] =
-        "Supprimé du fichier des données, mais une copie n’a pas pu être effacée ; le journal du "
-        "système dit laquelle.";
-  }
-  return answer;
+  return erasedFromCopies(core, times, std::move(answer));
 }
 
 json::value explain(Core& core, const Body& body) {

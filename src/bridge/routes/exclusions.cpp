@@ -113,7 +113,6 @@ Written forget(Core& core, const Past& past, Known& known) {
     Transaction change(core.db);
     known = recorded(past, [&](const auto& take) { change.each(kSpans, {}, take); });
     const auto spans = past.time ? static_cast<int64_t>(known.times.size()) : known.shown;
-    if (change) addShowsSite(change.connection());
     core.history.erase(change, known.times,
                        {.kind = change_log::kErase,
                         .label = past.time ? labels::erased(spans) : labels::blanked(spans),
@@ -139,13 +138,7 @@ json::value add(Core& core, const Body& body) {
   if (!written) return told(core, written, std::move(answer));
   answer["spans"] = past.time ? static_cast<int64_t>(known.times.size()) : known.shown;
   answer["seconds"] = known.seconds;
-  core.shell.refreshMenu();
-  if (!core.keeper.erase(past)) {
-    answer["message"] =
-        "Effacé du fichier des données, mais une copie n’a pas pu être effacée\u00a0; "
-        "le journal du système dit laquelle.";
-  }
-  return answer;
+  return erasedFromCopies(core, past, std::move(answer));
 }
 
 json::value remove(Core& core, const Body& body) {

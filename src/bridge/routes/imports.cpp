@@ -69,7 +69,8 @@ Import importIn(Core& core, const Body& body) {
   if (!text.problem.empty()) {
     throw AppError("«\u00a0" + import.name + "\u00a0» ne peut pas être lu\u00a0: " + text.problem);
   }
-  import.read = readImport(text.text, core.calendar, {mappingIn(body), body.b("month_first")});
+  import.read =
+      readImport(text.text, core.calendar, {mappingIn(body), body.b("month_first"), core.clock()});
   choose(core, body, import.read.events);
   return import;
 }

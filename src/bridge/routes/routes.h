@@ -49,6 +49,20 @@ inline boost::json::object done() {
 /// The answer, which says so when nothing was stored.
 boost::json::object told(Core& core, const Written& written, boost::json::object answer = done());
 
+/// Erases what the store no longer holds from all that was copied from it; the answer says where
+/// something is left.
+template <class What>
+boost::json::object erasedFromCopies(Core& core, const What& what, boost::json::object answer) {
+  core.shell.refreshMenu();
+  if (!core.keeper.erase(what)) {
+    answer["message"] =
+        "Effacé du fichier des données, mais une copie n’a pas pu être effacée\u00a0; le journal "
+        "du "
+        "système dit laquelle.";
+  }
+  return answer;
+}
+
 /// Rows as the store has them, column by column. Throws when they cannot be read: an empty list
 /// would say that there are none.
 boost::json::array rowsOf(Core& core, std::string_view sql);

@@ -1,6 +1,8 @@
 // Finding again what was done.
 #include <algorithm>
+#include <limits>
 
+#include "bridge/change_labels.h"
 #include "bridge/routes/routes.h"
 #include "reports/activity_search.h"
 #include "reports/csv_file.h"
@@ -110,10 +112,69 @@ json::value exportFound(Core& core, const Body& body) {
   return written ? done() : unwritten(written.problem);
 }
 
+struct FoundSpans {
+  std::vector<int64_t> ids;
+  std::vector<TimeRange> times;
+  double seconds = 0;
+};
+
+FoundSpans foundSpans(Core& core, const std::string& text) {
+  FoundSpans found;
+  const bool whole = core.analytics.search().each(text, [&](const Ev& ev) {
+    found.ids.push_back(ev.id);
+    found.times.push_back({ev.start, ev.end});
+    found.seconds += ev.duration();
+  });
+  if (!whole) throw AppError(kIncomplete);
+  return found;
+}
+
+json::object foundJson(const FoundSpans& found) {
+  json::object answer{{"ok", true},
+                      {"spans", found.ids.size()},
+                      {"seconds", found.seconds},
+                      {"first", nullptr},
+                      {"last", nullptr}};
+  if (found.times.empty()) return answer;
+  answer["first"] = found.times.front().start;
+  double last = found.times.front().end;
+  for (const auto& time : found.times) last = std::max(last, time.end);
+  answer["last"] = last;
+  return answer;
+}
+
+// What is being recorded of it ends where the rest is erased.
+json::value erase(Core& core, const Body& body) {
+  constexpr auto kAlways = std::numeric_limits<double>::max();
+  const auto text = textIn(body);
+  if (body.b("preview").value_or(false)) return foundJson(foundSpans(core, text));
+  FoundSpans found;
+  const auto written =
+      core.tracker.changeRecorded({-kAlways, kAlways}, [&](const TimeRange& /*until*/) {
+        found = foundSpans(core, text);
+        if (found.ids.empty()) return Written::stored();
+        Transaction change(core.db);
+        const auto spans = static_cast<int64_t>(found.ids.size());
+        core.history.erase(change, found.times,
+                           {.kind = change_log::kErase,
+                            .label = labels::erased(spans),
+                            .spans = spans,
+                            .seconds = found.seconds},
+                           eraseSpans(found.ids, found.times));
+        // Killed before the copies are erased, the next start does that.
+        core.keeper.remember(change, found.times);
+        return change.commit();
+      });
+  if (!written) return told(core, written, foundJson({}));
+  if (found.ids.empty()) return foundJson(found);
+  return erasedFromCopies(core, found.times, foundJson(found));
+}
+
 constexpr Route kRoutes[]{
     {"search.find", RouteKind::Read, find, "text, before, days, wait"},
     {"search.spans", RouteKind::Read, spans, "text"},
     {"search.export", RouteKind::Ask, exportFound, "text"},
+    {"search.erase", RouteKind::Ask, erase, "text, preview"},
 };
 
 }  // namespace

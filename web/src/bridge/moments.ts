@@ -45,6 +45,6 @@ export interface MomentRoutes {
   /** From how long an absence on the user is asked for what it was; 0: never. */
   "absence.get": [Record<string, never>, { ask_minutes: number }];
   "absence.set": [{ ask_minutes: number }, Ok & { ask_minutes: number }];
-  /** "15m", "1h", or "demain" for four in the morning. */
+  /** "15m", "1h", or "demain" for the next four in the morning. */
   "tracker.pauseFor": [{ length: string }, Ok & { until: UnixTime }];
 }

@@ -198,6 +198,11 @@ export interface Routes extends MomentRoutes {
   /** All of it, as far as that many can be changed at once. */
   "search.spans": [{ text: string }, { ids: number[]; duration: Seconds; more: boolean }];
   "search.export": [{ text: string }, Exported];
+  /** For good, in the backups too; the message tells of a copy that could not be cleaned. */
+  "search.erase": [
+    { text: string; preview?: true },
+    Ok & SpanCount & { first: UnixTime | null; last: UnixTime | null; message?: string },
+  ];
   suggestions: [Nothing, Suggestion[]];
   "projects.list": [Nothing, ProjectRow[]];
   "projects.save": [

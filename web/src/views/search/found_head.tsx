@@ -4,12 +4,13 @@ import { foundText, moment, monthsOf } from "../../model/search";
 import { MonthBars } from "../../ui/effect/month_bars";
 import { Foreign, Incomplete } from "../../ui/parts";
 import { Said } from "../../ui/said";
+import { WholeActs } from "./found_acts";
 
 const kinds = { project: "Projet", domain: "Site", app: "Application" };
 
 /** How much it is in all, when it was first and last, and in which months. */
-export function FoundHead({ found }: { found: Found }) {
-  const { first, last, duration: seconds } = found;
+export function FoundHead({ found, onErase }: { found: Found; onErase: () => void }) {
+  const { text, first, last, duration: seconds } = found;
   return (
     <div class="found-head">
       <Said class="sr-only" text={foundText(found)} />
@@ -19,9 +20,12 @@ export function FoundHead({ found }: { found: Found }) {
       ) : (
         <>
           <div class="found-sums">
-            <p>
-              <b class="found-total">{amount(seconds)}</b> <span class="quiet">en tout</span>
-            </p>
+            <div class="found-all">
+              <span>
+                <b class="found-total">{amount(seconds)}</b> <span class="quiet">en tout</span>
+              </span>
+              <WholeActs {...{ text, onErase }} />
+            </div>
             {last !== null && (
               <p>
                 <span class="quiet">Dernière fois :</span> <b>{moment(last)}</b>

@@ -1,26 +1,29 @@
-import { useEffect, useLayoutEffect, useState } from "preact/hooks";
-import { useClient } from "../../client";
+import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { isAssignable } from "../../model/categories";
 import { type Hit, hits, moved, ruleFor } from "../../model/search";
 import { clip } from "../../model/time";
 import { Dialog } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
 import { Button, Failure } from "../../ui/parts";
-import { useAttempt, useNotice } from "../../ui/toast";
 import { DeleteDialog } from "../day/delete_dialog";
+import { ExcludeDialog, subjectOf } from "../exclude/exclude_dialog";
 import type { ViewProps } from "../props";
 import { RuleEditor } from "../rules/rule_editor";
+import { EraseDialog } from "./erase_dialog";
+import { FoundActs, type RowAct } from "./found_acts";
 import { FoundHead } from "./found_head";
 import { FoundRows, rowId } from "./found_rows";
 import { GiveDialog } from "./give_dialog";
 import { useFound } from "./use_found";
+
+/** With a row, or with all of it. */
+type Act = RowAct | "erase";
 
 interface Props {
   onOpenDay: ViewProps["onOpenDay"];
   onClose: () => void;
 }
 
-type Act = "give" | "rule" | "delete";
 const list = "found-list";
 
 /** Finds anything again, of all years: Ctrl+K from everywhere. */
@@ -33,6 +36,7 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
   const hit = rows[at];
   const something = typed.trim() !== "" && found !== undefined && found.text !== "";
   useEffect(() => setAt(-1), [found?.text]);
+  const field = useFocused(found);
   useLayoutEffect(() => document.getElementById(rowId(at))?.scrollIntoView({ block: "nearest" }), [at]);
 
   const open = ({ day, row }: Hit) => {
@@ -60,6 +64,7 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
           <label class="search wide">
             <Icon name="search" />
             <input
+              ref={field}
               class="input"
               autoFocus
               maxLength={200}
@@ -78,7 +83,7 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
           {error && <Failure text={error} retry={reload} />}
           {something ? (
             <>
-              <FoundHead found={found} />
+              <FoundHead found={found} onErase={() => setAct("erase")} />
               <FoundRows id={list} days={days} hits={rows} at={at} onPick={setAt} onOpen={open} />
               {fetchMore && <Button onClick={fetchMore}>Jours plus anciens</Button>}
             </>
@@ -90,53 +95,28 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
           )}
         </div>
         {something && rows.length > 0 && (
-          <Acts text={found.text} hit={hit} onOpen={open} onAct={setAct} />
+          <FoundActs hit={hit} onOpen={open} onAct={setAct} />
         )}
       </Dialog>
-      {hit && found && act && <Acting {...{ act, hit }} found={found} onClose={() => setAct(null)} />}
+      {found && act === "erase" && <EraseDialog text={found.text} onClose={() => setAct(null)} />}
+      {hit && found && act && act !== "erase" && (
+        <Acting {...{ act, hit }} found={found} onClose={() => setAct(null)} />
+      )}
     </>
   );
 }
 
-interface ActsProps {
-  text: string;
-  hit: Hit | undefined;
-  onOpen: (hit: Hit) => void;
-  onAct: (act: Act) => void;
-}
-
-function Acts({ text, hit, onOpen, onAct }: ActsProps) {
-  const client = useClient();
-  const attempt = useAttempt();
-  const notify = useNotice();
-  const save = () =>
-    void attempt(async () => {
-      const { ok } = await client.call("search.export", { text });
-      if (ok) notify({ text: "Exporté\u00a0: tout ce qui est trouvé." });
-    });
-  return (
-    <footer class="dialog-foot found-acts">
-      <Button title="CSV" onClick={save}>
-        Exporter tout…
-      </Button>
-      <Button kind="danger" disabled={!hit} onClick={() => onAct("delete")}>
-        Supprimer…
-      </Button>
-      <Button disabled={!hit} onClick={() => onAct("rule")}>
-        Créer une règle…
-      </Button>
-      <Button disabled={!hit} onClick={() => onAct("give")}>
-        Attribuer…
-      </Button>
-      <Button kind="primary" disabled={!hit} title="Entrée" onClick={() => hit && onOpen(hit)}>
-        Ouvrir le jour
-      </Button>
-    </footer>
-  );
+// The field has the focus again where what had it was erased.
+function useFocused(found: unknown) {
+  const field = useRef<HTMLInputElement>(null);
+  useLayoutEffect(() => {
+    if (document.activeElement === document.body) field.current?.focus();
+  }, [found]);
+  return field;
 }
 
 interface ActingProps {
-  act: Act;
+  act: RowAct;
   hit: Hit;
   found: NonNullable<ReturnType<typeof useFound>["found"]>;
   onClose: () => void;
@@ -145,6 +125,7 @@ interface ActingProps {
 function Acting({ act, hit, found, onClose }: ActingProps) {
   const { row } = hit;
   if (act === "give") return <GiveDialog text={found.text} row={row} onClose={onClose} />;
+  if (act === "exclude") return <ExcludeDialog subject={subjectOf(row)} onClose={onClose} />;
   if (act === "delete")
     return (
       <DeleteDialog

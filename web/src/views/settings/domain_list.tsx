@@ -1,4 +1,5 @@
 import { useId, useState } from "preact/hooks";
+import { useClient } from "../../client";
 import { readDomain } from "../../model/settings";
 import { Form } from "../../ui/dialog";
 import { Icon } from "../../ui/icons";
@@ -6,6 +7,7 @@ import { Button } from "../../ui/parts";
 import { useRoving } from "../../ui/roving";
 import { Said } from "../../ui/said";
 import { useTask } from "../../ui/task";
+import { ExcludeDialog } from "../exclude/exclude_dialog";
 import { Row } from "./fields";
 
 interface Props {
@@ -15,17 +17,21 @@ interface Props {
   onSave: (domains: string[]) => Promise<void>;
 }
 
-/** The sites whose pages are never recorded. */
+/** The sites whose pages are never recorded. Of one that already was it is asked what becomes of that. */
 export function DomainList({ domains, problem, onSave }: Props) {
+  const client = useClient();
   const id = useId();
   const [text, setText] = useState("");
+  const [asked, setAsked] = useState<string | null>(null);
   const { error, setError, run } = useTask();
   const add = () => {
     if (text.trim() === "") return;
     const domain = readDomain(text);
     if (domain === null) return setError("Un site s’écrit exemple.fr.");
     run(async () => {
-      if (!domains.includes(domain)) await onSave([...domains, domain]);
+      const { spans, excluded } = await client.call("exclusions.preview", { site: domain });
+      if (spans > 0) return setAsked(domain);
+      if (!excluded) await client.call("exclusions.add", { site: domain, past: "keep" });
       setText("");
     });
   };
@@ -57,6 +63,9 @@ export function DomainList({ domains, problem, onSave }: Props) {
           domains={domains}
           onRemove={(domain) => run(() => onSave(domains.filter((other) => other !== domain)))}
         />
+      )}
+      {asked !== null && (
+        <ExcludeDialog subject={{ site: asked }} onDone={() => setText("")} onClose={() => setAsked(null)} />
       )}
     </Row>
   );
