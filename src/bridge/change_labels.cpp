@@ -89,6 +89,10 @@ std::string added(const std::optional<std::string>& category,
   return "Ajout · " + target(category, project) + " : " + words(ranges, calendar);
 }
 
+std::string momentChanged(const TimeRange& range, const Calendar& calendar) {
+  return "Moment modifié\u00a0: " + words(range, calendar);
+}
+
 std::string skipped(const std::vector<TimeRange>& ranges, const Calendar& calendar) {
   return "Pause : " + words(ranges, calendar);
 }

@@ -26,6 +26,8 @@ std::string assigned(const std::optional<std::string>& category,
 std::string added(const std::optional<std::string>& category,
                   const std::optional<std::string>& project, const std::vector<TimeRange>& ranges,
                   const Calendar& calendar);
+/// One of them, with its time of now: "Moment modifié : 20/11/2026, 14:00 – 15:30".
+std::string momentChanged(const TimeRange& range, const Calendar& calendar);
 /// Absences that stay what they are: "Pause : 20/11/2026, 12:00 – 13:00".
 std::string skipped(const std::vector<TimeRange>& ranges, const Calendar& calendar);
 std::string projectSaved(std::string_view name);

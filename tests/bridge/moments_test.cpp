@@ -267,6 +267,66 @@ TEST_F(Moments, APauseMayHaveAnEnd) {
   EXPECT_EQ(call("status").at("paused"), false);
 }
 
+TEST_F(Moments, KeepTheirPlaceInTheHistoryWhenTheyAreChangedLater) {
+  span(0, 100);
+  span(100, 400, true);
+  span(500, 600);
+  add(100, 500, {{"title", "Réunion"}, {"category", "travail"}});
+  add(600, 700, {{"title", "Appel"}, {"category", "travail"}});
+  const auto ids = [&](const char* title) {
+    json::array list;
+    store.db.each("SELECT id FROM events WHERE title=? ORDER BY start", {title},
+                  [&](const Cursor& row) { list.emplace_back(*row.int_(0)); });
+    return list;
+  };
+  auto both = ids("Réunion");
+  const auto known = ask("moments.get", {{"ids", ids("Appel")}}).at("moments");
+  EXPECT_EQ(known,
+            json::value(json::array{
+                {{"ids", ids("Appel")}, {"from", 600.0}, {"to", 700.0}, {"title", "Appel"}}}));
+  const auto shown = [&] { return Program::spans("ifnull(title || ' ' || category, app)"); };
+  const auto begun = shown();
+
+  // The note alone; then as well when it was, into what was recorded and what was empty.
+  EXPECT_EQ(ask("moments.edit", {{"ids", both}, {"title", " Réunion <b>Zoé</b> "}}).at("ok"), true);
+  EXPECT_EQ(shown(),
+            "0-100 A\n100-400 Réunion <b>Zoé</b> travail\n400-500 Réunion <b>Zoé</b> travail\n"
+            "500-600 A\n600-700 Appel travail\n");
+  EXPECT_EQ(ask("moments.edit", {{"ids", both}, {"title", "R"}, {"from", 50}, {"to", 450}}),
+            json::value({{"ok", true}, {"added", 0.0}, {"taken", 50.0}}));
+  EXPECT_EQ(ask("moments.edit", {{"ids", ids("Appel")}, {"from", 690}, {"to", 800}}).at("added"),
+            100.0);
+  EXPECT_EQ(shown(),
+            "0-100 A\n100-400 R travail\n400-450 R travail\n500-600 A\n690-700 Appel travail\n"
+            "700-800 Appel travail\n");
+  EXPECT_EQ(ask("changes.list", {}).at(0).at("label"),
+            "Moment modifié\u00a0: 01/01/1970, 01:11 – 01:13");
+  for (int i = 0; i < 3; ++i) {
+    const auto changes = ask("changes.list", {});
+    for (const auto& change : changes.as_array()) {
+      if (change.at("undone") == true) continue;
+      EXPECT_EQ(ask("changes.undo", {{"id", change.at("id")}}), done());
+      break;
+    }
+  }
+  EXPECT_EQ(shown(), begun);
+
+  both.push_back(ids("Appel").front());
+  const json::object wrong[] = {{{"ids", json::array{}}},
+                                {{"ids", json::array{1}}, {"title", "A"}},
+                                {{"ids", both}, {"title", "A"}},
+                                {{"ids", ids("Appel")}, {"from", 701}, {"to", 800}},
+                                {{"ids", ids("Appel")}, {"from", 700}}};
+  for (const auto& body : wrong) {
+    EXPECT_TRUE(ask("moments.edit", body).as_object().contains("error")) << json::serialize(body);
+  }
+  EXPECT_EQ(shown(), begun);
+  // Nothing is added to the future.
+  add(kNow - 100, kNow, {{"title", "Fin"}});
+  ask("moments.edit", {{"ids", ids("Fin")}, {"title", "Fin"}, {"to", kNow + 500}});
+  EXPECT_EQ(sum("title='Fin'"), 100);
+}
+
 TEST_F(Moments, TomorrowBeginsAtFourInTheMorning) {
   const double four = kNow + 4 * 3600 + 2800;
   const double spring = calendar.startOf({2026, 3, 29});  // a night without its third hour

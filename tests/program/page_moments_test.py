@@ -2,14 +2,21 @@
 in the store."""
 
 import datetime
+import glob
 import json
+import os
+import shutil
+import unittest.mock
 
-from desktop import wait_for
+import dbus
+
+from desktop import MOCK, ORVANTA, wait_for
 from page_case import BAR, TOAST, PROJECT, PageCase, button, row
 from webdriver import FOCUSED
 
 MANUAL = "fr.quellvane.orvanta.manual"
 GAPS = "//section[@aria-label = 'Trous à remplir']"
+LOGIND = ("org.freedesktop.login1", "/org/freedesktop/login1")
 
 
 class PageMomentsTest(PageCase):
@@ -123,4 +130,65 @@ class PageMomentsTest(PageCase):
         wait_for(lambda: self.desktop.call("absence.get")[1] == {"ask_minutes": 0}, 10, "nobody is asked")
 
     def clock(self, instant):
+        return self.nine.fromtimestamp(instant, self.nine.tzinfo).strftime("%H:%M")
+
+
+class LockedLunchTest(PageCase):
+    """From the lock that logind tells of to the meeting, on a clock that is moved by hand."""
+
+    options = {"system_bus": True}
+
+    def setUp(self):
+        super().setUp()
+        library = glob.glob("/usr/lib/*/faketime/libfaketimeMT.so.1")
+        if not library:
+            self.skipTest("faketime not installed")
+        _, bus = self.desktop.mock(self.desktop.system, LOGIND[0], "--system", "--template", "logind")
+        self.addCleanup(bus.close)
+        bus.get_object(*LOGIND).AddSession("c1", "seat0", dbus.UInt32(os.getuid()), "user", True,
+                                           dbus_interface=MOCK)
+        self.session = bus.get_object(LOGIND[0], f"{LOGIND[1]}/session/c1")
+        # The program lives an hour ago; its window, the mouse and we do not.
+        self.clock = self.desktop.write("clock", "-3600")
+        programs = self.desktop.make_folder("programs")
+        shutil.copy(ORVANTA, programs)
+        self.desktop.write(f"{programs}/orvanta-dashboard",
+                           f'#!/bin/sh\nunset LD_PRELOAD\nexec {ORVANTA}-dashboard "$@"\n', 0o755)
+        start = self.desktop.write("start", f"""#!/bin/sh
+            export LD_PRELOAD={library[0]} FAKETIME_TIMESTAMP_FILE={self.clock} FAKETIME_NO_CACHE=1
+            exec {programs}/orvanta "$@"\n""", 0o755)
+        patch = unittest.mock.patch("webdriver.ORVANTA", start)
+        patch.start()
+        self.addCleanup(patch.stop)
+
+    def set_locked(self, locked):
+        self.session.SetLockedHint(locked, dbus_interface="org.freedesktop.login1.Session")
+        self.desktop.newest(15, idle=locked)
+
+    def test_a_lock_becomes_a_meeting_in_three_clicks(self):
+        project = self.add_project()
+        page = self.open()
+        self.set_locked(True)
+        with open(self.clock, "w", encoding="ascii") as clock:
+            clock.write("+0")  # lunch
+        self.set_locked(False)
+        (start, end), = self.stored("SELECT min(start), max(end) FROM events WHERE idle=1")
+        self.assertGreaterEqual(end - start, 3595)
+        clicks = []
+        click = page.click
+        page.click = lambda xpath: (clicks.append(xpath), click(xpath))
+        hours = " – ".join(self.clock_of(instant) for instant in (start, end))
+        page.wait_for_text(row(hours), "Inactif", 40)
+        page.click(row(hours))
+        page.wait_for_text(BAR, "Inactif, " + hours)
+        page.click(BAR + f"//button[. = '{PROJECT}']")
+        page.wait_for_text(TOAST, f"Ajouté : {hours} (1 h 00).")
+        self.assertLessEqual(len(clicks), 3)
+        moments = "FROM events WHERE bundle=? AND idle=0 AND project_id=?"
+        self.assertEqual(self.stored(f"SELECT min(start), max(end) {moments}", MANUAL, project), [(start, end)])
+        self.assertAlmostEqual(self.stored(f"SELECT sum(end - start) {moments}", MANUAL, project)[0][0],
+                               end - start, delta=0.01)
+        self.assertEqual(self.stored("SELECT 1 FROM events WHERE idle=1 AND end > start"), [])
+
+    def clock_of(self, instant):
         return self.nine.fromtimestamp(instant, self.nine.tzinfo).strftime("%H:%M")

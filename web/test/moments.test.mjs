@@ -37,9 +37,30 @@ test("time away is noted and given in two clicks, and taken back", async () => {
   await toast(page, "Ajouté").waitFor();
   const [one] = await moments(page);
   assert.deepEqual([one.title, one.pid, one.cat, one.manual], ["Réunion <b>client</b>", 1, "travail", true]);
-  await page.locator(".block", { hasText: "Hors écran" }).first().waitFor();
-  await page.locator(".toast").getByRole("button", { name: "Annuler" }).click();
+
+  // Later it turns out to have been a call, and a short one.
+  await page.locator(".block", { hasText: "Hors écran" }).first().click();
+  await page.getByRole("button", { name: "Modifier…" }).click();
+  const dialog = page.getByRole("dialog");
+  assert.equal(await dialog.getByLabel("Note").inputValue(), "Réunion <b>client</b>");
+  assert.deepEqual(await complaints(page), []);
+  await dialog.getByLabel("Fin").fill("25:00");
+  await page.keyboard.press("Enter");
+  await dialog.getByRole("alert").filter({ hasText: /./ }).waitFor();
+  await dialog.getByLabel("Note").fill("Appel");
+  await dialog.getByLabel("Fin").fill("12:40");
+  await page.keyboard.press("Enter");
+  await toast(page, "Moment modifié").waitFor();
+  const [call] = await moments(page);
+  assert.deepEqual([call.title, call.pid, call.start, new Date(call.end * 1000).toISOString().slice(11, 16)], ["Appel", 1, one.start, "11:40"]);
+  await page.keyboard.press("Control+z");
   await toast(page, "Annulé").waitFor();
+  assert.deepEqual(await moments(page), [one]);
+  const [change] = await page.program.ask("changes.list", { limit: 1 });
+  assert.ok(plain(change.label).startsWith("Moment modifié : 19/11/2026, 12:2"), change.label);
+
+  await page.keyboard.press("Control+z");
+  await page.locator(".block", { hasText: "Hors écran" }).waitFor({ state: "detached" });
   assert.deepEqual(await moments(page), []);
   await page.context().close();
 });

@@ -197,6 +197,23 @@ const acts = [
   ["periode-objectifs", "period", async (page) => (await goals(".goal-days")(page), await section("Objectifs et limites")(page)), takeBack(4)],
   ["importer", "settings", importing],
   [
+    "moment-modifier",
+    "day",
+    async (page) => {
+      const { blocks } = await page.program.ask("day", { date: "2026-11-19" });
+      if (!blocks.some(({ app }) => app === "Hors écran")) {
+        const [{ start, end }] = blocks.filter(({ idle }) => idle).slice(-1);
+        const moment = { ranges: [{ from: start, to: end }], title: "Réunion de chantier", project_id: 1 };
+        await page.program.ask("moments.add", moment);
+      }
+      await page.reload();
+      await page.locator(".block", { hasText: "Hors écran" }).first().click();
+      await press(page, "Modifier…");
+      await page.getByRole("dialog").getByLabel("Note").waitFor();
+    },
+    takeBack(1),
+  ],
+  [
     "exclure",
     "day",
     async (page) => {

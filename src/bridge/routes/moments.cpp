@@ -1,6 +1,8 @@
 // Time away from the screen: what lies between activities, moments added by hand, and what the user
 // is asked after an absence.
 #include "classify/moments.h"
+#include <algorithm>
+
 #include "base/cut.h"
 #include "base/text.h"
 #include "base/time_ranges.h"
@@ -8,6 +10,7 @@
 #include "bridge/change_labels.h"
 #include "bridge/report_json.h"
 #include "bridge/routes/routes.h"
+#include "classify/moment_edit.h"
 #include "reports/spans.h"
 
 namespace orvanta {
@@ -41,10 +44,14 @@ std::vector<TimeRange> rangesIn(const Body& body) {
   return ranges;
 }
 
+std::optional<std::string> noteIn(const Body& body) {
+  const auto note = body.trimmed("title").value_or("");
+  return unlessBlank(firstBytes(storedText(note), kLongestTitle));
+}
+
 Moment momentIn(Core& core, const Body& body) {
   Moment moment{.category = body.s("category"), .project = body.i("project_id")};
-  const auto note = body.trimmed("title").value_or("");
-  moment.title = unlessBlank(firstBytes(storedText(note), kLongestTitle));
+  moment.title = noteIn(body);
   const auto category = moment.category ? parsed<Category>(*moment.category) : std::nullopt;
   if (moment.category && (!category || *category >= Category::Nonclasse)) {
     throw AppError("catégorie inconnue");
@@ -91,6 +98,64 @@ json::value add(Core& core, const Body& body) {
                {"added", filled.seconds},
                {"taken", filled.taken},
                {"future", asked - past}});
+}
+
+std::vector<KeptMoment> knownMoments(Core& core, const Body& body) {
+  const auto ids = body.ids("ids");
+  if (ids.empty()) throw AppError("aucun bloc");
+  return momentsAmong(core.db, ids);
+}
+
+json::value get(Core& core, const Body& body) {
+  json::array list;
+  for (const auto& moment : knownMoments(core, body)) {
+    list.push_back({{"ids", json::array(moment.ids.begin(), moment.ids.end())},
+                    {"from", moment.time.start},
+                    {"to", moment.time.end},
+                    {"title", moment.title ? json::value(*moment.title) : json::value()}});
+  }
+  return {{"moments", std::move(list)}};
+}
+
+// When a moment is to be from now on.
+TimeRange timeIn(const Body& body, const KeptMoment& moment) {
+  const TimeRange time{body.d("from").value_or(moment.time.start),
+                       body.d("to").value_or(moment.time.end)};
+  if (!(time.start < time.end && time.start >= 0 && time.end < kLatest)) {
+    throw AppError("plage invalide");
+  }
+  if (length(time) > kLongest) throw AppError("plages trop longues\u00a0: 31 jours au plus");
+  constexpr double kLeast = 1;  // seconds
+  if (length(common(time, moment.time)) < std::min(kLeast, length(moment.time))) {
+    throw AppError("un moment garde une partie de ses heures\u00a0; sinon, ajoutez-en un autre");
+  }
+  return time;
+}
+
+json::value edit(Core& core, const Body& body) {
+  const auto moments = knownMoments(core, body);
+  if (moments.size() != 1 || moments.front().ids.size() != body.ids("ids").size()) {
+    throw AppError("ce n’est pas un moment ajouté à la main");
+  }
+  const auto& moment = moments.front();
+  auto time = timeIn(body, moment);
+  FilledTime gained;
+  const TimeRange reach{std::min(time.start, moment.time.start),
+                        std::max(time.end, moment.time.end)};
+  const auto written = core.tracker.changeAbsences(reach, [&](const TimeRange& limit) {
+    return core.history.record([&](Transaction& change) {
+      const double until = std::min(limit.end, core.clock());
+      time.end = std::min(time.end, std::max(until, moment.time.end));
+      gained = editMoment(change, moment, body.find("title") ? noteIn(body) : moment.title, time);
+      return ChangeNote{.kind = "moments.edit",
+                        .label = labels::momentChanged(time, core.calendar),
+                        .spans = static_cast<int64_t>(moment.ids.size()) + gained.spans,
+                        .seconds = length(common(time, moment.time)) + gained.seconds};
+    });
+  });
+  if (!written) gained = {};
+  if (written) core.shell.refreshMenu();
+  return told(core, written, {{"ok", true}, {"added", gained.seconds}, {"taken", gained.taken}});
 }
 
 json::value gaps(Core& core, const Body& body) {
@@ -156,9 +221,13 @@ json::value setAsking(Core& core, const Body& body) {
 }
 
 constexpr Route kRoutes[]{
-    {"moments.add", RouteKind::Write, add},       {"moments.gaps", RouteKind::Read, gaps},
-    {"moments.skip", RouteKind::Write, skip},     {"absence.get", RouteKind::Read, asking},
-    {"absence.set", RouteKind::Write, setAsking},
+    {"moments.add", RouteKind::Write, add, "ranges, title, category, project_id"},
+    {"moments.get", RouteKind::Read, get, "ids"},
+    {"moments.edit", RouteKind::Write, edit, "ids, title, from, to"},
+    {"moments.gaps", RouteKind::Read, gaps, "from, to, min_seconds"},
+    {"moments.skip", RouteKind::Write, skip, "ranges"},
+    {"absence.get", RouteKind::Read, asking},
+    {"absence.set", RouteKind::Write, setAsking, "ask_minutes"},
 };
 
 }  // namespace

@@ -120,7 +120,7 @@ constexpr Route kRoutes[]{
     {"status", RouteKind::Read, status},
     {"routes.list", RouteKind::Read, routesList},
     {"tracker.pause", RouteKind::Write, pause},
-    {"tracker.pauseFor", RouteKind::Write, pauseFor},
+    {"tracker.pauseFor", RouteKind::Write, pauseFor, "length"},
     {"tracker.resume", RouteKind::Write, resume},
     {"tracker.project", RouteKind::Write, setProject, "project_id"},
     {"telemetry.set", RouteKind::Write, setTelemetry, "enabled"},

@@ -33,11 +33,23 @@ export interface GapReport {
   days: { date: Day; gaps: Gap[] }[];
 }
 
+/** Spans that follow each other under one note. */
+export interface KeptMoment extends MomentRange {
+  ids: number[];
+  title: string | null;
+}
+
 export interface MomentRoutes {
   /** Fills what is idle or empty of the ranges; what was recorded there stays as it is. */
   "moments.add": [
     { ranges: MomentRange[]; title: string; category: string | null; project_id: number | null },
     Ok & { spans: number; added: Seconds; taken: Seconds; future: Seconds },
+  ];
+  "moments.get": [{ ids: number[] }, { moments: KeptMoment[] }];
+  /** What it gives up is empty then, what it gains is filled as by adding one. */
+  "moments.edit": [
+    { ids: number[]; title: string; from: UnixTime; to: UnixTime },
+    Ok & { added: Seconds; taken: Seconds },
   ];
   "moments.gaps": [DateRange & { min_seconds?: Seconds }, GapReport];
   /** These are gaps no more. */

@@ -1,3 +1,4 @@
+import type { KeptMoment } from "../../bridge/moments";
 import type { Block, Day, Project, RuleFacts } from "../../bridge/routes";
 import { isGap } from "../../model/away";
 import type { Target } from "../../model/changes";
@@ -5,6 +6,7 @@ import { leftOut } from "../../model/day_list";
 import { clock, count, duration, plainDomain } from "../../model/time";
 import { Button, Foreign, IconButton, ProjectName } from "../../ui/parts";
 import { TargetFields } from "../../ui/target_fields";
+import { useMoments } from "../moments/edit_dialog";
 import { AwayFields } from "./away_fields";
 import { RangeFields } from "./range_fields";
 import { type Choice, isFilling } from "./use_assign";
@@ -23,6 +25,7 @@ interface Props {
   onEditProject: (id: number) => void;
   onChoose: () => void;
   onExclude: (block: Block) => void;
+  onEditMoment: (moments: readonly KeptMoment[]) => void;
   /** Absent where there is nothing that could be. */
   onDelete: (() => void) | undefined;
   onClose: () => void;
@@ -31,9 +34,10 @@ interface Props {
 /** What to make of the selected blocks, or of the range dragged over the timeline. */
 export function AssignBar(props: Props) {
   const { picked, projects, choice, onChange, onAssign, onExclude, onDelete, onClose, onNewRule, onEditRule } = props;
-  const { onEditProject, onChoose } = props;
+  const { onEditProject, onChoose, onEditMoment } = props;
   const { blocks, range, time } = picked;
   const one = !range && blocks.length === 1 && picked.away.length === 0 ? blocks[0] : undefined;
+  const moments = useMoments(one);
   const toAutomatic = choice.category === null && choice.projectId === null;
   const isAutomatic = blocks.every((block) => !block.manual);
   const isNoted = isFilling(picked, choice) && choice.note.trim() !== "";
@@ -54,7 +58,12 @@ export function AssignBar(props: Props) {
     >
       <What {...props} one={one} />
       <div class="assign-end">
-        {one && (
+        {moments.length > 0 && (
+          <Button kind="small" onClick={() => onEditMoment(moments)}>
+            Modifier…
+          </Button>
+        )}
+        {one && moments.length === 0 && (
           <Button kind="small" onClick={() => onExclude(one)}>
             Exclure…
           </Button>

@@ -1,9 +1,11 @@
 import { useState } from "preact/hooks";
+import type { KeptMoment } from "../../bridge/moments";
 import type { Day, ExclusionSubject, Project } from "../../bridge/routes";
 import { useAnswer } from "../../client";
 import { clock, count, isolated, plainDomain } from "../../model/time";
 import { useShortcuts } from "../../ui/shortcuts";
 import { ExcludeDialog, subjectOf } from "../exclude/exclude_dialog";
+import { EditMomentDialog } from "../moments/edit_dialog";
 import { ProjectEditor } from "../projects/project_editor";
 import { draftFrom, draftOf, type RuleDraft } from "../rules/draft";
 import { RuleEditor } from "../rules/rule_editor";
@@ -24,6 +26,7 @@ interface Props {
 export function PickedBar({ day, projects, picked, bar }: Props) {
   const [deleting, setDeleting] = useState<Deletion | null>(null);
   const [excluded, setExcluded] = useState<ExclusionSubject | null>(null);
+  const [moments, setMoments] = useState<readonly KeptMoment[] | null>(null);
   const [draft, setDraft] = useState<RuleDraft | null>(null);
   const [project, setProject] = useState<number | null>(null);
   const { range, blocks } = picked;
@@ -53,6 +56,7 @@ export function PickedBar({ day, projects, picked, bar }: Props) {
           onEditProject={setProject}
           onChoose={bar.enter}
           onExclude={(block) => setExcluded(subjectOf(block))}
+          onEditMoment={setMoments}
           onDelete={canDelete ? remove : undefined}
           onClose={bar.leave}
         />
@@ -73,6 +77,7 @@ export function PickedBar({ day, projects, picked, bar }: Props) {
       {excluded && (
         <ExcludeDialog subject={excluded} onDone={bar.leave} onClose={() => setExcluded(null)} />
       )}
+      {moments && <EditMomentDialog moments={moments} onDone={bar.leave} onClose={() => setMoments(null)} />}
       {draft && <RuleEditor draft={draft} onClose={() => setDraft(null)} />}
       {project !== null && <KnownProject id={project} onClose={() => setProject(null)} />}
     </>

@@ -97,7 +97,7 @@ interface TimeFieldProps {
   onChange: (text: string) => void;
 }
 
-function TimeField({ label, onChange, text, autoFocus }: TimeFieldProps) {
+export function TimeField({ label, onChange, text, autoFocus }: TimeFieldProps) {
   return (
     <input
       class="input clock"
@@ -113,7 +113,7 @@ function TimeField({ label, onChange, text, autoFocus }: TimeFieldProps) {
 type Asked = ReturnType<typeof readMoment>;
 
 // Times that nobody typed over keep their seconds.
-function wanted(day: Day, times: { from: string; to: string }, range: Props["range"]): Asked {
+export function wanted(day: Day, times: { from: string; to: string }, range: Props["range"]): Asked {
   const asked = readMoment(day, times.from, times.to);
   if (typeof asked === "string" || dayOf(range.start) !== day) return asked;
   const exact = (read: UnixTime, was: UnixTime) => (Math.floor(was / 60) * 60 === read ? was : read);
