@@ -1,10 +1,8 @@
 #include "platform/desktop_entries.h"
 
-#include <gio/gdesktopappinfo.h>
 #include <giomm/desktopappinfo.h>
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -25,10 +23,6 @@ std::vector<std::string> listed(std::string_view categories) {
     categories.remove_prefix(std::min(end + 1, categories.size()));
   }
   return list;
-}
-
-std::string textOf(const char* text) {
-  return text ? text : "";
 }
 
 std::optional<DesktopEntry> byId(const std::string& id) {
@@ -74,18 +68,14 @@ std::optional<DesktopEntry> DesktopEntries::search(const std::string& name) {
   return id != index_->ids.end() ? byId(*id) : std::nullopt;
 }
 
-// By GIO in C: giomm's list of all keeps a copy of each for ever.
 DesktopEntries::Index DesktopEntries::readAll() {
   Index index;
-  const auto forget = [](GList* list) { g_list_free_full(list, g_object_unref); };
-  const std::unique_ptr<GList, decltype(forget)> all(g_app_info_get_all(), forget);
-  for (const auto* entry = all.get(); entry; entry = entry->next) {
-    if (!G_IS_DESKTOP_APP_INFO(entry->data)) continue;
-    std::string id = textOf(g_app_info_get_id(G_APP_INFO(entry->data)));
+  for (const auto& app : Gio::AppInfo::get_all()) {
+    const auto desktop = std::dynamic_pointer_cast<Gio::DesktopAppInfo>(app);
+    std::string id = desktop ? desktop->get_id() : std::string();
     if (!id.ends_with(kSuffix)) continue;
     id.resize(id.size() - kSuffix.size());
-    const auto claimed =
-        textOf(g_desktop_app_info_get_startup_wm_class(G_DESKTOP_APP_INFO(entry->data)));
+    const std::string claimed = desktop->get_startup_wm_class();
     if (!claimed.empty()) index.byClass.emplace(claimed, id);
     index.ids.push_back(std::move(id));
   }

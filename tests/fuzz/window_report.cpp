@@ -1,5 +1,5 @@
 // What KWin's script and GNOME's extension tell of the window in front, whoever sends it.
-#include <glibmm/error.h>
+#include <giomm/init.h>
 
 #include <memory>
 #include <typeinfo>
@@ -20,7 +20,11 @@ struct Shown : PublishedForeground {
 };
 
 void look(const std::optional<WindowClaims>& window) {
-  static Shown shown;
+  static auto& shown = []() -> Shown& {
+    Gio::init();
+    static Shown kShown;
+    return kShown;
+  }();
   shown.show(window);
   const auto app = shown.frontmostApp();
   hold(app.has_value() == window.has_value(), "a window has an application");
