@@ -82,8 +82,16 @@ std::string siteOf(std::string_view host) {
   if (const auto mark = host.find(kMark); mark != std::string_view::npos) {
     return hostOf(authorityAt(host, mark));
   }
-  const auto* const ends = host.starts_with('[') ? "/" : "/:";
-  auto site = inLetters(lowerCase(trimBlanks(host.substr(0, host.find_first_of(ends)))));
+  host = trimBlanks(host.substr(0, host.find('/')));
+  // An address of IPv6 has brackets where a port may follow it.
+  if (host.starts_with('[')) {
+    host = host.substr(0, std::min(host.find(']'), host.size() - 1) + 1);
+  } else if (std::count(host.begin(), host.end(), ':') > 1) {
+    return siteOf("[" + std::string(host) + "]");
+  } else {
+    host = host.substr(0, host.find(':'));
+  }
+  auto site = inLetters(lowerCase(trimBlanks(host)));
   while (site.ends_with('.')) site.pop_back();
   if (site.starts_with(kWww)) site.erase(0, kWww.size());
   return site;

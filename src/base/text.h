@@ -40,7 +40,7 @@ std::string_view trimBlanks(std::string_view text, std::string_view blanks = " \
 /// The same; absent when that leaves nothing.
 std::optional<std::string> unlessBlank(std::string_view text);
 
-/// `text` with every byte that is not UTF-8 replaced by U+FFFD.
+/// `text` with every byte that is not UTF-8, and every NUL, replaced by U+FFFD.
 std::string validUtf8(std::string_view text);
 
 }  // namespace orvanta

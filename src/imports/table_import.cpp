@@ -106,10 +106,11 @@ class TableReader {
   void add(const Line& line) {
     const auto blank = [](const std::string& field) { return trimBlanks(field).empty(); };
     if (std::all_of(line.fields.begin(), line.fields.end(), blank)) return;
-    const auto start = moment(line, Column::Start, Column::StartDate);
+    auto start = moment(line, Column::Start, Column::StartDate);
     if (!start) return imported_.reject("début illisible", line.number);
-    const auto end = endOf(line, *start);
+    auto end = endOf(line, *start);
     if (!end) return imported_.reject("ni fin ni durée lisible", line.number);
+    tellHoursApart(line, *start, *end);
     imported_.take({.start = *start,
                     .end = *end,
                     .app = text(line, Column::App),
@@ -154,6 +155,23 @@ class TableReader {
     }
     const auto seconds = writtenDuration(text(line, Column::Duration), unit_);
     return seconds ? std::optional(start + *seconds) : std::nullopt;
+  }
+
+  // Of an hour that the clock shows twice, the duration says which one is meant.
+  void tellHoursApart(const Line& line, double& start, double& end) const {
+    constexpr double kRounding = 2;
+    constexpr double kDay = 86400;
+    const auto seconds = writtenDuration(text(line, Column::Duration), unit_).value_or(-1);
+    if (seconds < 0 || seconds > kDay || std::abs(end - start) > kDay) return;
+    if (std::abs(end - start - seconds) < kRounding) return;
+    const auto showsSame = [&](double one, double other) {
+      return std::abs(calendar_.wallSeconds(one) - calendar_.wallSeconds(other)) < kRounding;
+    };
+    if (showsSame(start + seconds, end)) {
+      end = start + seconds;
+    } else if (showsSame(end - seconds, start)) {
+      start = end - seconds;
+    }
   }
 
   const Calendar& calendar_;

@@ -1,10 +1,13 @@
 #include "reports/csv.h"
 
 #include <fmt/format.h>
+#include <glib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
+#include "base/text.h"
 #include "storage/value.h"
 
 namespace orvanta {
@@ -31,8 +34,7 @@ void CsvWriter::add(const Ev& ev) {
   const fmt::format_int seconds(truncated(ev.duration()).value_or(0));
   held_ += ';';
   held_.append(seconds.data(), seconds.size());
-  held_ += ';';
-  held_ += ev.cat.view();
+  appendCategory(ev.cat.view());
   const auto project = ev.pid ? projects_.find(*ev.pid) : projects_.end();
   appendQuoted(project != projects_.end() ? project->second.name : std::string_view());
   for (const auto text : {ev.app, ev.domain, ev.title, ev.url}) appendQuoted(text.view());
@@ -45,6 +47,8 @@ void CsvWriter::finish() {
 }
 
 void CsvWriter::appendTime(double instant) {
+  // Years of four digits, whatever the store holds.
+  instant = std::clamp(instant, -62'135'596'800.0, 253'402'214'399.0);
   const auto second = static_cast<int64_t>(std::floor(instant));
   if (second == second_) {
     held_ += secondText_;
@@ -84,7 +88,22 @@ int64_t CsvWriter::offsetAt(int64_t second) {
   return quarterOffset_ == nextOffset_ ? quarterOffset_ : ask(second);
 }
 
+// One of ours, but for what other programs write.
+void CsvWriter::appendCategory(std::string_view category) {
+  constexpr auto kIsLetter = [](char c) { return c >= 'a' && c <= 'z'; };
+  if (!std::all_of(category.begin(), category.end(), kIsLetter)) return appendQuoted(category);
+  held_ += ';';
+  held_ += category;
+}
+
 void CsvWriter::appendQuoted(std::string_view value) {
+  // The store may hold any bytes, a table is UTF-8 without NULs.
+  std::string readable;
+  const auto size = static_cast<gssize>(value.size());
+  if (size > 0 && g_utf8_validate(value.data(), size, nullptr) == FALSE) {
+    readable = validUtf8(value);
+    value = readable;
+  }
   held_ += ";\"";
   for (auto quote = value.find('"'); quote != std::string_view::npos; quote = value.find('"')) {
     held_.append(value.substr(0, quote + 1)).push_back('"');

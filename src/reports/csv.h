@@ -12,10 +12,10 @@
 
 namespace orvanta {
 
-/// Writes classified spans as CSV: a byte order mark, so that spreadsheet programs see UTF-8, the
-/// names of the columns, and a line for each span with local start and end, whole seconds,
-/// category, and in double quotes project, app, domain, title and URL. Holds no more than some
-/// lines at a time.
+/// Writes classified spans as CSV: a byte order mark, so that spreadsheet programs see UTF-8, which
+/// it is whatever the store holds, the names of the columns, and a line for each span with local
+/// start and end, whole seconds, category, and in double quotes project, app, domain, title and
+/// URL. Holds no more than some lines at a time.
 class CsvWriter {
  public:
   using Write = std::function<void(std::string_view)>;
@@ -30,6 +30,7 @@ class CsvWriter {
  private:
   void appendTime(double instant);
   int64_t offsetAt(int64_t second);
+  void appendCategory(std::string_view category);
   void appendQuoted(std::string_view value);
 
   const Calendar calendar_;

@@ -59,13 +59,14 @@ void target(std::string_view input) {
       (*choice.mapping)[column] = choose.ConsumeIntegralInRange<std::size_t>(0, 5);
     }
   }
-  const auto [text, problem] = importText(choose.ConsumeRemainingBytesAsString());
+  const auto bytes = choose.ConsumeRemainingBytesAsString();
+  const auto [text, problem] = importText(std::string_view(bytes));
   if (!problem.empty()) return;
   holdUtf8(text, "a file becomes UTF-8");
   const auto imported = readTable(text, paris(), choice);
   checkImported(imported);
   if (imported.events.empty()) return;
-  const auto csv = importText(exported(imported.events));
+  const auto csv = importText(std::string_view(exported(imported.events)));
   const auto again = readTable(csv.text, paris(), {});
   hold(again.problem.empty(), "our export is read", again.problem);
   hold(again.events.size() == imported.events.size(), "all of it comes back", csv.text);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/text.h"
 #include "fuzz/store.h"
 #include "support/store_rows.h"
 
@@ -112,7 +113,8 @@ std::string kept() {
 
 // All that can be, the newest first.
 void takeBack(const std::string& before) {
-  for (const auto& change : answered("changes.list", {{"limit", 100}}).as_array()) {
+  const auto changes = answered("changes.list", {{"limit", 100}});
+  for (const auto& change : changes.as_array()) {
     if (change.at("undone").as_bool()) continue;
     const auto undone = answered("changes.undo", {{"id", change.at("id")}});
     hold(undone.as_object().contains("ok"), "the last change is taken back",

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fmt/format.h>
+#include <giomm/init.h>
 
 #include <boost/json/serialize.hpp>
 #include <initializer_list>
@@ -26,6 +27,7 @@ inline std::string literal(std::string_view bytes, bool text) {
 /// It, which stays until the process ends.
 inline test::Program& program() {
   static auto* const made = [] {
+    Gio::init();
     auto* const program = new test::Program;
     program->store.db.exec("PRAGMA synchronous=OFF");
     seedDefaults(program->store.db, program->clock.read());

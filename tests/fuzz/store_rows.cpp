@@ -132,7 +132,7 @@ void checkCsv() {
       .each({core.calendar.startOf(from), core.calendar.startOf(to.plusDays(1))},
             [&](const Ev&) { ++spans; });
   std::erase(csv, '\0');  // a line all the same
-  const auto read = readImport(importText(csv).text, core.calendar, {});
+  const auto read = readImport(importText(std::string_view(csv)).text, core.calendar, {});
   auto lines = read.events.size();
   for (const auto& [reason, rejected] : read.rejected) lines += rejected.count;
   hold(lines == spans, "an export has a line for each span", csv);

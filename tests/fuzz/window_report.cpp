@@ -1,6 +1,7 @@
 // What KWin's script and GNOME's extension tell of the window in front, whoever sends it.
-#include <glibmm/error.h>
+#include <giomm/init.h>
 
+#include <memory>
 #include <typeinfo>
 
 #include "fuzz/fuzz.h"
@@ -19,7 +20,11 @@ struct Shown : PublishedForeground {
 };
 
 void look(const std::optional<WindowClaims>& window) {
-  static Shown shown;
+  static auto& shown = []() -> Shown& {
+    Gio::init();
+    static Shown kShown;
+    return kShown;
+  }();
   shown.show(window);
   const auto app = shown.frontmostApp();
   hold(app.has_value() == window.has_value(), "a window has an application");
@@ -34,10 +39,12 @@ void look(const std::optional<WindowClaims>& window) {
 
 // A message of this type with these bytes, which may be anything.
 dbus::Reply message(const char* type, const std::string& bytes) {
-  GVariant* raw = g_variant_new_from_data(G_VARIANT_TYPE(type), bytes.data(), bytes.size(), FALSE,
-                                          nullptr, nullptr);
+  const std::unique_ptr<GVariant, decltype(&g_variant_unref)> raw(
+      g_variant_ref_sink(g_variant_new_from_data(G_VARIANT_TYPE(type), bytes.data(), bytes.size(),
+                                                 FALSE, nullptr, nullptr)),
+      g_variant_unref);
   // As the bus hands it over.
-  return dbus::Reply(g_variant_get_normal_form(g_variant_ref_sink(raw)));
+  return dbus::Reply(g_variant_get_normal_form(raw.get()));
 }
 
 }  // namespace
