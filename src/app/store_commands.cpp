@@ -91,8 +91,8 @@ int takeAllCommand(const std::vector<std::string>& words, const DataLocation& wh
   const auto status = copyTo(words, where, "--take-all FICHIER", takeAll, target);
   if (status != kDone) return status;
   fmt::print(
-      "Sur l’autre ordinateur : « Reprendre un fichier » dans l’accueil ou dans Réglages → "
-      "Données, ou orvanta --restore {}\n",
+      "Sur l’autre ordinateur : « Reprendre » dans l’accueil ou dans Réglages → Données, ou "
+      "orvanta --restore {}\n",
       target.filename().string());
   return kDone;
 }

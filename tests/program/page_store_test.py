@@ -127,3 +127,24 @@ class PageStoreTest(PageCase):
         os.remove(filler)
         page.wait_for_nothing(TROUBLE, 20)
         self.wait_for_setting("onboarded", "1")
+
+    def test_everything_goes_into_a_file_that_is_taken_back(self):
+        project = self.add_project("Emporté")
+        self.span(100, 110, "Navigateur", title="Cale")
+        page = self.open()
+        page.press("g")
+        for arrives in ("Dernière : ", "aucun n’a été trouvé", "Version installée : "):
+            page.wait_for_text("//main", arrives)  # which moves what is below
+        pass_time(1)
+        page.click(button("Tout emporter…"))
+        page.answer_panel("Exporter", "Return")
+        page.wait_for_text(TOAST, "Tout est dans ce fichier : ")
+        path = os.path.join(self.desktop.env["HOME"], f"orvanta_{self.today}.db")
+        before = self.tables()
+        self.change("DELETE FROM projects WHERE id = ?", project)
+        page.click(button("Reprendre un fichier…"))
+        page.answer_panel("Reprendre un fichier", "Return", path)
+        page.wait_for_text("//dialog", "Le fichier actuel n’est pas effacé")
+        page.click("//dialog" + button("Reprendre"))
+        page.wait_for_text(TOAST, "Repris : ")
+        self.assertEqual(self.tables(), before)

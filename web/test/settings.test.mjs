@@ -105,7 +105,7 @@ test("what another machine took along is shown, then in place with the choices o
 
   await page.keyboard.press("g");
   await page.getByRole("button", { name: "Revoir l’accueil" }).click();
-  await take.click();
+  await page.getByRole("button", { name: "Reprendre d’un autre ordinateur…" }).click();
   await dialog.getByText("Le fichier actuel n’est pas effacé").waitFor();
   assert.deepEqual(await complaints(page), []);
   await confirm.click();

@@ -9,7 +9,7 @@ import { useTask } from "../ui/task";
 import { useNotice } from "../ui/toast";
 import { blankProject, type Fields, ProjectFields } from "./projects/project_editor";
 import { BrowserRows } from "./settings/browsers";
-import { Row, Switch } from "./settings/fields";
+import { Switch } from "./settings/fields";
 import { useTakeIn } from "./settings/moving";
 import { DesktopRows } from "./settings/permissions";
 
@@ -27,6 +27,7 @@ export function Welcome({ status, banner, onDone }: Props) {
   const [step, setStep] = useState(0);
   const [fields, setFields] = useState(blankProject(0));
   const launch = useLaunch(status.onboarded);
+  const taking = useTakeIn(onDone);
   return (
     <main class="welcome" data-scroller>
       <div class="welcome-body">
@@ -44,7 +45,7 @@ export function Welcome({ status, banner, onDone }: Props) {
               </li>
             ))}
           </ol>
-          {step === 0 && <Recorded db={status.db} launch={launch} onTaken={onDone} />}
+          {step === 0 && <Recorded db={status.db} launch={launch} />}
           {step === 1 && <Desktop />}
           {step === 2 ? (
             <FirstProject
@@ -55,11 +56,16 @@ export function Welcome({ status, banner, onDone }: Props) {
               onDone={onDone}
             />
           ) : (
-            <Foot onBack={step > 0 && (() => setStep(step - 1))}>
-              <Button kind="primary" onClick={() => setStep(step + 1)}>
-                Continuer
-              </Button>
-            </Foot>
+            <>
+              <FormError text={taking.error} />
+              <Foot onBack={step > 0 && (() => setStep(step - 1))}>
+                {step === 0 && <Button onClick={taking.pick}>Reprendre d’un autre ordinateur…</Button>}
+                {taking.dialog}
+                <Button kind="primary" onClick={() => setStep(step + 1)}>
+                  Continuer
+                </Button>
+              </Foot>
+            </>
           )}
         </div>
       </div>
@@ -124,14 +130,7 @@ function Foot({ onBack, children }: { onBack: false | (() => void); children: Co
   );
 }
 
-interface RecordedProps {
-  db: string;
-  launch: Launch;
-  onTaken: () => void;
-}
-
-function Recorded({ db, launch, onTaken }: RecordedProps) {
-  const taking = useTakeIn(onTaken);
+function Recorded({ db, launch }: { db: string; launch: Launch }) {
   return (
     <>
       <Head
@@ -160,14 +159,6 @@ function Recorded({ db, launch, onTaken }: RecordedProps) {
           on={launch.wanted}
           onChange={launch.setWanted}
         />
-        <Row
-          label="Vous venez d’un autre ordinateur ?"
-          help="« Tout emporter » y écrit un fichier, dans Réglages → Données."
-          error={taking.error}
-        >
-          <Button onClick={taking.pick}>Reprendre un fichier…</Button>
-          {taking.dialog}
-        </Row>
       </div>
     </>
   );

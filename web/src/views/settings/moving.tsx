@@ -23,7 +23,7 @@ export function MovingRow() {
     <Row
       label="Changer d’ordinateur"
       error={error || taking.error}
-      help="Un seul fichier, sans les sauvegardes : activités, projets, règles, objectifs, feuilles de temps, réglages, historique."
+      help="Un seul fichier emporte activités, projets, règles, objectifs, feuilles de temps, réglages et historique."
     >
       <Button disabled={busy} onClick={() => run(takeAll)}>
         {busy ? "Copie en cours…" : "Tout emporter…"}
