@@ -186,6 +186,9 @@ TEST_F(ImportTest, TablesAsOthersWriteThem) {
       << "a month is never the 25th";
   EXPECT_EQ(events("Début,Durée (h),Titre\n2025-10-26T03:30:00,\"0,5\",x\n"), "102600-104400 x\n")
       << "the clocks have gone back";
+  const std::string twice = "debut;fin;duree_s;titre\n2025-10-26 02:30:00;2025-10-26 ";
+  EXPECT_EQ(events(twice + "02:00:00;1800;x\n"), "95400-97200 x\n") << "they go back meanwhile";
+  EXPECT_EQ(events(twice + "03:10:00;2400;x\n"), "99000-101400 x\n") << "and before";
   EXPECT_EQ(events("start,end,name\n2025-10-25T08:00:00Z,1761383400000,x\n"), "36000-40200 x\n");
   const auto unknown = read("wann;wie lange\n1;2\n");
   EXPECT_TRUE(holds(unknown.problem, "colonne du début introuvable"));

@@ -351,6 +351,8 @@ TEST_F(EngineTest, AnExcludedSiteIsSeenInEveryAddressThatShowsIt) {
                           "moz-extension://0a/reader.html?u=https%253A%252F%252F%C3%A9cole.fr/zq7",
                           "chrome-distiller://9f_zq7/?title=zq7&url=https%3A%2F%2Fecole2.fr%2Fzq7",
                           "https://ecole2.fr",
+                          "http://[2001:db8::7]:8080/zq7",
+                          "http://moi@zq7>.fr:@école.fr/zq7",
                           "file://école.fr/zq7"};
   const char* shown[] = {"https://ecole.fr/a",
                          "https://monécole.fr/",
@@ -360,7 +362,8 @@ TEST_F(EngineTest, AnExcludedSiteIsSeenInEveryAddressThatShowsIt) {
                          "about:reader?url=https%3A%2F%2Fautre.fr%2Fécole.fr",
                          "about:blank",
                          "file:///école.fr/x"};
-  store.db.setSetting("excluded_domains", R"([" https://École.fr/accueil", "ecole2.fr.", ""])");
+  store.db.setSetting("excluded_domains",
+                      R"([" https://École.fr/accueil", "ecole2.fr.", "2001:db8::7", ""])");
   for (const auto* address : hidden) {
     desktop.browse(address, "zq7");
     run(2);

@@ -4,8 +4,10 @@
 #include <fuzzer/FuzzedDataProvider.h>
 #include <glib.h>
 
+#include <algorithm>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -32,6 +34,15 @@ inline void holdUtf8(std::string_view text, std::string_view what) {
     hold(g_utf8_validate(text.data() + at, size, nullptr) != FALSE, what, text);
     at = end + 1;
   }
+}
+
+/// Whether JSON can say it: a number may be too large for a double.
+inline bool isFinite(const boost::json::value& value) {
+  if (value.is_double()) return std::isfinite(value.get_double());
+  if (const auto* list = value.if_array()) return std::all_of(list->begin(), list->end(), isFinite);
+  const auto* object = value.if_object();
+  return !object || std::all_of(object->begin(), object->end(),
+                                [](const auto& member) { return isFinite(member.value()); });
 }
 
 inline FuzzedDataProvider chooser(std::string_view input) {

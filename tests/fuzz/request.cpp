@@ -35,14 +35,6 @@ bool same(const json::value& one, const json::value& other) {
          });
 }
 
-bool finite(const json::value& value) {
-  if (value.is_double()) return std::isfinite(value.get_double());
-  if (const auto* list = value.if_array()) return std::all_of(list->begin(), list->end(), finite);
-  const auto* object = value.if_object();
-  return !object || std::all_of(object->begin(), object->end(),
-                                [](const auto& member) { return finite(member.value()); });
-}
-
 void checkArguments(const json::object& object) {
   const Body body(object);
   for (const auto& member : object) {
@@ -74,7 +66,7 @@ void target(std::string_view input) {
     hold(!request, "what is no JSON is no request");
     return;
   }
-  if (finite(*value)) {
+  if (isFinite(*value)) {
     const auto written = json::serialize(*value);
     const auto again = parseJson(written, 500);
     hold(again && same(*again, *value), "JSON comes back", written);

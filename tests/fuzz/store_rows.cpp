@@ -1,6 +1,8 @@
 // Rows that another program, or a damaged disk, left in the store: every report is JSON or CSV, and
 // the reports agree with each other.
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "fuzz/store.h"
 #include "imports/import_text.h"
@@ -75,25 +77,45 @@ std::string someRows(FuzzedDataProvider& choose) {
   return sql;
 }
 
-// Lists of what there is, and reports of days.
-void ask() {
+// Lists of what there is, and reports of days: some of them, which all take their time.
+void ask(FuzzedDataProvider& choose) {
   static const json::object kDays{{"from", "2023-11-12"}, {"to", "2023-11-15"}};
-  for (const auto* route :
-       {"status", "rules.list", "rules.origins", "rules.pending", "projects.list", "projects.terms",
-        "projects.hours", "goals.list", "sheets.list", "suggestions", "settings.get", "absence.get",
-        "changes.list", "recap", "moments.gaps", "goals.history", "period.days", "sheet"}) {
-    answered(route, kDays);
-  }
-  answered("search.find", {{"text", "e"}, {"wait", true}});
-  answered("search.spans", {{"text", "code"}});
-  answered("events.explain", {{"ids", json::array{1, 2, 3, 4, 5, 6}}});
-  answered("sheet.text", {{"from", "2023-11-13"}, {"to", "2023-11-14"}, {"format", "ics"}});
-  answered("rules.preview",
-           {{"field", "app"}, {"pattern", "code"}, {"category", "autre"}, {"all", true}});
-  answered("exclusions.preview", {{"site", "video.com"}});
-  for (const auto* group : {"category", "project", "client", "app", "site"}) {
-    answered("period",
-             {{"from", "2023-11-13"}, {"to", "2023-11-14"}, {"group", group}, {"by", "day"}});
+  static const std::vector<std::pair<const char*, json::object>> kQuestions{
+      {"status", {}},
+      {"rules.list", {}},
+      {"rules.origins", {}},
+      {"rules.pending", {}},
+      {"projects.list", {}},
+      {"projects.terms", {}},
+      {"projects.hours", {}},
+      {"goals.list", {}},
+      {"goals.history", kDays},
+      {"sheets.list", {}},
+      {"suggestions", {}},
+      {"settings.get", {}},
+      {"absence.get", {}},
+      {"changes.list", {}},
+      {"recap", {}},
+      {"moments.gaps", kDays},
+      {"period.days", kDays},
+      {"sheet", kDays},
+      {"sheet.text", {{"from", "2023-11-13"}, {"to", "2023-11-14"}, {"format", "ics"}}},
+      {"search.find", {{"text", "e"}, {"wait", true}}},
+      {"search.spans", {{"text", "code"}}},
+      {"events.explain", {{"ids", json::array{1, 2, 3, 4, 5, 6}}}},
+      {"exclusions.preview", {{"site", "video.com"}}},
+      {"rules.preview",
+       {{"field", "app"}, {"pattern", "code"}, {"category", "autre"}, {"all", true}}},
+      {"period",
+       {{"from", "2023-11-13"}, {"to", "2023-11-14"}, {"group", "category"}, {"by", "day"}}},
+      {"period",
+       {{"from", "2023-11-13"}, {"to", "2023-11-14"}, {"group", "client"}, {"by", "week"}}},
+      {"period",
+       {{"from", "2023-11-13"}, {"to", "2023-11-14"}, {"group", "site"}, {"by", "month"}}}};
+  for (int count = 0; count < 6; ++count) {
+    const auto& [route, body] =
+        kQuestions[choose.ConsumeIntegralInRange(std::size_t{0}, kQuestions.size() - 1)];
+    answered(route, body);
   }
 }
 
@@ -145,8 +167,11 @@ void checkCsv() {
 void target(std::string_view input) {
   auto choose = chooser(input);
   program().clock.now = kStart + 100000;
+  // First, so that there is something left to choose by.
+  const auto questions = choose.ConsumeBytes<uint8_t>(6);
+  FuzzedDataProvider question(questions.data(), questions.size());
   reset(someRows(choose));
-  ask();
+  ask(question);
   checkDay();
   checkCsv();
 }

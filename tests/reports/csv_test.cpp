@@ -48,6 +48,14 @@ TEST_F(CsvTest, ClipsQuotesAndTruncates) {
           "\n2024-03-31 03:30:00;2024-03-31 03:13:20;0;inactif;\"\";\"Inconnu\";\"\";\"\";\"\"");
   EXPECT_EQ(csv("2024-04-01", "2024-03-30"), kHeader);
   EXPECT_EQ(csv("2025-01-01", "2025-12-31"), kHeader);
+  store.db.run(
+      "UPDATE events SET app=CAST(x'61ff00' AS TEXT), category='a;b', start=-9e999, end=9e999 "
+      "WHERE app='A'");
+  EXPECT_EQ(csv("2025-01-01", "2025-12-31"),
+            kHeader +
+                "\n2025-01-01 00:00:00;2026-01-01 00:00:00;31536000;\"a;b\";\"\";"
+                "\"a\uFFFD\uFFFD\";\"\";\"\";\"\"")
+      << "whatever the store holds, it is a table";
 }
 
 TEST_F(CsvTest, TellsTheWallClockWhereItIsChangedAtAnOddMinute) {
