@@ -9,6 +9,7 @@ import { everything, filterBlocks } from "../src/model/filter";
 import { changes } from "../src/model/recap";
 import { isSelected, nothing, select, selectedBlocks } from "../src/model/selection";
 import { covered, fileSize, moment, since } from "../src/model/store";
+import { load, recall, save } from "../src/model/stored";
 import { numberError, readDomain, readList, scaled, unscaled } from "../src/model/settings";
 import { activity, bars, clamp, fit, hours, segmentAt, ticks, zoom } from "../src/model/timeline";
 
@@ -265,4 +266,31 @@ test("clients that differ in case or accents are one, spelled as the first proje
       ["", [2]],
     ],
   );
+});
+
+test("choices of an earlier version go from the window into the store, unless that has them", async () => {
+  const kept = new Map([
+    ["orvanta.sheet", '{"hours":"decimal"}'],
+    ["orvanta.periodGroup", '"app"'],
+    ["orvanta.place", '{"view":"rules"}'],
+  ]);
+  Object.assign(globalThis, {
+    localStorage: {
+      getItem: (key: string) => kept.get(key) ?? null,
+      setItem: (key: string, value: string) => void kept.set(key, value),
+      removeItem: (key: string) => void kept.delete(key),
+    },
+  });
+  const sent: unknown[] = [];
+  const call = async (route: string, body: object) => {
+    if (route === "page.mark") sent.push(body);
+    return { periodGroup: "site" } as never;
+  };
+  await recall({ call });
+  assert.deepEqual(sent, [{ key: "sheet", value: { hours: "decimal" } }]);
+  assert.deepEqual([...kept.keys()], ["orvanta.place"]);
+  const text = (key: string) => load(key, "", (value) => typeof value === "string");
+  assert.deepEqual([text("periodGroup"), text("singleKeys")], ["site", ""]);
+  save("periodGroup", "client");
+  assert.deepEqual([text("periodGroup"), sent.length, kept.size], ["client", 2, 1]);
 });

@@ -70,7 +70,7 @@ function TakeIn({ file, onTaken, onClose }: Props) {
       onClose={onClose}
       onConfirm={async () => {
         await client.call("store.restore", { file });
-        await recall(client);
+        await recall(client).catch(() => {});
         notify({ text: "Repris : les données de ce fichier sont en place." });
         onTaken?.();
       }}

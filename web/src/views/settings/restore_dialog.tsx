@@ -31,7 +31,7 @@ export function RestoreDialog({ backups, now, onClose }: Props) {
       onConfirm={async () => {
         if (!chosen) return;
         await client.call("store.restore", { file: chosen.file });
-        await recall(client);
+        await recall(client).catch(() => {});
         // Where the file of before is, the notice over the page tells.
         notify({ text: `Restauré : sauvegarde faite ${moment(chosen.time, now)}.` });
       }}
