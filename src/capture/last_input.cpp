@@ -35,17 +35,18 @@ void endKilledRun(Database& db) {
   const auto last = kept(db);
   if (!last) return;
   Transaction change(db);
-  bool holds = false;
+  std::optional<double> start;
   // Nothing was recorded since by a program that does not keep it.
   change.each(
-      "SELECT 1 FROM events WHERE id=?1 AND idle=0 AND end > ?2 "
+      "SELECT start FROM events WHERE id=?1 AND idle=0 AND end > ?2 "
       "AND id=(SELECT max(id) FROM events)",
-      {last->span, last->at}, [&](const Cursor&) { holds = true; });
-  if (holds) {
-    // What the capture has recorded, and nobody has said anything of.
+      {last->span, last->at}, [&](const Cursor& row) { start = row.dbl(0); });
+  if (start) {
+    // What the capture has recorded, and nobody has said anything of; nothing that a clock gone
+    // wrong has put later still.
     constexpr std::string_view kRecorded =
-        "end > ?1 AND idle=0 AND id > 0 AND category IS NULL AND bundle IS NOT ?2";
-    const Args args{last->at, std::string(kImportBundle)};
+        "end > ?1 AND start <= ?3 AND idle=0 AND id > 0 AND category IS NULL AND bundle IS NOT ?2";
+    const Args args{last->at, std::string(kImportBundle), *start};
     change.run(fmt::format("DELETE FROM events WHERE start >= ?1 AND {}", kRecorded), args);
     change.run(fmt::format("UPDATE events SET end=?1 WHERE start < ?1 AND {}", kRecorded), args);
   }
