@@ -251,6 +251,7 @@ test("what is agreed is typed as people write it, and holds", async () => {
   const page = await stage.open();
   await bill(page);
   await page.reload();
+  await page.waitForSelector(".version");
   await page.keyboard.press("p");
   const row = page.locator(".project-row", { hasText: "Boutique Lumière" });
   await row.locator(".budget").waitFor();
