@@ -56,9 +56,8 @@ boost::json::object erasedFromCopies(Core& core, const What& what, boost::json::
   core.shell.refreshMenu();
   if (!core.keeper.erase(what)) {
     answer["message"] =
-        "Effacé du fichier des données, mais une copie n’a pas pu être effacée\u00a0; le journal "
-        "du "
-        "système dit laquelle.";
+        "Effacé du fichier des données, mais une copie n’a pas pu être effacée\u00a0; "
+        "le journal du système dit laquelle.";
   }
   return answer;
 }
