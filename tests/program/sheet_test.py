@@ -68,6 +68,7 @@ class SheetTest(DesktopCase):
         self.desktop.call("quit")  # which not every driver's end brings
         self.program = page.driver
         self.end_program()
+        self.desktop.call("page.mark", json.dumps({"key": "sheet"}))  # upright again
 
         # Without a driver nobody tells when the page is ready: as slow as this machine needs.
         for seconds in 2, 5, 12:

@@ -192,8 +192,8 @@ class WindowTest(DesktopCase):
         self.desktop.call("projects.save", json.dumps({"name": "</script>\u2028'\"\\"}))
         page = Page(self.desktop)
         first = {given["path"]: given for given in page.script("return window.__first")}
-        self.assertEqual(list(first), ["routes.list", "status", "store.status", "projects.list",
-                                       "day", "goals.history"])
+        self.assertEqual(list(first), ["routes.list", "page.marks", "status", "store.status",
+                                       "projects.list", "day", "goals.history"])
         for path in ("routes.list", "projects.list"):
             self.assertEqual(first[path]["answer"], page.ask(path), path)
         day = first["day"]

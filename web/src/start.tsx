@@ -1,6 +1,7 @@
 import { render } from "preact";
 import { App } from "./app";
 import type { Bridge } from "./bridge/bridge";
+import type { Day } from "./bridge/routes";
 import { Client, ClientProvider } from "./client";
 import { recall, remember } from "./model/stored";
 import { followContrast } from "./ui/media";
@@ -21,6 +22,11 @@ export function start(bridge: Bridge): void {
   const root = document.getElementById("page");
   if (!root) throw new Error("no root element");
   const client = new Client(bridge);
+  // Until the page is drawn; then it shows days itself.
+  let asked: Day | undefined;
+  window.__showDay = (day) => {
+    asked = day;
+  };
   const draw = () => {
     render(
       <ClientProvider value={client}>
@@ -29,6 +35,7 @@ export function start(bridge: Bridge): void {
       root,
     );
     client.grow();
+    if (asked !== undefined) window.__showDay?.(asked);
   };
   window.__atRest = () => !document.querySelector(unrest);
   const marks = bridge.first?.("page.marks", {});
