@@ -2,7 +2,6 @@
 #include "support/program.h"
 #include "support/random_store.h"
 #include "support/store_rows.h"
-#include "support/times.h"
 
 namespace orvanta::test {
 namespace {
@@ -79,7 +78,7 @@ struct Undo : testing::Test, Program {
 TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
   int64_t made = 0;
   store.db.setSetting("rules_seeded", "1");
-  for (unsigned seed = 0; seed < times(100U); ++seed) {
+  for (unsigned seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     store.db.run("DELETE FROM changes");
@@ -120,14 +119,14 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
     ask("settings.set", {{"onboarded", 1}});
     ASSERT_EQ(difference(rows(), erased), "") << "nothing but titles was lost";
   }
-  EXPECT_GT(made, times(500));
-  EXPECT_GT(rehearsed, times(100));
-  EXPECT_GT(refused, times(5));
+  EXPECT_GT(made, 500);
+  EXPECT_GT(rehearsed, 100);
+  EXPECT_GT(refused, 5);
 }
 
 TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
   int conflicts = 0;
-  for (unsigned seed = 0; seed < times(100U); ++seed) {
+  for (unsigned seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
     Dice dice(seed);
     store.db.run("DELETE FROM changes");
@@ -146,7 +145,7 @@ TEST_F(Undo, WhatALaterChangeTouchedIsAConflictAndLeftAlone) {
       ASSERT_EQ(difference(before, rows()), "");
     }
   }
-  EXPECT_GT(conflicts, times(20));
+  EXPECT_GT(conflicts, 20);
 }
 
 TEST_F(Undo, WhatIsMadeAgainLeavesAloneWhatWasRecordedSince) {
