@@ -29,14 +29,17 @@ export function remember(bridge: Bridge, answer: Record<string, unknown>): void 
   marks = { ...answer };
   // What could not be kept is lost with the window.
   keep = (key, value) => void bridge.call("page.mark", { key, value }).catch(() => {});
-  for (const key of choices) moveIn(key);
+  for (const key of choices) void moveIn(bridge, key).catch(() => {});
 }
 
-// An earlier version kept the choices with the window.
-function moveIn(key: string): void {
+// An earlier version kept the choices with the window: there they stay until the program has them.
+async function moveIn(bridge: Bridge, key: string): Promise<void> {
   const value = inWindow(key);
   if (value === undefined) return;
-  if (!(key in marks)) save(key, value);
+  if (!(key in marks)) {
+    marks = { ...marks, [key]: value };
+    if ((await bridge.call("page.mark", { key, value })).stored === false) return;
+  }
   localStorage.removeItem(`orvanta.${key}`);
 }
 
