@@ -78,17 +78,20 @@ def focused_in(node):
     return node if node.get_state_set().contains(Atspi.StateType.FOCUSED) else None
 
 
-def first_focus():
-    """What a window's engine gave the focus while it was still joining the tree, it tells nobody."""
+def focus():
+    """The object told of last. What a window's engine gave the focus while it was still joining the
+    tree, it tells nobody: only the widget around it is heard of then, if anything."""
+    if last_focus and "document web" in last_focus["path"]:
+        return last_focus
     try:
         application, window = window_named("Orvanta")
         if not window:
-            return None
+            return last_focus
         application.clear_cache()
         node = focused_in(window)
-        return node and describe_focus(node)
+        return describe_focus(node) if node else last_focus
     except GLib.Error:
-        return None  # it is gone again
+        return last_focus  # it is gone again
 
 
 def on_event(event):
@@ -112,7 +115,7 @@ def on_line(channel, _condition):
     if command == "tree":
         answer = tree(rest)
     elif command == "focus":
-        answer = last_focus or first_focus()
+        answer = focus()
     else:
         answer, added[:] = added[:], []
     print(json.dumps(answer), flush=True)
