@@ -1,5 +1,5 @@
 import type { ComponentChildren, RefObject } from "preact";
-import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { DateRange, Day, Status } from "./bridge/routes";
 import { type Loaded, useAnswer } from "./client";
 import { everything, saveFilter } from "./model/filter";
@@ -31,7 +31,8 @@ export function App() {
   const [notice, setNotice] = useState<Notice | null>(null);
   const [place, setPlace] = useState(loadPlace);
   const go = (to: Partial<Place>) => setPlace((old) => ({ ...old, ...to }));
-  useEffect(() => savePlace(place), [place]);
+  // Not after the next picture: the window may be closed before it.
+  useLayoutEffect(() => savePlace(place), [place]);
   return (
     <NoticeProvider value={setNotice}>
       <Page place={place} go={go} />

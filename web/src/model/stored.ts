@@ -15,6 +15,7 @@ export function load<T>(key: string, fallback: T, valid: (value: unknown) => boo
 
 export function save(key: string, value: unknown): void {
   if (!isChoice(key)) return saveInWindow(key, value);
+  if (JSON.stringify(marks[key]) === JSON.stringify(value)) return;
   marks = { ...marks, [key]: value };
   keep(key, value);
 }

@@ -1,4 +1,4 @@
-import { useEffect, useMemo, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Day, DayReport, UnixTime } from "../../bridge/routes";
 import { likeliest, withGaps } from "../../model/away";
 import {
@@ -38,7 +38,7 @@ interface Props {
 export function RecordedDay({ report, day, now, onAdd }: Props) {
   const { brief, totals, projects } = report;
   const [filter, setFilter] = useState<Filter>(loadFilter);
-  useEffect(() => saveFilter(filter), [filter]);
+  useLayoutEffect(() => saveFilter(filter), [filter]);
   const flip = <K extends "cat" | "project" | "app" | "domain">(name: K, value: Filter[K]) =>
     setFilter((old) => ({ ...old, [name]: old[name] === value ? null : value }));
   const showAll = () => setFilter(everything);

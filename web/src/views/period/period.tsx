@@ -1,5 +1,5 @@
 import type { ComponentChildren } from "preact";
-import { useEffect, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import type { DateRange, PeriodBy, PeriodGroup, PeriodReport } from "../../bridge/routes";
 import { type Behind, groupNames, groups } from "../../model/period";
 import { finenesses, holds, rangeOf } from "../../model/range";
@@ -32,7 +32,7 @@ export function PeriodView({ range, today, onRange, onOpenDay }: ViewProps) {
   const [group, setGroup] = useState(() =>
     load<PeriodGroup>(key, "category", (value) => groups.includes(value as PeriodGroup)),
   );
-  useEffect(() => save(key, group), [group]);
+  useLayoutEffect(() => save(key, group), [group]);
   const [wanted, setWanted] = useState<PeriodBy | null>(null);
   const fine = finenesses(range);
   const by = wanted !== null && fine.includes(wanted) ? wanted : undefined;

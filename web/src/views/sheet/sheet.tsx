@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import type { DateRange, FrozenSheet, Sheet, SheetRow } from "../../bridge/routes";
 import { useAnswer } from "../../client";
 import { toFile } from "../../model/filter";
@@ -24,7 +24,7 @@ type Shown = Pick<ViewProps, "today" | "onOpenDay">;
 /** What a bill is made from: projects by days, now or as it was sent. */
 export function SheetView({ range, today, onRange, onOpenDay }: ViewProps) {
   const [options, setOptions] = useState<Options>(loadOptions);
-  useEffect(() => saveOptions(options), [options]);
+  useLayoutEffect(() => saveOptions(options), [options]);
   const change = (part: Partial<Options>) => setOptions((old) => ({ ...old, ...part }));
   const [frozen, setFrozen] = useState<FrozenSheet | null>(null);
   const back = () => {
