@@ -42,6 +42,16 @@ async function screen() {
   return display;
 }
 
+// The library without its wrapper, which refuses to start once somebody of its process number was killed.
+function startedAt(now) {
+  if (!now) return {};
+  return {
+    LD_PRELOAD: "/usr/$LIB/faketime/libfaketimeMT.so.1",
+    FAKETIME: `@${now.length === 16 ? `${now}:00` : now}`,
+    DONT_FAKE_MONOTONIC: "1",
+  };
+}
+
 /** The program over a store of its own in `folder`, in a session of its own. */
 export class Program {
   waiting = new Map();
@@ -51,20 +61,20 @@ export class Program {
   static async start(folder, { now, blind = false, make = [] } = {}) {
     const program = new Program();
     program.data = join(folder, ".local/share");
-    program.prefix = now ? ["faketime", "-m", "--exclude-monotonic", now] : [];
-    program.env = { PATH: process.env.PATH, LANG: "C.UTF-8", TZ: process.env.TZ, HOME: folder };
+    program.env = { PATH: process.env.PATH, LANG: "C.UTF-8", TZ: process.env.TZ, HOME: folder, ...startedAt(now) };
     if (!blind) program.env.DISPLAY = await screen();
     for (const name of ["SESSION", "SYSTEM"]) program.env[`DBUS_${name}_BUS_ADDRESS`] = "disabled:";
     mkdirSync(program.data, { recursive: true });
-    const [command, ...words] = [...program.prefix, maker, program.data, ...make];
-    execFileSync(command, words, { env: program.env, stdio: "inherit" });
+    execFileSync(maker, [program.data, ...make], { env: program.env, stdio: "inherit" });
     program.launch();
     return program;
   }
 
   launch() {
-    const [command, ...words] = [...this.prefix, join(programs, "orvanta"), "--call", "-"];
-    this.child = spawn(command, words, { env: this.env, stdio: ["pipe", "pipe", "ignore"] });
+    this.child = spawn(join(programs, "orvanta"), ["--call", "-"], {
+      env: this.env,
+      stdio: ["pipe", "pipe", "ignore"],
+    });
     this.ended = new Promise((ended) => this.child.once("close", ended));
     this.child.stdin.on("error", () => {});
     createInterface(this.child.stdout).on("line", (line) => {

@@ -23,6 +23,15 @@ export async function viewKeys(page) {
     .evaluateAll((all) => all.map((one) => one.ariaKeyShortcuts.toLowerCase()));
 }
 
+/** Until the page has all that it asked for, what it asks a moment after a key included, and has drawn it. */
+export async function settled(page) {
+  for (let calm = 0, waited = 0; calm < 3 && waited < 200; waited++) {
+    await page.waitForTimeout(50);
+    const unanswered = await page.evaluate(() => window.__unanswered);
+    calm = unanswered ? 0 : calm + 1;
+  }
+}
+
 /** What axe finds wrong with the page as it is now. */
 export async function violations(page) {
   // Put there from outside the page: its own policy lets no such script in.

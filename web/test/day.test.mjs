@@ -1,7 +1,7 @@
 // The day's list, timeline and messages in a real browser, over the store of a made-up month.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { openStage, plain } from "./browser.mjs";
+import { openStage, plain, settled } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -83,7 +83,7 @@ test("what comes in above moves nothing that is read, and no row lies half under
         .sort(([a], [b]) => a - b),
     );
   await scroll(page, 511);
-  await page.waitForTimeout(200);
+  await settled(page);
   const seen = await texts();
   const { bottom } = await page.locator(".timeline").evaluate((one) => one.getBoundingClientRect().toJSON());
   assert.ok(seen[0][0] >= bottom && seen[0][0] < bottom + 40, `${seen[0]} under ${bottom}`);
@@ -99,7 +99,7 @@ test("what comes in above moves nothing that is read, and no row lies half under
   await page.waitForFunction(() => document.querySelector(".list-tools h2").textContent.startsWith("45"), null, {
     timeout: 20_000,
   });
-  await page.waitForTimeout(100);
+  await settled(page);
   assert.deepEqual((await texts()).slice(0, 8), seen.slice(0, 8));
   await page.context().close();
 });

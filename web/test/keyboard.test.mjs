@@ -1,7 +1,7 @@
 // What the keyboard does, and where focus, selection and place stay, over the store of a made-up month.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { openStage, plain, viewKeys } from "./browser.mjs";
+import { openStage, plain, settled, viewKeys } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -134,7 +134,7 @@ test("Tab goes from group to group, arrows within, F6 from region to region; no 
   };
   for (const key of await viewKeys(page)) {
     await page.keyboard.press(key);
-    await page.waitForTimeout(300);
+    await settled(page);
     assert.equal((await focused(page)).role, "main");
     // Once around, by way of the browser's own frame.
     const found = [await press("Tab")];

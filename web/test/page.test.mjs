@@ -4,7 +4,7 @@ import { readFile, stat } from "node:fs/promises";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { serve } from "../dev_server.mjs";
-import { complaints, openStage, plain, viewKeys, violations } from "./browser.mjs";
+import { complaints, openStage, plain, settled, viewKeys, violations } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -22,7 +22,7 @@ for (const colorScheme of ["light", "dark"]) {
     };
     for (const key of await viewKeys(page)) {
       await page.keyboard.press(key);
-      await page.waitForTimeout(120);
+      await settled(page);
       await check(`view ${key}`);
     }
     await page.keyboard.press("?");
@@ -119,7 +119,7 @@ test("hostile text is shown as text, on every view", async () => {
   };
   for (const key of await viewKeys(page)) {
     await page.keyboard.press(key);
-    await page.waitForTimeout(120);
+    await settled(page);
     await safe(`view ${key}`);
   }
   await page.keyboard.press("r");
@@ -127,7 +127,7 @@ test("hostile text is shown as text, on every view", async () => {
   await page.locator("dialog select").first().selectOption("title");
   await page.locator("dialog input").first().fill("hit=1");
   await page.locator(".preview summary").first().click();
-  await page.waitForTimeout(120);
+  await settled(page);
   await safe("rule editor");
   await page.keyboard.press("Escape");
   await page.keyboard.press("j");

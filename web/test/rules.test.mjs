@@ -1,7 +1,7 @@
 // Rules and projects: what they would do, what they did, and how they are written.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { openStage, plain } from "./browser.mjs";
+import { openStage, plain, settled } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -83,7 +83,7 @@ test("a block says why it counts as it does, and leads to what decided", async (
   const drawing = page.locator(".block", { hasText: "affiche-mémoire.svg" }).first();
   for (let day = 0; day < 7 && !(await drawing.isVisible()); ++day) {
     await page.getByRole("button", { name: "Jour précédent" }).click();
-    await page.waitForTimeout(300);
+    await settled(page);
   }
   await drawing.click();
   await saying("l’application « Inkscape »");

@@ -1,4 +1,5 @@
 // Everything that the page can show, so that pictures and tests of its layout miss none of it.
+import { settled } from "./browser.mjs";
 
 /** Under which a view's pictures are kept: its title in plain letters. */
 const slug = (title) =>
@@ -292,7 +293,7 @@ const acts = [
       await page.keyboard.press("Control+k");
       await page.keyboard.type("le monde");
       await page.locator(".found-row").first().waitFor();
-      await page.waitForTimeout(300); // the answer to the last key
+      await settled(page); // the answer to the last key
       await page.keyboard.press("ArrowDown");
     },
   ],
@@ -361,32 +362,20 @@ const current = {
   idle: false,
 };
 
-// The program of a page, told of as if a window were in front; it counts what it has not answered yet.
-function watched(program) {
-  if (program.unanswered !== undefined) return program;
+// The program tells the page of a window in front.
+function inFront(program) {
+  if (program.inFront) return;
   const ask = program.ask.bind(program);
-  program.unanswered = 0;
+  program.inFront = true;
   program.ask = async (path, body) => {
-    program.unanswered++;
     const answer = await ask(path, body);
-    program.unanswered--;
     return path === "status" ? { ...answer, current } : answer;
   };
-  return program;
-}
-
-/** Until the page has all that it asked for, and has drawn it. */
-async function settled(page) {
-  const program = watched(page.program);
-  for (let calm = 0, waited = 0; calm < 3 && waited < 200; waited++) {
-    await page.waitForTimeout(50);
-    calm = program.unanswered === 0 ? calm + 1 : 0;
-  }
 }
 
 /** Shows a scene from the page's beginning. */
 export async function show(page, { view, act }) {
-  watched(page.program);
+  inFront(page.program);
   await page.evaluate(() => localStorage.clear());
   for (const key of Object.keys(await page.program.ask("page.marks")))
     await page.program.ask("page.mark", { key, value: null });

@@ -1,7 +1,7 @@
 // What the settings say and do, in a real browser over the store of a made-up month.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { complaints, openStage } from "./browser.mjs";
+import { complaints, openStage, settled } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -89,7 +89,7 @@ test("what another machine took along is shown, then in place with the choices o
   const dialog = page.getByRole("dialog", { name: "Reprendre ce fichier" });
   const confirm = dialog.getByRole("button", { name: "Reprendre", exact: true });
   await take.click();
-  await page.waitForTimeout(200);
+  await settled(page);
   assert.equal(await dialog.count(), 0, "the user thought better of it");
   await take.click();
   await page.locator(".field-error", { hasText: "sur cet ordinateur" }).waitFor();

@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
-import { complaints, openStage, plain } from "./browser.mjs";
+import { complaints, openStage, plain, settled } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -47,7 +47,7 @@ test("on a full disk one alert stays over every view, no success is told, and fo
   await banner(page).evaluate((element) => (element.firstChild.dataset.same = "1"));
   for (const key of "sbprgj") {
     await page.keyboard.press(key);
-    await page.waitForTimeout(60);
+    await settled(page);
     // The very same element: it is not read out again.
     assert.equal(await banner(page).locator("[data-same]").count(), 1, `view ${key}`);
   }
