@@ -155,7 +155,7 @@ class Page:
         if path:
             # It may only have closed the list of what GTK has guessed, which came meanwhile.
             def gone():
-                return not self.desktop.windows_named(name)
+                return panel[-1] not in self.desktop.windows_named(name)
             pressed = time.time()
             wait_for(lambda: gone() or time.time() > pressed + 5, 10, f"{name} answers")
             if not gone():
