@@ -18,13 +18,16 @@ FIND = """
     for (let i = 0; i < found.snapshotLength; i++) {
         const element = found.snapshotItem(i);
         if (element.matches(":disabled")) continue;
-        element.scrollIntoView({block: "nearest"});
-        const box = element.getBoundingClientRect();
-        const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
-        if (!element.contains(document.elementFromPoint(x, y))) continue;
-        window.clicked = false;
-        addEventListener("click", () => { clicked = true; }, {capture: true, once: true});
-        return [x, y].map(Math.round);
+        // As a user does who finds a message before it.
+        for (const block of ["nearest", "center"]) {
+            element.scrollIntoView({block});
+            const box = element.getBoundingClientRect();
+            const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
+            if (!element.contains(document.elementFromPoint(x, y))) continue;
+            window.clicked = false;
+            addEventListener("click", () => { clicked = true; }, {capture: true, once: true});
+            return [x, y].map(Math.round);
+        }
     }"""
 # What is written in the field that has the focus; nothing when none has.
 FOCUSED = """
