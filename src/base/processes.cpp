@@ -59,13 +59,13 @@ std::vector<std::string> commandLineOf(int32_t pid) {
   return words;
 }
 
-std::vector<std::string> openFilesOf(int32_t pid) {
-  std::vector<std::string> paths;
+std::map<std::string, std::string> openFilesOf(int32_t pid) {
+  std::map<std::string, std::string> paths;
   std::error_code gone;
   for (fs::directory_iterator file(folderOf(pid) / "fd", gone), end; !gone && file != end;
        file.increment(gone)) {
     std::error_code closed;
-    paths.push_back(fs::read_symlink(file->path(), closed).string());
+    paths[file->path()] = fs::read_symlink(file->path(), closed).string();
   }
   return paths;
 }

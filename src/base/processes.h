@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,8 +20,8 @@ std::string commandNameOf(int32_t pid);
 /// The words that the process was started with.
 std::vector<std::string> commandLineOf(int32_t pid);
 
-/// The paths of the files that it has open, as far as they are known to us.
-std::vector<std::string> openFilesOf(int32_t pid);
+/// The paths of the files that it has open, as far as they are known to us, by the links to them.
+std::map<std::string, std::string> openFilesOf(int32_t pid);
 
 /// Absent when the process is gone.
 std::optional<int32_t> parentOf(int32_t pid);

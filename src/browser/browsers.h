@@ -79,10 +79,6 @@ bool showsPublicFrame(const Browser& browser, std::string_view frameName);
 /// settings.
 bool profileSays(int32_t pid, std::string_view line);
 
-/// Whether this process of Firefox or its kin shows nothing but private windows, which no title
-/// says then: it was started so, or its profile keeps no history.
-bool isAlwaysPrivate(int32_t pid);
-
 /// Where the helper program finds the title of the window in front; which window that is,
 /// Chromium's accessibility tree does not tell.
 inline constexpr auto kWindowTitleVariable = "ORVANTA_WINDOW_TITLE";

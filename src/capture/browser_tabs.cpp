@@ -19,15 +19,6 @@ bool isBrowser(const FrontmostApp& app) {
   return std::find(categories.begin(), categories.end(), "WebBrowser") != categories.end();
 }
 
-bool showsOnlyPrivateWindows(const Browser& browser, int32_t pid) {
-  if (browser.kind != BrowserKind::kFirefox) return false;
-  if (pid > 0) return isAlwaysPrivate(pid);
-  const auto running = runningBrowsers();
-  return std::any_of(running.begin(), running.end(), [&](const RunningBrowser& one) {
-    return one.browser == &browser && isAlwaysPrivate(one.pid);
-  });
-}
-
 std::string queryKey(const Browser& browser) {
   return "browser:" + std::string(browser.bundle);
 }
@@ -71,6 +62,15 @@ std::optional<BrowserTab> BrowserTabs::askExtension(const Browser& browser, int3
   if (answer.kind == TabAnswer::Kind::kMute) runner_.disable(key, kMuteCooldown);
   if (!answer.tab) return BrowserTab();
   return BrowserTab{unlessBlank(answer.tab->url), unlessBlank(answer.tab->title)};
+}
+
+bool BrowserTabs::showsOnlyPrivateWindows(const Browser& browser, int32_t pid) {
+  if (browser.kind != BrowserKind::kFirefox) return false;
+  if (pid > 0) return privateProfiles_.haveNoOthers(pid);
+  const auto running = runningBrowsers();
+  return std::any_of(running.begin(), running.end(), [&](const RunningBrowser& one) {
+    return one.browser == &browser && privateProfiles_.haveNoOthers(one.pid);
+  });
 }
 
 BrowserTab BrowserTabs::askHelper(const Browser& browser, const FrontmostApp& app) {

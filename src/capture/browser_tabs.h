@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "browser/browsers.h"
+#include "browser/private_profiles.h"
 #include "capture/collectors.h"
 #include "capture/script_runner.h"
 
@@ -49,10 +50,12 @@ class BrowserTabs {
 
  private:
   std::optional<BrowserTab> askExtension(const Browser& browser, int32_t pid);
+  bool showsOnlyPrivateWindows(const Browser& browser, int32_t pid);
   BrowserTab askHelper(const Browser& browser, const FrontmostApp& app);
 
   const std::filesystem::path helper_;
   const std::filesystem::path socketFolder_;
+  PrivateProfiles privateProfiles_;
   ScriptRunner runner_;
 };
 

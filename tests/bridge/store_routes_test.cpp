@@ -71,7 +71,7 @@ TEST_F(StoreRoutesTest, TheRetentionTakesTitlesOutOfTheWayBack) {
   call("events.assignRange", R"({"start": 1000, "end": 1050, "category": "travail"})");
   call("events.assign", R"({"ids": [1], "category": "loisir"})");
   span(clock.now - 100, clock.now, "encore");
-  ask("events.assignRange", {{"start", clock.now - 50}, {"end", clock.now}});
+  ask("events.assignRange", {{"start", clock.now - 50}, {"end", clock.now.load()}});
   call("settings.set", R"({"retention_days": 30})");
   core.tracker.applyRetention();
   EXPECT_EQ(count("events WHERE title IS NOT NULL"), 2U);

@@ -1,4 +1,5 @@
 #include "browser/browsers.h"
+#include "browser/private_profiles.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -69,11 +70,29 @@ TEST(Browsers, AProfileThatKeepsNoHistoryIsPrivate) {
   const auto history = profile.path() / "places.sqlite";
   const OwnedFd open(::open(history.c_str(), O_CREAT | O_RDWR, 0600));  // for the browser, too
   const FakeBrowser firefox("firefox-esr");
-  EXPECT_FALSE(isAlwaysPrivate(firefox.pid()));
-  std::ofstream(profile.path() / "prefs.js")
-      << "user_pref(\"a\", 1);\nuser_pref(\"browser.privatebrowsing.autostart\", true);\n";
-  EXPECT_TRUE(isAlwaysPrivate(firefox.pid()));
-  EXPECT_FALSE(isAlwaysPrivate(1));
+  PrivateProfiles profiles;
+  EXPECT_FALSE(profiles.haveNoOthers(firefox.pid()));
+  const auto choose = [&](const char* line) {
+    std::ofstream(profile.path() / "new.js") << "user_pref(\"a\", 1);\n" << line;
+    std::filesystem::rename(profile.path() / "new.js", profile.path() / "prefs.js");
+  };
+  const auto* kNone = "user_pref(\"browser.privatebrowsing.autostart\", true);\n";
+  choose(kNone);
+  EXPECT_TRUE(profiles.haveNoOthers(firefox.pid()));
+  choose("");
+  EXPECT_FALSE(profiles.haveNoOthers(firefox.pid()));
+  choose(kNone);
+  EXPECT_TRUE(profiles.haveNoOthers(firefox.pid()));
+  EXPECT_FALSE(profiles.haveNoOthers(1));
+
+  choose("");
+  EXPECT_FALSE(profiles.haveNoOthers(firefox.pid()));
+  const TempFolder other;
+  const OwnedFd second(::open((other.path() / "places.sqlite").c_str(), O_CREAT | O_RDWR, 0600));
+  std::ofstream(other.path() / "prefs.js") << kNone;
+  const FakeBrowser both("firefox-esr");
+  EXPECT_TRUE(profiles.haveNoOthers(both.pid())) << "which of them is its own is not known";
+  EXPECT_FALSE(profiles.haveNoOthers(firefox.pid()));
 }
 
 TEST(Browsers, OnlyASurelyPublicTitleIsPublic) {

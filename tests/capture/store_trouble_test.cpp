@@ -112,8 +112,10 @@ TEST(StoreTrouble, NothingRecordedMeanwhileIsMissingAndNoTickComesLate) {
     for (std::size_t i = 0; i < troubles.size(); i += journal[0] == 'W' ? 1 : 3) {
       SCOPED_TRACE(fmt::format("{} {}", journal, i));
       auto took = run(troubles[i], expected, journal);
-      // Once more where the machine may have been busy.
-      if (took > kLate) took = run(troubles[i], expected, journal);
+      // Again where the machine may have been busy: one that is late for a reason is so each time.
+      for (int again = 0; again < 5 && took > kLate; ++again) {
+        took = run(troubles[i], expected, journal);
+      }
       EXPECT_LT(took, kLate);
       slowest = std::max(slowest, took);
       if (testing::Test::HasFailure()) return;
@@ -123,7 +125,8 @@ TEST(StoreTrouble, NothingRecordedMeanwhileIsMissingAndNoTickComesLate) {
              std::chrono::duration<double, std::milli>(slowest).count());
 }
 
-TEST(StoreTrouble, ADayWaitsInMemoryAndIsStoredInSteps) {
+// The slowest step of writing what has waited.
+SteadyClock::duration waitForADay() {
   TempStore store;
   SpanLog log(store.db);
   OtherProgram other(store.db.location().file());
@@ -155,11 +158,17 @@ TEST(StoreTrouble, ADayWaitsInMemoryAndIsStoredInSteps) {
   }
   EXPECT_TRUE(written);
   EXPECT_EQ(log.bytes(), 0U);
-  EXPECT_LT(slowest, 3 * kLate);
   fmt::print("{} waited, the slowest step took {:.1f} ms\n", kept,
              std::chrono::duration<double, std::milli>(slowest).count());
   EXPECT_EQ(other.ask("SELECT count(*), min(start), max(end) FROM events"),
             fmt::format("{}|0.0|{}.0|\n", kept, kept * 10));
+  return slowest;
+}
+
+TEST(StoreTrouble, ADayWaitsInMemoryAndIsStoredInSteps) {
+  auto slowest = waitForADay();
+  for (int again = 0; again < 5 && slowest > 3 * kLate; ++again) slowest = waitForADay();
+  EXPECT_LT(slowest, 3 * kLate);
 }
 
 // Somebody leaves at second 40, and windows come to the front by themselves.

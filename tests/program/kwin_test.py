@@ -2,15 +2,18 @@
 
 import os
 import shutil
+import sys
 import time
 
 import dbus
 
-from desktop import end, kill, wait_for
+from desktop import end, kill, output_of, pass_time, wait_for
 from wayland_desktop import EDITOR, TITLES, Scenario, WaylandDesktop
 
 KWIN = "org.kde.KWin"
 SCRIPTING = "org.kde.kwin.Scripting"
+WINDOWS = "org_kde_plasma_window_management"
+OUR_SCRIPT = "fr.quellvane.orvanta.focus"
 
 
 class KwinDesktop(WaylandDesktop):
@@ -52,7 +55,10 @@ class KwinDesktop(WaylandDesktop):
         self.scripting("loadScript", "ss", path, path)
         self.scripting("start", "")
 
-    def allow(self, program, interface="org_kde_plasma_window_management"):
+    def has_our_script(self):
+        return self.scripting("isScriptLoaded", "s", OUR_SCRIPT)
+
+    def allow(self, program, interface=WINDOWS):
         """The desktop file of a program that may use the interface."""
         self.install(os.path.basename(program), f"Name=Test\nExec={program}\n"
                      f"X-KDE-Wayland-Interfaces={interface}\n")
@@ -107,6 +113,19 @@ class KwinTest(Scenario):
         self.desktop.open_windows()
         self.show_windows(watch)
         self.check_probes(watch, "kwin-script", "ext-idle-notify")
-        wait_for(lambda: not self.desktop.scripting("isScriptLoaded", "s",
-                                                    "fr.quellvane.orvanta.focus"),
-                 10, "nothing is left in KWin")
+        wait_for(lambda: not self.desktop.has_our_script(), 10, "nothing is left in KWin")
+
+    def test_by_a_script_when_the_list_that_was_allowed_tells_of_no_window(self):
+        desktop = self.desktop
+        desktop.allow(os.path.realpath(sys.executable))  # which stands between
+        self.open_windows()
+        script = shutil.copy(os.path.join(os.path.dirname(__file__), "mute.py"), desktop.folder)
+        between = desktop.spawn(sys.executable, script, "mute-0", WINDOWS)
+        wait_for(lambda: "listening" in output_of(between), 10, "it listens")
+        watch = desktop.watch(env={"WAYLAND_DISPLAY": "mute-0"})
+        wait_for(lambda: "held back" in output_of(between), 10, "KWin has told of windows")
+        pass_time(5)
+        self.assertFalse(desktop.has_our_script(), "windows may yet be told of")
+        wait_for(desktop.has_our_script, 30, "the script is in KWin")
+        self.show_windows(watch)
+        self.check_probes(watch, "kwin-script", "ext-idle-notify")

@@ -68,15 +68,15 @@ class WaylandDesktop(Desktop):
             file.write(title + "\n")
         return time.time()
 
-    def watch(self, *arguments):
-        return ProbeWatch(self, *arguments)
+    def watch(self, *arguments, env=None):
+        return ProbeWatch(self, *arguments, env=env)
 
 
 class ProbeWatch:
     """The program's probes without the program: what they tell, and when."""
 
-    def __init__(self, desktop, *arguments):
-        self.process = desktop.spawn(shutil.copy(PROBE_WATCH, desktop.folder), *arguments)
+    def __init__(self, desktop, *arguments, env=None):
+        self.process = desktop.spawn(shutil.copy(PROBE_WATCH, desktop.folder), *arguments, env=env)
 
     def lines(self):
         with open(self.process.output, encoding="utf-8") as file:

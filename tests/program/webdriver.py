@@ -4,6 +4,7 @@ which knows no mouse and no keyboard there, and acts on it by those of the X ser
 import json
 import shutil
 import socket
+import time
 import urllib.error
 import urllib.request
 
@@ -17,13 +18,16 @@ FIND = """
     for (let i = 0; i < found.snapshotLength; i++) {
         const element = found.snapshotItem(i);
         if (element.matches(":disabled")) continue;
-        element.scrollIntoView({block: "nearest"});
-        const box = element.getBoundingClientRect();
-        const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
-        if (!element.contains(document.elementFromPoint(x, y))) continue;
-        window.clicked = false;
-        addEventListener("click", () => { clicked = true; }, {capture: true, once: true});
-        return [x, y].map(Math.round);
+        // As a user does who finds a message before it.
+        for (const block of ["nearest", "center"]) {
+            element.scrollIntoView({block});
+            const box = element.getBoundingClientRect();
+            const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
+            if (!element.contains(document.elementFromPoint(x, y))) continue;
+            window.clicked = false;
+            addEventListener("click", () => { clicked = true; }, {capture: true, once: true});
+            return [x, y].map(Math.round);
+        }
     }"""
 # What is written in the field that has the focus; nothing when none has.
 FOCUSED = """
@@ -142,14 +146,34 @@ class Page:
         self.request("POST", f"{self.session}/element/{next(iter(found.values()))}/value",
                      {"text": path})
 
-    def answer_panel(self, name, key, text=None):
-        """Presses the key in the program's dialogue window of that name, where the text is typed before
-        into the field that has the focus; returns the window."""
+    def answer_panel(self, name, key, path=None):
+        """Presses the key in the program's dialogue window of that name, where the path is typed before;
+        returns the window."""
         panel = wait_for(lambda: self.desktop.windows_named(name), 15, name)
         pass_time(1)  # GTK takes no key before its first frame
         self.desktop.focus(int(panel[-1]))
-        if text:
-            self.press("ctrl+a")
-            self.desktop.input("type", "--delay", "20", text)
+        if path:
+            self.type_path(path)
         self.press(key)
+        if path:
+            # It may only have closed the list of what GTK has guessed, which came meanwhile.
+            def gone():
+                return panel[-1] not in self.desktop.windows_named(name)
+            pressed = time.time()
+            wait_for(lambda: gone() or time.time() > pressed + 5, 10, f"{name} answers")
+            if not gone():
+                self.press(key)
+                wait_for(gone, 10, f"{name} closes")
         return panel[-1]
+
+    def type_path(self, path):
+        """Into the field for it in the panel that has the focus."""
+        self.press("ctrl+l")  # the field, in place of the folder's name
+
+        def typed():
+            self.press("ctrl+a")
+            self.desktop.input("type", "--delay", "20", path)
+            self.press("shift+End", "Delete", "ctrl+a")  # what GTK has guessed comes behind
+            selected = self.desktop.run("xclip", "-selection", "primary", "-out").stdout
+            return selected.decode() == path
+        wait_for(typed, 20, f"{path} in the field")

@@ -211,7 +211,7 @@ TEST_F(HistoryTest, AStoreWhoseTableIsDamagedIsChangedAllTheSame) {
   const auto page = number("SELECT rootpage FROM sqlite_master WHERE name='changes'");
   overwrite(file(), static_cast<std::size_t>((page - 1) * 1024), std::string(1024, '\xff'));
   TempStore again(store.folder.path());
-  History damaged(again.db);
+  History damaged(again.db, [this] { return now; });  // which has that row to tell
   EXPECT_TRUE(damaged.record([](Transaction& change) {
     change.run("UPDATE events SET category='y'");
     return ChangeNote{.kind = "assign"};

@@ -29,7 +29,7 @@ for (const colorScheme of ["light", "dark"]) {
     await check("shortcuts");
     await page.keyboard.press("Escape");
     await page.keyboard.press("Control+k");
-    await page.keyboard.type("le monde");
+    await page.getByRole("combobox", { name: "Retrouver" }).fill("le monde");
     await page.locator(".found-row").first().click();
     await check("search");
     await page.getByRole("button", { name: "Attribuer…" }).click();

@@ -302,7 +302,7 @@ const acts = [
     "day",
     async (page) => {
       await page.keyboard.press("Control+k");
-      await page.keyboard.type("github");
+      await page.getByRole("combobox", { name: "Retrouver" }).fill("github");
       await page.locator(".found-row").first().click();
       await press(page, "Attribuer…");
       await page.locator(".effect-now").waitFor();
@@ -313,7 +313,7 @@ const acts = [
     "week",
     async (page) => {
       await page.keyboard.press("Control+k");
-      await page.keyboard.type("le monde");
+      await page.getByRole("combobox", { name: "Retrouver" }).fill("le monde");
       await page.locator(".found-row").first().click();
       await press(page, "Effacer tout…");
       await page.getByText("activités), du").waitFor();

@@ -1,4 +1,4 @@
-import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { isAssignable } from "../../model/categories";
 import { type Hit, hits, moved, ruleFor } from "../../model/search";
 import { clip } from "../../model/time";
@@ -35,7 +35,8 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
   const [act, setAct] = useState<Act | null>(null);
   const hit = rows[at];
   const something = typed.trim() !== "" && found !== undefined && found.text !== "";
-  useEffect(() => setAt(-1), [found?.text]);
+  // Not after the next picture: a row that is picked in it stays so.
+  useLayoutEffect(() => setAt(-1), [found?.text]);
   const field = useFocused(found);
   useLayoutEffect(() => document.getElementById(rowId(at))?.scrollIntoView({ block: "nearest" }), [at]);
 
