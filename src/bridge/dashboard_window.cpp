@@ -10,6 +10,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <utility>
@@ -27,6 +28,8 @@ namespace json = boost::json;
 // A cold start on a slow disk; and a window that is there, maybe with a form half filled in, on a
 // busy machine.
 constexpr unsigned kPatience = 20000;  // ms
+// A page that shows today asks for it again as often.
+constexpr auto kRelease = std::chrono::seconds(10);
 
 // "" of what has none.
 std::filesystem::path pathOf(const std::string& uri) {
@@ -43,11 +46,11 @@ struct DashboardWindow::Process {
   bool reacted = false;
 };
 
-DashboardWindow::DashboardWindow(std::filesystem::path program, Core& core, SerialQueue::Task ended,
-                                 Log log)
+DashboardWindow::DashboardWindow(std::filesystem::path program, Core& core,
+                                 SerialQueue::Task release, Log log)
     : program_(std::move(program)),
       core_(core),
-      ended_(std::move(ended)),
+      release_(std::move(release)),
       log_(std::move(log)),
       work_(std::make_unique<SerialQueue>("orvanta.bridge")) {}
 
@@ -125,7 +128,7 @@ void DashboardWindow::lost() {
   patience_.disconnect();
   process_.reset();
   fileChosen({});
-  work_->post(ended_);
+  work_->post(release_);
   if (wanted && reacted) show();
   if (wanted && !reacted) tellFailure();
 }
@@ -145,6 +148,11 @@ void DashboardWindow::post(const std::string& route, SerialQueue::Task task) {
   } else {
     work_->post(std::move(task));
   }
+  if (std::exchange(releasing_, true)) return;
+  mainThread_.after(kRelease, [this] {
+    releasing_ = false;
+    work_->post(release_);
+  });
 }
 
 void DashboardWindow::received(const std::string& line) {

@@ -33,9 +33,10 @@ namespace orvanta {
 /// when this end of the socket goes away. Main thread only, unless said otherwise.
 class DashboardWindow {
  public:
-  /// `program` is the dashboard's file; `core` outlives the window. `ended` runs on the requests'
-  /// queue when a dashboard has ended, after the last of its requests.
-  DashboardWindow(std::filesystem::path program, Core& core, SerialQueue::Task ended, Log log);
+  /// `program` is the dashboard's file; `core` outlives the window. `release` gives back what
+  /// answers have taken: it runs on the requests' queue some seconds after a request, once for all
+  /// that came meanwhile, and when a dashboard has ended, after the last of its requests.
+  DashboardWindow(std::filesystem::path program, Core& core, SerialQueue::Task release, Log log);
   ~DashboardWindow();
   DashboardWindow(const DashboardWindow&) = delete;
   DashboardWindow& operator=(const DashboardWindow&) = delete;
@@ -74,7 +75,8 @@ class DashboardWindow {
 
   const std::filesystem::path program_;
   Core& core_;
-  const SerialQueue::Task ended_;
+  const SerialQueue::Task release_;
+  bool releasing_ = false;  // will be, in some seconds
   const Log log_;
   std::unique_ptr<Process> process_;  // null while no dashboard runs
   int generation_ = 0;                // counts the starts: an answer goes to the page that asked

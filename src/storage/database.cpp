@@ -85,11 +85,13 @@ Written Database::bringUpToDate() {
   if (std::exchange(upgrading_, true)) return Written::stored();
   auto written = Written::stored();
   if (const auto age = ageOf(*this)) {
-    if (*age == StoreAge::Older) {
-      Backups(Backups::folderOf(where_), {.log = log_}).make(where_.file(), clock_());
+    if (*age == StoreAge::Older && backedUp_ != identity()) {
+      Backups backups(Backups::folderOf(where_), {.log = log_});
+      if (backups.make(where_.file(), clock_()).made) backedUp_ = identity();
     }
     if (*age != StoreAge::Current) written = migrate(*this);
     upToDate_ = bool{written};
+    if (upToDate_) backedUp_.reset();
   }
   upgrading_ = false;
   return written;

@@ -182,8 +182,9 @@ class Database {
   std::optional<Identity> logIdentity_;  // of its write-ahead log, when we last looked
   bool upToDate_ = false;
   bool upgrading_ = false;
-  std::atomic<bool> away_ = false;  // the file is not to be opened
-  int depth_ = 0;                   // of transactions
+  std::optional<Identity> backedUp_;  // of a file of an older form that others keep from us
+  std::atomic<bool> away_ = false;    // the file is not to be opened
+  int depth_ = 0;                     // of transactions
 
   std::mutex settingsMutex_;  // guards the next
   SettingTexts waiting_;      // set, and not stored yet

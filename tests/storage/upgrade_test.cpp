@@ -4,6 +4,7 @@
 #include "storage/store_check.h"
 #include "support/places.h"
 #include "support/store_files.h"
+#include "support/store_rows.h"
 
 namespace orvanta::test {
 namespace {
@@ -64,6 +65,23 @@ TEST_F(UpgradeTest, KeepsEveryRowAndHasTheFormOfAFreshStore) {
   open();
   EXPECT_EQ(Backups(Backups::folderOf(where_)).list().size(), 1U) << "once";
   EXPECT_EQ(log_.lines(), Texts());
+}
+
+TEST_F(UpgradeTest, WaitsForAnotherProgramWithOneBackup) {
+  OtherProgram other(where_.file());
+  other.ask("BEGIN IMMEDIATE");
+  double now = 17e8;
+  Database db(where_, log_.sink(), [&] { return now += 3600; });
+  const auto backups = [&] { return Backups(Backups::folderOf(where_)).list().size(); };
+  db.look();
+  EXPECT_EQ(backups(), 1U);
+  db.look();
+  EXPECT_EQ(backups(), 1U) << "also while it is tried again and again";
+  EXPECT_NE(formOf(where_.file()).back(), formOf(TempStore().db.location().file()).back());
+  other.ask("ROLLBACK");
+  db.look();
+  EXPECT_EQ(formOf(where_.file()), formOf(TempStore().db.location().file()));
+  EXPECT_EQ(backups(), 1U);
 }
 
 }  // namespace

@@ -53,23 +53,24 @@ inline constexpr auto kLegacyTables =
     "INSERT INTO settings VALUES ('idle_threshold','240'),('port','8080');"
     "CREATE TABLE calendar_links (id INTEGER);";
 
-/// All rows of these tables, exactly; random identifiers by their length. Without the figures of a
+/// Reads all rows of a table, exactly; random identifiers by their length. Without the figures of a
 /// change, which are stored after it.
+inline std::string selectAll(OtherProgram& other, const std::string& table) {
+  const auto columns =
+      table == "settings"
+          ? "key, CASE key WHEN 'install_id' THEN length(value) ELSE quote(value) END"
+          : other.ask("SELECT group_concat('quote(' || name || ')') FROM pragma_table_info('" +
+                      table + "') WHERE name NOT IN ('effect', 'examples', 'bytes')");
+  return "SELECT " + columns.substr(0, columns.find('|')) + " FROM " + table + " ORDER BY 1";
+}
+
+/// So of these tables.
 inline std::string rowsOf(const std::filesystem::path& file,
                           const Texts& tables = {"events", "rules", "projects", "project_terms",
                                                  "settings"}) {
   OtherProgram other(file);
   std::string text;
-  for (const auto& table : tables) {
-    const auto columns =
-        table == "settings"
-            ? "key, CASE key WHEN 'install_id' THEN length(value) ELSE quote(value) END"
-            : other.ask("SELECT group_concat('quote(' || name || ')') FROM pragma_table_info('" +
-                        table + "') WHERE name NOT IN ('effect', 'examples', 'bytes')");
-    const auto end = columns.find('|');
-    text += table + ":\n" +
-            other.ask("SELECT " + columns.substr(0, end) + " FROM " + table + " ORDER BY 1");
-  }
+  for (const auto& table : tables) text += table + ":\n" + other.ask(selectAll(other, table));
   return text;
 }
 
