@@ -1,6 +1,6 @@
 #include "storage/erasure.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <cmath>
 #include <iterator>
