@@ -204,7 +204,7 @@ function FirstProject({ fields, onFields, settle, onBack, onDone }: FirstProject
   const create = () => {
     const name = fields.name.trim();
     if (name === "") return setError("Donnez un nom au projet, ou passez cette étape.");
-    run(async () => {
+    return run(async () => {
       await client.call("projects.save", { ...fields, name, keywords: fields.keywords.trim() });
       await finish();
     });

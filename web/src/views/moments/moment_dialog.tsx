@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useState } from "preact/hooks";
 import type { Day, Segment, UnixTime } from "../../bridge/routes";
 import { errorText, useAnswer, useClient } from "../../client";
 import { type Filling, filling, momentRange, readMoment } from "../../model/away";
@@ -55,15 +55,17 @@ export function MomentDialog({ day: first, today, now, range, onClose }: Props) 
       setError(errorText(failure));
     }
   };
-  const change = (part: Partial<typeof times>) => setTimes({ ...times, ...part });
   // What was wrong may be so no more.
-  useEffect(() => setError(""), [day, times, title, target, taking]);
+  const into =
+    <T,>(set: (value: T) => void) =>
+    (value: T) => (set(value), setError(""));
+  const change = into((part: Partial<typeof times>) => setTimes({ ...times, ...part }));
   return (
     <Dialog title="Ajouter un moment" onClose={onClose}>
       <Form onSubmit={save}>
         <div class="dialog-body form moment">
           <div class="moment-when">
-            <DayButton label="Jour" text={capitalize(longDay(day))} {...{ day, today }} onPick={setDay} />
+            <DayButton label="Jour" text={capitalize(longDay(day))} {...{ day, today }} onPick={into(setDay)} />
             <p>de</p>
             <TimeField label="Début" text={times.from} onChange={(from) => change({ from })} autoFocus />
             <p>à</p>
@@ -76,15 +78,15 @@ export function MomentDialog({ day: first, today, now, range, onClose }: Props) 
               maxLength={300}
               placeholder="Réunion, appel, visite…"
               value={title}
-              onInput={(event) => setTitle(event.currentTarget.value)}
+              onInput={(event) => into(setTitle)(event.currentTarget.value)}
             />
           </label>
           <div class="moment-target">
-            <TargetFields {...{ target, projects }} onChange={setTarget} />
+            <TargetFields {...{ target, projects }} onChange={into(setTarget)} />
           </div>
-          <Effect {...{ asked, fill, day }} taking={taking} onTaking={setTaking} />
+          <Effect {...{ asked, fill, day }} taking={taking} onTaking={into(setTaking)} />
         </div>
-        <EditorFoot error={error} action="Ajouter" onClose={onClose} />
+        <EditorFoot error={error} action="Ajouter" />
       </Form>
     </Dialog>
   );
