@@ -143,9 +143,9 @@ function Recorded({ db, launch }: { db: string; launch: Launch }) {
           et les moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni contenu.
         </li>
         <li>
-          <b>Où c’est gardé.</b> Dans un seul fichier de cet ordinateur, lisible de vous seul. Rien ne part
-          ailleurs.
-          <code>{db}</code>
+          <b>Où c’est gardé.</b> Dans un seul dossier de cet ordinateur, sauvegardes comprises, lisible de
+          vous seul. Rien ne part ailleurs.
+          <code>{db.replace(/[^/]*$/, "")}</code>
         </li>
         <li>
           <b>Vous décidez.</b> Une pause d’un clic, des sites exclus, un mode sans titres ni adresses, un

@@ -84,7 +84,7 @@ export function MomentDialog({ day: first, today, now, range, onClose }: Props) 
           <div class="moment-target">
             <TargetFields {...{ target, projects }} onChange={into(setTarget)} />
           </div>
-          <Effect {...{ asked, fill, day }} taking={taking} onTaking={into(setTaking)} />
+          <Effect {...{ asked, fill, day }} told={error !== ""} taking={taking} onTaking={into(setTaking)} />
         </div>
         <EditorFoot error={error} action="Ajouter" />
       </Form>
@@ -138,18 +138,20 @@ interface EffectProps {
   asked: Asked;
   fill: Filling | undefined;
   day: Day;
+  /** What is wrong is told elsewhere. */
+  told: boolean;
   taking: boolean;
   onTaking: (taking: boolean) => void;
 }
 
-function Effect({ asked, fill, day, taking, onTaking }: EffectProps) {
+function Effect({ asked, fill, day, told, taking, onTaking }: EffectProps) {
   const overnight = typeof asked !== "string" && dayOf(asked.end - 1) !== day;
   const lines = fill && [
     fill.added >= 1 ? `Ajoute ${duration(fill.added)}${overnight ? ", jusqu’au lendemain" : ""}.` : "N’ajoute rien.",
     fill.taken >= 1 && !taking && `${duration(fill.taken)} déjà enregistrées restent comme elles sont.`,
     fill.future >= 1 && `${duration(fill.future)} encore à venir ne comptent pas.`,
   ];
-  const text = typeof asked === "string" ? asked : (lines || []).filter(Boolean).join(" ");
+  const text = typeof asked === "string" ? !told && asked : (lines || []).filter(Boolean).join(" ");
   return (
     <div class="moment-effect">
       <Said text={text} />
