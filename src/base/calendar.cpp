@@ -78,7 +78,6 @@ Glib::TimeZone Calendar::zone() const {
 }
 
 int64_t Calendar::wallSeconds(double instant) const {
-  // A damaged store may hold any number; some 28,000 years is as far as dates are counted.
   constexpr double kFarthest = 9e11;
   const double counted = !(instant > -kFarthest) ? -kFarthest : std::min(instant, kFarthest);
   const auto seconds = static_cast<int64_t>(std::floor(counted));

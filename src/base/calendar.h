@@ -65,7 +65,10 @@ class Calendar {
   /// The local date of an instant.
   Date dateOf(double instant) const;
 
-  /// What the wall clock shows at an instant, as whole seconds since it showed the start of 1970.
+  /// What the wall clock shows at an instant, as whole seconds since it showed the start of 1970. A
+  /// damaged store may hold any number, and std::chrono counts years up to 32,767: what is further
+  /// than some 28,000 years from 1970 counts as that far, what is no number as the earliest. Dates
+  /// and times of day go by this.
   int64_t wallSeconds(double instant) const;
   /// The same as "14:03".
   std::string wallTime(double instant) const;

@@ -94,7 +94,7 @@ std::string momentChanged(const TimeRange& range, const Calendar& calendar) {
 }
 
 std::string skipped(const std::vector<TimeRange>& ranges, const Calendar& calendar) {
-  return "Pause : " + words(ranges, calendar);
+  return "Absence ignorée : " + words(ranges, calendar);
 }
 
 std::string projectSaved(std::string_view name) {

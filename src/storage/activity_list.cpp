@@ -7,6 +7,7 @@
 #include <array>
 #include <random>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "base/own_file.h"
@@ -217,7 +218,12 @@ bool ActivityNumbers::store() {
   const auto bytes = partOf(part_, activities_, texts_);
   const auto end = static_cast<off_t>(end_);
   if (!file || ftruncate(file.get(), end) != 0) return false;
-  if (!writeAt(file.get(), end_, bytes)) return ftruncate(file.get(), end) == 0 && false;
+  if (!writeAt(file.get(), end_, bytes)) {
+    // Only to give a full disk its room back. Where it stays, half a part is no part: nobody reads
+    // it, the next one takes its place, and what is erased is taken out of it as of the others.
+    std::ignore = ftruncate(file.get(), end);
+    return false;
+  }
   end_ += bytes.size();
   activities_.clear();
   texts_.clear();

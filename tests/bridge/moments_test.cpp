@@ -227,7 +227,8 @@ TEST_F(Moments, GapsAreToldWithWhatTheyMayHaveBeen) {
   const json::object lunch{{"ranges", json::array{{{"from", nine + 60}, {"to", nine + hour}}}}};
   EXPECT_EQ(ask("moments.skip", lunch), done());
   EXPECT_EQ(call("moments.gaps", R"({"from": "2023-11-13"})").at("count"), 0);
-  EXPECT_EQ(ask("changes.list", {}).at(0).at("label"), "Pause : 13/11/2023, 09:01 – 10:00");
+  EXPECT_EQ(ask("changes.list", {}).at(0).at("label"),
+            "Absence ignorée : 13/11/2023, 09:01 – 10:00");
   EXPECT_EQ(ask("changes.undo", {{"id", lastChange()}}), done());
   EXPECT_EQ(call("moments.gaps", R"({"from": "2023-11-13"})").at("count"), 1);
   EXPECT_EQ(call("absence.get").at("ask_minutes"), 10.0);

@@ -295,7 +295,9 @@ TEST_F(ActivityIndexTest, HoldsNothingOfWhatWasErased) {
   const auto erased = [&](const Erasure& erasure, const TimeRange& range, bool madeMeanwhile) {
     makeIndex();
     ASSERT_FALSE(filesHolding(activityFolder(db.location()), "Titre-1501.").empty());
-    std::ofstream(activityFolder(db.location()) / "20745.XYZ") << "Titre-1501.";  // of a kill
+    // Of a kill, and of a disk that was full.
+    std::ofstream(activityFolder(db.location()) / "20745.XYZ") << "Titre-1501.";
+    std::ofstream(activityList(db.location()).file(), std::ios::app) << "Titre-1501.";
     Transaction change(db);
     for (const auto& step : erasure.steps) change.run(step.sql, step.args);
     ASSERT_TRUE(change.commit());

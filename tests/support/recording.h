@@ -13,6 +13,8 @@ struct Recording {
     clock.now = clock.now + seconds;
     engine.tick();
   }
+  std::size_t count() { return store.db.query("SELECT 1 FROM events").size(); }
+  Row lastSpan() { return store.db.query("SELECT * FROM events ORDER BY id DESC LIMIT 1").front(); }
 
   TempStore store;
   FakeDesktop desktop;

@@ -189,6 +189,76 @@ test("a pause ends when it was told to, and how soon one is asked is a setting",
   await page.context().close();
 });
 
+// How many were asked of the program since this was called, and the way to let their answers through.
+async function held(page, path) {
+  const asked = () => page.asked.filter(([name, { preview }]) => name === path && !preview).length;
+  const before = asked();
+  const answers = [];
+  await page.route("**/ask", async (route) => {
+    const { path: name, body } = route.request().postDataJSON();
+    if (name !== path || body.preview) return route.continue();
+    const response = await route.fetch();
+    answers.push(() => route.fulfill({ response }));
+  });
+  return {
+    count: () => asked() - before,
+    first: async () => {
+      while (answers.length === 0) await page.waitForTimeout(10);
+    },
+    let: async () => {
+      for (const answer of answers) await answer();
+      await page.unroute("**/ask");
+    },
+  };
+}
+
+test("keys that come faster than the answer neither do twice, nor close what says how it went", async () => {
+  const page = await open();
+  const dialog = page.locator("dialog");
+  const fast = async (keys) => {
+    for (const key of keys) await page.keyboard.press(key);
+  };
+  await page.keyboard.press("n");
+  await dialog.getByLabel("Début").fill("7:00");
+  await dialog.getByLabel("Fin").fill("7:30");
+  // What is wrong with what was typed last is told, however soon it is sent.
+  const end = dialog.getByLabel("Fin");
+  await end.evaluate(async (field) => {
+    field.value = "7:3x";
+    field.dispatchEvent(new Event("input", { bubbles: true }));
+    await null;
+    field.form.requestSubmit();
+  });
+  await dialog.getByRole("alert").filter({ hasText: /./ }).waitFor();
+  await end.fill("7:30");
+  await dialog.getByLabel("Note").fill("Appel");
+  const adding = await held(page, "moments.add");
+  await fast(["Enter", "Enter", "Escape", "Escape"]);
+  await adding.first();
+  await dialog.getByRole("button", { name: "Annuler" }).click();
+  assert.equal(await dialog.count(), 1, "open until the answer is there");
+  await adding.let();
+  await dialog.waitFor({ state: "detached" });
+  await toast(page, "Ajouté").waitFor();
+  assert.equal(adding.count(), 1);
+
+  await page.locator(".list-pane").getByRole("listbox").evaluate((list) => list.scrollIntoView());
+  await page.locator(".block:not(.idle)").first().click();
+  await page.keyboard.press("Delete");
+  const erase = dialog.getByRole("button", { name: "Supprimer pour de bon" });
+  await page.waitForFunction((button) => !button.disabled, await erase.elementHandle());
+  const erasing = await held(page, "events.delete");
+  await erase.focus();
+  await fast(["Enter", "Enter", "Escape", "Escape"]);
+  await erasing.first();
+  assert.equal(await dialog.count(), 1, "open until the answer is there");
+  await erasing.let();
+  await dialog.waitFor({ state: "detached" });
+  await toast(page, "Supprimé").waitFor();
+  assert.equal(erasing.count(), 1);
+  await page.context().close();
+});
+
 test("nothing was complained about, and the answers are what is declared", () => {
   assert.deepEqual(stage.errors, []);
   assert.equal(stage.shapes.complaints(), "");

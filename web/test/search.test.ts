@@ -40,6 +40,9 @@ test("what is found is told with when it ended last", () => {
     "1\u00a0h\u00a005 en tout. Dernière fois\u00a0: mardi 29 juillet 2025, 16:43.",
   );
   assert.equal(foundText({ ...found, first: null, last: null }), "Rien de tel n’a été enregistré.");
+  const building = { ...found, building: true };
+  assert.match(foundText(building), / pour l’instant\./, "not of all years yet");
+  assert.equal(foundText({ ...building, first: null, last: null }), "Rien de tel pour l’instant.");
 });
 
 test("a rule looks for the site that was searched for, or else for the words in the title", () => {

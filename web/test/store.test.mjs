@@ -264,7 +264,7 @@ for (const colorScheme of ["light", "dark"]) {
     await dialog.getByText("19 novembre 2026").waitFor();
     const text = plain(await dialog.innerText());
     assert.match(text, /Dernier jour\s+19 novembre 2026\s+17 novembre 2026/);
-    assert.match(text, /132 activités \(14 h 5\d\) du fichier actuel ne sont pas dans cette sauvegarde/);
+    assert.match(text, /132 activités \(14 h 5\d\) du fichier actuel n’y sont pas/);
     assert.match(text, /Le fichier actuel n’est pas effacé/);
     assert.deepEqual(await complaints(page), []);
     await confirm.click();

@@ -27,10 +27,16 @@ export function moment(time: UnixTime): string {
 }
 
 /** All of it in a sentence, to be read out. */
-export function foundText({ duration: seconds, first, last }: Found): string {
-  if (first === null) return "Rien de tel n’a été enregistré.";
+export function foundText(found: Found): string {
+  const { duration: seconds, first, last } = found;
+  if (first === null) return found.building ? "Rien de tel pour l’instant." : "Rien de tel n’a été enregistré.";
   const end = last === null ? "" : ` Dernière fois\u00a0: ${moment(last)}.`;
-  return `${duration(seconds)} en tout.${end}`;
+  return `${duration(seconds)} ${extent(found)}.${end}`;
+}
+
+/** How much of what there is has been looked at. */
+export function extent({ building }: Found): string {
+  return building ? "pour l’instant" : "en tout";
 }
 
 /** The month bars' view of it. */

@@ -1,9 +1,35 @@
-import type { ComponentChildren } from "preact";
-import { useEffect, useId, useRef } from "preact/hooks";
+import { type ComponentChildren, createContext } from "preact";
+import { useContext, useEffect, useId, useRef } from "preact/hooks";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
 import { Said } from "./said";
 import { useTask } from "./task";
+
+type Action = () => Promise<void> | void;
+
+/** What the parts of a dialogue share with it. */
+interface Held {
+  busy: { readonly current: boolean };
+  /** Runs what its buttons and forms do, one at a time. */
+  once: (action: Action) => Promise<void>;
+  /** Closes it, unless how that went is not known yet: it is told here. */
+  close: () => void;
+}
+const Around = createContext<Held | null>(null);
+
+function useHeld(onClose: () => void): Held {
+  const busy = useRef(false);
+  const once = async (action: Action) => {
+    if (busy.current) return;
+    busy.current = true;
+    try {
+      await action();
+    } finally {
+      busy.current = false;
+    }
+  };
+  return { busy, once, close: () => busy.current || onClose() };
+}
 
 interface DialogProps {
   title: string;
@@ -12,9 +38,13 @@ interface DialogProps {
   wide?: boolean | undefined;
 }
 
-/** A modal dialogue: Escape and the cross close it, the focus goes back to where it was. */
+/**
+ * A modal dialogue: Escape and the cross close it, the focus goes back to where it was. While the answer to
+ * what was done in it is awaited it stays, and does nothing more.
+ */
 export function Dialog({ title, onClose, children, wide }: DialogProps) {
   const ref = useRef<HTMLDialogElement>(null);
+  const held = useHeld(onClose);
   const heading = useId();
   useEffect(() => {
     const before = document.activeElement;
@@ -34,17 +64,21 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
       aria-labelledby={heading}
       onCancel={(event) => {
         event.preventDefault();
-        onClose();
+        held.close();
       }}
-      onKeyDown={(event) => event.stopPropagation()}
+      onKeyDown={(event) => {
+        event.stopPropagation();
+        // A second one a browser may not let be refused.
+        if (event.key === "Escape" && held.busy.current) event.preventDefault();
+      }}
     >
       <header class="dialog-head">
         <h2 id={heading} tabIndex={-1}>
           {title}
         </h2>
-        <IconButton kind="ghost square" icon="close" label="Fermer" onClick={onClose} />
+        <IconButton kind="ghost square" icon="close" label="Fermer" onClick={held.close} />
       </header>
-      {children}
+      <Around.Provider value={held}>{children}</Around.Provider>
     </dialog>
   );
 }
@@ -62,34 +96,39 @@ interface ConfirmProps {
 }
 
 /** Asks before something that loses or replaces what is there. */
-export function Confirm({
-  title,
-  children,
-  action,
-  danger,
-  disabled,
-  wide,
-  onConfirm,
-  onClose,
-}: ConfirmProps) {
+export function Confirm({ title, children, wide, ...foot }: ConfirmProps) {
+  return (
+    <Dialog title={title} onClose={foot.onClose} wide={wide}>
+      <div class="dialog-body prose">{children}</div>
+      <ConfirmFoot {...foot} />
+    </Dialog>
+  );
+}
+
+function ConfirmFoot({ action, danger, disabled, onConfirm, onClose }: Omit<ConfirmProps, "title" | "children">) {
+  const held = useContext(Around);
   const { busy, error, run } = useTask();
   const confirm = async () => {
     await onConfirm();
     onClose();
   };
   return (
-    <Dialog title={title} onClose={onClose} wide={wide}>
-      <div class="dialog-body prose">{children}</div>
+    <>
       <FormError text={error} />
       <footer class="dialog-foot">
-        <Button autoFocus onClick={onClose}>
+        <Button autoFocus onClick={held?.close}>
           Annuler
         </Button>
-        <Button kind={danger ? "danger" : "primary"} disabled={disabled || busy} onClick={() => run(confirm)}>
+        <Button
+          kind={danger ? "danger" : "primary"}
+          disabled={disabled}
+          aria-disabled={busy}
+          onClick={() => held?.once(() => run(confirm))}
+        >
           {action}
         </Button>
       </footer>
-    </Dialog>
+    </>
   );
 }
 
@@ -98,18 +137,20 @@ interface FormProps {
   class?: string;
   "aria-labelledby"?: string;
   children: ComponentChildren;
-  onSubmit: () => Promise<void> | void;
+  onSubmit: Action;
 }
 
-/** A form that the page itself checks and sends. */
+/** A form that the page itself checks and sends, not again before that is done. */
 export function Form({ onSubmit, ...rest }: FormProps) {
+  const alone = useHeld(() => {});
+  const { once } = useContext(Around) ?? alone;
   return (
     <form
       noValidate
       {...rest}
       onSubmit={(event) => {
         event.preventDefault();
-        void onSubmit();
+        void once(onSubmit);
       }}
     />
   );
@@ -128,16 +169,16 @@ interface FootProps {
   error: string;
   /** What sending the form is called. */
   action?: string;
-  onClose: () => void;
 }
 
 /** What ends the form of an editor: what is wrong, and the two ways out. */
-export function EditorFoot({ error, action = "Enregistrer", onClose }: FootProps) {
+export function EditorFoot({ error, action = "Enregistrer" }: FootProps) {
+  const held = useContext(Around);
   return (
     <>
       <FormError text={error} />
       <footer class="dialog-foot">
-        <Button onClick={onClose}>Annuler</Button>
+        <Button onClick={held?.close}>Annuler</Button>
         <Button type="submit" kind="primary">
           {action}
         </Button>

@@ -5,7 +5,8 @@ interface Task {
   busy: boolean;
   error: string;
   setError: (text: string) => void;
-  run: (action: () => Promise<void> | void) => void;
+  /** Yields when it has ended, however it went. */
+  run: (action: () => Promise<void> | void) => Promise<void>;
 }
 
 /** An action that takes its time: whether it is going on, and what went wrong with it. */
@@ -22,5 +23,5 @@ export function useTask(): Task {
     }
     setBusy(false);
   };
-  return { busy, error, setError, run: (action) => void run(action) };
+  return { busy, error, setError, run };
 }

@@ -143,9 +143,9 @@ function Recorded({ db, launch }: { db: string; launch: Launch }) {
           et les moments où vous n’êtes pas là. Ni frappes, ni captures d’écran, ni contenu.
         </li>
         <li>
-          <b>Où c’est gardé.</b> Dans un seul fichier de cet ordinateur, lisible de vous seul. Rien ne part
-          ailleurs.
-          <code>{db}</code>
+          <b>Où c’est gardé.</b> Dans un seul dossier de cet ordinateur, sauvegardes comprises, lisible de
+          vous seul. Rien ne part ailleurs.
+          <code>{db.replace(/[^/]*$/, "")}</code>
         </li>
         <li>
           <b>Vous décidez.</b> Une pause d’un clic, des sites exclus, un mode sans titres ni adresses, un
@@ -204,7 +204,7 @@ function FirstProject({ fields, onFields, settle, onBack, onDone }: FirstProject
   const create = () => {
     const name = fields.name.trim();
     if (name === "") return setError("Donnez un nom au projet, ou passez cette étape.");
-    run(async () => {
+    return run(async () => {
       await client.call("projects.save", { ...fields, name, keywords: fields.keywords.trim() });
       await finish();
     });

@@ -28,9 +28,9 @@ export function MonthBars({ known, caption, cat, color }: Props) {
   const day = ({ month }: typeof first) => `${month}-01`;
   // A sliver is seen, too.
   const tall = (seconds: number) => (seconds > 0 ? Math.max((seconds / most.seconds) * height, 1.5) : 0);
-  // Bars do not grow with the room that there is; a few are too narrow a ground for two labels.
+  // Bars do not grow with the room that there is; a few are too narrow a ground for three labels.
   const width = `${months.length * 1.6}rem`;
-  const wide = months.length >= 12;
+  const wide = months.length >= 14;
   const gap = months.length > 60 ? 1.5 : 3;
   return (
     <div class={wide ? "month-bars wide" : "month-bars"} style={wide ? { maxWidth: width } : undefined}>

@@ -68,7 +68,7 @@ export function GoalEditor({ goal, onClose }: Props) {
   const save = () => {
     const wish = wishOf(draft, goal?.id);
     if (typeof wish === "string") return setError(wish);
-    run(async () => {
+    return run(async () => {
       await undoable(
         () => client.call("goals.save", wish),
         ({ changes }) => ({ text: typeset(changes[0]?.label ?? "Objectif enregistré.") }),
@@ -89,7 +89,7 @@ export function GoalEditor({ goal, onClose }: Props) {
           <SubjectField draft={draft} onChange={change} />
           <LengthFields draft={draft} onChange={change} />
         </div>
-        <EditorFoot error={error} onClose={onClose} />
+        <EditorFoot error={error} />
       </Form>
     </Dialog>
   );

@@ -19,13 +19,13 @@ export function HistoryView({ today }: ViewProps) {
       <div class="view-head">
         <ViewTitle text="Historique des changements" />
         <p class="quiet">
-          Ce que vous avez changé ces 90 derniers jours, chaque fois avec son effet et le retour.
+          Ce que vous avez changé, jusqu’à 90 jours en arrière, chaque fois avec son effet et le retour.
         </p>
       </div>
       {error && <Failure text={error} retry={reload} />}
       {answer?.length === 0 && (
         <Empty title="Aucun changement.">
-          <p>Ce que vous attribuez, et les règles, projets et réglages que vous changez, apparaîtra ici.</p>
+          <p>Ce que vous attribuez, et les règles, projets et réglages que vous changez, apparaîtront ici.</p>
         </Empty>
       )}
       {days.map(([day, changes]) => (

@@ -94,7 +94,7 @@ function Fields({ moment, onDone, onClose }: Omit<Props, "moments"> & { moment: 
           <TimeField label="Fin" text={to} onChange={into(setTo)} />
         </div>
       </div>
-      <EditorFoot error={error} action="Enregistrer" onClose={onClose} />
+      <EditorFoot error={error} action="Enregistrer" />
     </Form>
   );
 }

@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useState } from "preact/hooks";
 import type { Day, Segment, UnixTime } from "../../bridge/routes";
 import { errorText, useAnswer, useClient } from "../../client";
 import { type Filling, filling, momentRange, readMoment } from "../../model/away";
@@ -55,15 +55,17 @@ export function MomentDialog({ day: first, today, now, range, onClose }: Props) 
       setError(errorText(failure));
     }
   };
-  const change = (part: Partial<typeof times>) => setTimes({ ...times, ...part });
   // What was wrong may be so no more.
-  useEffect(() => setError(""), [day, times, title, target, taking]);
+  const into =
+    <T,>(set: (value: T) => void) =>
+    (value: T) => (set(value), setError(""));
+  const change = into((part: Partial<typeof times>) => setTimes({ ...times, ...part }));
   return (
     <Dialog title="Ajouter un moment" onClose={onClose}>
       <Form onSubmit={save}>
         <div class="dialog-body form moment">
           <div class="moment-when">
-            <DayButton label="Jour" text={capitalize(longDay(day))} {...{ day, today }} onPick={setDay} />
+            <DayButton label="Jour" text={capitalize(longDay(day))} {...{ day, today }} onPick={into(setDay)} />
             <p>de</p>
             <TimeField label="Début" text={times.from} onChange={(from) => change({ from })} autoFocus />
             <p>à</p>
@@ -76,15 +78,15 @@ export function MomentDialog({ day: first, today, now, range, onClose }: Props) 
               maxLength={300}
               placeholder="Réunion, appel, visite…"
               value={title}
-              onInput={(event) => setTitle(event.currentTarget.value)}
+              onInput={(event) => into(setTitle)(event.currentTarget.value)}
             />
           </label>
           <div class="moment-target">
-            <TargetFields {...{ target, projects }} onChange={setTarget} />
+            <TargetFields {...{ target, projects }} onChange={into(setTarget)} />
           </div>
-          <Effect {...{ asked, fill, day }} taking={taking} onTaking={setTaking} />
+          <Effect {...{ asked, fill, day }} told={error !== ""} taking={taking} onTaking={into(setTaking)} />
         </div>
-        <EditorFoot error={error} action="Ajouter" onClose={onClose} />
+        <EditorFoot error={error} action="Ajouter" />
       </Form>
     </Dialog>
   );
@@ -136,18 +138,20 @@ interface EffectProps {
   asked: Asked;
   fill: Filling | undefined;
   day: Day;
+  /** What is wrong is told elsewhere. */
+  told: boolean;
   taking: boolean;
   onTaking: (taking: boolean) => void;
 }
 
-function Effect({ asked, fill, day, taking, onTaking }: EffectProps) {
+function Effect({ asked, fill, day, told, taking, onTaking }: EffectProps) {
   const overnight = typeof asked !== "string" && dayOf(asked.end - 1) !== day;
   const lines = fill && [
     fill.added >= 1 ? `Ajoute ${duration(fill.added)}${overnight ? ", jusqu’au lendemain" : ""}.` : "N’ajoute rien.",
     fill.taken >= 1 && !taking && `${duration(fill.taken)} déjà enregistrées restent comme elles sont.`,
     fill.future >= 1 && `${duration(fill.future)} encore à venir ne comptent pas.`,
   ];
-  const text = typeof asked === "string" ? asked : (lines || []).filter(Boolean).join(" ");
+  const text = typeof asked === "string" ? !told && asked : (lines || []).filter(Boolean).join(" ");
   return (
     <div class="moment-effect">
       <Said text={text} />

@@ -53,7 +53,15 @@ function listsOf(report: PeriodReport): List[] {
     duration: one.duration,
     change: change(one.change),
   }));
-  if (without_project >= 1) projects.push({ key: "", name: "Sans projet", duration: without_project });
+  if (without_project >= 1) {
+    const had = by_project.reduce((sum, one) => sum + one.duration - (one.change ?? 0), 0);
+    projects.push({
+      key: "",
+      name: "Sans projet",
+      duration: without_project,
+      change: change(before && without_project - (before.active - had)),
+    });
+  }
   return [
     {
       title: "Catégories",

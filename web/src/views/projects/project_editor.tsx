@@ -198,7 +198,7 @@ export function ProjectEditor({ project, others, terms, onClose }: Props) {
             hint="Ce que ses mots-clés lui donnent apparaîtra ici."
           />
         </div>
-        <EditorFoot error={error} onClose={onClose} />
+        <EditorFoot error={error} />
       </Form>
     </Dialog>
   );

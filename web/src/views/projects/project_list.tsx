@@ -29,7 +29,7 @@ export function ProjectList({ title, rows, hours, terms, actions }: Props) {
         <span>Nom</span>
         <span>Catégorie</span>
         <span class="number">Ce mois-ci</span>
-        <span class="number">Le dernier</span>
+        <span class="number">Mois dernier</span>
         <span>Budget</span>
         <span />
       </div>

@@ -1,22 +1,6 @@
 import type { TermsText } from "../../model/terms";
-import { Segmented, Select } from "../../ui/parts";
-
-export const modes = [
-  { value: "nearest" as const, label: "Au plus proche" },
-  { value: "up" as const, label: "Vers le haut" },
-];
-export const scopes = [
-  { value: "day" as const, label: "Chaque jour" },
-  { value: "total" as const, label: "Le total" },
-];
-/** Minutes, and what rounding to them is called; none where nothing is agreed. */
-export function roundings(none: string): [string, string][] {
-  const steps = [5, 6, 10, 15, 30].map((minutes): [string, string] => [
-    String(minutes),
-    `Arrondi à ${minutes}\u00a0min`,
-  ]);
-  return [["", none], ["0", "Sans arrondi"], ...steps];
-}
+import { Select } from "../../ui/parts";
+import { RoundingWays, roundings } from "../../ui/rounding";
 
 interface ClientProps {
   client: string;
@@ -85,24 +69,7 @@ export function TermsFields({ terms, onChange }: Props) {
             onChange={(value) => onChange({ rounding: value })}
           />
         </label>
-        {Number(rounding) > 0 && (
-          <div class="field-row wrap">
-            <Segmented
-              legend="Sens de l’arrondi"
-              small
-              choices={modes}
-              value={mode}
-              onChange={(value) => onChange({ mode: value })}
-            />
-            <Segmented
-              legend="Ce qui est arrondi"
-              small
-              choices={scopes}
-              value={scope}
-              onChange={(value) => onChange({ scope: value })}
-            />
-          </div>
-        )}
+        <RoundingWays minutes={Number(rounding)} {...{ mode, scope, onChange }} />
       </div>
     </details>
   );

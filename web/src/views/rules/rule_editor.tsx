@@ -53,7 +53,7 @@ export function RuleEditor({ draft, onClose }: Props) {
           />
           <RulePreview rule={rule} />
         </div>
-        <EditorFoot error={error} onClose={onClose} />
+        <EditorFoot error={error} />
       </Form>
     </Dialog>
   );

@@ -1,6 +1,6 @@
 import type { Found } from "../../bridge/routes";
 import { amount } from "../../model/effect";
-import { foundText, moment, monthsOf } from "../../model/search";
+import { extent, foundText, moment, monthsOf } from "../../model/search";
 import { MonthBars } from "../../ui/effect/month_bars";
 import { Foreign, Incomplete } from "../../ui/parts";
 import { Said } from "../../ui/said";
@@ -10,19 +10,19 @@ const kinds = { project: "Projet", domain: "Site", app: "Application" };
 
 /** How much it is in all, when it was first and last, and in which months. */
 export function FoundHead({ found, onErase }: { found: Found; onErase: () => void }) {
-  const { text, first, last, duration: seconds } = found;
+  const { text, first, last, duration: seconds, building } = found;
   return (
     <div class="found-head">
       <Said class="sr-only" text={foundText(found)} />
       <Incomplete text={found.incomplete} />
       {first === null ? (
-        <p class="quiet">Rien de tel n’a été enregistré.</p>
+        <p class="quiet">{foundText(found)}</p>
       ) : (
         <>
           <div class="found-sums">
             <div class="found-all">
               <span>
-                <b class="found-total">{amount(seconds)}</b> <span class="quiet">en tout</span>
+                <b class="found-total">{amount(seconds)}</b> <span class="quiet">{extent(found)}</span>
               </span>
               <WholeActs {...{ text, onErase }} />
             </div>
@@ -31,9 +31,11 @@ export function FoundHead({ found, onErase }: { found: Found; onErase: () => voi
                 <span class="quiet">Dernière fois :</span> <b>{moment(last)}</b>
               </p>
             )}
-            <p>
-              <span class="quiet">Première fois :</span> {moment(first)}
-            </p>
+            {!building && (
+              <p>
+                <span class="quiet">Première fois :</span> {moment(first)}
+              </p>
+            )}
             {found.subjects.length > 0 && (
               <p class="found-subjects">
                 {found.subjects.map(({ kind, name, duration: part }) => (
@@ -49,7 +51,7 @@ export function FoundHead({ found, onErase }: { found: Found; onErase: () => voi
           <MonthBars known={monthsOf(found)} caption="Temps trouvé, par mois" cat="cat-travail" />
         </>
       )}
-      {found.building && (
+      {building && (
         <p class="quiet" role="status">
           Les années les plus anciennes sont encore en préparation ; elles viennent d’elles-mêmes.
         </p>

@@ -28,7 +28,7 @@ export function DomainList({ domains, problem, onSave }: Props) {
     if (text.trim() === "") return;
     const domain = readDomain(text);
     if (domain === null) return setError("Un site s’écrit exemple.fr.");
-    run(async () => {
+    return run(async () => {
       const { spans, excluded } = await client.call("exclusions.preview", { site: domain });
       if (spans > 0) return setAsked(domain);
       if (!excluded) await client.call("exclusions.add", { site: domain, past: "keep" });

@@ -90,17 +90,17 @@ export function RestorePreview({ file, onReady }: { file: string; onReady: () =>
 function Lost({ spans, seconds }: { spans: number | null; seconds: Seconds | null }) {
   if (spans === null || seconds === null)
     return (
-      <>Le fichier actuel ne peut pas être lu en entier : ce qui manque à cette sauvegarde n’est pas connu.</>
+      <>Le fichier actuel ne peut pas être lu en entier : ce qu’il a de plus n’est pas connu.</>
     );
-  if (spans === 0) return <>Cette sauvegarde contient tout le temps du fichier actuel.</>;
+  if (spans === 0) return <>Tout le temps du fichier actuel y est.</>;
   return (
     <>
       <b>
         {count(spans, "activité")} ({duration(seconds)})
       </b>
       {spans === 1
-        ? " du fichier actuel n’est pas dans cette sauvegarde et sera mise de côté avec lui."
-        : " du fichier actuel ne sont pas dans cette sauvegarde et seront mises de côté avec lui."}
+        ? " du fichier actuel n’y est pas et sera mise de côté avec lui."
+        : " du fichier actuel n’y sont pas et seront mises de côté avec lui."}
     </>
   );
 }

@@ -42,7 +42,7 @@ export function FreezeDialog({ sheet, onClose }: { sheet: Sheet; onClose: () => 
             />
           </label>
         </div>
-        <EditorFoot error={error} action="Figer" onClose={onClose} />
+        <EditorFoot error={error} action="Figer" />
       </Form>
     </Dialog>
   );

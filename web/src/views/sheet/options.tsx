@@ -5,7 +5,7 @@ import type { Options } from "../../model/sheet";
 import { finenesses } from "../../model/range";
 import { clip } from "../../model/time";
 import { Segmented, Select } from "../../ui/parts";
-import { modes, roundings, scopes } from "../projects/terms_fields";
+import { RoundingWays, roundings } from "../../ui/rounding";
 
 interface Props {
   options: Options;
@@ -60,24 +60,7 @@ export function SheetOptions({ options, range, by, onChange }: Props) {
         options={roundings("Arrondi de chaque projet")}
         onChange={(value) => onChange({ rounding: value === "" ? null : (Number(value) as RoundingStep) })}
       />
-      {rounding !== null && rounding > 0 && (
-        <>
-          <Segmented
-            legend="Sens de l’arrondi"
-            small
-            choices={modes}
-            value={mode}
-            onChange={(value) => onChange({ mode: value })}
-          />
-          <Segmented
-            legend="Ce qui est arrondi"
-            small
-            choices={scopes}
-            value={scope}
-            onChange={(value) => onChange({ scope: value })}
-          />
-        </>
-      )}
+      <RoundingWays minutes={rounding ?? 0} {...{ mode, scope, onChange }} />
     </div>
   );
 }
