@@ -220,7 +220,7 @@ const acts = [
     async (page) => {
       await block(page, 1);
       await press(page, "Exclure…");
-      await page.getByRole("radio").last().check();
+      await page.getByRole("dialog").getByRole("radio").last().check();
     },
   ],
   ["periode-jours", "period", (page) => page.locator(".period-lists .share").first().click()],
