@@ -1,4 +1,4 @@
-import { useEffect, useId, useLayoutEffect, useRef } from "preact/hooks";
+import { useId, useLayoutEffect, useRef } from "preact/hooks";
 import type { Block, Project } from "../../bridge/routes";
 import { isGap } from "../../model/away";
 import { categoryLabel } from "../../model/categories";
@@ -31,9 +31,10 @@ export function BlockList({ list, projects, selection, onSelect, onOpen }: Props
   const activePlace = places[active] ?? -1;
   const isDrawn = activePlace >= inSight.first && activePlace < inSight.end;
 
-  // The row that the keyboard is on stays in sight, and so exists.
+  // The row that the keyboard is on stays in sight, and so exists: before the next picture, in which
+  // somebody may press a button of the mouse.
   const moved = useRef(false);
-  useEffect(() => {
+  useLayoutEffect(() => {
     if (!moved.current || activePlace < 0) return;
     moved.current = false;
     reveal(box.current, activePlace);
