@@ -32,6 +32,19 @@ export async function settled(page) {
   }
 }
 
+/** Presses keys before the page is painted again; the text or name of what has the focus after each. */
+export const atOnce = (page, ...keys) =>
+  page.evaluate(async (all) => {
+    const found = [];
+    for (const key of all) {
+      document.activeElement.dispatchEvent(new KeyboardEvent("keydown", { key, bubbles: true, cancelable: true }));
+      for (let turn = 0; turn < 20; turn++) await null;
+      const { ariaLabel, labels, textContent } = document.activeElement;
+      found.push(ariaLabel ?? labels?.[0]?.textContent ?? textContent);
+    }
+    return found;
+  }, keys);
+
 /** What axe finds wrong with the page as it is now. */
 export async function violations(page) {
   // Put there from outside the page: its own policy lets no such script in.

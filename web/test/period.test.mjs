@@ -1,7 +1,7 @@
 // Any period, the timesheet and what is agreed for projects: a real browser, program and store.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { complaints, openStage, plain } from "./browser.mjs";
+import { atOnce, complaints, openStage, plain } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -114,9 +114,9 @@ test("a calendar jumps by months and years, and tints the days that have somethi
   assert.match(await focused(), /^mercredi 19 novembre 2025/);
   await page.keyboard.press("Enter");
   await title(page, "Mercredi 19 novembre 2025");
-  await page.keyboard.press("c");
-  await page.locator(".calendar").waitFor();
-  await page.waitForFunction(() => document.activeElement.ariaLabel.startsWith("mercredi 19 novembre 2025"));
+  const [day19, day18] = await atOnce(page, "c", "ArrowLeft");
+  assert.match(day19, /^mercredi 19 novembre 2025/);
+  assert.match(day18, /^mardi 18 novembre 2025/);
   await button(page, "Mois précédent").click();
   await page.getByText("Octobre 2025", { exact: true }).waitFor();
   await button(page, "Année suivante").click();

@@ -1,4 +1,4 @@
-import { useEffect, useId, useRef, useState } from "preact/hooks";
+import { useId, useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { Answer, Day } from "../bridge/routes";
 import { useAnswer } from "../client";
 import {
@@ -57,7 +57,7 @@ function Calendar({ day, today, onPick }: CalendarProps) {
 
   const recorded = useAnswer("period.days", { from: start, to: addDays(start, 41) }).answer;
 
-  useEffect(() => {
+  useLayoutEffect(() => {
     grid.current?.querySelector<HTMLElement>('[tabindex="0"]')?.focus();
   }, [cursor]);
 

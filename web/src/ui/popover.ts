@@ -1,5 +1,5 @@
 import type { RefObject } from "preact";
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 
 interface Popover {
   /** What holds the button and what it opens. */
@@ -19,7 +19,7 @@ export function usePopover(): Popover {
     setOpen(false);
     root.current?.querySelector("button")?.focus();
   };
-  useEffect(() => {
+  useLayoutEffect(() => {
     if (!open) return;
     root.current?.querySelector(".popover")?.scrollIntoView({ block: "nearest" });
     const outside = (event: Event) => {

@@ -1,5 +1,5 @@
 import type { ComponentChildren } from "preact";
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { UnstoredError } from "../bridge/bridge";
 import type { Status } from "../bridge/routes";
 import { errorText, useAnswer, useClient } from "../client";
@@ -105,7 +105,7 @@ function useLaunch(again: boolean): Launch {
 // The reading starts here when a step is reached, unless there is something to fill in.
 function Head({ title, lead, fills }: { title: string; lead: string; fills?: string }) {
   const heading = useRef<HTMLHeadingElement>(null);
-  useEffect(() => {
+  useLayoutEffect(() => {
     heading.current?.closest("main")?.scrollTo(0, 0);
     const field = fills && document.querySelector<HTMLElement>(`#${fills} input`);
     (field || heading.current)?.focus();

@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import type { Day } from "../../bridge/routes";
 import { clock, instant, readClock } from "../../model/time";
 import { Said } from "../../ui/said";
@@ -15,8 +15,8 @@ export function RangeFields({ day, range, onRange }: Props) {
   const [texts, setTexts] = useState({ start: clock(range.start), end: clock(range.end) });
   const [wrong, setWrong] = useState("");
   // Each on its own: leaving one field must not take back what is being typed in the other.
-  useEffect(() => setTexts((old) => ({ ...old, start: clock(range.start) })), [range.start]);
-  useEffect(() => setTexts((old) => ({ ...old, end: clock(range.end) })), [range.end]);
+  useLayoutEffect(() => setTexts((old) => ({ ...old, start: clock(range.start) })), [range.start]);
+  useLayoutEffect(() => setTexts((old) => ({ ...old, end: clock(range.end) })), [range.end]);
 
   // An end that was not typed over keeps its seconds.
   const read = (text: string, was: number) => {

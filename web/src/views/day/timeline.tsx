@@ -1,4 +1,4 @@
-import { useEffect, useMemo, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
 import type { Block, DayReport, Project, Segment, UnixTime } from "../../bridge/routes";
 import { isGap } from "../../model/away";
 import { categories, categoryLabel } from "../../model/categories";
@@ -42,7 +42,7 @@ export function Timeline({ report, rows, now, picked, onOpen }: Props) {
     else if (row) pickAway(row, extend);
     else pickRange(null);
   });
-  useEffect(() => {
+  useLayoutEffect(() => {
     setCursor(null);
     leave();
   }, [report.date]);

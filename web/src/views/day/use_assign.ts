@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import { useClient } from "../../client";
 import { momentRange } from "../../model/away";
 import { assignable, isAssignable } from "../../model/categories";
@@ -24,7 +24,7 @@ const shortestAway = 60;
 export function useChoice({ blocks, range, selected }: Picked): [Choice, (part: Partial<Choice>) => void] {
   const [choice, setChoice] = useState(blank);
   const what = range ? `${range.start}` : selected.map((block) => block.ids[0]).join(",");
-  useEffect(() => {
+  useLayoutEffect(() => {
     const [first] = blocks;
     const same =
       first &&

@@ -1,4 +1,4 @@
-import { useEffect, useMemo, useState } from "preact/hooks";
+import { useLayoutEffect, useMemo, useState } from "preact/hooks";
 import type { Block, Day, DayReport, Seconds, UnixTime } from "../../bridge/routes";
 import { filling } from "../../model/away";
 import { activeTime } from "../../model/categories";
@@ -72,7 +72,7 @@ export function usePicked(
     setSelection((old) => ({ ...nothing, active: old.active }));
     setRange(null);
   };
-  useEffect(clear, [day]);
+  useLayoutEffect(clear, [day]);
   const select = (next: Selection) => {
     if (date !== day) return;
     setRange(null);

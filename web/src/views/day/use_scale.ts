@@ -22,7 +22,7 @@ export interface Scale {
 export function useScale(report: DayReport, plot: RefObject<HTMLElement | null>): Scale {
   const day: View = useMemo(() => ({ from: report.start, to: report.end }), [report.start, report.end]);
   const [chosen, show] = useState<View | null>(null);
-  useEffect(() => show(null), [report.date]);
+  useLayoutEffect(() => show(null), [report.date]);
   const width = useWidth(plot);
   const view = chosen ? clamp(chosen, day) : fit(day, report.first, report.last);
   const perPixel = (view.to - view.from) / Math.max(width, 1);

@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import type { Found, FoundDay } from "../../bridge/routes";
 import { errorText, useAnswer, useClient } from "../../client";
 import { useSettled } from "../../ui/settled";
@@ -27,7 +27,7 @@ export function useFound(typed: string): FoundPages {
   const { answer, error, reload } = useAnswer("search.find", { text, days: 6 }, building ? 2 : 0);
   const [earlier, setEarlier] = useState<Earlier | null>(null);
   const [failed, setFailed] = useState<string>();
-  useEffect(() => {
+  useLayoutEffect(() => {
     setBuilding(answer?.building === true);
     setEarlier(null); // a new answer has days of its own
     setFailed(undefined);

@@ -1,5 +1,5 @@
 import type { ComponentChildren } from "preact";
-import { useEffect, useId, useState } from "preact/hooks";
+import { useId, useLayoutEffect, useState } from "preact/hooks";
 import type { SettingRow, Settings } from "../../bridge/routes";
 import { useClient } from "../../client";
 import { numberError, scaled, unscaled } from "../../model/settings";
@@ -77,7 +77,7 @@ export function NumberField({ setting, label, help, unit, scale = 1, settings, r
   const [saved, setSaved] = useState(false);
   const [hint, setHint] = useState("");
   const { busy, error, setError, run } = useTask();
-  useEffect(() => setText(value), [value]);
+  useLayoutEffect(() => setText(value), [value]);
   const change = (next: string) => {
     setText(next);
     setError("");

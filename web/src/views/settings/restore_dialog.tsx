@@ -1,4 +1,4 @@
-import { useEffect, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import type { Seconds, UnixTime } from "../../bridge/routes";
 import type { Backup, StoreContent } from "../../bridge/store";
 import { useAnswer, useClient } from "../../client";
@@ -71,7 +71,7 @@ export function RestoreDialog({ backups, now, onClose }: Props) {
 /** What would change if this file took the place of today's; told when it can. */
 export function RestorePreview({ file, onReady }: { file: string; onReady: () => void }) {
   const { answer, error } = useAnswer("store.restorePreview", { file });
-  useEffect(() => {
+  useLayoutEffect(() => {
     if (answer) onReady();
   }, [answer]);
   if (error) return <p class="field-error">{error}</p>;

@@ -1,4 +1,4 @@
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { FrozenSheet, Sheet, SheetChange } from "../../bridge/routes";
 import { errorText, useAnswer, useClient } from "../../client";
 import { clip, clock, count, dateOnly, dayOf, isolated } from "../../model/time";
@@ -143,7 +143,7 @@ export function FrozenHead({ frozen, onBack }: DiffProps) {
   const { answer, error, reload } = useAnswer("sheets.diff", { id: frozen.id });
   const head = useRef<HTMLElement>(null);
   // It was opened from beneath the sheet.
-  useEffect(() => head.current?.focus(), [frozen.id]);
+  useLayoutEffect(() => head.current?.focus(), [frozen.id]);
   return (
     <section class="frozen-head" aria-label="Feuille figée" tabIndex={-1} ref={head}>
       <div>
