@@ -49,12 +49,12 @@ interface PageProps {
 function Page({ place, go }: PageProps) {
   const send = useSend();
   const status = useAnswer("status", {}, 3);
-  const { pending, shown, putOff } = usePending();
+  const { pending, shown: learnt, putOff } = usePending();
   const [over, setOver] = useState<Over>(null);
   useSearchKey(() => setOver("search"));
   const [welcome, setWelcome] = useState(false);
   const today = dayOf(status.answer?.now ?? Date.now() / 1000);
-  const { step, back, ...ways } = useWays(place, go, today);
+  const { step, back, shown, ...ways } = useWays(place, go, today);
   useShownDay(ways.onOpenDay);
   const props: ViewProps = {
     status: status.answer,
@@ -66,7 +66,7 @@ function Page({ place, go }: PageProps) {
   const { id, component: View } = viewOf(place.view);
 
   const welcoming = status.answer !== undefined && (!status.answer.onboarded || welcome);
-  const [main, arrive] = useArrival(id, welcoming);
+  const [main, arrive] = useArrival(shown, welcoming);
   const toView = (view: string) => {
     arrive();
     go({ view });
@@ -114,13 +114,13 @@ function Page({ place, go }: PageProps) {
           <StoreNotice key={status.answer?.store?.state ?? "ok"} />
         </div>
         <div class="desk">
-          <Main key={id} main={main} status={status}>
+          <Main key={shown} main={main} status={status}>
             <View {...props} />
           </Main>
           {/* In the list of rules they are part of the view. */}
-          {id !== "rules" && shown.length > 0 && <LearntPanel pending={shown} onLater={putOff} />}
+          {id !== "rules" && learnt.length > 0 && <LearntPanel pending={learnt} onLater={putOff} />}
         </div>
-        <Said class="sr-only" text={shown.length > 0 && learntSentence(shown.length)} />
+        <Said class="sr-only" text={learnt.length > 0 && learntSentence(learnt.length)} />
       </div>
       <OverPage over={over} onOpenDay={ways.onOpenDay} onClose={() => setOver(null)} />
     </div>
@@ -137,8 +137,13 @@ function useWays(place: Place, go: PageProps["go"], today: Day) {
   const onRange = (to: DateRange) => {
     if (to.from <= today) go({ range: to.from === month.from && to.to === month.to ? null : to });
   };
+  // With a filter the day begins anew, also the one that is seen.
+  const [opened, setOpened] = useState(0);
   const onOpenDay: ViewProps["onOpenDay"] = (to, filter) => {
-    if (filter) saveFilter({ ...everything, ...filter });
+    if (filter) {
+      saveFilter({ ...everything, ...filter });
+      setOpened(opened + 1);
+    }
     onDay(to, "day");
   };
   const step = (direction: -1 | 1) => {
@@ -146,7 +151,8 @@ function useWays(place: Place, go: PageProps["go"], today: Day) {
     return dated === "range" ? onRange(stepped(range, direction)) : onDay(addDays(day, dated * direction));
   };
   const back = () => (dated === "range" ? onRange(current(range, today)) : go({ day: null }));
-  return { day, range, onDay, onRange, onOpenDay, step, back };
+  const shown = `${viewOf(place.view).id} ${opened}`;
+  return { day, range, shown, onDay, onRange, onOpenDay, step, back };
 }
 
 interface MainProps {

@@ -176,6 +176,15 @@ test("what was found is excluded, and all of it erased for good", async () => {
   assert.match(await text(toast(page).last()), new RegExp(`Effacé pour de bon : ${known.spans} activités`));
   assert.equal((await page.program.ask("search.find", { text: "le monde" })).first, null);
   await page.waitForFunction(() => document.activeElement.getAttribute("aria-label") === "Retrouver");
+
+  // Enter opens the day, and is no press of the button that has the focus again.
+  await page.keyboard.press("Escape");
+  await page.getByRole("button", { name: "Retrouver" }).press("Enter");
+  await page.keyboard.type("github");
+  await page.locator(".found-row").first().waitFor();
+  await page.keyboard.press("Enter");
+  assert.equal(await dialog.count(), 0);
+  await page.locator(".list-tools .chip", { hasText: "de 1" }).waitFor();
   await page.context().close();
 });
 

@@ -1,7 +1,7 @@
 // What the keyboard does, and where focus, selection and place stay, over the store of a made-up month.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { openStage, plain, settled, viewKeys } from "./browser.mjs";
+import { atOnce, openStage, plain, settled, viewKeys } from "./browser.mjs";
 
 let stage;
 before(async () => (stage = await openStage()));
@@ -80,8 +80,8 @@ test("the welcome and a dialogue have the keyboard to themselves; the start with
   assert.ok(!(await launches()));
 
   await page.keyboard.press("p");
-  await page.keyboard.press("n");
-  await page.locator("dialog h2").waitFor();
+  await page.locator("h1", { hasText: "Projets" }).waitFor();
+  assert.deepEqual(await atOnce(page, "n"), ["Nom"]);
   await page.evaluate(() => document.activeElement.blur());
   await page.keyboard.type("Projet ?");
   assert.equal(await page.locator("dialog h2").innerText(), "Nouveau projet");

@@ -1,5 +1,5 @@
 import { type ComponentChildren, createContext } from "preact";
-import { useContext, useEffect, useId, useRef } from "preact/hooks";
+import { useContext, useId, useLayoutEffect, useRef } from "preact/hooks";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
 import { Said } from "./said";
@@ -46,16 +46,18 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
   const ref = useRef<HTMLDialogElement>(null);
   const held = useHeld(onClose);
   const heading = useId();
-  useEffect(() => {
+  useLayoutEffect(() => {
     const before = document.activeElement;
     ref.current?.showModal();
     // Nothing to fill in: the reading starts at the title.
     if (!ref.current?.querySelector("[autofocus]")) ref.current?.querySelector("h2")?.focus();
-    return () => {
+    // When it is gone: until then it has the focus, and what lies beneath can have none.
+    const giveBack = () => {
       if (document.activeElement !== document.body) return; // somebody knew better
-      const known = before instanceof HTMLElement && before.isConnected;
+      const known = before instanceof HTMLElement && before !== document.body && before.isConnected;
       (known ? before : document.querySelector("main"))?.focus();
     };
+    return () => queueMicrotask(giveBack);
   }, []);
   return (
     <dialog

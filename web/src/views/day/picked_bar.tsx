@@ -68,7 +68,7 @@ export function PickedBar({ day, projects, picked, bar }: Props) {
           onClose={() => {
             setDeleting(null);
             // What was asked from is gone with the selection.
-            requestAnimationFrame(() => {
+            queueMicrotask(() => {
               if (document.activeElement === document.body) bar.focusList();
             });
           }}

@@ -56,7 +56,9 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
     }
     // What is seen may still be of the text before.
     const first = found?.text === typed.trim() ? (hit ?? rows[0]) : hit;
-    if (event.key === "Enter" && first) open(first);
+    if (event.key !== "Enter" || !first) return;
+    event.preventDefault(); // it is not for what has the focus then
+    open(first);
   };
   return (
     <>
@@ -89,10 +91,7 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
               {fetchMore && <Button onClick={fetchMore}>Jours plus anciens</Button>}
             </>
           ) : (
-            <p class="quiet found-hint">
-              Toutes les années, sans égard aux accents ni aux majuscules. Tous les mots comptent ; entre
-              guillemets, ils se suivent.
-            </p>
+            <Hint />
           )}
         </div>
         {something && rows.length > 0 && (
@@ -104,6 +103,15 @@ export function SearchDialog({ onOpenDay, onClose }: Props) {
         <Acting {...{ act, hit }} found={found} onClose={() => setAct(null)} />
       )}
     </>
+  );
+}
+
+function Hint() {
+  return (
+    <p class="quiet found-hint">
+      Toutes les années, sans égard aux accents ni aux majuscules. Tous les mots comptent ; entre
+      guillemets, ils se suivent.
+    </p>
   );
 }
 

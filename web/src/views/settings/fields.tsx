@@ -116,8 +116,10 @@ export function NumberField({ setting, label, help, unit, scale = 1, settings, r
           onInput={(event) => change(event.currentTarget.value)}
           onBlur={commit}
           onKeyDown={(event) => {
-            if (event.key === "Enter") commit();
             if (event.key === "Escape") change(value);
+            if (event.key !== "Enter") return;
+            event.preventDefault(); // of a question that it asks it is no answer
+            commit();
           }}
         />
         <p class="unit">{unit}</p>
