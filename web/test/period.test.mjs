@@ -273,6 +273,9 @@ test("what is agreed is typed as people write it, and holds", async () => {
   assert.deepEqual(await complaints(page), []);
   await button(page, "Enregistrer").click();
   await page.getByRole("heading", { name: "Musée" }).waitFor();
+  await page.locator("dialog").waitFor({ state: "detached" });
+  const focused = () => page.evaluate(() => document.activeElement.ariaLabel);
+  assert.equal(await focused(), "Modifier Boutique Lumière", "in its new place");
   const stored = (await page.program.ask("projects.terms")).find((one) => one.project_id === 1);
   const { rate, budget, client, rounding, budget_from } = stored;
   assert.deepEqual(
@@ -281,6 +284,7 @@ test("what is agreed is typed as people write it, and holds", async () => {
   );
   await page.keyboard.press("Control+z");
   await page.getByRole("heading", { name: "Musée" }).waitFor({ state: "detached" });
+  assert.equal(await focused(), "Modifier Boutique Lumière", "and back");
   await page.context().close();
 });
 

@@ -2,6 +2,7 @@ import { type ComponentChildren, createContext } from "preact";
 import { useContext, useId, useLayoutEffect, useRef } from "preact/hooks";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
+import { elsewhere } from "./roving";
 import { Said } from "./said";
 import { useTask } from "./task";
 
@@ -54,8 +55,9 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
     // When it is gone: until then it has the focus, and what lies beneath can have none.
     const giveBack = () => {
       if (document.activeElement !== document.body) return; // somebody knew better
-      const known = before instanceof HTMLElement && before !== document.body && before.isConnected;
-      (known ? before : document.querySelector("main"))?.focus();
+      const known = before !== document.body && before instanceof HTMLElement;
+      const home = known && (before.isConnected ? before : elsewhere(before));
+      (home || document.querySelector("main"))?.focus();
     };
     return () => queueMicrotask(giveBack);
   }, []);

@@ -53,6 +53,7 @@ export function Button({ kind, ...rest }: ButtonProps) {
 interface IconButtonProps {
   icon: IconName;
   label: string;
+  id?: string;
   title?: string;
   kind?: string;
   disabled?: boolean;

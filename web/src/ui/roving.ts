@@ -39,6 +39,15 @@ function reached(all: HTMLElement[], from: HTMLElement, key: string, shape: Shap
   return there[Math.min(column, there.length - 1)] ?? from;
 }
 
+/** A control that was drawn anew in another place, known by its id. */
+export const elsewhere = ({ id }: Element) => document.getElementById(id);
+
+// The focus of what is gone, to where that is now, else to the next one.
+function handOn(gone: Element, next: HTMLElement | null): void {
+  const moved = elsewhere(gone);
+  (moved ?? next)?.focus({ preventScroll: !moved });
+}
+
 /** The ref of what holds the controls, whichever come and go in it. */
 export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | null> {
   const ref = useRef<E>(null);
@@ -61,13 +70,12 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
       const index = settle().indexOf(target as HTMLElement);
       held = index < 0 ? null : { control: target as HTMLElement, index };
     };
-    // What had the focus is gone with its row: the next one has it.
+    // What had the focus is gone with its row.
     const onChange = () => {
       const all = settle();
       if (!held || held.control.isConnected || document.activeElement !== document.body) return;
-      const next = all[Math.min(held.index, all.length - 1)] ?? group.closest<HTMLElement>("main");
+      handOn(held.control, all[Math.min(held.index, all.length - 1)] ?? group.closest<HTMLElement>("main"));
       held = null;
-      next?.focus({ preventScroll: true });
     };
     const onKey = (event: KeyboardEvent) => {
       const { target, key, ctrlKey, metaKey, altKey, shiftKey } = event;
@@ -87,9 +95,9 @@ export function useRoving<E extends HTMLElement>(shape: Shape): RefObject<E | nu
     group.addEventListener("keydown", onKey);
     return () => {
       // The whole group goes, and with it what has the focus.
-      const main = group.contains(document.activeElement) && group.closest<HTMLElement>("main");
-      if (main)
-        queueMicrotask(() => document.activeElement === document.body && main.focus({ preventScroll: true }));
+      const gone = document.activeElement;
+      const main = group.contains(gone) && group.closest<HTMLElement>("main");
+      if (gone && main) queueMicrotask(() => document.activeElement === document.body && handOn(gone, main));
       observer.disconnect();
       group.removeEventListener("focusin", onFocus);
       group.removeEventListener("keydown", onKey);

@@ -109,6 +109,8 @@ function RowActions({ project, onEdit, onArchive, onDelete }: { project: Project
   const action = (icon: IconName, title: string, act: (project: ProjectRow) => void) => (
     <IconButton
       icon={icon}
+      // Under another client or name it is the same.
+      id={`${icon}-${project.id}`}
       label={`${title} ${clip(project.name, 60)}`}
       title={title}
       onClick={() => act(project)}
