@@ -79,9 +79,10 @@ function Group({ heading, rows, hours, terms, actions }: Omit<Props, "title"> & 
   );
 }
 
-function Name({ color, name, client, keywords, rate }: ProjectRow & { rate: ProjectTerms | undefined }) {
+// Whose it is its heading says.
+function Name({ color, name, keywords, rate }: ProjectRow & { rate: ProjectTerms | undefined }) {
   const cost = rate?.billable === false ? "non facturable" : rate?.rate_text;
-  const notes = [cost, client, keywords].filter((note) => note?.trim());
+  const notes = [cost, keywords].filter((note) => note?.trim());
   return (
     <span class="project-name">
       <ProjectDot color={color} />
