@@ -76,7 +76,8 @@ test("activity and time away together are one act, the latter only where it is m
   await toast(page, "1 bloc et 1 absence").waitFor();
   assert.equal((await moments(page)).length, 1);
   await page.keyboard.press("Control+z");
-  await toast(page, "Annulé").waitFor();
+  await toast(page, "Annulé : 2 changements").waitFor();
+  assert.match(plain(await toast(page, "").innerText()), /Loisir : 1 activité\s+Ajout · Loisir : 19\/11\/2026, /);
   assert.deepEqual(await moments(page), []);
   const after = await page.program.ask("changes.list", { limit: 20 });
   assert.deepEqual(

@@ -4,7 +4,7 @@ import type { Body, Route } from "../bridge/routes";
 import { type Client, errorText, useClient } from "../client";
 import { type Done, nextAct, track, turn, type Way } from "../model/changes";
 import type { Change } from "../bridge/store";
-import { isolated, typeset } from "../model/time";
+import { count, isolated, typeset } from "../model/time";
 import { useClearOf } from "./clear_of";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
@@ -59,17 +59,22 @@ export function useUndoable(): <T>(write: () => Promise<T>, say: (done: Done<T>)
   };
 }
 
+const mostLabels = 4;
+
 // The ways back and forth again of what was changed, each of which offers the other.
 function ways(client: Client, notify: (notice: Notice) => void, changes: readonly Change[]) {
-  const label = isolated(typeset(changes.at(-1)?.label ?? ""), 200);
+  // In the order in which they were made; what they are called alike is said once.
+  const labels = [...new Set(changes.map(({ label }) => isolated(typeset(label), 200)))].reverse();
+  const what = labels.length > 1 ? count(changes.length, "changement") : labels[0];
+  const details = labels.length > 1 ? [...labels.slice(0, mostLabels), ...(labels[mostLabels] ? ["…"] : [])] : [];
   const both = {
     undo: async () => {
       await turn(client, changes, "undo");
-      notify({ text: `Annulé\u00a0: ${label}`, redo: both.redo });
+      notify({ text: `Annulé\u00a0: ${what}`, details, redo: both.redo });
     },
     redo: async () => {
       await turn(client, changes, "redo");
-      notify({ text: `Rétabli\u00a0: ${label}`, undo: both.undo });
+      notify({ text: `Rétabli\u00a0: ${what}`, details, undo: both.undo });
     },
   };
   return both;
