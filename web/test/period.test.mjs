@@ -101,6 +101,24 @@ test("a year shows before it is compared, and every bar and row leads to days an
   await page.context().close();
 });
 
+test("the week that runs stands beside as much of the one before, a whole one beside all of it", async () => {
+  const page = await stage.open();
+  const active = async () => plain(await page.locator(".tile").first().innerText());
+  await page.keyboard.press("b");
+  await page.locator(".versus").waitFor();
+  const { before } = await page.program.ask("period", { from: "2026-11-16", to: "2026-11-22" });
+  const { previous } = await page.program.ask("recap");
+  assert.ok(before.active < previous.active - 3600);
+  const hour = (seconds) => Math.floor(seconds / 3600);
+  assert.match(await active(), new RegExp(`\\+[^]*avant, au même moment : ${hour(before.active)} h`));
+  assert.equal(await page.getByRole("region", { name: "Applications" }).count(), 0);
+  await page.keyboard.press("ArrowLeft");
+  await page.getByRole("region", { name: "Applications" }).waitFor();
+  const [past, all] = [previous.active, (await page.program.ask("recap", { date: "2026-11-09" })).previous.active];
+  assert.match(await active(), new RegExp(`^Temps actif\\s+${hour(past)} h[^]*avant : ${hour(all)} h`));
+  await page.context().close();
+});
+
 test("a calendar jumps by months and years, and tints the days that have something", async () => {
   const page = await stage.open();
   await page.keyboard.press("c");

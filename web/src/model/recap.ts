@@ -10,6 +10,8 @@ export interface Compared {
   previous: Seconds;
 }
 
+type Sums = Pick<Totals, "by_category" | "by_project"> & Partial<Totals>;
+
 interface Item {
   key: string;
   name: string;
@@ -19,7 +21,7 @@ interface Item {
 
 export type Dimension = "category" | "project" | "app";
 
-function items(totals: Totals, dimension: Dimension): Item[] {
+function items(totals: Sums, dimension: Dimension): Item[] {
   if (dimension === "category") {
     return categories.map((cat) => ({
       key: cat,
@@ -35,11 +37,11 @@ function items(totals: Totals, dimension: Dimension): Item[] {
       duration,
     }));
   }
-  return totals.apps.map(({ name, duration }) => ({ key: name, name, duration }));
+  return (totals.apps ?? []).map(({ name, duration }) => ({ key: name, name, duration }));
 }
 
 /** What changed by a minute or more, the biggest change first. */
-export function changes(current: Totals, previous: Totals, dimension: Dimension): Compared[] {
+export function changes(current: Sums, previous: Sums, dimension: Dimension): Compared[] {
   const all = new Map<string, Compared>();
   for (const { duration, ...item } of items(current, dimension)) {
     all.set(item.key, { ...item, current: duration, previous: 0 });

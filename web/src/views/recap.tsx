@@ -1,9 +1,9 @@
-import { useMemo } from "preact/hooks";
-import type { Day, RecapReport, Seconds, WeekSummary } from "../bridge/routes";
+import type { Day, RecapReport, Seconds, Totals, WeekSummary } from "../bridge/routes";
+import { type Loaded, useAnswer } from "../client";
 import { changes, type Compared, type Dimension } from "../model/recap";
-import { capitalize, count, dayInWeek, duration, durationChange } from "../model/time";
+import { addDays, capitalize, count, dayInWeek, duration, durationChange } from "../model/time";
 import { CategoryMark, ProjectDot } from "../ui/icons";
-import { Button, CategoryBar, CategoryLegend, Empty, Foreign } from "../ui/parts";
+import { Button, CategoryBar, CategoryLegend, Empty, Failure, Foreign } from "../ui/parts";
 import type { ViewProps } from "./props";
 import { WeekPage } from "./week_page";
 
@@ -31,19 +31,39 @@ interface RecapProps {
   onOpenDay: (day: Day) => void;
 }
 
+/** What stands beside a week: all of the one before, or as much of it as has passed of one that runs. */
+type Before = Pick<Totals, "active" | "by_category" | "by_project"> & Partial<WeekSummary>;
+
+function useBefore({ monday, previous }: RecapReport, isCurrent: boolean): Loaded<Before> {
+  const running = { from: monday, to: addDays(monday, 6), compare: true };
+  const { answer, ...asked } = useAnswer("period", isCurrent ? running : null, 60);
+  if (!isCurrent) return { ...asked, answer: previous };
+  const before = answer?.from === monday && answer.before;
+  if (!before) return { ...asked, answer: undefined };
+  const by_project = answer.by_project.map((project) => ({ ...project, duration: project.before ?? 0 }));
+  return { ...asked, answer: { ...before, by_project } };
+}
+
 function Recap({ recap, isCurrent, onOpenDay }: RecapProps) {
-  const { current, previous } = recap;
-  const longest = Math.max(current.active, previous.active);
+  const { current } = recap;
+  const { answer: before, error, reload } = useBefore(recap, isCurrent);
+  if (!before) return error ? <Failure text={error} retry={reload} /> : null;
+  const longest = Math.max(current.active, before.active);
+  const sides = { current, before };
   return (
     <>
-      <Tiles recap={recap} onOpenDay={onOpenDay} />
+      <Tiles {...{ ...sides, onOpenDay }} then={isCurrent ? "avant, au même moment" : "avant"} />
       <section class="versus" aria-label="Catégories des deux semaines">
         <WeekBar
           name={isCurrent ? "Cette semaine, en cours" : "Cette semaine-là"}
           week={current}
           longest={longest}
         />
-        <WeekBar name="La précédente" week={previous} longest={longest} />
+        <WeekBar
+          name={isCurrent ? "La précédente, au même moment" : "La précédente"}
+          week={before}
+          longest={longest}
+        />
         <CategoryLegend byCategory={current.by_category} />
       </section>
       <h2 class="section-title">
@@ -55,34 +75,44 @@ function Recap({ recap, isCurrent, onOpenDay }: RecapProps) {
           </span>
           <span>
             <span class="share-fill before" />
-            la précédente
+            {isCurrent ? "la précédente, au même moment" : "la précédente"}
           </span>
         </span>
       </h2>
       <div class="change-columns">
-        <Changes title="Catégories" recap={recap} dimension="category" />
-        <Changes title="Projets" recap={recap} dimension="project" />
-        <Changes title="Applications" recap={recap} dimension="app" />
+        <Changes title="Catégories" {...sides} dimension="category" />
+        <Changes title="Projets" {...sides} dimension="project" />
+        {before.apps && <Changes title="Applications" {...sides} dimension="app" />}
       </div>
     </>
   );
 }
 
-function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "isCurrent">) {
+interface Sides {
+  current: WeekSummary;
+  before: Before;
+}
+
+type TilesProps = Sides & Pick<RecapProps, "onOpenDay"> & { then: string };
+
+function Tiles({ current, before, then, onOpenDay }: TilesProps) {
   const best = current.best_day;
+  const days = count(current.days_active, "jour");
   return (
     <dl class="tiles">
-      <Tile name="Temps actif" now={current.active} before={previous.active} />
+      <Tile name="Temps actif" now={current.active} before={before.active} then={then} />
       <Tile
         name="Moyenne par jour actif"
         now={current.avg_per_day}
-        before={previous.avg_per_day}
-        note={`${count(current.days_active, "jour")}, contre ${previous.days_active}`}
+        before={before.avg_per_day}
+        then={then}
+        note={before.days_active === undefined ? days : `${days}, contre ${before.days_active}`}
       />
       <Tile
         name="Plus longue session"
         now={current.longest_session}
-        before={previous.longest_session}
+        before={before.longest_session}
+        then={then}
         note="sans inactivité"
       />
       <div class="tile">
@@ -99,8 +129,8 @@ function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "is
             <b>–</b>
           )}
           <p class="quiet">
-            {previous.best_day
-              ? `avant : ${duration(previous.best_day.active)}, ${dayInWeek(previous.best_day.date)}`
+            {before.best_day
+              ? `avant : ${duration(before.best_day.active)}, ${dayInWeek(before.best_day.date)}`
               : ""}
           </p>
         </dd>
@@ -112,27 +142,27 @@ function Tiles({ recap: { current, previous }, onOpenDay }: Omit<RecapProps, "is
 interface TileProps {
   name: string;
   now: Seconds;
-  before: Seconds;
+  /** Absent where it cannot be compared. */
+  before: Seconds | undefined;
+  then: string;
   note?: string;
 }
 
-function Tile({ name, now, before, note }: TileProps) {
+function Tile({ name, now, before, then, note }: TileProps) {
+  const beside = before !== undefined && `${then}\u00a0: ${duration(before)}`;
   return (
     <div class="tile">
       <dt>{name}</dt>
       <dd>
         <b>{duration(now)}</b>
-        <p class="delta">{durationChange(now - before)}</p>
-        <p class="quiet">
-          avant : {duration(before)}
-          {note && ` · ${note}`}
-        </p>
+        {before !== undefined && <p class="delta">{durationChange(now - before)}</p>}
+        <p class="quiet">{[beside, note].filter(Boolean).join(" · ")}</p>
       </dd>
     </div>
   );
 }
 
-function WeekBar({ name, week, longest }: { name: string; week: WeekSummary; longest: number }) {
+function WeekBar({ name, week, longest }: { name: string; week: Before; longest: number }) {
   return (
     <div class="versus-row">
       <p>{name}</p>
@@ -147,8 +177,8 @@ function WeekBar({ name, week, longest }: { name: string; week: WeekSummary; lon
 }
 
 /** Two bars an entry: this week over the one before. */
-function Changes({ title, recap, dimension }: { title: string; recap: RecapReport; dimension: Dimension }) {
-  const all = useMemo(() => changes(recap.current, recap.previous, dimension), [recap, dimension]);
+function Changes({ title, current, before, dimension }: Sides & { title: string; dimension: Dimension }) {
+  const all = changes(current, before, dimension);
   const longest = Math.max(...all.map((item) => Math.max(item.current, item.previous)), 1);
   return (
     <section class="changes" aria-label={title}>
