@@ -1,6 +1,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import type { Sheet, SheetRow } from "../src/bridge/routes";
+import type { PeriodBucket, PeriodPart, Sheet, SheetRow } from "../src/bridge/routes";
+import { inOrder } from "../src/model/period";
 import { current, kindOf, rangeAt, rangeName, rangeOf, stepped } from "../src/model/range";
 import { scaleOf } from "../src/model/scale";
 import { sheetHtml, sheetText } from "../src/model/sheet";
@@ -37,6 +38,15 @@ test("a chart's lines are round hours, about five, up to its longest bar", () =>
   assert.deepEqual(scaleOf([]), { top: 3600, lines: [1] });
   assert.deepEqual(scaleOf([10.2 * 3600]).lines, [3, 6, 9, 12]);
   assert.deepEqual(scaleOf([203 * 3600]).lines, [60, 120, 180, 240]);
+});
+
+test("a chart's categories are stacked in the order of all lists, whichever is the longest", () => {
+  const groups = ["nonclasse", "", "travail", "jeux", "loisir"].map((key) => ({ key }) as PeriodPart);
+  const buckets = [{ parts: [1, 2, 3, 4, 5] } as PeriodBucket];
+  const sorted = inOrder({ group: "category", groups, buckets });
+  assert.deepEqual(sorted.groups.map(({ key }) => key), ["travail", "loisir", "nonclasse", "", "jeux"]);
+  assert.deepEqual(sorted.buckets[0]?.parts, [3, 5, 1, 2, 4]);
+  assert.deepEqual(inOrder({ group: "app", groups, buckets }).groups, groups);
 });
 
 test("amounts and hours are read as people write them", () => {

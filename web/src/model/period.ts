@@ -1,6 +1,6 @@
 // What a period's report is drawn with, and which days stand behind one of its figures.
-import type { Activity, PeriodBucket, PeriodBy, PeriodGroup, PeriodPart } from "../bridge/routes";
-import { categoryClass, categoryLabel } from "./categories";
+import type { Activity, PeriodBucket, PeriodBy, PeriodGroup, PeriodPart, PeriodReport } from "../bridge/routes";
+import { categories, categoryClass, categoryLabel } from "./categories";
 import { type Filter, noProject } from "./filter";
 import { capitalize, dayShort, longDay, monthName, monthOnly, plainDomain } from "./time";
 import { rangeName } from "./range";
@@ -56,6 +56,16 @@ export function partName(group: PeriodGroup, { key, name, count }: PeriodPart): 
   if (count > 1) return `${name} (${count})`;
   if (group === "category") return categoryLabel(key);
   return group === "site" ? plainDomain(name) : name;
+}
+
+/** Its categories as they stand everywhere else; what there may be besides comes after them. */
+export function inOrder<R extends Pick<PeriodReport, "group" | "groups" | "buckets">>(report: R): R {
+  if (report.group !== "category") return report;
+  const place = ({ key }: PeriodPart) => (categories as readonly string[]).indexOf(key) >>> 0;
+  const order = [...report.groups.keys()].sort((a, b) => place(report.groups[a]!) - place(report.groups[b]!));
+  const sorted = <T>(list: readonly T[]) => order.map((index) => list[index]!);
+  const buckets = report.buckets.map((bucket) => ({ ...bucket, parts: sorted(bucket.parts) }));
+  return { ...report, groups: sorted(report.groups), buckets };
 }
 
 /** How a part is painted, as the style sheet calls it; a project has its own colour instead. */

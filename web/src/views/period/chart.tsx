@@ -1,5 +1,5 @@
 import type { DateRange, PeriodBucket, PeriodPart, PeriodReport } from "../../bridge/routes";
-import { type Behind, behindPart, bucketLabel, bucketName, partClass, partName } from "../../model/period";
+import { type Behind, behindPart, bucketLabel, bucketName, inOrder, partClass, partName } from "../../model/period";
 import { scaleOf } from "../../model/scale";
 import { duration } from "../../model/time";
 import { ChartTable } from "../../ui/category_table";
@@ -16,7 +16,8 @@ interface Props {
 }
 
 /** Stacked bars of days, weeks or months; each leads to its days. */
-export function Chart({ report, today, onRange, onBehind }: Props) {
+export function Chart({ report: told, today, onRange, onBehind }: Props) {
+  const report = inOrder(told);
   const { buckets, groups, by, group } = report;
   const list = useRoving<HTMLOListElement>("row");
   const { top, lines } = scaleOf(buckets.map((bucket) => bucket.active));
