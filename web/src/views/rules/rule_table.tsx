@@ -35,9 +35,9 @@ export function RuleTable({ rules, origins, project, ...actions }: Props) {
   const rowHeight = rowHeights[useMedia(smallWindow) ? 1 : 0];
   const { first, end } = useWindowed(body, rules.length, rowHeight);
   const { held, ...handlers } = useHeldRow(body, rules.length);
-  const drawn = rules.map((_, index) => index).slice(first, end);
-  if (held < first) drawn.unshift(held);
-  if (held >= end) drawn.push(held);
+  // With the neighbours of the row that the keyboard is on: it may go there before the list is measured.
+  const isNear = (index: number) => Math.abs(index - held) < 2;
+  const drawn = [...rules.keys()].filter((index) => (index >= first && index < end) || isNear(index));
   return (
     <div class="table" role="table" aria-label="Règles" aria-rowcount={rules.length + 1}>
       <div role="rowgroup">
