@@ -123,6 +123,7 @@ json::value before(const PeriodReport& report) {
                                  ? json::value(std::llround(change / before.active * 100))
                                  : json::value(nullptr);
   object["by_category"] = categories(before);
+  object["apps"] = json::value_from(before.apps);
   return object;
 }
 

@@ -70,6 +70,14 @@ void fill(PeriodSums& sums, const Sums& from, const Projects& projects) {
   for (const auto& project : sums.byProject) sums.withoutProject -= project.seconds;
 }
 
+using AppShares = Shares<Agg::AppTotal>;
+
+void addTo(AppShares& apps, const Ev& ev) {
+  auto& app = apps[ev.app];
+  app.seconds += ev.duration();
+  app.cats[ev.cat].seconds += ev.duration();
+}
+
 // One walk over the spans of the range.
 class PeriodWalk {
  public:
@@ -96,7 +104,7 @@ class PeriodWalk {
   LocalDays days_;
   WallHours hours_;
   std::vector<DaySums> sums_;
-  Shares<Agg::AppTotal> apps_;
+  AppShares apps_;
   Shares<Agg::DomainTotal> domains_;
   std::vector<std::size_t> bucketOf_;       // by day
   std::vector<Shares<TextSeconds>> texts_;  // by bucket, of a group by application or site
@@ -111,9 +119,7 @@ void PeriodWalk::addTo(std::size_t day, const Ev& ev) {
   sums.add(ev);
   hours_.add(days_.bounds(day), ev.start, ev.end);
   const double seconds = ev.duration();
-  auto& app = apps_[ev.app];
-  app.seconds += seconds;
-  app.cats[ev.cat].seconds += seconds;
+  orvanta::addTo(apps_, ev);
   if (group_ == PeriodGroup::App) texts_[bucketOf_[day]][ev.app].seconds += seconds;
   if (!ev.domain) return;
   auto& domain = domains_[ev.domain];
@@ -191,10 +197,16 @@ PeriodReport::Before before(SpanReader& reader, const Calendar& calendar, double
   if (report.running) range.end = samePointBefore(calendar, report.dates, now);
   before.until = range.end;
   Sums sums;
+  AppShares apps;
   reader.each(range, [&](const Ev& ev) {
-    if (!ev.idle) sums.add(ev);
+    if (ev.idle) return;
+    sums.add(ev);
+    addTo(apps, ev);
   });
   fill(before, sums, reader.projects());
+  for (const auto* app : apps.bySeconds()) {
+    if (before.apps.size() < kMostShares) before.apps.push_back(appSum(*app));
+  }
   return before;
 }
 

@@ -80,6 +80,7 @@ struct PeriodReport : PeriodSums {
   struct Before : PeriodSums {
     DateRange dates;
     double until = 0;
+    std::vector<AppSum> apps;  ///< the largest
   };
 
   DateRange dates;

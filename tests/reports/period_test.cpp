@@ -163,8 +163,12 @@ TEST_F(PeriodTest, IsTheSumOfItsDays) {
     }
     EXPECT_EQ(from, last + 1);
     const auto before = question.range.from.daysUntil(report.before->dates.from);
-    expectSums(*report.before, NaivePeriod(store.db, first + before,
-                                           first + before + report.before->dates.days() - 1));
+    const NaivePeriod then(store.db, first + before,
+                           first + before + report.before->dates.days() - 1);
+    expectSums(*report.before, then);
+    apps.clear();
+    for (const auto& app : report.before->apps) apps[app.name] = app.seconds;
+    EXPECT_EQ(nonZero(apps), nonZero(then.apps));
   });
 }
 

@@ -111,9 +111,12 @@ test("the week that runs stands beside as much of the one before, a whole one be
   assert.ok(before.active < previous.active - 3600);
   const hour = (seconds) => Math.floor(seconds / 3600);
   assert.match(await active(), new RegExp(`\\+[^]*avant, au même moment : ${hour(before.active)} h`));
-  assert.equal(await page.getByRole("region", { name: "Applications" }).count(), 0);
+  const code = (list) => list.find(({ name }) => name === "Code").duration;
+  const gain = Math.round((code((await page.program.ask("recap")).current.apps) - code(before.apps)) / 60);
+  const change = page.getByRole("region", { name: "Applications" }).locator(".change", { hasText: "Code" });
+  assert.match(plain(await change.locator("> b").innerText()), new RegExp(`${Math.abs(gain) % 60}\\b`));
   await page.keyboard.press("ArrowLeft");
-  await page.getByRole("region", { name: "Applications" }).waitFor();
+  await page.locator("h1", { hasText: "9 au 15" }).waitFor();
   const [past, all] = [previous.active, (await page.program.ask("recap", { date: "2026-11-09" })).previous.active];
   assert.match(await active(), new RegExp(`^Temps actif\\s+${hour(past)} h[^]*avant : ${hour(all)} h`));
   await page.context().close();

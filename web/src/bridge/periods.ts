@@ -102,6 +102,7 @@ export interface PeriodReport extends Report, DateRange, Extent {
         change: Seconds;
         change_percent: number | null;
         by_category: ByCategory;
+        apps: AppTime[];
       } & DateRange)
     | null;
 }

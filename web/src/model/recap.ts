@@ -10,7 +10,7 @@ export interface Compared {
   previous: Seconds;
 }
 
-type Sums = Pick<Totals, "by_category" | "by_project"> & Partial<Totals>;
+type Sums = Pick<Totals, "by_category" | "by_project" | "apps">;
 
 interface Item {
   key: string;
@@ -37,7 +37,7 @@ function items(totals: Sums, dimension: Dimension): Item[] {
       duration,
     }));
   }
-  return (totals.apps ?? []).map(({ name, duration }) => ({ key: name, name, duration }));
+  return totals.apps.map(({ name, duration }) => ({ key: name, name, duration }));
 }
 
 /** What changed by a minute or more, the biggest change first. */

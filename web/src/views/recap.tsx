@@ -32,7 +32,7 @@ interface RecapProps {
 }
 
 /** What stands beside a week: all of the one before, or as much of it as has passed of one that runs. */
-type Before = Pick<Totals, "active" | "by_category" | "by_project"> & Partial<WeekSummary>;
+type Before = Omit<Totals, "domains"> & Partial<WeekSummary>;
 
 function useBefore({ monday, previous }: RecapReport, isCurrent: boolean): Loaded<Before> {
   const running = { from: monday, to: addDays(monday, 6), compare: true };
@@ -82,7 +82,7 @@ function Recap({ recap, isCurrent, onOpenDay }: RecapProps) {
       <div class="change-columns">
         <Changes title="Catégories" {...sides} dimension="category" />
         <Changes title="Projets" {...sides} dimension="project" />
-        {before.apps && <Changes title="Applications" {...sides} dimension="app" />}
+        <Changes title="Applications" {...sides} dimension="app" />
       </div>
     </>
   );
