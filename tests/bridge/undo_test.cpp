@@ -202,5 +202,15 @@ TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
   EXPECT_EQ(other.ask(fmt::format("SELECT count(*) FROM rules WHERE id={}", rule + 1)), "0|\n");
 }
 
+TEST_F(Undo, NoNumberIsSoLargeThatNoneIsLeft) {
+  store.db.run("INSERT INTO projects(id, name) VALUES (9223372036854775807, 'Étranger')");
+  store.db.run("INSERT INTO rules(id, field, pattern) VALUES (9223372036854775807, 'app', 'a')");
+  ask("projects.delete", {{"id", INT64_MAX - 1}});  // nobody's
+  EXPECT_EQ(ask("projects.save", {{"name", "Nouveau"}}).at("id"), 1);
+  EXPECT_EQ(ask("rules.save", {{"field", "app"}, {"pattern", "b"}}).at("id"), 1);
+  for (const auto* route : {"projects.delete", "rules.delete"}) ask(route, {{"id", INT64_MAX}});
+  EXPECT_EQ(ask("projects.save", {{"name", "Encore"}}).at("id"), 2);
+}
+
 }  // namespace
 }  // namespace orvanta::test
