@@ -28,7 +28,7 @@ std::string added(const std::optional<std::string>& category,
                   const Calendar& calendar);
 /// One of them, with its time of now: "Moment modifié : 20/11/2026, 14:00 – 15:30".
 std::string momentChanged(const TimeRange& range, const Calendar& calendar);
-/// Absences that stay what they are: "Pause : 20/11/2026, 12:00 – 13:00".
+/// Absences that stay what they are: "Absence ignorée : 20/11/2026, 12:00 – 13:00".
 std::string skipped(const std::vector<TimeRange>& ranges, const Calendar& calendar);
 std::string projectSaved(std::string_view name);
 /// Without a name for one that was gone already, yet spans or rules belonged to.

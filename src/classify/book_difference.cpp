@@ -35,6 +35,7 @@ RuleBook BookDifference::compare(const RuleBook& before, const RuleBook& after) 
       if (same && sameKeywords(project, found->second)) continue;
       none_ = false;
       if (project.archived) continue;
+      inProjectsOnly_ = inProjectsOnly_ && project.keywords.empty();
       auto& keywords = projects.try_emplace(id, Project{.id = id}).first->second.keywords;
       keywords.insert(keywords.end(), project.keywords.begin(), project.keywords.end());
     }
@@ -49,6 +50,7 @@ RuleBook BookDifference::compare(const RuleBook& before, const RuleBook& after) 
       if (!same || (rule.projectId && projects_.contains(*rule.projectId))) rules.push_back(rule);
     }
   }
+  inProjectsOnly_ = inProjectsOnly_ && rules.empty();
   return {std::move(rules), std::move(projects)};
 }
 

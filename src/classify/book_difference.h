@@ -18,12 +18,17 @@ class BookDifference {
   bool none() const { return none_; }
   /// Whether a span may. It may also not.
   bool concerns(const Ev& ev) const;
+  /// Projects that are gone, are new or count as another category.
+  const std::set<int64_t>& projects() const { return projects_; }
+  /// Whether only spans with one of projects() may: no rule and no keyword differs.
+  bool inProjectsOnly() const { return inProjectsOnly_; }
 
  private:
   RuleBook compare(const RuleBook& before, const RuleBook& after);
 
-  std::set<int64_t> projects_;  // that are gone, are new or count as another category
+  std::set<int64_t> projects_;
   bool none_ = true;
+  bool inProjectsOnly_ = true;
   const RuleBook book_;  // of the rules and keywords in which they differ
 };
 

@@ -156,12 +156,16 @@ class ChangeEffect::Measuring {
   }
 
   Effect effect() {
-    const bool sorting = !comparison_.difference.none();
+    const bool sorting = !comparison_.difference.none() && !touchesAll();
     if (sorting) whole_ = compare(db_, texts_, calendar_, {&comparison_, 1});
     const auto read = [&](const std::string& sql, const Args& args, const Visit& visit) {
       whole_ = db_.scan(sql, args, visit) && whole_;
     };
-    eachOf(touched_.known, read, [&](const Cursor& row) { addTouched(reader_.read(row)); });
+    eachOf(touched_.known, read, [&](const Cursor& row) {
+      const auto ev = reader_.read(row);
+      if (sorting) takeFromActivity(ev);
+      addTouched(ev);
+    });
     // What is added is cut off from another span, of which it is a copy.
     for (const auto& ev : added_) {
       addPart(ev, Counted(comparison_.before.decide(ev)), Counted(comparison_.after.decide(ev)),
@@ -200,10 +204,29 @@ class ChangeEffect::Measuring {
                          what);
   }
 
+  // Whether the books see no span differently but those that are touched: as when a project without
+  // keywords goes.
+  bool touchesAll() {
+    const auto& difference = comparison_.difference;
+    if (!difference.inProjectsOnly()) return false;
+    constexpr auto kOfProject = "SELECT id FROM events WHERE project_id=?";
+    return std::all_of(difference.projects().begin(), difference.projects().end(), [&](auto id) {
+      bool all = true;
+      const bool read = db_.scan(kOfProject, {id}, [&](const Cursor& row) {
+        all = all && after_.contains(row.int_(0).value_or(0));
+      });
+      return all && read;
+    });
+  }
+
+  // As one of its activity a touched span was added already, unless it is an absence.
+  void takeFromActivity(const Ev& ev) {
+    addPart(ev, Counted(comparison_.before.decide(ev)), Counted(comparison_.after.decide(ev)),
+            ev.start, ev.duration(), What::Taken);
+  }
+
   void addTouched(const Ev& ev) {
     const Counted from(comparison_.before.decide(ev));
-    // As one of its activity it was added already, unless it is an absence.
-    addPart(ev, from, Counted(comparison_.after.decide(ev)), ev.start, ev.duration(), What::Taken);
     const auto& own = after_[ev.id];
     if (own) {
       addPart(ev, from, own->counted, own->start, std::max(own->end - own->start, 0.0));

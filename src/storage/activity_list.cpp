@@ -127,6 +127,8 @@ std::vector<uint64_t> ActivityList::parts() const {
 ActivityList::Shown ActivityList::each(StringPool& texts,
                                        const std::function<void(const Ev*)>& visit) const {
   Shown shown;
+  // Neighbours have most of their texts in common.
+  std::array<Text, kTextsOf.size()> latest;
   for (Parts parts(file_); parts.next() && parts.read();) {
     const char* at = parts.texts.data();
     for (const auto& one : parts.activities) {
@@ -136,7 +138,13 @@ ActivityList::Shown ActivityList::each(StringPool& texts,
         if (size == kNoText) continue;
         const std::string_view text(std::exchange(at, at + size), size);
         const bool own = kTextsOf.at(i) == &Ev::title || kTextsOf.at(i) == &Ev::url;
-        ev.*kTextsOf.at(i) = own ? Text::borrowed(text) : texts.intern(text);
+        auto& last = latest.at(i);
+        if (own) {
+          last = Text::borrowed(text);
+        } else if (!last || last.view() != text) {
+          last = texts.intern(text);
+        }
+        ev.*kTextsOf.at(i) = last;
       }
       if (one.hasProject != 0) ev.projectId = one.project;
       visit(one.erased() ? nullptr : &ev);

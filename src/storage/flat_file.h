@@ -1,49 +1,27 @@
 // Plain values as a file of this machine holds them: it is never taken elsewhere.
 #pragma once
 
+#define XXH_INLINE_ALL
 #include <unistd.h>
+#include <xxhash.h>
 
-#include <array>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 namespace orvanta::flat {
 
-/// Tells what an accident has changed. Four sums side by side, for the processor's pipeline.
+/// Tells what an accident has changed. XXH3 of one list after the other.
 class Sum {
  public:
   template <class List>
   Sum& add(const List& list) {
-    const auto* bytes = reinterpret_cast<const char*>(list.data());
-    std::size_t left = list.size() * sizeof(*list.data());
-    lanes_[0] ^= left;
-    std::array<uint64_t, kLanes> words{};
-    for (; left >= sizeof(words); left -= sizeof(words), bytes += sizeof(words)) {
-      std::memcpy(words.data(), bytes, sizeof(words));
-      mix(words);
-    }
-    words = {};
-    if (left > 0) std::memcpy(words.data(), bytes, left);
-    mix(words);
+    value_ = XXH3_64bits_withSeed(list.data(), list.size() * sizeof(*list.data()), value_);
     return *this;
   }
-  uint64_t value() const {
-    uint64_t sum = 0;
-    for (const auto lane : lanes_) sum = (sum ^ lane) * kOdd;
-    return sum;
-  }
+  uint64_t value() const { return value_; }
 
  private:
-  static constexpr std::size_t kLanes = 4;
-  static constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
-  void mix(const std::array<uint64_t, kLanes>& words) {
-    for (std::size_t i = 0; i < kLanes; ++i) {
-      const auto mixed = (lanes_[i] ^ words[i]) * kOdd;
-      lanes_[i] = mixed ^ (mixed >> 32);
-    }
-  }
-  std::array<uint64_t, kLanes> lanes_{1, 2, 3, 4};
+  uint64_t value_ = 0;
 };
 
 /// The next `count` values of an open file; false when there are not so many.

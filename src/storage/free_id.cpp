@@ -34,8 +34,9 @@ int64_t highestId(const std::string& changeset, std::string_view table) {
     if (operation == SQLITE_UPDATE || name != table) continue;
     sqlite3_value* id = nullptr;
     const auto get = operation == SQLITE_INSERT ? sqlite3changeset_new : sqlite3changeset_old;
-    if (get(rows, 0, &id) == SQLITE_OK && id)
-      highest = std::max<int64_t>(highest, sqlite3_value_int64(id));
+    if (get(rows, 0, &id) != SQLITE_OK || !id) continue;
+    const int64_t number = sqlite3_value_int64(id);
+    if (number < kIdLimit) highest = std::max(highest, number);
   }
   return highest;
 }
@@ -51,21 +52,20 @@ std::vector<int64_t> entriesWithTexts(Database& db) {
 
 // A sheet that was sent tells of projects by their numbers; terms stay when their project goes.
 constexpr auto kProjectsNamed =
-    "SELECT max(project_id) FROM project_terms UNION ALL "
+    "SELECT max(project_id) FROM project_terms WHERE project_id < ?1 UNION ALL "
     "SELECT max(json_extract(line.value, '$.project_id')) FROM sheets, "
     "json_each(iif(json_valid(content), content, '{}'), '$.rows') AS line "
-    "WHERE line.type = 'object'";
+    "WHERE line.type = 'object' AND json_extract(line.value, '$.project_id') < ?1";
 
 }  // namespace
 
 int64_t freeId(Transaction& change, std::string_view table) {
   int64_t highest = 0;
-  change.each(fmt::format("SELECT coalesce(max(id), 0) FROM {}", table), {},
-              [&](const Cursor& row) { highest = std::max(highest, row.int_(0).value_or(0)); });
-  if (table == "projects") {
-    change.each(kProjectsNamed, {},
-                [&](const Cursor& row) { highest = std::max(highest, row.int_(0).value_or(0)); });
-  }
+  const auto take = [&](const Cursor& row) {
+    highest = std::max(highest, row.int_(0).value_or(0));
+  };
+  change.each(fmt::format("SELECT max(id) FROM {} WHERE id < ?", table), {kIdLimit}, take);
+  if (table == "projects") change.each(kProjectsNamed, {kIdLimit}, take);
   for (const auto entry : entriesWithTexts(change.database())) {
     const auto kept = change_log::find(change, entry);
     if (kept) highest = std::max(highest, highestId(kept->changeset, table));

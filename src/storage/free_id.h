@@ -8,6 +8,10 @@
 
 namespace orvanta {
 
+/// Ids of ours are below it, for a script would round those above, and after the largest there is
+/// none: they are a stranger's.
+inline constexpr int64_t kIdLimit = int64_t{1} << 53;
+
 /// For a new row of `rules`, `projects` or `goals`: above those that there are, and above those
 /// that the history of changes may bring back, and above those of projects that a kept timesheet is
 /// about. Else what is taken back or made again would take the new one for another.

@@ -12,14 +12,13 @@ constexpr double kMinute = 60;
 constexpr double kHour = 3600;
 
 struct GoalWatchTest : testing::Test, Program {
-  Calendar paris{Glib::TimeZone::create("Europe/Paris")};
   Texts notices;
   GoalWatch::Tell tell = [this](const auto& slot, const auto& notice) {
     notices.push_back(slot + " " + notice.title + " | " + notice.sentence);
   };
   GoalWatch watch{store.db, core.analytics, tell, clock.read()};
 
-  double at(const Date& date, double hour) { return paris.startOf(date) + hour * kHour; }
+  double at(const Date& date, double hour) { return calendar.startOf(date) + hour * kHour; }
   void work(double from, double to, const char* category = "travail", const Value& project = {}) {
     store.db.run(
         "INSERT INTO events(start, end, app, domain, idle, category, project_id) "
@@ -65,15 +64,15 @@ TEST_F(GoalWatchTest, TwoNoticesADayWhateverHappensInBetween) {
   more["id"] = id;
   save(more);
   live(first, 12, 13, restarted);
-  const auto change = ask("changes.list", {}).at(0);
+  const auto change = newestChange();
   EXPECT_EQ(change.at("label").as_string(),
             "Objectif enregistré\u00a0: Travail, au moins 4 h 30 par jour");
-  EXPECT_EQ(ask("changes.undo", {{"id", change.at("id")}}), done());
+  EXPECT_TRUE(undo(change.at("id")));
   EXPECT_EQ(call("goals.list").at(0).at("seconds"), 7200);
   ask("goals.delete", {{"id", id}});
   restarted.look();
   EXPECT_EQ(call("goals.list"), json::array());
-  ask("changes.undo", {{"id", call("changes.list").at(0).at("id")}});
+  EXPECT_TRUE(undo(lastChange()));
   restarted.look();
   GoalWatch again{store.db, core.analytics, tell, clock.read()};
   again.look();

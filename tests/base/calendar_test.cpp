@@ -46,12 +46,6 @@ TEST(Calendar, DaysTouchAndHoldTheirInstants) {
   }
 }
 
-TEST(Calendar, ASkippedMidnightStartsTheDayAtTheSkip) {
-  // Cairo, 26 April 2024: 23:59:59 at UTC+2 is followed by 01:00:00 at UTC+3.
-  EXPECT_EQ(in("Africa/Cairo").startOf({2024, 4, 26}), 1714082400.0);
-  EXPECT_EQ(in("Africa/Cairo").dateOf(1714082399.5).iso(), "2024-04-25");
-}
-
 TEST(Calendar, DatesBeforeTheEpochAndFractions) {
   EXPECT_EQ(in("UTC").dateOf(-0.5).iso(), "1969-12-31");
   EXPECT_EQ((Date{2024, 2, 28}).plusDays(2).iso(), "2024-03-01");

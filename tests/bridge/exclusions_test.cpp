@@ -66,8 +66,7 @@ TEST_F(ExclusionsTest, OnlyWhatItShowedMayBeErased) {
   call("exclusions.add", R"({"site": "école.fr", "past": "blank"})");
   EXPECT_EQ(holding("zq7"), 0U);
   EXPECT_EQ(spans("app").size(), std::string("1000-1050 Firefox\n").size() * 7);
-  EXPECT_EQ(call("changes.list").at(0).at("label"),
-            "Titres et adresses effacés\u00a0: 4 activités");
+  EXPECT_EQ(newestChange().at("label"), "Titres et adresses effacés\u00a0: 4 activités");
 
   EXPECT_EQ(call("exclusions.preview", R"({"app": "Journal"})").at("shown"), 1);
   call("exclusions.add", R"({"app": "Journal", "past": "blank"})");
@@ -84,9 +83,9 @@ TEST_F(ExclusionsTest, WithoutThePastItIsAChoiceThatCanBeTakenBack) {
   call("exclusions.add", R"({"site": "école.fr"})");
   call("exclusions.add", R"({"app": "Journal"})");
   EXPECT_TRUE(core.db.settings().excludesApp("Journal"));
-  const auto last = call("changes.list").at(0);
+  const auto last = newestChange();
   EXPECT_EQ(last.at("label"), "Réglage\u00a0: applications exclues");
-  EXPECT_EQ(ask("changes.undo", {{"id", last.at("id")}}).at("ok"), true);
+  EXPECT_TRUE(undo(last.at("id")));
   EXPECT_FALSE(core.db.settings().excludesApp("Journal"));
   EXPECT_EQ(call("exclusions.remove", R"({"site": "École.fr."})").at("ok"), true);
   EXPECT_FALSE(core.db.settings().excludes("école.fr"));
@@ -155,8 +154,7 @@ TEST_F(ExclusionsTest, WhatACopyWasNotRidOfIsErasedAtTheNextStart) {
 TEST_F(ExclusionsTest, OfAnExcludedApplicationNothingButItsTimeIsRecorded) {
   call("exclusions.add", R"({"app": "Journal"})");
   desktop.show("Journal", "Cher journal zq9");
-  core.tracker.start();
-  while (!core.tracker.openSpanId()) std::this_thread::yield();
+  record();
   core.tracker.shutdown();
   const auto row = store.db.query("SELECT app, title FROM events ORDER BY id DESC LIMIT 1").at(0);
   EXPECT_EQ(row.str("app"), "Journal");

@@ -169,8 +169,7 @@ TEST_F(ImportTest, AnyFileFillsOnlyWhatIsEmptyAndIsTakenBackRowByRow) {
     ASSERT_EQ(other.ask(kOverlaps), "0|\n");
     if (made.empty()) continue;
     ++imported[kind];
-    const auto id = ask("changes.list", {{"limit", 1}}).at(0).at("id");
-    ASSERT_EQ(ask("changes.undo", {{"id", id}}), done());
+    ASSERT_TRUE(undo(lastChange()));
     ASSERT_EQ(difference(before, rows()), "");
   }
   for (const int files : imported) EXPECT_GT(files, times(45));
@@ -320,24 +319,19 @@ TEST_F(ImportTest, OurOwnExportComesBackAsItWas) {
 }
 
 TEST_F(ImportTest, IsNotMadeAgainOverOthers) {
-  const auto last = [&] { return ask("changes.list", {{"limit", 1}}).at(0).at("id"); };
-  const auto turn = [&](const char* route, const json::value& id) {
-    return ask(route, {{"id", id}}) == done();
-  };
   run("start;end;category\n1699900000;1699903600;travail\n1699903600;1699907200;inactif\n");
-  const auto first = last();
+  const auto first = lastChange();
   for (const bool moment : {true, false}) {
-    ASSERT_TRUE(turn("changes.undo", first));
+    ASSERT_TRUE(undo(first));
     if (moment) {
       ask("moments.add", {{"ranges", json::array{{{"from", 1699901000}, {"to", 1699902000}}}}});
     } else {
       run("start;end;category\n1699904000;1699905000;inactif\n");
     }
-    const auto other = last();
+    const auto other = lastChange();
     ASSERT_NE(other, first);
-    EXPECT_FALSE(turn("changes.redo", first)) << moment;
-    ASSERT_TRUE(turn("changes.undo", other));
-    EXPECT_TRUE(turn("changes.redo", first));
+    EXPECT_FALSE(redo(first)) << moment;
+    EXPECT_TRUE(undo(other) && redo(first));
   }
 }
 

@@ -43,11 +43,10 @@ TEST_F(LearnedRules, SayWhereTheyCameFromAlsoAfterUndoAndRedo) {
   const std::string given = "1 builtin\n2 app\n3 user\n";
   EXPECT_EQ(origins(), given + "4 learned pending taught\n");
   const auto learned = rows();
-  const auto last = [&]() -> json::value { return call("changes.list").at(0).at("id"); };
-  const auto assigned = last();
-  ask("changes.undo", {{"id", assigned}});
+  const auto assigned = lastChange();
+  EXPECT_TRUE(undo(assigned));
   EXPECT_EQ(origins(), given);
-  ask("changes.redo", {{"id", assigned}});
+  EXPECT_TRUE(redo(assigned));
   EXPECT_EQ(difference(learned, rows()), "");
 
   EXPECT_EQ(call("rules.confirm", R"({"ids":[3,4,99]})"), done());
@@ -59,10 +58,10 @@ TEST_F(LearnedRules, SayWhereTheyCameFromAlsoAfterUndoAndRedo) {
   const auto confirmed = rows();
   call("rules.save", R"({"field":"domain","pattern":"SITE.fr","category":"travail"})");
   EXPECT_EQ(origins(), given + "5 user\n");
-  ask("changes.undo", {{"id", last()}});
+  EXPECT_TRUE(undo(lastChange()));
   EXPECT_EQ(difference(confirmed, rows()), "");
   // That it was confirmed is in nobody's way.
-  EXPECT_EQ(ask("changes.undo", {{"id", assigned}}), done());
+  EXPECT_TRUE(undo(assigned));
   EXPECT_EQ(origins(), given);
 }
 

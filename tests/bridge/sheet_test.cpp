@@ -164,7 +164,7 @@ TEST_F(SheetTest, TakenBackAreTermsClientAndAll) {
   call("projects.save", R"({"name": "Autre", "terms": {"rate": 7}})");
   const auto list = call("changes.list");
   for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(ask("changes.undo", {{"id", list.at(i).at("id")}}).as_object().contains("ok"));
+    EXPECT_TRUE(undo(list.at(i).at("id")));
   }
   EXPECT_EQ(difference(before, rowsOf(store.db.location().file(), {"projects", "project_terms"})),
             "");

@@ -16,9 +16,6 @@ struct Undo : testing::Test, Program {
     for (const auto& change : list.as_array()) ids.push_back(change.at("id").as_int64());
     return ids;
   }
-  bool turn(const char* way, int64_t id) {
-    return ask(way, {{"id", id}}).as_object().contains("ok");
-  }
 
   // Leaves nothing behind.
   void tried(const char* route, const json::object& body) {
@@ -102,16 +99,16 @@ TEST_F(Undo, AnySequenceIsTakenBackAndMadeAgainRowByRow) {
     {
       Program later(store.folder.path());  // after a restart
       for (std::size_t i = 0; i < ids.size(); ++i) {
-        ASSERT_EQ(later.ask("changes.undo", {{"id", ids[i]}}), done());
+        ASSERT_TRUE(later.undo(ids[i]));
         ASSERT_EQ(difference(states[states.size() - 2 - i], rows()), "");
       }
     }
-    EXPECT_TRUE(ids.empty() || !turn("changes.undo", ids.back())) << "it is undone";
-    for (auto id = ids.rbegin(); id != ids.rend(); ++id) ASSERT_TRUE(turn("changes.redo", *id));
+    EXPECT_TRUE(ids.empty() || !undo(ids.back())) << "it is undone";
+    for (auto id = ids.rbegin(); id != ids.rend(); ++id) ASSERT_TRUE(redo(*id));
     ASSERT_EQ(difference(states.back(), rows()), "");
     // Retention in between.
     store.db.run("UPDATE events SET title=NULL, url=NULL WHERE id % 2 = 1");
-    for (const auto id : ids) ASSERT_TRUE(turn("changes.undo", id));
+    for (const auto id : ids) ASSERT_TRUE(undo(id));
     store.db.run("UPDATE events SET title='gone', url=NULL");
     const auto erased = rows();
     fillAtRandom(store.db, dice = Dice(seed), kStart, 20000, {kStart + 7, kStart + 5000.5});
@@ -154,7 +151,7 @@ TEST_F(Undo, WhatIsMadeAgainLeavesAloneWhatWasRecordedSince) {
   ask("events.assign", {{"ids", json::array{2, 3}}, {"category", "autre"}});
   const auto ids = changes();
   ASSERT_EQ(ids.size(), 2U);
-  for (const auto id : ids) ASSERT_TRUE(turn("changes.undo", id));
+  for (const auto id : ids) ASSERT_TRUE(undo(id));
   for (int i = 2; i < 5; ++i) {
     store.db.run("INSERT INTO events(start, end, app) VALUES (?, ?, 'B')",
                  {i * 1000, i * 1000 + 9});
@@ -169,8 +166,8 @@ TEST_F(Undo, WhatIsMadeAgainLeavesAloneWhatWasRecordedSince) {
 TEST_F(Undo, ASpanThatHasTheNumberOfAnErasedOneIsLeftAlone) {
   store.db.run("INSERT INTO events(start, end, app) VALUES (0, 10, 'A')");
   ask("events.assign", {{"ids", json::array{1}}, {"category", "loisir"}});
-  const auto assigned = changes().front();
-  EXPECT_TRUE(turn("changes.undo", assigned));
+  const auto assigned = lastChange();
+  EXPECT_TRUE(undo(assigned));
   ask("events.delete", {{"ids", json::array{1}}});
   store.db.run("INSERT INTO events(id, start, end, app) VALUES (1, ?, ?, 'B')",
                {clock.now + 1, clock.now + 9});
@@ -186,20 +183,30 @@ TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
   const auto project = idOf(ask("projects.save", {{"name", "Ancien"}}));
   const auto rule = idOf(ask("rules.save", {{"field", "app"}, {"pattern", "a"}}));
   ask("events.assign", {{"ids", json::array{1}}, {"project_id", project}});
-  const auto assigned = changes().front();
-  EXPECT_TRUE(turn("changes.undo", assigned));
+  const auto assigned = lastChange();
+  EXPECT_TRUE(undo(assigned));
   ask("projects.delete", {{"id", project}});
   ask("rules.delete", {{"id", rule}});
-  const auto deleted = changes().front();
+  const auto deleted = lastChange();
 
   Program later(store.folder.path());  // after a restart
   EXPECT_GT(idOf(later.ask("projects.save", {{"name", "Nouveau"}})), project);
   EXPECT_GT(idOf(later.ask("rules.save", {{"field", "app"}, {"pattern", "b"}})), rule);
-  EXPECT_EQ(later.ask("changes.undo", {{"id", deleted}}), done());
+  EXPECT_TRUE(later.undo(deleted));
   ask("rules.delete", {{"id", rule + 1}});
   ask("rules.defaults", {});
   OtherProgram other(store.db.location().file());
   EXPECT_EQ(other.ask(fmt::format("SELECT count(*) FROM rules WHERE id={}", rule + 1)), "0|\n");
+}
+
+TEST_F(Undo, NoNumberIsSoLargeThatNoneIsLeft) {
+  store.db.run("INSERT INTO projects(id, name) VALUES (9223372036854775807, 'Étranger')");
+  store.db.run("INSERT INTO rules(id, field, pattern) VALUES (9223372036854775807, 'app', 'a')");
+  ask("projects.delete", {{"id", INT64_MAX - 1}});  // nobody's
+  EXPECT_EQ(ask("projects.save", {{"name", "Nouveau"}}).at("id"), 1);
+  EXPECT_EQ(ask("rules.save", {{"field", "app"}, {"pattern", "b"}}).at("id"), 1);
+  for (const auto* route : {"projects.delete", "rules.delete"}) ask(route, {{"id", INT64_MAX}});
+  EXPECT_EQ(ask("projects.save", {{"name", "Encore"}}).at("id"), 2);
 }
 
 }  // namespace

@@ -39,7 +39,6 @@ struct ApplicationRules : testing::Test, Program {
   int64_t idOf(const std::string& pattern) {
     return *store.db.query("SELECT id FROM rules WHERE pattern=?", {pattern}).at(0).int_("id");
   }
-  int64_t lastChange() { return ask("changes.list", {}).as_array().at(0).at("id").as_int64(); }
 };
 
 // What the main categories of a desktop file stand for, those that stand for one thing, and
@@ -76,7 +75,8 @@ TEST_F(ApplicationRules, EverydayApplicationsAreSortedOutOfTheBox) {
 TEST_F(ApplicationRules, AreMadeOnceAndGoForGood) {
   desktop.app =
       FrontmostApp{.name = "Kate", .bundle = "org.kde.kate", .categories = {"TextEditor"}};
-  core.collectors.frontmostApp();
+  record();
+  core.tracker.shutdown();
   see("KATE", "Game");
   ASSERT_EQ(made(), (Texts{"Kate travail"}));
   EXPECT_EQ(call("changes.list"), json::array()) << "the user has changed nothing";
@@ -90,10 +90,10 @@ TEST_F(ApplicationRules, AreMadeOnceAndGoForGood) {
   EXPECT_EQ(made(), Texts());
 
   const auto deleted = lastChange();
-  ask("changes.undo", {{"id", deleted}});
+  EXPECT_TRUE(undo(deleted));
   see("Kate", "TextEditor");
   EXPECT_EQ(made(), (Texts{"Kate travail"}));
-  ask("changes.redo", {{"id", deleted}});
+  EXPECT_TRUE(redo(deleted));
 
   ASSERT_EQ(call("store.backup").at("ok"), true);
   const auto backup = call("store.status").at("backups").at(0).at("file");
@@ -152,7 +152,7 @@ TEST_F(ApplicationRules, AreInTheWayOfNothingThatCanBeTakenBack) {
   ask("rules.delete", {{"id", idOf("Kate")}});
   const auto deleted = lastChange();
   see("Krita", "Graphics");
-  EXPECT_EQ(ask("changes.undo", {{"id", deleted}}), json::parse(R"({"ok": true})"));
+  EXPECT_TRUE(undo(deleted));
   EXPECT_EQ(made(), (Texts{"Krita travail", "Kate travail"}));
 
   store.db.run("DELETE FROM rules WHERE id > 0");

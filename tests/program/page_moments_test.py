@@ -1,18 +1,14 @@
 """Time away from the screen in the page of the real program, by mouse and keyboard: what becomes of it is
 in the store."""
 
-import datetime
-import json
 import os
 
 import dbus
 
 from desktop import MOCK, pass_time, wait_for
 from page_case import BAR, TOAST, PROJECT, PageCase, button, row
-from webdriver import FOCUSED
 
 MANUAL = "fr.quellvane.orvanta.manual"
-GAPS = "//section[@aria-label = 'Trous à remplir']"
 LOGIND = ("org.freedesktop.login1", "/org/freedesktop/login1")
 
 
@@ -32,23 +28,9 @@ class PageMomentsTest(PageCase):
         wait_for(lambda: self.moments() == list(expected), 10, f"{self.moments()} is {expected}")
 
     def test_a_locked_lunch_becomes_a_meeting(self):
-        project = self.add_project()
         page = self.open()
         before = self.stored_today("app, idle, category, project_id")
-        clicks = []
-        click = page.click
-        page.click = lambda xpath: (clicks.append(xpath), click(xpath))
-        page.click(row("10:30 – 11:30"))
-        page.wait_for_text(BAR, "Inactif, 10:30 – 11:30")
-        page.click(BAR + f"//button[. = '{PROJECT}']")
-        page.wait_for_text(TOAST, "Ajouté : 10:30 – 11:30 (1 h 00).")
-        self.assertLessEqual(len(clicks), 3)
-        self.wait_for_moments((90, 150, None, "travail", project))
-        page.press("ctrl+z")
-        self.wait_for_moments()
-        self.assertEqual(self.stored_today("app, idle, category, project_id"), before)
-
-        # With a note, by keyboard alone: what was recorded and what was not, as one.
+        # By keyboard alone: what was recorded and what was not, as one.
         page.click(row("10:30 – 11:30"))
         page.press("shift+Up")  # today is read from now on back
         page.wait_for_text(BAR, "2 absences1 h 30")
@@ -69,67 +51,6 @@ class PageMomentsTest(PageCase):
         page.click(BAR + "//label[normalize-space() = 'Loisir']")
         page.click(BAR + button("Ajouter"))
         self.wait_for_moments((90, 150, None, "loisir", None))
-
-    def test_a_moment_of_any_day(self):
-        page = self.open()
-        page.press("Left")
-        yesterday = self.today - datetime.timedelta(days=1)
-        page.wait_for_text("//h1", f" {yesterday.day} ")
-        page.press("n")
-        page.wait_for_text("//dialog//h2", "Ajouter un moment")
-        page.press("ctrl+a")
-        page.type("10:00")
-        page.press("Tab", "ctrl+a")
-        page.type("11h15")
-        page.wait_for_text("//dialog", "Ajoute 45 min. 30 min déjà enregistrées restent comme elles sont.")
-        page.press("Tab")
-        page.type("Visite <b>chantier</b>")
-        page.press("Return")
-        page.wait_for_text(TOAST, "10:00 – 11:15 (45 min).")
-        self.wait_for_store([("Visite <b>chantier</b>", 2700)],
-                            "SELECT title, round(end - start) FROM events WHERE bundle=?", MANUAL)
-        page.press("ctrl+z")
-        self.wait_for_store([], "SELECT 1 FROM events WHERE bundle=?", MANUAL)
-
-    def test_the_gaps_of_a_week_by_keyboard(self):
-        project = self.add_project()
-        self.change("UPDATE events SET project_id=? WHERE app='Atelier'", project)
-        # Two gaps: before this one, and after it.
-        self.span(110, 120, "Chaloupe")
-        self.change("DELETE FROM events WHERE idle=1")
-        page = self.open()
-        page.press("s")
-        page.wait_for_text(GAPS + "/h2", "2 trous, 1 h 20")
-        page.press("t", "1")
-        page.wait_for_text(GAPS + "/h2", "1 trou, 1 h 00")
-        self.wait_for_moments((90, 110, None, "travail", project))
-        page.press("Return")
-        page.wait_for_text("//dialog//h2", "Ajouter un moment")
-        wait_for(lambda: page.script(FOCUSED) == "11:00", 10, "the gap's own time is offered")
-        page.press("Escape")
-        page.wait_for_nothing("//dialog")
-        page.press("i")
-        page.wait_for_text(GAPS, "Aucun trou")
-        page.press("ctrl+z")
-        page.wait_for_text(GAPS + "/h2", "1 trou, 1 h 00")
-
-    def test_a_pause_with_an_end(self):
-        self.desktop.set_setting("paused", "0")
-        page = self.open()
-        page.click(button("Durée de la pause"))
-        page.click("//*[@role = 'menuitem'][contains(., '15')]")
-        page.wait_for_text("//header", "En pause jusqu’à ")
-        until = json.loads(self.desktop.setting("pause"))["until"]
-        self.assertIn(self.clock(until), page.text("//header"))
-        page.click(button("Reprendre"))
-        self.wait_for_setting("paused", "0")
-        page.press("g")
-        page.click("//label[. = 'Au retour, demander ce que c’était']")
-        page.type("Ja")
-        wait_for(lambda: self.desktop.call("absence.get")[1] == {"ask_minutes": 0}, 10, "nobody is asked")
-
-    def clock(self, instant):
-        return self.nine.fromtimestamp(instant, self.nine.tzinfo).strftime("%H:%M")
 
 
 class LockedTest(PageCase):

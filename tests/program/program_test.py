@@ -1,7 +1,6 @@
 """The program as its user has it: the command line, the files, and how it ends."""
 
 import datetime
-import glob
 import os
 import shutil
 import re
@@ -77,17 +76,6 @@ class ProgramTest(DesktopCase):
                     self.assertEqual(done.returncode, 1)
                     if program:
                         end(program)
-
-    def test_wrong_calls(self):
-        calls = ([], ["nuit"], ["nuit", "{}"], ["day", "{"], ["day", "[1]"], ["day", "{}", "{}"])
-        for running in (False, True):
-            if running:
-                self.desktop.start_orvanta()
-            for words in calls:
-                with self.subTest(words=words, running=running):
-                    status, answer = self.desktop.call(*words)
-                    self.assertEqual((status, list(answer)), (1, ["error"]))
-                    self.assertTrue(answer["error"])
 
     def test_options(self):
         done = self.desktop.run(ORVANTA, "--version")
@@ -251,17 +239,3 @@ class ProgramTest(DesktopCase):
             {".local/share/Orvanta/orvanta." + kind for kind in ("db", "db-wal", "db-shm", "lock")},
             set(modes))
         self.assertEqual({path: oct(mode) for path, mode in modes.items() if mode & 0o077}, {})
-
-    def test_a_file_that_is_no_database_is_put_aside_as_it_is(self):
-        os.mkdir(os.path.dirname(self.desktop.database()))
-        content = "Ceci n'est pas une base.\n".encode() * 500
-        with open(self.desktop.database(), "wb") as file:
-            file.write(content)
-        program = self.desktop.spawn(ORVANTA)
-        wait_for(lambda: "impossible d'ouvrir la base" in output_of(program), 10, "it says so")
-        kept = wait_for(lambda: glob.glob(self.desktop.database() + ".endommagé-*"), 15, "put aside")
-        wait_for(self.desktop.spans, 15, "it records in a new one")
-        self.assertEqual(self.desktop.call("day")[0], 0)
-        end(program)
-        with open(kept[0], "rb") as file:
-            self.assertEqual(file.read(), content)

@@ -179,12 +179,3 @@ class StoreTest(DesktopCase):
             self.assertGreater(db.execute("SELECT count(*) FROM events").fetchone()[0], 0)
         end(program)
         self.check_integrity()
-
-    def test_backups_from_the_command_line(self):
-        self.desktop.call("projects.save", '{"name": "Projet gardé"}')
-        copy = os.path.join(self.desktop.env["HOME"], "copie.db")
-        self.run_orvanta("--backup", copy)
-        self.desktop.call("projects.delete", '{"id": 1}')
-        self.assertEqual(self.desktop.call("projects.list")[1], [])
-        self.run_orvanta("--restore", copy)
-        self.assertEqual(self.desktop.call("projects.list")[1][0]["name"], "Projet gardé")

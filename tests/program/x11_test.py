@@ -147,25 +147,6 @@ class X11Test(DesktopCase):
         self.assertLess(summary["foreground_cost"]["mean_us"], 1000)
         self.assertLess(summary["idle_cost"]["mean_us"], 5000)
 
-    def test_an_application_is_given_a_rule_once(self):
-        desktop = self.desktop
-        desktop.install("kladde", "Name=Kladde\nExec=true\nCategories=Utility;TextEditor;\n")
-        desktop.open_window("xterm", "-class", "Kladde", "-e", "sleep", "1000")
-
-        def rules():
-            given = [rule for rule in desktop.call("rules.list")[1] if rule["priority"] == -20]
-            return [(rule["field"], rule["pattern"], rule["category"]) for rule in given]
-        orvanta = desktop.start_orvanta()
-        self.assertEqual(wait_for(rules, 2 * TICK, "a rule"), [("app", "Kladde", "travail")])
-        self.assertEqual(desktop.call("events.explain", '{"ids": [1]}')[1][0]["category"], "travail")
-        self.assertEqual(desktop.call("changes.list")[1], [])
-        [(rule,)] = desktop.stored("SELECT id FROM rules WHERE pattern='Kladde'")
-        self.assertEqual(desktop.call("rules.delete", f'{{"id": {rule}}}')[1], {"ok": True})
-        end(orvanta)
-        desktop.start_orvanta()
-        pass_time(2 * TICK)
-        self.assertEqual(rules(), [])
-
 
 class HungServerTest(DesktopCase):
     options = {"screen": False}

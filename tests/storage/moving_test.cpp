@@ -43,7 +43,7 @@ TEST(Moving, TakesEverythingToAnotherMachine) {
   here.call("events.assign", R"({"ids": [1], "category": "loisir"})");
   here.call("events.assign", R"({"ids": [3], "category": "loisir"})");  // learns a rule
   here.call("events.assign", R"({"ids": [2], "category": "autre"})");
-  here.ask("changes.undo", {{"id", here.call("changes.list").at(0).at("id")}});
+  EXPECT_TRUE(here.undo(here.lastChange()));
   here.call("sheets.freeze", R"({"from": "1970-01-01", "to": "1970-01-02"})");
   here.call("settings.set", R"({"idle_threshold": 240})");
   here.call("page.mark", R"({"key": "sheet", "value": {"rounding": 15}})");
@@ -84,7 +84,7 @@ TEST(Moving, TakesEverythingToAnotherMachine) {
   EXPECT_EQ(keptStores(there.store.db.location()).size(), 1U);
   // Also the way back goes along.
   const auto change = there.call("changes.list").at(2);
-  EXPECT_EQ(there.ask("changes.undo", {{"id", change.at("id")}}).at("ok"), true);
+  EXPECT_TRUE(there.undo(change.at("id")));
 }
 
 TEST(Moving, AFileFromAnywhereIsMadeOursOrRefused) {

@@ -6,6 +6,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bridge/core.h"
@@ -64,6 +65,19 @@ struct Program {
   }
   json::value ask(const std::string& route, const json::object& body) {
     return json::parse(answer(core.router, route, body).json);
+  }
+
+  /// The newest change that the history lists.
+  json::value newestChange() { return ask("changes.list", {{"limit", 1}}).at(0); }
+  json::value lastChange() { return newestChange().at("id"); }
+  /// Takes a change back, or makes it again; whether that was done.
+  bool undo(const json::value& id) { return ask("changes.undo", {{"id", id}}) == done(); }
+  bool redo(const json::value& id) { return ask("changes.redo", {{"id", id}}) == done(); }
+
+  /// Records what the desktop shows, until core.tracker.shutdown().
+  void record() {
+    core.tracker.start();
+    while (!core.tracker.openSpanId()) std::this_thread::yield();
   }
 
   /// The stored spans by start, each as "start-end" and what this makes of its row.

@@ -1,15 +1,10 @@
 // The day's list, timeline and messages in a real browser, over the store of a made-up month.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { openStage, plain, settled } from "./browser.mjs";
+import { test } from "node:test";
+import { plain, settled } from "./browser.mjs";
+import { answer, blocks, shown, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
-
-const open = (options) => stage.open(options);
-const blocks = (page) => page.locator(".block:not(.idle)");
-const shown = async (locator) => plain(await locator.innerText());
+const { open } = await stageOfTests();
 const scroll = (page, by) => page.locator(".main").evaluate((main, y) => main.scrollBy(0, y), by);
 /** Seconds of "45 s", "10 min", "1 h 02". */
 const seconds = (text) => {
@@ -39,7 +34,6 @@ test("the list's sum is the day's sum, with what is too brief for a row", async 
   assert.ok(Math.abs(seconds(time) - today.brief.seconds) < 60, rest);
   await page.locator("#search").fill("code");
   await page.locator(".list-rest").waitFor({ state: "detached" });
-  await page.context().close();
 });
 
 test("today is read from now on back, another day as it went, sessions above their blocks", async () => {
@@ -68,13 +62,11 @@ test("today is read from now on back, another day as it went, sessions above the
   await page.waitForFunction(() => !document.querySelector(".stale"));
   const before = await starts();
   assert.deepEqual(before, [...before].sort());
-  await page.context().close();
 });
 
 test("what comes in above moves nothing that is read, and no row lies half under the timeline", async () => {
   const page = await open();
   await page.waitForSelector(".block");
-  const ask = page.program.ask.bind(page.program);
   const texts = () =>
     page.locator(".block").evaluateAll((rows) =>
       rows
@@ -88,20 +80,17 @@ test("what comes in above moves nothing that is read, and no row lies half under
   const { bottom } = await page.locator(".timeline").evaluate((one) => one.getBoundingClientRect().toJSON());
   assert.ok(seen[0][0] >= bottom && seen[0][0] < bottom + 40, `${seen[0]} under ${bottom}`);
 
-  page.program.ask = async (path, body) => {
-    const answer = await ask(path, body);
-    if (path === "day") {
-      const newest = answer.blocks.at(-1);
-      answer.blocks.push({ ...newest, start: newest.end, end: newest.end + 90, ids: [987654], pid: null });
-    }
-    return answer;
-  };
+  answer(page, "day", async (real) => {
+    const { blocks: known, ...day } = await real();
+    const newest = known.at(-1);
+    const more = { ...newest, start: newest.end, end: newest.end + 90, ids: [987654], pid: null };
+    return { ...day, blocks: [...known, more] };
+  });
   await page.waitForFunction(() => document.querySelector(".list-tools h2").textContent.startsWith("45"), null, {
     timeout: 20_000,
   });
   await settled(page);
   assert.deepEqual((await texts()).slice(0, 8), seen.slice(0, 8));
-  await page.context().close();
 });
 
 test("a drag along the timeline selects no text, and says what whole blocks would leave out", async () => {
@@ -115,7 +104,6 @@ test("a drag along the timeline selects no text, and says what whole blocks woul
   await page.mouse.up();
   assert.equal(await page.evaluate(() => String(getSelection())), "");
   await page.getByRole("button", { name: /^Choisir les \d+.blocs entiers \(hors .+ de passages brefs\)$/ }).waitFor();
-  await page.context().close();
 });
 
 test("the tip of the timeline covers neither its buttons nor the bar of what is picked", async () => {
@@ -137,7 +125,6 @@ test("the tip of the timeline covers neither its buttons nor the bar of what is 
   await blocks(page).first().click();
   await page.locator(".main").evaluate((main) => (main.scrollTop = 60));
   await point();
-  await page.context().close();
 });
 
 test("a message answered by mouse holds none of the later ones, nor covers the row that it is about", async () => {
@@ -170,7 +157,6 @@ test("a message answered by mouse holds none of the later ones, nor covers the r
   await page.mouse.move(300, 300);
   await page.clock.runFor(13_000);
   assert.equal(await page.locator(".toast").count(), 0);
-  await page.context().close();
 });
 
 test("an edited rule is compared with itself, and what is wrong with it is seen", async () => {
@@ -199,20 +185,13 @@ test("an edited rule is compared with itself, and what is wrong with it is seen"
   await pattern.fill("rien de tel");
   await pattern.press("Enter");
   await page.locator(".toast", { hasText: "Règle enregistrée" }).waitFor();
-  await page.context().close();
 });
 
 test("where nothing shows folders, the message tells where the folder is", async () => {
   const page = await open();
-  const ask = page.program.ask.bind(page.program);
   const none = { ok: true, shown: false, message: "Aucun gestionnaire de fichiers n’est installé." };
-  page.program.ask = (path, body) => (path === "revealData" ? none : ask(path, body));
+  answer(page, "revealData", () => none);
   await page.keyboard.press("g");
   await page.getByRole("button", { name: "Montrer le dossier" }).click();
   await page.locator(".toast.failed", { hasText: "Aucun gestionnaire de fichiers n’est installé." }).waitFor();
-  await page.context().close();
-});
-
-test("nothing was complained about in the console", () => {
-  assert.deepEqual(stage.errors, []);
 });

@@ -1,15 +1,13 @@
 // Changes that reach into the past: seen before they hold, answered when they were learnt, and taken back
 // whenever. In a real browser, over two years of the real program.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { openStage, plain, violations } from "./browser.mjs";
+import { test } from "node:test";
+import { plain, violations } from "./browser.mjs";
+import { answer, shown, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
+const { open } = await stageOfTests();
 
-const twoYears = () => stage.open({ make: ["--days", "730"] });
-const shown = async (locator) => plain(await locator.innerText());
+const twoYears = () => open({ make: ["--days", "730"] });
 /** Hours of "+ 1 768 h", "− 9 h 40", "35 min". */
 const hours = (text) => {
   const [, number, unit, minutes = "0"] = /(\d[\d ]*) (h|min|s)(?: (\d\d))?/.exec(text);
@@ -55,14 +53,18 @@ async function assignAfternoon(page, project) {
   return hours(plain(time)) * 3600;
 }
 
+/** Today's and yesterday's. */
+async function assignTwoAfternoons(page, project) {
+  const first = await assignAfternoon(page, project);
+  await page.getByRole("button", { name: "Jour précédent" }).click();
+  await page.waitForFunction(() => document.querySelector("h1").textContent.startsWith("Mercredi"));
+  return first + (await assignAfternoon(page, project));
+}
+
 test("two afternoons given to a project: what was learnt is seen, and the advice leaves the past alone", async () => {
   const page = await twoYears();
   const before = await totals(page);
-  let assigned = await assignAfternoon(page, "Boutique Lumière");
-  await page.getByRole("button", { name: "Jour précédent" }).click();
-  await page.waitForFunction(() => document.querySelector("h1").textContent.startsWith("Mercredi"));
-  assigned += await assignAfternoon(page, "Boutique Lumière");
-
+  const assigned = await assignTwoAfternoons(page, "Boutique Lumière");
   const panel = page.locator(".learnt");
   await panel.waitFor();
   await page.getByRole("status").filter({ hasText: "F6 y mène" }).waitFor({ state: "attached" });
@@ -88,15 +90,11 @@ test("two afternoons given to a project: what was learnt is seen, and the advice
   for (const [name, seconds] of Object.entries(differences(before, await totals(page))))
     assert.ok(Math.abs(seconds) <= assigned + 60, `${name}: ${seconds} of ${assigned}`);
   assert.deepEqual(await page.program.ask("rules.pending"), []);
-  await page.context().close();
 });
 
 test("unanswered, learnt rules wait in the list of rules; with their assignment they are taken back", async () => {
   const page = await twoYears();
-  await assignAfternoon(page, "Atelier CMD");
-  await page.getByRole("button", { name: "Jour précédent" }).click();
-  await page.waitForFunction(() => document.querySelector("h1").textContent.startsWith("Mercredi"));
-  await assignAfternoon(page, "Atelier CMD");
+  await assignTwoAfternoons(page, "Atelier CMD");
   const panel = page.locator(".learnt");
   await panel.waitFor();
   const [{ pattern }] = await page.program.ask("rules.pending");
@@ -114,7 +112,6 @@ test("unanswered, learnt rules wait in the list of rules; with their assignment 
   await page.locator(".toast", { hasText: "Annulé" }).waitFor();
   await page.locator(".pending").waitFor({ state: "detached" });
   assert.deepEqual(await page.program.ask("rules.pending"), []);
-  await page.context().close();
 });
 
 test("a project that is put away keeps its past, or the figures say where it goes", async () => {
@@ -141,7 +138,6 @@ test("a project that is put away keeps its past, or the figures say where it goe
   await dialog.getByRole("button", { name: "Réactiver" }).click();
   await page.locator(".toast", { hasText: "de nouveau actif" }).waitFor();
   assert.deepEqual(differences(before, await totals(page)), {});
-  await page.context().close();
 });
 
 test("the history outlives the program, and takes back what nothing depends on", async () => {
@@ -197,21 +193,18 @@ test("the history outlives the program, and takes back what nothing depends on",
   await page.keyboard.press("Control+z");
   await page.locator(".toast").getByRole("button", { name: "Historique…" }).click();
   await rows.nth(2).waitFor();
-  await page.context().close();
 });
 
 test("a key costs one question at most, and what is seen keeps its place", async () => {
   const page = await twoYears();
-  const ask = page.program.ask.bind(page.program);
   let [going, most] = [0, 0];
-  page.program.ask = async (path, body) => {
-    if (path !== "changes.preview") return ask(path, body);
+  answer(page, "changes.preview", async (real) => {
     most = Math.max(most, ++going);
     await new Promise((done) => setTimeout(done, 150));
-    const answer = await ask(path, body);
+    const effect = await real();
     going--;
-    return answer;
-  };
+    return effect;
+  });
   await page.keyboard.press("p");
   await page.getByRole("button", { name: "Modifier Atelier CMD" }).click();
   const effect = page.locator(".effect");
@@ -225,16 +218,7 @@ test("a key costs one question at most, and what is seen keeps its place", async
   assert.equal(most, 1);
   assert.ok(asked() - first <= 16);
   assert.deepEqual(await effect.boundingBox(), place);
-  const { projects } = await ask("changes.preview", page.asked.findLast(([path]) => path === "changes.preview")[1]);
+  const { projects } = await page.program.ask("changes.preview", page.asked.findLast(([path]) => path === "changes.preview")[1]);
   const [net] = projects.filter(({ name }) => name === "Atelier CMD");
   assert.ok(Math.abs(hours(await shown(effect.locator(".effect-nets li", { hasText: "Atelier CMD" }))) * 3600 - net.seconds) <= 1800);
-  await page.context().close();
-});
-
-test("nothing was complained about in the console", () => {
-  assert.deepEqual(stage.errors, []);
-});
-
-test("what the program answered is what the page takes it for", () => {
-  assert.equal(stage.shapes.complaints(), "");
 });

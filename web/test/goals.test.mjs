@@ -1,18 +1,16 @@
 // Goals and limits, time of other programs, and what is excluded with its past, in a real browser.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { complaints, openStage, plain } from "./browser.mjs";
+import { test } from "node:test";
+import { complaints, plain } from "./browser.mjs";
+import { button, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
+const { open } = await stageOfTests();
 
-const button = (page, name) => page.getByRole("button", { name, exact: true });
 const text = async (locator) => plain(await locator.innerText()).replace(/\s+/g, " ");
 const toast = (page) => page.locator(".toast-text");
 
 test("a goal is written, seen under the day, told of a period, changed, deleted and brought back", async () => {
-  const page = await stage.open();
+  const page = await open();
   await page.keyboard.press("g");
   await button(page, "Ajouter un objectif…").click();
   assert.deepEqual(await complaints(page), []);
@@ -54,7 +52,6 @@ test("a goal is written, seen under the day, told of a period, changed, deleted 
   await page.getByText("Aucun objectif").waitFor();
   await button(page, "Annuler").click();
   await page.locator(".goal-row").waitFor();
-  await page.context().close();
 });
 
 const choose = (page, content, name = "heures.csv") =>
@@ -62,7 +59,7 @@ const choose = (page, content, name = "heures.csv") =>
 const hostile = `<img src=x onerror="document.title='non'">`;
 
 test("a table is mapped by hand, previewed by month, imported and taken back", async () => {
-  const page = await stage.open();
+  const page = await open();
   await page.keyboard.press("g");
   await choose(page, `quand;quoi;combien\n2026-09-07 09:00;${hostile};90\n2026-10-12 14:00;Rapport;30\nhier;?;1\n`, hostile);
   const dialog = page.getByRole("dialog");
@@ -91,11 +88,10 @@ test("a table is mapped by hand, previewed by month, imported and taken back", a
   await button(page, "Annuler").click();
   await page.getByText("Annulé").waitFor();
   assert.deepEqual(await titles(), []);
-  await page.context().close();
 });
 
 test("a file with nothing to import says why", async () => {
-  const page = await stage.open();
+  const page = await open();
   await page.keyboard.press("g");
   const said = async (content, name) => {
     await choose(page, content, name);
@@ -109,11 +105,10 @@ test("a file with nothing to import says why", async () => {
   assert.match(await said("", "vide.csv"), /./);
   assert.match(await said("{", "liste.json"), /JSON/);
   assert.match(await said("Début;Fin\n2026-11-19 11:00;2026-11-19 11:10\n", "hier.csv"), /déjà enregistré/);
-  await page.context().close();
 });
 
 test("a site is excluded with its past, an application from now on", async () => {
-  const page = await stage.open();
+  const page = await open();
   const site = page.locator(".breakdown .share", { hasText: "github.com" });
   await site.click();
   await button(page, "Exclure ce site…").click();
@@ -150,11 +145,10 @@ test("a site is excluded with its past, an application from now on", async () =>
   await button(page, "Ne plus exclure youtube.com").waitFor();
   assert.equal(await field.inputValue(), "");
   assert.equal((await page.program.ask("exclusions.preview", { site: "youtube.com" })).spans, 0);
-  await page.context().close();
 });
 
 test("what was found is excluded, and all of it erased for good", async () => {
-  const page = await stage.open();
+  const page = await open();
   await page.keyboard.press("Control+k");
   await page.getByRole("combobox", { name: "Retrouver" }).fill("le monde");
   const first = page.locator(".found-row").first();
@@ -185,10 +179,4 @@ test("what was found is excluded, and all of it erased for good", async () => {
   await page.keyboard.press("Enter");
   assert.equal(await dialog.count(), 0);
   await page.locator(".list-tools .chip", { hasText: "de 1" }).waitFor();
-  await page.context().close();
-});
-
-test("nothing was wrong in the browser, and every answer is of the shape that is declared", () => {
-  assert.deepEqual(stage.errors, []);
-  assert.equal(stage.shapes.complaints(), "");
 });

@@ -1,14 +1,10 @@
 // What the keyboard does, and where focus, selection and place stay, over the store of a made-up month.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { atOnce, openStage, plain, settled, viewKeys } from "./browser.mjs";
+import { test } from "node:test";
+import { atOnce, plain, settled, viewKeys } from "./browser.mjs";
+import { blocks, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
-
-const open = (options) => stage.open(options);
-const blocks = (page) => page.locator(".block:not(.idle)");
+const { open } = await stageOfTests();
 
 test("the keyboard alone selects, assigns and takes back; the rule that was learnt waits for its answer", async () => {
   const page = await open();
@@ -58,7 +54,6 @@ test("the keyboard alone selects, assigns and takes back; the rule that was lear
   await page.waitForFunction(() => document.querySelectorAll(".rule-row:not(.head)").length === 1);
   assert.deepEqual(await origins.allInnerTexts(), ["D’après l’application"]);
   assert.ok(await origins.evaluate((cell) => cell.scrollWidth <= cell.clientWidth), "it is not cut short");
-  await page.context().close();
 });
 
 test("the welcome and a dialogue have the keyboard to themselves; the start with the session is a choice", async () => {
@@ -100,7 +95,6 @@ test("the welcome and a dialogue have the keyboard to themselves; the start with
   await page.getByRole("button", { name: "Plus tard" }).click();
   await page.waitForSelector(".side");
   assert.ok(await launches());
-  await page.context().close();
 });
 
 // What has the focus, and the side on which something cuts its ring.
@@ -163,7 +157,6 @@ test("Tab goes from group to group, arrows within, F6 from region to region; no 
   const [, , above] = await atOnce(page, "End", "ArrowRight", "ArrowUp");
   assert.match(above, /^Supprimer/);
   assert.equal((await focused(page)).row, String(rows - 1));
-  await page.context().close();
 });
 
 test("a live refresh keeps selection, focus and scroll", async () => {
@@ -199,7 +192,6 @@ test("a live refresh keeps selection, focus and scroll", async () => {
   assert.ok(page.asked.length > asked + 5);
   assert.deepEqual(await place(), before);
   assert.ok(before[0] > 0 && before[2] === 1);
-  await page.context().close();
 });
 
 test("a reopened page shows the same place, and a day later that day", async () => {
@@ -222,7 +214,6 @@ test("a reopened page shows the same place, and a day later that day", async () 
     localStorage["orvanta.place"] = JSON.stringify({ ...place, left: "2026-01-01" });
   });
   assert.equal(await reopened(), "Jeudi");
-  await page.context().close();
 });
 
 test("a range is typed; one to come cannot be assigned, and one without activity becomes some", async () => {
@@ -251,7 +242,6 @@ test("a range is typed; one to come cannot be assigned, and one without activity
       .locator(".block", { hasText: edge })
       .filter({ hasText: /Loisir.*Attribué à la main/s })
       .waitFor();
-  await page.context().close();
 });
 
 test("the keyboard reaches the timeline's stretches and ranges, and comes back", async () => {
@@ -293,13 +283,4 @@ test("the keyboard reaches the timeline's stretches and ranges, and comes back",
   await page.keyboard.press("Enter");
   await page.waitForSelector(".toast");
   assert.match(await focused(), /^Passages du/);
-  await page.context().close();
-});
-
-test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(stage.errors, []);
-});
-
-test("what the program answered is what the page takes it for", () => {
-  assert.equal(stage.shapes.complaints(), "");
 });

@@ -1,11 +1,10 @@
 // Time away from the screen in a real browser: picked, noted and given, taken back; a week's gaps; pauses.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { complaints, openStage, plain } from "./browser.mjs";
+import { test } from "node:test";
+import { complaints, plain } from "./browser.mjs";
+import { stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
+const stage = await stageOfTests();
 
 const day = "2026-11-19";
 const away = (page) => page.locator(".block.idle");
@@ -61,7 +60,6 @@ test("time away is noted and given in two clicks, and taken back", async () => {
   await page.keyboard.press("Control+z");
   await page.locator(".block", { hasText: "Hors écran" }).waitFor({ state: "detached" });
   assert.deepEqual(await moments(page), []);
-  await page.context().close();
 });
 
 test("activity and time away together are one act, the latter only where it is meant", async () => {
@@ -97,7 +95,6 @@ test("activity and time away together are one act, the latter only where it is m
   await page.getByRole("button", { name: "Attribuer", exact: true }).click();
   await toast(page, "d’absence ajoutées").waitFor();
   assert.ok((await moments(page)).every(({ title }) => title === "Atelier"));
-  await page.context().close();
 });
 
 test("a moment of any day says what it adds before it is added", async () => {
@@ -129,7 +126,6 @@ test("a moment of any day says what it adds before it is added", async () => {
   await dialog.getByText("Travail", { exact: true }).click();
   await dialog.getByRole("button", { name: "Ajouter" }).click();
   await dialog.getByText("Ce temps est encore à venir.").waitFor();
-  await page.context().close();
 });
 
 test("a week’s gaps are worked through by keyboard", async () => {
@@ -165,7 +161,6 @@ test("a week’s gaps are worked through by keyboard", async () => {
     await left(wanted);
   }
   assert.equal(await times(0), first);
-  await page.context().close();
 });
 
 test("a pause ends when it was told to, and how soon one is asked is a setting", async () => {
@@ -186,7 +181,6 @@ test("a pause ends when it was told to, and how soon one is asked is a setting",
   await ask.selectOption({ label: "Jamais" });
   await page.waitForFunction((select) => select.value === "0", await ask.elementHandle());
   assert.deepEqual(await page.program.ask("absence.get"), { ask_minutes: 0 });
-  await page.context().close();
 });
 
 // How many were asked of the program since this was called, and the way to let their answers through.
@@ -256,10 +250,4 @@ test("keys that come faster than the answer neither do twice, nor close what say
   await dialog.waitFor({ state: "detached" });
   await toast(page, "Supprimé").waitFor();
   assert.equal(erasing.count(), 1);
-  await page.context().close();
-});
-
-test("nothing was complained about, and the answers are what is declared", () => {
-  assert.deepEqual(stage.errors, []);
-  assert.equal(stage.shapes.complaints(), "");
 });

@@ -2,16 +2,13 @@
 import assert from "node:assert/strict";
 import { readFile, stat } from "node:fs/promises";
 import { join } from "node:path";
-import { after, before, test } from "node:test";
+import { test } from "node:test";
 import { serve } from "../dev_server.mjs";
-import { complaints, openStage, plain, settled, viewKeys, violations } from "./browser.mjs";
+import { complaints, plain, settled, viewKeys, violations } from "./browser.mjs";
+import { blocks, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
-
-const open = (options) => stage.open(options);
-const blocks = (page) => page.locator(".block:not(.idle)");
+const stage = await stageOfTests();
+const { open } = stage;
 
 for (const colorScheme of ["light", "dark"]) {
   test(`nothing for axe to complain about, ${colorScheme}`, async () => {
@@ -68,7 +65,6 @@ for (const colorScheme of ["light", "dark"]) {
     await page.getByRole("button", { name: "Plage…" }).click();
     await check("range");
     assert.deepEqual(found, []);
-    await page.context().close();
     const first = await open({ make: ["--kind", "new"], colorScheme });
     for (const step of [1, 2, 3]) {
       assert.deepEqual(await violations(first), [], `welcome ${step}`);
@@ -160,7 +156,6 @@ test("hostile text is shown as text, on every view", async () => {
     await page.locator(".block bdi").evaluateAll((all) => all.some((one) => one.textContent.length > 301)),
     false,
   );
-  await page.context().close();
 });
 
 test("a day of 2,000 blocks appears in under 100 ms of script and draws only what is in sight", async () => {
@@ -196,7 +191,6 @@ test("a day of 2,000 blocks appears in under 100 ms of script and draws only wha
   );
   const seen = await page.locator(".block.active").boundingBox();
   assert.ok(seen.y > 52 && seen.y + seen.height < 780);
-  await page.context().close();
 });
 
 test("the product's page is small, and asks nobody but the program", async () => {
@@ -244,12 +238,4 @@ test("requests go to the handler as objects, and a failure is told with a way to
   await page.getByRole("heading", { name: "Règles" }).waitFor();
   await context.close();
   product.close();
-});
-
-test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(stage.errors, []);
-});
-
-test("what the program answered is what the page takes it for", () => {
-  assert.equal(stage.shapes.complaints(), "");
 });

@@ -1,13 +1,11 @@
 // Any period, the timesheet and what is agreed for projects: a real browser, program and store.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { atOnce, complaints, openStage, plain } from "./browser.mjs";
+import { test } from "node:test";
+import { atOnce, complaints, plain } from "./browser.mjs";
+import { button, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
+const { open } = await stageOfTests();
 
-const button = (page, name) => page.getByRole("button", { name, exact: true });
 const choice = (page, name) => page.getByText(name, { exact: true });
 const title = (page, name) => page.getByRole("heading", { level: 1, name }).waitFor();
 // What the window reads of the paper when the page wants to be printed.
@@ -46,7 +44,7 @@ async function bill(page) {
 }
 
 test("a year shows before it is compared, and every bar and row leads to days and blocks", async () => {
-  const page = await stage.open({ make: ["--days", "60"] });
+  const page = await open({ make: ["--days", "60"] });
   await bill(page);
   await page.keyboard.press("e");
   await title(page, "Période, novembre 2026");
@@ -98,11 +96,10 @@ test("a year shows before it is compared, and every bar and row leads to days an
     const times = [...document.querySelectorAll(".block:not(.idle)")].map((one) => one.innerText.match(/\d\d:\d\d/g));
     return times.length > 0 && times.every(([from, to]) => from < "11:00" && to >= "10:00");
   });
-  await page.context().close();
 });
 
 test("the week that runs stands beside as much of the one before, a whole one beside all of it", async () => {
-  const page = await stage.open();
+  const page = await open();
   const active = async () => plain(await page.locator(".tile").first().innerText());
   await page.keyboard.press("b");
   await page.locator(".versus").waitFor();
@@ -117,13 +114,13 @@ test("the week that runs stands beside as much of the one before, a whole one be
   assert.match(plain(await change.locator("> b").innerText()), new RegExp(`${Math.abs(gain) % 60}\\b`));
   await page.keyboard.press("ArrowLeft");
   await page.locator("h1", { hasText: "9 au 15" }).waitFor();
+  await page.waitForFunction(() => !document.querySelector(".stale"));
   const [past, all] = [previous.active, (await page.program.ask("recap", { date: "2026-11-09" })).previous.active];
   assert.match(await active(), new RegExp(`^Temps actif\\s+${hour(past)} h[^]*avant : ${hour(all)} h`));
-  await page.context().close();
 });
 
 test("a calendar jumps by months and years, and tints the days that have something", async () => {
-  const page = await stage.open();
+  const page = await open();
   await page.keyboard.press("c");
   const day = (name) => page.getByRole("button", { name });
   await page.locator(".day.level-4").first().waitFor();
@@ -143,11 +140,10 @@ test("a calendar jumps by months and years, and tints the days that have somethi
   await button(page, "Année suivante").click();
   await day(/^lundi 19 octobre 2026/).click();
   await title(page, "Lundi 19 octobre 2026");
-  await page.context().close();
 });
 
 test("the timesheet is a table for the keyboard, its cells lead to the day, its names stay text", async () => {
-  const page = await stage.open({ permissions: ["clipboard-read", "clipboard-write"] });
+  const page = await open({ permissions: ["clipboard-read", "clipboard-write"] });
   await bill(page);
   await page.keyboard.press("f");
   await title(page, "Feuille de temps, novembre 2026");
@@ -190,11 +186,10 @@ test("the timesheet is a table for the keyboard, its cells lead to the day, its 
   await page.keyboard.press("f");
   await page.locator(".sheet .cell", { hasText: /\d:\d\d/ }).first().click();
   await page.locator(".list-tools .chip", { hasText: sheet.rows[0].name }).waitFor();
-  await page.context().close();
 });
 
 test("files and paper are of the very sheet that is shown", async () => {
-  const page = await stage.open();
+  const page = await open();
   await bill(page);
   await page.keyboard.press("f");
   await choice(page, "7,50").click();
@@ -229,11 +224,10 @@ test("files and paper are of the very sheet that is shown", async () => {
   await button(page, "Imprimer, PDF…").click();
   const printed = await page.evaluate(() => window.printed);
   assert.deepEqual(printed, ["Feuille de temps, novembre 2026", true]);
-  await page.context().close();
 });
 
 test("a sheet stays as it was sent, and says what is no more so", async () => {
-  const page = await stage.open();
+  const page = await open();
   await bill(page);
   await page.keyboard.press("f");
   await button(page, "Figer…").click();
@@ -265,11 +259,10 @@ test("a sheet stays as it was sent, and says what is no more so", async () => {
   await page.locator("dialog").getByRole("button", { name: "Supprimer", exact: true }).click();
   await page.locator(".frozen").waitFor({ state: "detached" });
   assert.deepEqual(await page.program.ask("sheets.list"), []);
-  await page.context().close();
 });
 
 test("what is agreed is typed as people write it, and holds", async () => {
-  const page = await stage.open();
+  const page = await open();
   await bill(page);
   await page.reload();
   await page.waitForSelector(".version");
@@ -306,13 +299,4 @@ test("what is agreed is typed as people write it, and holds", async () => {
   await page.keyboard.press("Control+z");
   await page.getByRole("heading", { name: "Musée" }).waitFor({ state: "detached" });
   assert.equal(await focused(), "Modifier Boutique Lumière", "and back");
-  await page.context().close();
-});
-
-test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(stage.errors, []);
-});
-
-test("what the program answered is what the page takes it for", () => {
-  assert.equal(stage.shapes.complaints(), "");
 });

@@ -1,13 +1,10 @@
 // Rules and projects: what they would do, what they did, and how they are written.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { openStage, plain, settled } from "./browser.mjs";
+import { test } from "node:test";
+import { plain, settled } from "./browser.mjs";
+import { stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
-
-const open = (options) => stage.open(options);
+const { open } = await stageOfTests();
 
 test("a rule shows what it would catch, change and leave, and then catches it", async () => {
   const page = await open();
@@ -50,7 +47,6 @@ test("a rule shows what it would catch, change and leave, and then catches it", 
     await page.locator(".windowed .rule-row").first().innerText(),
     /lemonde[\s\S]*Autre[\s\S]*Personnelle/,
   );
-  await page.context().close();
 });
 
 test("a block says why it counts as it does, and leads to what decided", async () => {
@@ -87,7 +83,6 @@ test("a block says why it counts as it does, and leads to what decided", async (
   }
   await drawing.click();
   await saying("l’application « Inkscape »");
-  await page.context().close();
 });
 
 test("a project: what is wrong is said beside the field, what is right holds", async () => {
@@ -116,13 +111,4 @@ test("a project: what is wrong is said beside the field, what is right holds", a
   await page.keyboard.press("Enter"); // the focus is on the way out
   await dialog.waitFor({ state: "detached" });
   assert.equal((await saved("Mémoire")).color, "#c254a5");
-  await page.context().close();
-});
-
-test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(stage.errors, []);
-});
-
-test("what the program answered is what the page takes it for", () => {
-  assert.equal(stage.shapes.complaints(), "");
 });

@@ -1,6 +1,5 @@
-// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), "page", "keyboard",
-// "rules", "day", "period", "effects", "settings", "goals", "store", "moments" and "layout" (in a real browser); all of
-// them without arguments.
+// The page's tests: "types" (the compiler, and what it lets through), "units" (pure functions), and by their names those
+// in a real browser; all of them without arguments.
 import { spawnSync } from "node:child_process";
 import { mkdtemp, readdir, rm } from "node:fs/promises";
 import { tmpdir } from "node:os";
@@ -35,20 +34,12 @@ async function units() {
   return passed;
 }
 
+const inBrowser =
+  "page keyboard rules day period effects settings goals store moments layout".split(" ");
 const suites = {
   types: () => run("node_modules/typescript/bin/tsc", "--noEmit") && run("lint.mjs") && run("texts.mjs", "--check"),
   units,
-  page: () => run("--test", join(here, "page.test.mjs")),
-  keyboard: () => run("--test", join(here, "keyboard.test.mjs")),
-  rules: () => run("--test", join(here, "rules.test.mjs")),
-  day: () => run("--test", join(here, "day.test.mjs")),
-  period: () => run("--test", join(here, "period.test.mjs")),
-  effects: () => run("--test", join(here, "effects.test.mjs")),
-  settings: () => run("--test", join(here, "settings.test.mjs")),
-  goals: () => run("--test", join(here, "goals.test.mjs")),
-  store: () => run("--test", join(here, "store.test.mjs")),
-  moments: () => run("--test", join(here, "moments.test.mjs")),
-  layout: () => run("--test", join(here, "layout.test.mjs")),
 };
+for (const name of inBrowser) suites[name] = () => run("--test", join(here, `${name}.test.mjs`));
 const wanted = process.argv.length > 2 ? process.argv.slice(2) : Object.keys(suites);
 for (const name of wanted) if (!(await suites[name]())) process.exit(1);

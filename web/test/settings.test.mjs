@@ -1,33 +1,28 @@
 // What the settings say and do, in a real browser over the store of a made-up month.
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
-import { complaints, openStage, settled } from "./browser.mjs";
+import { test } from "node:test";
+import { complaints, settled } from "./browser.mjs";
+import { answer, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
+const { open } = await stageOfTests();
 
-const open = (options) => stage.open(options);
+/** One after the other, and then always the last. */
+const next = (list) => (list.length > 1 ? list.shift() : list[0]);
 
 test("a setting that the program reads otherwise is said beside its field", async () => {
   const page = await open();
   await page.keyboard.press("g");
   // The page offers nothing of the kind; a program of other limits may.
-  const ask = page.program.ask.bind(page.program);
-  const otherwise = { ok: true, read_as: { idle_threshold: 120 } };
-  page.program.ask = (path, body) => (path === "settings.set" ? otherwise : ask(path, body));
+  answer(page, "settings.set", () => ({ ok: true, read_as: { idle_threshold: 120 } }));
   await page.getByLabel("Seuil d’inactivité").fill("1,5");
   await page.keyboard.press("Enter");
   await page.getByText("Sera lu comme 2 minutes.").waitFor();
-  await page.context().close();
 });
 
 test("the program may take all the time that the save panel is open for", async () => {
   const page = await open();
-  const ask = page.program.ask.bind(page.program);
   let choose;
-  page.program.ask = (path, body) =>
-    path === "export" ? new Promise((done) => (choose = () => done({ ok: true }))) : ask(path, body);
+  answer(page, "export", () => new Promise((done) => (choose = () => done({ ok: true }))));
   await page.keyboard.press("g");
   await page.clock.install();
   await page.getByRole("button", { name: "Exporter…" }).click();
@@ -36,29 +31,21 @@ test("the program may take all the time that the save panel is open for", async 
   assert.equal(await page.getByText("ne répond pas").count(), 0);
   choose();
   await page.getByText("Exporté :").waitFor();
-  await page.context().close();
 });
 
 test("a list of sites that says nothing usable is said to exclude none", async () => {
   const page = await open();
-  const ask = page.program.ask.bind(page.program);
-  page.program.ask = async (path, body) =>
-    path === "settings.get" ? { ...(await ask(path, body)), excluded_domains: '["a.fr", 1]' } : ask(path, body);
+  answer(page, "settings.get", async (real) => ({ ...(await real()), excluded_domains: '["a.fr", 1]' }));
   await page.keyboard.press("g");
   await page.getByText("aucun site n’est exclu").waitFor();
   assert.equal(await page.getByText("a.fr", { exact: true }).count(), 0);
-  await page.context().close();
 });
 
 test("the look for a newer version tells what it found, and when it found nothing out", async () => {
   const page = await open();
-  const ask = page.program.ask.bind(page.program);
   const told = [{ update_check: "going" }, { update_check: "failed" }];
-  page.program.ask = async (path, body) => {
-    if (path === "update.check") return { ok: true };
-    const answer = await ask(path, body);
-    return path === "status" ? { ...answer, ...(told.length > 1 ? told.shift() : told[0]) } : answer;
-  };
+  answer(page, "update.check", () => ({ ok: true }));
+  answer(page, "status", async (real) => ({ ...(await real()), ...next(told) }));
   await page.keyboard.press("g");
   const look = page.getByRole("button", { name: "Vérifier maintenant" });
   await look.click();
@@ -70,7 +57,6 @@ test("the look for a newer version tells what it found, and when it found nothin
   told[0] = { update_check: "done", update: { version: "9.1", url: "https://exemple.fr" } };
   await look.click();
   await page.getByRole("button", { name: "Voir Orvanta 9.1" }).waitFor();
-  await page.context().close();
 });
 
 test("what another machine took along is shown, then in place with the choices of its page", async () => {
@@ -82,8 +68,7 @@ test("what another machine took along is shown, then in place with the choices o
   await ask("projects.save", { name: "Entre-temps" });
   // Nobody chooses a file here; any backup will do.
   const picked = [{ ok: false }, { error: "Ce fichier n’est pas sur cet ordinateur." }, { ok: true, file }];
-  page.program.ask = async (path, body) =>
-    path === "store.pick" ? (picked.length > 1 ? picked.shift() : picked[0]) : ask(path, body);
+  answer(page, "store.pick", () => next(picked));
   await page.keyboard.press("g");
   const take = page.getByRole("button", { name: "Reprendre un fichier…" });
   const dialog = page.getByRole("dialog", { name: "Reprendre ce fichier" });
@@ -110,7 +95,6 @@ test("what another machine took along is shown, then in place with the choices o
   assert.deepEqual(await complaints(page), []);
   await confirm.click();
   await page.waitForSelector(".side");
-  await page.context().close();
 });
 
 test("nothing is erased without a yes", async () => {
@@ -122,9 +106,4 @@ test("nothing is erased without a yes", async () => {
   await page.locator("dialog").getByRole("button", { name: "Annuler" }).click();
   assert.equal(await retention.inputValue(), "0");
   assert.equal((await page.program.ask("settings.get")).retention_days, "0");
-  await page.context().close();
-});
-
-test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(stage.errors, []);
 });

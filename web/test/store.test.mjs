@@ -2,18 +2,12 @@
 import assert from "node:assert/strict";
 import { readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
-import { after, before, test } from "node:test";
-import { complaints, openStage, plain, settled } from "./browser.mjs";
+import { test } from "node:test";
+import { complaints, plain, settled } from "./browser.mjs";
+import { blocks, button, shown, stageOfTests } from "./stage.mjs";
 
-let stage;
-before(async () => (stage = await openStage()));
-after(() => stage?.close());
-
-const open = (options) => stage.open(options);
-const blocks = (page) => page.locator(".block:not(.idle)");
-const button = (page, name) => page.getByRole("button", { name, exact: true });
+const { open } = await stageOfTests();
 const banner = (page) => page.locator(".store-trouble");
-const shown = async (locator) => plain(await locator.innerText());
 const toast = (page, text) => page.locator(".toast", { hasText: text }).waitFor();
 const writes = (page) =>
   page.asked.splice(0).filter(([route]) => /^(events|rules|projects|changes)\.(?!list|preview|pending|origins|hours|terms)/.test(route));
@@ -77,7 +71,6 @@ test("on a full disk one alert stays over every view, no success is told, and fo
   await button(page, "Enregistrer").click();
   await toast(page, "Règle enregistrée");
   await banner(page).getByText("Le disque est plein").waitFor({ state: "detached" });
-  await page.context().close();
 });
 
 test("reports that are not whole say so, and an empty one claims nothing", async () => {
@@ -91,7 +84,6 @@ test("reports that are not whole say so, and an empty one claims nothing", async
   await page.locator("main").getByText("ce rapport n’est pas complet").waitFor();
   await page.keyboard.press("j");
   await page.getByText("Rien n’a pu être lu pour ce jour.").waitFor();
-  await page.context().close();
 });
 
 test("the program undoes and redoes: by mouse, by keys, for blocks and ranges", async () => {
@@ -130,7 +122,6 @@ test("the program undoes and redoes: by mouse, by keys, for blocks and ranges", 
   await page.keyboard.press("Control+z");
   await toast(page, "Annulé\u00a0:");
   assert.deepEqual(writes(page), [["changes.undo", { id: 2 }]]);
-  await page.context().close();
 });
 
 test("rules, projects and suggestions are taken back as they were", async () => {
@@ -196,7 +187,6 @@ test("rules, projects and suggestions are taken back as they were", async () => 
     (count) => document.querySelectorAll(".suggestions .soft").length === count,
     suggested,
   );
-  await page.context().close();
 });
 
 test("deleting says how much is gone for good, and offers no way back", async () => {
@@ -243,7 +233,6 @@ test("deleting says how much is gone for good, and offers no way back", async ()
     await button(page, "Supprimer pour de bon").click();
     await page.locator("dialog [role=alert]", { hasText: "Le disque est plein" }).waitFor();
   }
-  await page.context().close();
 });
 
 for (const colorScheme of ["light", "dark"]) {
@@ -295,14 +284,5 @@ for (const colorScheme of ["light", "dark"]) {
     await button(page, "Restaurer…").click();
     await dialog.getByRole("radio").first().check();
     await dialog.locator(".preview", { hasText: "n’est pas connu" }).waitFor();
-    await page.context().close();
   });
 }
-
-test("nothing was complained about in the console, the policy's refusals included", () => {
-  assert.deepEqual(stage.errors, []);
-});
-
-test("what the program answered is what the page takes it for", () => {
-  assert.equal(stage.shapes.complaints(), "");
-});

@@ -23,7 +23,7 @@ json::value list(Core& core, const Body& /*body*/) {
 
 // An id that was used is not used again: undoing would take one project for another.
 void keepId(Core& core, int64_t id) {
-  core.highestProject = std::max<int64_t>(core.highestProject, id);
+  if (id < kIdLimit) core.highestProject = std::max<int64_t>(core.highestProject, id);
 }
 
 // What only some who save a project know of: left as it is where it is not sent.
@@ -106,9 +106,11 @@ json::value hours(Core& core, const Body& /*body*/) {
 json::value remove(Core& core, const Body& body) {
   const auto id = body.i("id");
   if (!id) throw AppError("id manquant");
+  bool known = false;
   const auto written = core.history.record([&](Transaction& change) {
     ChangeNote note{.kind = "project.delete", .label = labels::projectDeleted("")};
     change.each("SELECT name FROM projects WHERE id=?", {*id}, [&](const Cursor& row) {
+      known = true;
       note.label = labels::projectDeleted(row.str(0).value_or(""));
     });
     change.each("SELECT count(*), sum(end - start) FROM events WHERE project_id=?", {*id},
@@ -122,7 +124,7 @@ json::value remove(Core& core, const Body& body) {
     return note;
   });
   if (written) {
-    keepId(core, *id);
+    if (known) keepId(core, *id);
     core.tracker.forgetProject(*id);
   }
   return told(core, written);

@@ -1,40 +1,17 @@
-"""Goals, time of other programs and what is excluded with its past, by mouse in the real program."""
+"""Time of other programs and what is excluded with its past, by mouse in the real program."""
 
 import os
 
 from desktop import wait_for
-from page_case import BAR, SITE, TITLE, TOAST, PageCase, button, field, row
+from page_case import BAR, SITE, TITLE, TOAST, PageCase, button, row
 
 DIALOG = "//dialog"
 
 
-class PageGoalsTest(PageCase):
+class PagePastTest(PageCase):
     def setUp(self):
         super().setUp()
         self.desktop.set_setting("paused", "1")
-
-    def test_a_limit_is_added_and_seen_under_the_day(self):
-        page = self.open()
-        self.show_settings()
-        page.click(button("Ajouter un objectif…"))
-        page.click(DIALOG + "//label[. = 'Application']")
-        page.click("//input[@placeholder]")
-        page.type("Atelier")
-        page.press("Escape")  # the names that are offered
-        page.click(DIALOG + "//label[. = 'Au plus']")
-        for name, text in (("Heures", "0"), ("Minutes", "20")):
-            page.click(field(name))
-            page.press("ctrl+a")
-            page.type(text)
-        page.click(DIALOG + button("Enregistrer"))
-        page.wait_for_text(TOAST, "Objectif enregistré : Atelier, au plus 20 min par jour")
-        self.assertEqual(self.stored("SELECT subject, name, period, bound, seconds FROM goals"),
-                         [("app", "Atelier", "day", "most", 1200)])
-        page.press("j")
-        page.wait_for_text("//*[@aria-label = 'Objectifs et limites']", "dépassé de 5 min")
-        page.click(TOAST + button("Annuler"))
-        page.wait_for_nothing("//*[@aria-label = 'Objectifs et limites']")
-        self.assertEqual(self.stored("SELECT 1 FROM goals"), [])
 
     def test_a_file_is_imported_and_taken_back(self):
         path = os.path.join(self.desktop.env["HOME"], "heures.csv")
