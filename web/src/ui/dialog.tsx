@@ -1,5 +1,5 @@
 import { type ComponentChildren, createContext } from "preact";
-import { useContext, useEffect, useId, useRef } from "preact/hooks";
+import { useContext, useEffect, useId, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { Icon } from "./icons";
 import { Button, IconButton } from "./parts";
 import { Said } from "./said";
@@ -46,17 +46,28 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
   const ref = useRef<HTMLDialogElement>(null);
   const held = useHeld(onClose);
   const heading = useId();
-  useEffect(() => {
-    const before = document.activeElement;
+  const before = useRef<Element | null>(null);
+  const [asked, setAsked] = useState(false);
+  // After the key press that asked for it, which would press its button, too.
+  useEffect(() => setAsked(true), []);
+  // Before the engine looks at it: what it first meets unrendered it may tell screen readers without its text.
+  useLayoutEffect(() => {
+    before.current = document.activeElement;
     ref.current?.showModal();
     // Nothing to fill in: the reading starts at the title.
     if (!ref.current?.querySelector("[autofocus]")) ref.current?.querySelector("h2")?.focus();
-    return () => {
+  }, [asked]);
+  // Once it is gone.
+  useEffect(
+    () => () => {
       if (document.activeElement !== document.body) return; // somebody knew better
-      const known = before instanceof HTMLElement && before.isConnected;
-      (known ? before : document.querySelector("main"))?.focus();
-    };
-  }, []);
+      const was = before.current;
+      const known = was instanceof HTMLElement && was.isConnected;
+      (known ? was : document.querySelector("main"))?.focus();
+    },
+    [],
+  );
+  if (!asked) return null;
   return (
     <dialog
       ref={ref}
