@@ -66,9 +66,14 @@ test("a table is mapped by hand, previewed by month, imported and taken back", a
   await dialog.getByRole("heading", { name: hostile }).waitFor();
   const field = (name) =>
     dialog.locator(".mapping .field", { has: page.getByText(name, { exact: true }) }).locator("select");
+  const ask = page.program.ask.bind(page.program);
+  let read;
+  const slow = new Promise((done) => (read = done));
+  page.program.ask = async (path, body) => (await (path === "import.preview" && slow), ask(path, body));
   await field("Début").selectOption({ index: 1 });
   await field("Durée").selectOption({ index: 3 });
   await field("Titre").selectOption({ index: 2 });
+  read();
   await dialog.locator("table").waitFor();
   assert.deepEqual(await complaints(page), []);
   assert.match(await text(dialog.locator("tbody")), /^Septembre 2026 .+ – Octobre 2026 .+ –$/);

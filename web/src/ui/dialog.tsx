@@ -47,6 +47,7 @@ export function Dialog({ title, onClose, children, wide }: DialogProps) {
   const ref = useRef<HTMLDialogElement>(null);
   const held = useHeld(onClose);
   const heading = useId();
+  // Before the engine looks at it: what it first meets unrendered it may tell screen readers without its text.
   useLayoutEffect(() => {
     const before = document.activeElement;
     ref.current?.showModal();

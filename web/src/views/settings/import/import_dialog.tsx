@@ -77,7 +77,7 @@ export function ImportDialog({ file, onClose }: Props) {
           <RejectedList preview={preview} />
           {preview.columns.length > 0 && (
             <MappingFields
-              preview={preview}
+              preview={{ ...preview, ...(mapping && { mapping }) }} // also before it is answered
               onMapping={(next) => {
                 setMapping(next);
                 setDays(null);
