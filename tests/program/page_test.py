@@ -208,7 +208,8 @@ class PageTest(PageCase):
         weekday = self.nine.weekday()
         # Days from this week's Monday on, minutes after 9; the last but one passes midnight and Sunday.
         for day, start, end, category, owner, idle in (
-                (-7, 0, 160, "travail", project, 0), (-5, 60, 100, "loisir", None, 0),
+                (-12, 30, 90, "travail", project, 0), (-7, 0, 160, "travail", project, 0),
+                (-5, 60, 100, "loisir", None, 0),
                 (-5, 100, 130, None, None, 1), (-5, 130, 160, "autre", project, 0),
                 (-1, 870, 935, "loisir", None, 0), (weekday, 101, 131, "travail", project, 0)):
             day = (day - weekday) * 1440
@@ -234,5 +235,12 @@ class PageTest(PageCase):
         self.assertEqual(page.script("return document.querySelector("
                                      "'[aria-label=\"Semaine suivante\"]').disabled"), True)
         page.press("b")
-        self.check_recap(self.desktop.call("recap")[1])
-        page.wait_for_text("//section[@aria-label = 'Projets']", f"{PROJECT}− 2 h 40")
+        sunday = monday + datetime.timedelta(days=13)
+        running = {"from": week["days"][0]["date"], "to": str(sunday), "compare": True}
+        so_far = self.desktop.call("period", json.dumps(running))[1]
+        now, then = so_far["active"], so_far["before"]["active"]
+        page.wait_for_text("//dl/div[dt = 'Temps actif']/dd",
+                           f"{spelt(now)}{changed(now, then)}avant, au même moment : {spelt(then)}")
+        page.click(button("Semaine précédente"))
+        self.check_recap(self.desktop.call("recap", json.dumps({"date": str(monday)}))[1])
+        page.wait_for_text("//section[@aria-label = 'Projets']", f"{PROJECT}+ 2 h 10")
