@@ -25,9 +25,9 @@ struct DaySums : Sums {
   }
 
   double pauses() const {
+    if (!extent.first || !extent.last) return 0;
     double seconds = 0;
     for (const auto& [start, end] : absences) {
-      if (!extent.first) break;
       seconds += std::max(0.0, std::min(end, *extent.last) - std::max(start, *extent.first));
     }
     return seconds;
@@ -43,7 +43,7 @@ void addTo(Sums& sums, const Sums& more) {
 }
 
 void widen(Extent& extent, const Extent& more) {
-  if (!more.first) return;
+  if (!more.first || !more.last) return;
   extent.first = std::min(extent.first.value_or(*more.first), *more.first);
   extent.last = std::max(extent.last.value_or(*more.last), *more.last);
 }
@@ -55,6 +55,7 @@ std::vector<ClientSum> byClient(const std::vector<ProjectSum>& sums, const Proje
     if (!client.empty()) seconds[client] += sum.seconds;
   }
   std::vector<ClientSum> list;
+  list.reserve(seconds.size());
   for (const auto& [client, sum] : seconds) list.push_back({client, sum});
   std::stable_sort(list.begin(), list.end(),
                    [](const auto& a, const auto& b) { return a.seconds > b.seconds; });

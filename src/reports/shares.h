@@ -30,6 +30,7 @@ class Shares {
   /// As Tally::bySeconds.
   std::vector<const Total*> bySeconds() const {
     std::vector<const Total*> sorted;
+    sorted.reserve(entries_.size());
     for (const auto& entry : entries_) sorted.push_back(&entry);
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Total* a, const Total* b) { return a->seconds > b->seconds; });

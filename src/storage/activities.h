@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "base/calendar.h"
@@ -25,8 +26,8 @@ class Activities {
 
   /// `db` and `texts` outlive it. Applications, domains and categories that it shows are in
   /// `texts`, as a Classifier needs them; months are those of `calendar`.
-  Activities(Database& db, StringPool& texts, const Calendar& calendar = {})
-      : db_(db), texts_(texts), calendar_(calendar) {}
+  Activities(Database& db, StringPool& texts, Calendar calendar = {})
+      : db_(db), texts_(texts), calendar_(std::move(calendar)) {}
 
   /// Shows each activity, as a span without times and id, to `sort`, which yields a number for it,
   /// kUnwanted where nothing else is asked. Under that number its spans are told to `take`, some at

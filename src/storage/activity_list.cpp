@@ -56,7 +56,7 @@ class Parts {
   /// The next one's head; false at the end, and where none can be.
   bool next() {
     end_ += heads_.empty() ? 0 : sizeof(Head) + head().following();
-    if (lseek(file_.get(), static_cast<off_t>(end_), SEEK_SET) < 0) return false;
+    if (!file_ || lseek(file_.get(), static_cast<off_t>(end_), SEEK_SET) < 0) return false;
     if (!flat::readInto(file_.get(), 1, heads_)) return false;
     const auto left = size_ - std::min(size_, end_ + sizeof(Head));
     return head().form == Head().form && head().activities <= left && head().textBytes <= left &&
