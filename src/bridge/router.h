@@ -24,7 +24,7 @@ struct Route {
   std::string_view name;
   RouteKind kind;
   boost::json::value (*answer)(Core& core, const Body& body);
-  std::string_view arguments{};  ///< by name, for whoever asks by hand; "" for none
+  std::string_view arguments;  ///< by name, for whoever asks by hand; "" for none
 };
 
 /// Everything that the dashboard, scripts and status bars can ask or have done. An answer to what

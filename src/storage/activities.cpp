@@ -12,6 +12,9 @@
 namespace orvanta {
 namespace {
 
+constexpr auto kSpans =
+    "SELECT id,start,end,app,domain,title,url,idle,category,project_id FROM events";
+
 // Tells one file of days after the other.
 class ChunkTeller {
  public:
@@ -106,8 +109,6 @@ std::vector<int64_t> Activities::eachIndexed(const StampedDays& stamps, const So
 
 bool Activities::eachOther(const std::vector<int64_t>& indexed, const Sort& sort,
                            const Take& take) {
-  constexpr auto kSpans =
-      "SELECT id,start,end,app,domain,title,url,idle,category,project_id FROM events";
   Months months(calendar_);
   boost::unordered_flat_map<uint64_t, uint32_t> numbers;  // by hash of the activity
   EvReader reader(texts_);
