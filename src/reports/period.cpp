@@ -205,9 +205,7 @@ PeriodReport::Before before(SpanReader& reader, const Calendar& calendar, double
     addTo(apps, ev);
   });
   fill(before, sums, reader.projects());
-  for (const auto* app : apps.bySeconds()) {
-    if (before.apps.size() < kMostShares) before.apps.push_back(appSum(*app));
-  }
+  for (const auto* app : apps.bySeconds()) before.apps.push_back(appSum(*app));
   return before;
 }
 

@@ -80,7 +80,7 @@ struct PeriodReport : PeriodSums {
   struct Before : PeriodSums {
     DateRange dates;
     double until = 0;
-    std::vector<AppSum> apps;  ///< the largest
+    std::vector<AppSum> apps;  ///< all of them, the largest first
   };
 
   DateRange dates;
