@@ -9,6 +9,7 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -30,6 +31,19 @@ uint64_t eightBytes(std::string_view text) {
   return bytes;
 }
 
+// How many bytes of ASCII are sure to be at the beginning of `text`.
+std::size_t asciiBytes(std::string_view text) {
+  std::size_t count = 0;
+  for (; text.size() - count >= sizeof(uint64_t); count += sizeof(uint64_t)) {
+    const auto beyond = eightBytes(text.substr(count)) & kHighBits;
+    if (beyond == 0) continue;
+    const auto before = std::endian::native == std::endian::little ? std::countr_zero(beyond)
+                                                                   : std::countl_zero(beyond);
+    return count + static_cast<std::size_t>(before) / 8;
+  }
+  return count;
+}
+
 // How long the character is that `text` begins with, if it is of ASCII, or beyond and lower-cased;
 // 0 for others.
 std::size_t caselessBytes(std::string_view text) {
@@ -48,17 +62,20 @@ std::size_t caselessBytes(std::string_view text) {
 
 bool isAscii(std::string_view text) {
   uint64_t bits = 0;
-  for (; text.size() >= sizeof(bits); text.remove_prefix(sizeof(bits))) bits |= eightBytes(text);
-  for (const char c : text) bits |= static_cast<unsigned char>(c);
-  return (bits & kHighBits) == 0;
+  if (text.size() < sizeof(bits)) {
+    for (const char c : text) bits |= static_cast<unsigned char>(c);
+    return (bits & kHighBits) == 0;
+  }
+  const auto last = text.substr(text.size() - sizeof(bits));  // overlaps those before it
+  for (; text.size() > sizeof(bits); text.remove_prefix(sizeof(bits))) bits |= eightBytes(text);
+  return ((bits | eightBytes(last)) & kHighBits) == 0;
 }
 
 bool lowersLikeAscii(std::string_view text) {
+  if (isAscii(text)) return true;
   while (!text.empty()) {
-    if (text.size() >= sizeof(uint64_t) && (eightBytes(text) & kHighBits) == 0) {
-      text.remove_prefix(sizeof(uint64_t));
-      continue;
-    }
+    text.remove_prefix(asciiBytes(text));
+    if (text.empty()) return true;
     const auto known = caselessBytes(text);
     if (known == 0) return false;
     text.remove_prefix(known);

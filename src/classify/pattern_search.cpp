@@ -6,11 +6,6 @@
 #include "base/text.h"
 
 namespace orvanta {
-void PatternSearch::Found::merge(const Found& other) {
-  category = std::min(category, other.category);
-  project = std::min(project, other.project);
-  keyword = std::min(keyword, other.keyword);
-}
 
 void PatternSearch::add(std::string_view pattern, const Found& found) {
   if (pattern.empty()) return;

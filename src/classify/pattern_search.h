@@ -1,6 +1,7 @@
 // Finds which of many patterns occur in a text, whatever their number.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -29,7 +30,11 @@ class PatternSearch {
     Rank project = kNone;
     Rank keyword = kNone;
 
-    void merge(const Found& other);
+    void merge(const Found& other) {
+      category = std::min(category, other.category);
+      project = std::min(project, other.project);
+      keyword = std::min(keyword, other.keyword);
+    }
     bool any() const { return (category & project & keyword) != kNone; }
   };
 

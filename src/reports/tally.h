@@ -30,17 +30,9 @@ class Tally {
 
   /// The number of that entry, for at().
   uint32_t placeOf(const Key& key) {
-    if (index_.empty()) {
-      for (std::size_t i = 0; i < entries_.size(); ++i) {
-        if (entries_[i].key == key) return static_cast<uint32_t>(i);
-      }
-      if (entries_.size() < kFew) return add(key);
-      for (std::size_t i = 0; i < entries_.size(); ++i) {
-        index_.try_emplace(entries_[i].key, static_cast<uint32_t>(i));
-      }
-    }
-    const auto [at, isNew] = index_.try_emplace(key, static_cast<uint32_t>(entries_.size()));
-    return isNew ? add(key) : at->second;
+    // What came last comes again more often than not.
+    if (last_ >= entries_.size() || !(entries_[last_].key == key)) last_ = find(key);
+    return last_;
   }
   Entry& at(uint32_t place) { return entries_[place]; }
 
@@ -66,12 +58,27 @@ class Tally {
   // Most tallies are of a handful of categories: looking through them is quicker than hashing.
   static constexpr std::size_t kFew = 8;
 
+  uint32_t find(const Key& key) {
+    if (index_.empty()) {
+      for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].key == key) return static_cast<uint32_t>(i);
+      }
+      if (entries_.size() < kFew) return add(key);
+      for (std::size_t i = 0; i < entries_.size(); ++i) {
+        index_.try_emplace(entries_[i].key, static_cast<uint32_t>(i));
+      }
+    }
+    const auto [at, isNew] = index_.try_emplace(key, static_cast<uint32_t>(entries_.size()));
+    return isNew ? add(key) : at->second;
+  }
+
   uint32_t add(const Key& key) {
     entries_.emplace_back().key = key;
     return static_cast<uint32_t>(entries_.size() - 1);
   }
 
   std::vector<Entry> entries_;
+  uint32_t last_ = 0;                                     // the place asked for last
   boost::unordered_flat_map<Key, uint32_t, Hash> index_;  // empty while there are few
 };
 

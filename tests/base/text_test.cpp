@@ -16,6 +16,26 @@ TEST(Text, LowerCasesAllOfUnicode) {
   EXPECT_EQ(lowerCase("İ"), "i̇");  // i and a combining dot, in every language
 }
 
+// Eight bytes are looked at at once: a letter must be seen wherever it stands among them.
+TEST(Text, KnowsWhatLowersLikeAscii) {
+  for (std::size_t before = 0; before < 20; ++before) {
+    for (std::size_t after = 0; after < 20; ++after) {
+      const auto within = [&](std::string_view letter) {
+        return std::string(before, 'A') + std::string(letter) + std::string(after, 'z');
+      };
+      SCOPED_TRACE(within("|"));
+      EXPECT_TRUE(isAscii(within("")));
+      for (const auto* letter : {"é", "—", "°", "É", "\xE2", "\x80"}) {
+        EXPECT_FALSE(isAscii(within(letter)));
+      }
+      for (const auto* letter : {"", "é", "—", "° à"}) EXPECT_TRUE(lowersLikeAscii(within(letter)));
+      for (const auto* letter : {"É", "é É", "— Œ", "\u212A", "\xE2", "\xC3z"}) {
+        EXPECT_FALSE(lowersLikeAscii(within(letter)));
+      }
+    }
+  }
+}
+
 TEST(Text, MakesValidUtf8OfAnything) {
   EXPECT_EQ(validUtf8("a\xff\xc3 é"), "a\uFFFD\uFFFD é");
   EXPECT_EQ(validUtf8(""), "");
