@@ -11,6 +11,7 @@
 #include "base/packed.h"
 #include "base/text.h"
 #include "storage/changeset.h"
+#include "storage/id_marks.h"
 
 namespace orvanta::change_log {
 namespace {
@@ -115,6 +116,7 @@ void insert(Transaction& change, double now, const ChangeNote& note, const std::
        held ? Value(held->titledFrom) : none, words.empty() ? none : Value(words),
        static_cast<int64_t>(bytes.size())});
   if (!bytes.empty()) writeBlob(change, "changeset", id, bytes);
+  raiseMarks(change, highestIds(changeset));
   trim(change, now, room);
 }
 

@@ -59,6 +59,15 @@ struct HeldSpans {
 /// Absent when there are none.
 std::optional<HeldSpans> heldSpans(const std::string& changeset);
 
+/// Ids of ours are below it, for a script would round those above, and after the largest there is
+/// none: they are a stranger's.
+inline constexpr int64_t kIdLimit = int64_t{1} << 53;
+
+/// The highest ids of ours of the rules, projects and goals that come or go with a difference, by
+/// table.
+using HighestIds = std::map<std::string, int64_t, std::less<>>;
+HighestIds highestIds(const std::string& changeset);
+
 /// The texts of the rules, projects and settings that come, go or change.
 std::vector<std::string> ownTexts(const std::string& changeset);
 

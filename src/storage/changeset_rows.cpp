@@ -1,5 +1,6 @@
 // What a difference tells of the rows it touches.
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "storage/changeset.h"
@@ -7,6 +8,7 @@
 namespace orvanta {
 namespace {
 
+constexpr int kId = 0;
 constexpr int kStart = 1;  // columns of `events`
 constexpr int kEnd = 2;
 constexpr int kTitle = 5;
@@ -128,6 +130,20 @@ std::optional<HeldSpans> heldSpans(const std::string& changeset) {
     }
   });
   return held;
+}
+
+HighestIds highestIds(const std::string& changeset) {
+  HighestIds highest;
+  forEachRow(changeset, [&](const ChangedRow& row) {
+    constexpr std::array<std::string_view, 3> kNumbered{"rules", "projects", "goals"};
+    if (row.updates() || !std::ranges::count(kNumbered, row.table())) return;
+    auto* value = row.held(kId);
+    const int64_t id = value ? sqlite3_value_int64(value) : 0;
+    if (id <= 0 || id >= kIdLimit) return;
+    auto& its = highest[std::string(row.table())];
+    its = std::max(its, id);
+  });
+  return highest;
 }
 
 std::vector<std::string> ownTexts(const std::string& changeset) {

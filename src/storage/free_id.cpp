@@ -1,45 +1,16 @@
 #include "storage/free_id.h"
 
 #include <fmt/format.h>
-#include <sqlite3.h>
 
 #include <algorithm>
-#include <memory>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "storage/change_log.h"
+#include "storage/id_marks.h"
 
 namespace orvanta {
 namespace {
-
-struct Finalize {
-  void operator()(sqlite3_changeset_iter* rows) const { sqlite3changeset_finalize(rows); }
-};
-
-// Of the rows of the table that come or go with a difference; 0 when none do.
-int64_t highestId(const std::string& changeset, std::string_view table) {
-  sqlite3_changeset_iter* rows = nullptr;
-  if (sqlite3changeset_start(&rows, static_cast<int>(changeset.size()),
-                             const_cast<char*>(changeset.data())) != SQLITE_OK) {
-    return 0;
-  }
-  const std::unique_ptr<sqlite3_changeset_iter, Finalize> owner(rows);
-  int64_t highest = 0;
-  while (sqlite3changeset_next(rows) == SQLITE_ROW) {
-    const char* name = nullptr;
-    int columns = 0;
-    int operation = 0;
-    if (sqlite3changeset_op(rows, &name, &columns, &operation, nullptr) != SQLITE_OK) break;
-    if (operation == SQLITE_UPDATE || name != table) continue;
-    sqlite3_value* id = nullptr;
-    const auto get = operation == SQLITE_INSERT ? sqlite3changeset_new : sqlite3changeset_old;
-    if (get(rows, 0, &id) != SQLITE_OK || !id) continue;
-    const int64_t number = sqlite3_value_int64(id);
-    if (number < kIdLimit) highest = std::max(highest, number);
-  }
-  return highest;
-}
 
 // Rules and projects that come or go have texts. Without the list there is no way back.
 std::vector<int64_t> entriesWithTexts(Database& db) {
@@ -48,6 +19,22 @@ std::vector<int64_t> entriesWithTexts(Database& db) {
   look.each("SELECT id FROM changes WHERE words IS NOT NULL AND changeset IS NOT NULL", {},
             [&](const Cursor& row) { ids.push_back(row.int_(0).value_or(0)); });
   return ids;
+}
+
+// Looks at the whole history once in a store's life: to unpack it each time would take the longer,
+// the more was done.
+HighestIds idsInHistory(Transaction& change) {
+  if (auto marked = markedIds(change)) return *std::move(marked);
+  HighestIds highest;
+  for (const auto entry : entriesWithTexts(change.database())) {
+    const auto kept = change_log::find(change, entry);
+    if (!kept) continue;
+    for (const auto& [table, id] : highestIds(kept->changeset)) {
+      highest[table] = std::max(highest[table], id);
+    }
+  }
+  markIds(change, highest);
+  return highest;
 }
 
 // A sheet that was sent tells of projects by their numbers; terms stay when their project goes.
@@ -66,11 +53,9 @@ int64_t freeId(Transaction& change, std::string_view table) {
   };
   change.each(fmt::format("SELECT max(id) FROM {} WHERE id < ?", table), {kIdLimit}, take);
   if (table == "projects") change.each(kProjectsNamed, {kIdLimit}, take);
-  for (const auto entry : entriesWithTexts(change.database())) {
-    const auto kept = change_log::find(change, entry);
-    if (kept) highest = std::max(highest, highestId(kept->changeset, table));
-  }
-  return highest + 1;
+  const auto kept = idsInHistory(change);
+  const auto its = kept.find(table);
+  return std::max(highest, its != kept.end() ? its->second : 0) + 1;
 }
 
 }  // namespace orvanta

@@ -4,13 +4,10 @@
 #include <cstdint>
 #include <string_view>
 
+#include "storage/changeset.h"
 #include "storage/transaction.h"
 
 namespace orvanta {
-
-/// Ids of ours are below it, for a script would round those above, and after the largest there is
-/// none: they are a stranger's.
-inline constexpr int64_t kIdLimit = int64_t{1} << 53;
 
 /// For a new row of `rules`, `projects` or `goals`: above those that there are, and above those
 /// that the history of changes may bring back, and above those of projects that a kept timesheet is

@@ -72,6 +72,7 @@ constexpr Setting kSettings[] = {
      "Of these applications neither titles nor addresses are recorded."},
     ours("told_no_tray", "The user knows that this desktop has no tray."),
     ours("page_marks", "What the page keeps of its user's choices, a JSON object."),
+    ours("highest_ids", "Up to which ids the history may bring rules, projects and goals back."),
 };
 constexpr const char* kKinds[] = {"text", "number", "number", "flag", "choice", "list", "text"};
 

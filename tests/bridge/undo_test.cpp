@@ -189,14 +189,27 @@ TEST_F(Undo, WhatMayComeBackKeepsItsNumber) {
   ask("rules.delete", {{"id", rule}});
   const auto deleted = lastChange();
 
-  Program later(store.folder.path());  // after a restart
-  EXPECT_GT(idOf(later.ask("projects.save", {{"name", "Nouveau"}})), project);
-  EXPECT_GT(idOf(later.ask("rules.save", {{"field", "app"}, {"pattern", "b"}})), rule);
-  EXPECT_TRUE(later.undo(deleted));
-  ask("rules.delete", {{"id", rule + 1}});
+  // After a restart, also where it was not noted how far the history reaches.
+  const auto restarted = [&](const char* name, const char* pattern, const char* note) {
+    if (*note) store.db.run(note);
+    Program later(store.folder.path());
+    const auto newProject = idOf(later.ask("projects.save", {{"name", name}}));
+    const auto newRule = idOf(later.ask("rules.save", {{"field", "app"}, {"pattern", pattern}}));
+    EXPECT_GT(newProject, project) << note;
+    EXPECT_GT(newRule, rule) << note;
+    store.db.run("DELETE FROM projects WHERE id=?", {newProject});
+    store.db.run("DELETE FROM rules WHERE id=?", {newRule});
+  };
+  restarted("Nouveau", "b", "");
+  restarted("Autre", "c", "DELETE FROM settings WHERE key='highest_ids'");
+  restarted("Encore", "d", "UPDATE settings SET value='{' WHERE key='highest_ids'");
+  restarted("Enfin", "e", R"(UPDATE settings SET value='{"rules":"x"}' WHERE key='highest_ids')");
+  EXPECT_TRUE(undo(deleted));
+  const auto last = idOf(ask("rules.save", {{"field", "app"}, {"pattern", "f"}}));
+  ask("rules.delete", {{"id", last}});
   ask("rules.defaults", {});
   OtherProgram other(store.db.location().file());
-  EXPECT_EQ(other.ask(fmt::format("SELECT count(*) FROM rules WHERE id={}", rule + 1)), "0|\n");
+  EXPECT_EQ(other.ask(fmt::format("SELECT count(*) FROM rules WHERE id={}", last)), "0|\n");
 }
 
 TEST_F(Undo, NoNumberIsSoLargeThatNoneIsLeft) {

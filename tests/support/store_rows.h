@@ -54,14 +54,16 @@ inline constexpr auto kLegacyTables =
     "CREATE TABLE calendar_links (id INTEGER);";
 
 /// Reads all rows of a table, exactly; random identifiers by their length. Without the figures of a
-/// change, which are stored after it.
+/// change, which are stored after it, and the numbers that were given, which no undo takes back.
 inline std::string selectAll(OtherProgram& other, const std::string& table) {
   const auto columns =
       table == "settings"
           ? "key, CASE key WHEN 'install_id' THEN length(value) ELSE quote(value) END"
           : other.ask("SELECT group_concat('quote(' || name || ')') FROM pragma_table_info('" +
                       table + "') WHERE name NOT IN ('effect', 'examples', 'bytes')");
-  return "SELECT " + columns.substr(0, columns.find('|')) + " FROM " + table + " ORDER BY 1";
+  const auto which = table == "settings" ? " WHERE key <> 'highest_ids'" : "";
+  return "SELECT " + columns.substr(0, columns.find('|')) + " FROM " + table + which +
+         " ORDER BY 1";
 }
 
 /// So of these tables.
