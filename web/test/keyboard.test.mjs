@@ -130,6 +130,8 @@ test("Tab goes from group to group, arrows within, F6 from region to region; no 
     await page.keyboard.press(key);
     await settled(page);
     assert.equal((await focused(page)).role, "main");
+    const shown = await page.locator("[data-view][aria-current]").getAttribute("aria-keyshortcuts");
+    assert.equal(shown?.toLowerCase(), key, "no two views have one key");
     // Once around, by way of the browser's own frame.
     const found = [await press("Tab")];
     for (let one = await press("Tab"); one.name !== found[0].name; one = await press("Tab")) {
