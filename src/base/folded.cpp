@@ -85,6 +85,7 @@ void appendFolded(std::string& text, std::string_view utf8) {
   constexpr UChar32 kPunctuationEnd = 0x2070;
   constexpr char kFirstVisible = ' ';
   const auto size = static_cast<int32_t>(utf8.size());
+  const auto* bytes = utf8.data();
   text.reserve(text.size() + utf8.size());
   for (int32_t i = 0; i < size;) {
     const char byte = utf8[static_cast<std::size_t>(i)];
@@ -95,7 +96,8 @@ void appendFolded(std::string& text, std::string_view utf8) {
       continue;
     }
     UChar32 c = 0;
-    U8_NEXT(utf8.data(), i, size, c);
+    // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): the library's own
+    U8_NEXT(bytes, i, size, c);
     if (c < 0) c = kReplacement;
     if (c < kLatinEnd) {
       text += ofTable<kAscii, kLatinEnd>(c);

@@ -19,6 +19,7 @@ int unmapSegments(dl_phdr_info* object, std::size_t /*size*/, void* /*data*/) {
     if (segment.p_type != PT_LOAD || (segment.p_flags & PF_W) != 0) continue;
     const auto begin = (object->dlpi_addr + segment.p_vaddr) & ~(kPage - 1);
     const auto end = object->dlpi_addr + segment.p_vaddr + segment.p_memsz;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the linker tells addresses as numbers
     madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
   }
   return 0;

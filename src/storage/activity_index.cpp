@@ -101,7 +101,7 @@ bool ActivityIndex::upToDate(int64_t chunk, const Truth& truth, int64_t today) {
   const auto wanted = part(truth.stamps, from, to);
   if (static_cast<int64_t>(wanted.size()) < to - from) return false;
   const auto& facts = known(chunk);
-  return truth.agrees(facts) && includes(facts->days, wanted);
+  return facts && truth.agrees(facts) && includes(facts->days, wanted);
 }
 
 // Of its own connection, so that no report waits for a thread that gives way to everybody. First

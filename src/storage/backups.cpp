@@ -85,6 +85,7 @@ std::vector<Backup> Backups::list() const {
            std::tie(one.first.time, one.first.number);
   });
   std::vector<Backup> backups;
+  backups.reserve(found.size());
   for (auto& [name, backup] : found) backups.push_back(std::move(backup));
   return backups;
 }
@@ -122,7 +123,8 @@ fs::path Backups::newName(double now) const {
   int number = 1;
   for (const auto& backup : list()) {
     if (!backup.file.stem().string().starts_with(stamp)) continue;
-    number = std::max(number, readBackupName(backup.file, surroundings_.calendar)->number + 1);
+    const auto named = readBackupName(backup.file, surroundings_.calendar);
+    if (named) number = std::max(number, named->number + 1);
   }
   for (std::error_code ignored;; ++number) {
     auto file = folder_ / backupName(now, number, surroundings_.calendar);

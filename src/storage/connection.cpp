@@ -71,8 +71,8 @@ int Connection::lastSystemError() const {
   if (!handle_) return systemError_;
   int error = 0;
   sqlite3_file* log = nullptr;
-  if (sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER, &log) ==
-          SQLITE_OK &&
+  if (sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER,
+                           static_cast<void*>(&log)) == SQLITE_OK &&
       log && log->pMethods) {
     log->pMethods->xFileControl(log, SQLITE_FCNTL_LAST_ERRNO, &error);
   }
