@@ -42,7 +42,7 @@ class Fastest : public benchmark::ConsoleReporter {
     for (const auto& [name, floor, limit] : expectations()) {
       if (!seconds_.contains(name) || !seconds_.contains(floor)) continue;
       const double ratio = seconds_.at(name) / seconds_.at(floor);
-      fmt::print("{:5.2f} times (at most {:.1f})  {} / {}\n", ratio, limit, name, floor);
+      fmt::print("{:5.2f} times (at most {})  {} / {}\n", ratio, limit, name, floor);
       kept = kept && ratio <= limit;
     }
     return kept;
